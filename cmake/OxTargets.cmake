@@ -1,0 +1,40 @@
+# How the project's targets are built: libraries out of object libraries, warnings, sanitizers.
+
+# Every target of the project.
+function(ox_configure_target target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow)
+  if(OX_STRICT_WARNINGS)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(OX_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${OX_SANITIZE} -fno-sanitize-recover=all
+                                             -fno-omit-frame-pointer)
+    target_link_options(${target} PUBLIC -fsanitize=${OX_SANITIZE})
+  endif()
+endfunction()
+
+# ox_add_library(NAME SOURCE...): the objects ox_NAME_objects, for tests and tools that use private
+# classes, and the library ox_NAME, alias ox::NAME, made of them.
+function(ox_add_library name)
+  set(objects ox_${name}_objects)
+  add_library(${objects} OBJECT ${ARGN})
+  ox_configure_target(${objects})
+  # The bytes don't depend on the flags of the project around: no product is fused with a sum unless
+  # the source says so, and no option may loosen the arithmetic.
+  target_compile_options(${objects} PRIVATE -fno-fast-math -ffp-contract=off)
+  target_include_directories(
+    ${objects} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>")
+  set_target_properties(
+    ${objects} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
+                          VISIBILITY_INLINES_HIDDEN ON)
+
+  add_library(ox_${name} $<TARGET_OBJECTS:${objects}>)
+  add_library(ox::${name} ALIAS ox_${name})
+  ox_configure_target(ox_${name})
+  target_include_directories(
+    ox_${name} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>" "$<INSTALL_INTERFACE:include>")
+  set_target_properties(ox_${name} PROPERTIES EXPORT_NAME ${name} LINKER_LANGUAGE CXX
+                                              VERSION ${PROJECT_VERSION} SOVERSION 0)
+endfunction()

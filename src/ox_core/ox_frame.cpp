@@ -1,0 +1,174 @@
+#include "ox_core/ox_frame.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_format_facts.h"
+#include "ox_core/ox_impl_storage.h"
+
+namespace ox {
+
+namespace {
+
+[[noreturn]] void fail(Status status, char const* function, int line, char const* text) {
+    throw Exception(nullptr, status, function, "src/ox_core/ox_frame", line,
+                    "Failure in Frame::%s(...) : %s", function, text);
+}
+
+bool sameGeometry(FramePlane const& a, FramePlane const& b) {
+    return a.width == b.width && a.height == b.height && a.bits == b.bits &&
+           a.channels == b.channels && a.rowBytes == b.rowBytes;
+}
+
+/// Calls visit(plane, y, row's bytes) for each row of each plane.
+template <class Visitor>
+void forEachRow(FrameLayout const& layout, Visitor visit) {
+    for (int i = 0; i < layout.planeCount; ++i) {
+        for (std::int64_t y = 0; y < layout.plane[i].height; ++y) {
+            visit(i, y, layout.plane[i].rowBytes);
+        }
+    }
+}
+
+unsigned char* rowOf(Frame const& frame, int plane, std::int64_t y) {
+    return frame.planeData(plane) + y * frame.layout().plane[plane].stride;
+}
+
+/// Byte offset, from a plane's start, of the frame's pixel (x, y).
+std::uint64_t offsetOfPixel(FramePlane const& plane, impl::FormatFacts const& format,
+                            impl::PlaneFacts const& facts, Rect region) {
+    std::int64_t const group = facts.half_width ? 2 : format.pixel_group;
+    std::int64_t const column = region.x / group * (facts.half_width ? 1 : group);
+    std::int64_t const row = facts.half_height ? region.y / 2 : region.y;
+    return static_cast<std::uint64_t>(row * plane.stride +
+                                      column * plane.channels * (plane.bits / 8));
+}
+
+bool contains(Size size, Rect region) {
+    return region.x >= 0 && region.y >= 0 && region.width >= 0 && region.height >= 0 &&
+           std::int64_t{region.x} + region.width <= size.width &&
+           std::int64_t{region.y} + region.height <= size.height;
+}
+
+}  // namespace
+
+Frame Frame::wrap(FrameLayout const& layout, unsigned char* const* planes) {
+    FrameLayout const expected(layout.format, layout.size, 1);
+    if (layout.planeCount == 0 || layout.planeCount != expected.planeCount) {
+        fail(StatusInvalidParameter, "wrap", __LINE__, "layout has no planes.");
+    }
+    Frame frame;
+    frame._layout = layout;
+    for (int i = 0; i < layout.planeCount; ++i) {
+        FramePlane const& plane = layout.plane[i];
+        if (!sameGeometry(plane, expected.plane[i])) {
+            fail(StatusInvalidParameter, "wrap", __LINE__,
+                 "layout isn't that of its format and size.");
+        }
+        if (plane.stride < 0 || static_cast<std::uint64_t>(plane.stride) < plane.rowBytes) {
+            fail(StatusInvalidParameter, "wrap", __LINE__,
+                 "stride is smaller than the row's bytes.");
+        }
+        if (planes == nullptr || planes[i] == nullptr) {
+            fail(StatusNullPointer, "wrap", __LINE__, "plane address is null.");
+        }
+        frame._wrapped[i] = planes[i];
+    }
+    return frame;
+}
+
+unsigned char* Frame::planeData(int index) const {
+    if (index < 0 || index >= _layout.planeCount) {
+        return nullptr;
+    }
+    return _buffer ? _buffer->data + _layout.offset[index] : _wrapped[index];
+}
+
+DeviceContext Frame::deviceContext() const {
+    return _buffer ? _buffer->context : DeviceContext();
+}
+
+bool Frame::agrees(FrameFormat wanted, Size wanted_size, DeviceContext const& context,
+                   unsigned long alignment) const {
+    if (!initialized() || format() != wanted || size() != wanted_size ||
+        deviceContext() != context) {
+        return false;
+    }
+    auto const aligned = [alignment](FramePlane const& plane) {
+        return static_cast<unsigned long>(plane.stride) % alignment == 0;
+    };
+    return alignment == 0 ||
+           std::all_of(_layout.plane, _layout.plane + _layout.planeCount, aligned);
+}
+
+void Frame::reuse(FrameFormat wanted, Size wanted_size, DeviceContext context,
+                  unsigned long alignment) {
+    if (!wanted_size.empty() && agrees(wanted, wanted_size, context, alignment)) {
+        return;
+    }
+    // Until all is done the frame is not initialized.
+    std::shared_ptr<Buffer> storage = std::move(_buffer);
+    clear();
+    if (wanted_size.empty()) {
+        fail(StatusInvalidParameter, "reuse", __LINE__, "size is empty.");
+    }
+    FrameLayout const layout(wanted, wanted_size, alignment);
+    if (layout.planeCount == 0) {
+        fail(StatusUnsupportedFormat, "reuse", __LINE__, "unsupported format.");
+    }
+    _buffer = impl::takeStorage(storage, context, layout.totalBytes());
+    _layout = layout;
+}
+
+void Frame::copyTo(Frame& target) const {
+    if (!initialized()) {
+        target.clear();
+        return;
+    }
+    Frame const source = *this;  // `target` may be another handle that is about to be made anew
+    if (target.format() != format() || target.size() != size()) {
+        target.reuse(format(), size(), DeviceContext(), 0);
+    }
+    forEachRow(source._layout, [&](int plane, std::int64_t y, std::uint64_t bytes) {
+        std::memmove(rowOf(target, plane, y), rowOf(source, plane, y), bytes);
+    });
+}
+
+void Frame::setZero() {
+    forEachRow(_layout, [&](int plane, std::int64_t y, std::uint64_t bytes) {
+        std::memset(rowOf(*this, plane, y), 0, bytes);
+    });
+}
+
+void Frame::clear() {
+    *this = Frame();
+}
+
+Frame getRegion(Frame& frame, Rect region) {
+    if (!contains(frame.size(), region)) {
+        throw Exception(nullptr, StatusOutOfRange, "getRegion", "src/ox_core/ox_frame", __LINE__,
+                        "Failure in getRegion(...) : region is out of range.");
+    }
+    Frame narrowed = frame;
+    FrameLayout& layout = narrowed._layout;
+    impl::FormatFacts const& facts = impl::factsOf(frame.format());
+    FrameLayout const tight(frame.format(), {region.width, region.height}, 1);
+    layout.size = tight.size;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(layout.planeCount); ++i) {
+        std::uint64_t const start = offsetOfPixel(layout.plane[i], facts, facts.planes[i], region);
+        std::int64_t const stride = layout.plane[i].stride;
+        layout.plane[i] = tight.plane[i];
+        layout.plane[i].stride = stride;
+        layout.plane[i].planeBytes = static_cast<std::uint64_t>(stride * tight.plane[i].height);
+        if (narrowed._buffer) {
+            layout.offset[i] += start;
+        } else {
+            narrowed._wrapped[i] += start;
+        }
+    }
+    return narrowed;
+}
+
+}  // namespace ox

@@ -1,0 +1,47 @@
+/// @file
+/// Byte counts that refuse to wrap.
+
+#pragma once
+
+#include <cstdint>
+
+#include "ox_core/ox_exception.h"
+
+namespace ox::impl {
+
+/// Rows start at multiples of this where the caller has no wish of his own: a cache line.
+constexpr std::uint64_t defaultAlignment = 64;
+
+/// No frame, ring or buffer is larger, so that sums of two such counts stay in range.
+constexpr std::uint64_t maxBytes = std::uint64_t{1} << 62;
+
+[[noreturn]] inline void throwLayoutTooLarge() {
+    throw Exception(nullptr, StatusCapacityExceeded, "FrameLayout", "src/ox_core/ox_frame_layout",
+                    __LINE__, "Failure in FrameLayout::FrameLayout(...) : size is too large.");
+}
+
+inline std::uint64_t checkBytes(std::uint64_t bytes, bool wrapped) {
+    if (wrapped || bytes > maxBytes) {
+        throwLayoutTooLarge();
+    }
+    return bytes;
+}
+
+inline std::uint64_t addBytes(std::uint64_t a, std::uint64_t b) {
+    std::uint64_t sum = 0;
+    bool const wrapped = __builtin_add_overflow(a, b, &sum);
+    return checkBytes(sum, wrapped);
+}
+
+inline std::uint64_t multiplyBytes(std::uint64_t a, std::uint64_t b) {
+    std::uint64_t product = 0;
+    bool const wrapped = __builtin_mul_overflow(a, b, &product);
+    return checkBytes(product, wrapped);
+}
+
+/// The next multiple of `unit`, which needn't be a power of two.
+inline std::uint64_t roundUpBytes(std::uint64_t bytes, std::uint64_t unit) {
+    return multiplyBytes(bytes / unit + (bytes % unit != 0 ? 1U : 0U), unit);
+}
+
+}  // namespace ox::impl

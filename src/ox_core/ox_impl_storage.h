@@ -1,0 +1,18 @@
+/// @file
+/// Storage behind the shared handles.
+
+#pragma once
+
+#include <memory>
+
+#include "ox_core/ox_buffer.h"
+
+namespace ox::impl {
+
+/// A buffer of `bytes` bytes labelled with `context`: `storage` itself, for its capacity, if no
+/// other handle shows it and the contexts agree, else a new one. `storage` is null afterwards.
+/// @throws Exception `StatusCapacityExceeded`
+std::shared_ptr<Buffer> takeStorage(std::shared_ptr<Buffer>& storage, DeviceContext const& context,
+                                    std::uint64_t bytes);
+
+}  // namespace ox::impl

@@ -1,0 +1,19 @@
+/// @file
+/// All of `libox_cv`.
+
+#pragma once
+
+#include "ox_cv/ox_cv_backend.h"
+#include "ox_cv/ox_cv_backend_base.h"
+#include "ox_cv/ox_cv_helpers.h"
+#include "ox_cv/ox_format_converter.h"
+#include "ox_cv/ox_row_copier.h"
+#include "ox_cv/ox_row_index.h"
+#include "ox_cv/ox_row_producer.h"
+#include "ox_cv/ox_row_reader.h"
+#include "ox_cv/ox_row_window.h"
+#include "ox_cv/ox_row_writer.h"
+#include "ox_cv/ox_scaler.h"
+#include "ox_cv/ox_scaler_area.h"
+#include "ox_cv/ox_scaler_bilinear.h"
+#include "ox_cv/ox_scaler_nn.h"

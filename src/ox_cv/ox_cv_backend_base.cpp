@@ -1,0 +1,187 @@
+#include "ox_cv/ox_cv_backend_base.h"
+
+#include <limits>
+
+#include "ox_core/ox_float_planes.h"
+#include "ox_core/ox_impl_assert.h"
+#include "ox_cv/ox_cv_helpers.h"
+
+namespace ox {
+
+namespace {
+
+constexpr char file[] = "src/ox_cv/ox_cv_backend_base";
+
+void checkDevices(Frame const& src, Frame const& dst) {
+    OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
+                  src.deviceContext() == dst.deviceContext(),
+              file);
+}
+
+/// A second handle on `frame`, narrowed to `roi` if that is one.
+Frame select(Frame frame, Rect roi) {
+    return roi.empty() ? frame : getRegion(frame, roi);
+}
+
+/// Bytes from row to row of the first plane, cut to the 32 bits that `NV12toBGR_neon` takes.
+bool fitsInt(std::int64_t stride) {
+    return stride <= std::numeric_limits<int>::max();
+}
+
+/// Whether `NV12toBGR_neon`, which steps over chroma by luma's stride, reads nothing but chroma
+/// rows of `frame`.
+bool readsInsideChroma(Frame const& frame) {
+    FramePlane const& chroma = frame.layout().plane[1];
+    std::int64_t const step = frame.layout().plane[0].stride;
+    if (step == chroma.stride) {
+        return true;
+    }
+    std::int64_t const pairs = frame.height() / 2;
+    std::int64_t const bytes = frame.width() / 8 * std::int64_t{8};
+    auto const row_bytes = static_cast<std::int64_t>(chroma.rowBytes);
+    for (std::int64_t p = 0; p < pairs; ++p) {
+        std::int64_t const start = p * step;
+        std::int64_t const row = start / chroma.stride;
+        bool const contiguous = chroma.stride == row_bytes;
+        std::int64_t const end = start + bytes;
+        std::int64_t const room =
+            contiguous ? chroma.height * chroma.stride : row * chroma.stride + row_bytes;
+        if (row >= chroma.height || end > room) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool goesDirectly(Frame const& src, Frame const& dst) {
+    return src.format() == FRAME_NV12 && dst.format() == FRAME_BGR24 &&
+           fitsInt(src.layout().plane[0].stride) && fitsInt(dst.layout().plane[0].stride) &&
+           readsInsideChroma(src);
+}
+
+/// Constant arithmetic on the floats of a frame.
+struct FloatOperation {
+    void (*one)(float value, unsigned char* data, int stride, Rect rect);
+    void (*three)(float const* values, unsigned char* data, unsigned long stride, Rect rect);
+    char const* unsupported;
+};
+
+/// Row by row: the routine for single channels takes a stride of 32 bits.
+void applyToPlane(FloatOperation const& operation, float value, Frame& frame, int plane,
+                  Size extent) {
+    std::int64_t const stride = frame.layout().plane[plane].stride;
+    for (std::int64_t y = 0; y < extent.height; ++y) {
+        operation.one(value, frame.planeData(plane) + y * stride, 0, {0, 0, extent.width, 1});
+    }
+}
+
+void apply(FloatOperation const& operation, Frame& frame, float value, Rect roi) {
+    OX_ASSERT_TEXT(frame.initialized(), "src_dst.initialized()", file);
+    OX_ASSERT_TEXT(frame.deviceContext() == DeviceContext::cpuContext(),
+                   "src_dst.deviceContext() == DeviceContext::cpuContext()", file);
+    Size extent = frame.size();
+    if (!roi.empty()) {
+        roi.crop(frame.size());
+        OX_ASSERT_TEXT(!roi.empty(), "!src_roi.empty()", file);
+        extent = {roi.width, roi.height};  // the origin is dropped, on purpose
+    }
+    switch (frame.format()) {
+        case FRAME_BGR_32F: {
+            float const values[3] = {value, value, value};
+            operation.three(values, frame.planeData(0),
+                            static_cast<unsigned long>(frame.layout().plane[0].stride),
+                            {0, 0, extent.width, extent.height});
+            break;
+        }
+        case FRAME_GRAY_32F:
+        case FRAME_BGR_32F_PLANAR:
+            for (int i = 0; i < frame.layout().planeCount; ++i) {
+                applyToPlane(operation, value, frame, i, extent);
+            }
+            break;
+        default:
+            throw Exception(nullptr, StatusNotSupported, "apply", file, __LINE__, "%s",
+                            operation.unsupported);
+    }
+}
+
+}  // namespace
+
+CvBackendBase::~CvBackendBase() = default;
+
+void CvBackendBase::colorCvt(Frame const& src, Frame& dst, Rect src_roi) {
+    OX_ASSERT(src.initialized(), file);
+    checkDevices(src, dst);
+    Frame const temp = select(src, src_roi);
+    OX_ASSERT(temp.size() == dst.size(), file);
+    if (src_roi.empty() && goesDirectly(src, dst)) {
+        NV12toBGR_neon(src.planeData(0), src.planeData(1), dst.planeData(0), dst.width(),
+                       dst.height(), static_cast<int>(src.layout().plane[0].stride),
+                       static_cast<int>(dst.layout().plane[0].stride));
+        return;
+    }
+    _format_converter.reuse(temp, dst.format());
+    produceFrame(_format_converter, dst);
+}
+
+void CvBackendBase::resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) {
+    OX_ASSERT(src.initialized() && src.format() == dst.format(), file);
+    checkDevices(src, dst);
+    Frame const temp_src = select(src, src_roi);
+    Frame temp_dst = select(dst, dst_roi);
+    _scaler.reuse(temp_src, temp_dst.size(), static_cast<ScaleMethod>(_resize_method));
+    produceFrame(_scaler, temp_dst);
+}
+
+void CvBackendBase::convert(Frame const& src, Frame& dst, Rect src_roi) {
+    OX_ASSERT(src.initialized() && dst.initialized(), file);
+    checkDevices(src, dst);
+    Frame const temp = select(src, src_roi);
+    if (temp.size() == dst.size()) {
+        colorCvt(src, dst, src_roi);
+        return;
+    }
+    if (src.format() == dst.format()) {
+        resize(src, dst, src_roi, emptyRoi());
+        return;
+    }
+    _temp.reuse(src.format(), dst.size(), DeviceContext(), 0);
+    _scaler.reuse(temp, dst.size(), static_cast<ScaleMethod>(_resize_method));
+    produceFrame(_scaler, _temp);
+    _format_converter.reuse(_temp, dst.format());
+    produceFrame(_format_converter, dst);
+}
+
+void CvBackendBase::add(Frame& src_dst, float value, Rect src_roi) {
+    apply({addConstant_32f_C1, addConstant_32f_C3, "ADD error, unsupported data type."}, src_dst,
+          value, src_roi);
+}
+
+void CvBackendBase::mul(Frame& src_dst, float value, Rect src_roi) {
+    apply({mulConstant_32f_C1, mulConstant_32f_C3, "MUL error, unsupported data type."}, src_dst,
+          value, src_roi);
+}
+
+void CvBackendBase::warpAffine(Frame const& /*src*/, Frame& /*dst*/, float const (* /*matrix*/)[3],
+                               Rect /*roi*/, bool /*flag*/) {
+    throw Exception(nullptr, StatusNotSupported, "warpAffine", file, __LINE__,
+                    "Operation is not implemented");
+}
+
+int CvBackendBase::setIntProperty(int id, int value) {
+    if (id != 1) {
+        return 0;
+    }
+    _resize_method = value;
+    return 1;
+}
+
+int CvBackendBase::getIntProperty(int id) const {
+    return id == 1 ? _resize_method : -1;
+}
+
+DeviceContext CvBackendBase::getDeviceContext() const {
+    return {};
+}
+
+}  // namespace ox

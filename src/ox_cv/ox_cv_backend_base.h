@@ -1,0 +1,56 @@
+/// @file
+/// Whole-frame operations on the row pipeline.
+
+#pragma once
+
+#include "ox_cv/ox_cv_backend.h"
+#include "ox_cv/ox_format_converter.h"
+#include "ox_cv/ox_scaler.h"
+
+namespace ox {
+
+/// Sets up a `FormatConverter` or a `Scaler` for each call and drains it, so it takes every format
+/// that those take. Buffers and tables are kept from call to call.
+///
+/// All operations throw `Exception`: `StatusAssertionFailed` for frames that aren't initialized,
+/// not on the CPU or not of the size or format that the operation needs; `StatusOutOfRange` for a
+/// region that leaves its frame; what the chain throws. `dst` may then hold some rows of the
+/// result.
+class OX_API CvBackendBase : public ICvBackend {
+  public:
+    CvBackendBase() = default;
+    CvBackendBase(CvBackendBase const&) = delete;
+    CvBackendBase& operator=(CvBackendBase const&) = delete;
+    ~CvBackendBase() override;
+
+    /// Whole `FRAME_NV12` frames go to `FRAME_BGR24` through `NV12toBGR_neon`, with its own
+    /// coefficients, which leaves an odd last row and the last width mod 8 columns unwritten. With
+    /// a region, if only the frame's own rectangle, the same pair is converted in full.
+    void colorCvt(Frame const& src, Frame& dst, Rect src_roi) override;
+    void resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) override;
+    /// Scales first, into a frame that is kept between calls, if both size and format change.
+    void convert(Frame const& src, Frame& dst, Rect src_roi) override;
+    /// For the float formats. The region is cropped to the frame; a block of that size at the top
+    /// left of the frame is changed, wherever the region lies. This is on purpose.
+    void add(Frame& src_dst, float value, Rect src_roi) override;
+    /// As `add`.
+    void mul(Frame& src_dst, float value, Rect src_roi) override;
+    /// @throws Exception `StatusNotSupported`, always
+    void warpAffine(Frame const& src, Frame& dst, float const (*matrix)[3], Rect roi,
+                    bool flag) override;
+
+    /// Property 1 is the `ResizeMethod`, `ResizeBilinear` at first. It isn't checked here: an
+    /// unknown one makes the next `resize` between different sizes throw.
+    int setIntProperty(int id, int value) override;
+    int getIntProperty(int id) const override;
+    /// The CPU's.
+    DeviceContext getDeviceContext() const override;
+
+  private:
+    FormatConverter _format_converter;
+    Scaler _scaler;
+    std::int32_t _resize_method = ResizeBilinear;
+    Frame _temp;  ///< the scaled image between the two steps of `convert`
+};
+
+}  // namespace ox

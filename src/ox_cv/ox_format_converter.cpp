@@ -1,0 +1,106 @@
+#include "ox_cv/ox_format_converter.h"
+
+#include <algorithm>
+
+#include "ox_core/ox_exception.h"
+#include "ox_cv/ox_impl_format_converter.h"
+#include "ox_cv/ox_impl_scale_elements.h"
+#include "ox_cv/ox_impl_state.h"
+
+namespace ox {
+
+namespace {
+
+constexpr char file[] = "src/ox_cv/ox_format_converter";
+
+void checkArguments(bool initialized, char const* source, FrameFormat dst_format) {
+    if (!initialized) {
+        throw Exception(nullptr, StatusInvalidParameter, "reuse", file, __LINE__,
+                        "Parameter '%s' is not initialized.", source);
+    }
+    if (dst_format == FRAME_FORMAT_NONE) {
+        throw Exception(nullptr, StatusUnsupportedFormat, "reuse", file, __LINE__,
+                        "Invalid value for parameter 'dst_format'.");
+    }
+}
+
+}  // namespace
+
+FormatConverter::FormatConverter() : _context(impl::makeState<ImplFormatConverter>(file)) {}
+
+FormatConverter::~FormatConverter() = default;
+
+void FormatConverter::reuse(Frame const& frame, FrameFormat dst_format) {
+    checkArguments(frame.initialized(), "frame", dst_format);
+    _arm(frame, frame.layout(), dst_format);
+}
+
+void FormatConverter::reuse(IRowProducer& producer, FrameFormat dst_format) {
+    checkArguments(producer.layout().planeCount != 0, "producer", dst_format);
+    _arm(producer, producer.layout(), dst_format);
+}
+
+template <class Source>
+void FormatConverter::_arm(Source& source, FrameLayout const& src_layout, FrameFormat dst_format) {
+    if (dst_format == src_layout.format) {
+        _copier.reuse(source);
+        return;
+    }
+    _copier.clear();
+    int window_size = 0;
+    _context->reuse(src_layout.format, dst_format, src_layout.size.width, &window_size);
+    try {
+        _window.reuse(source, window_size);
+        _dst_layout = FrameLayout(dst_format, src_layout.size, impl::rowAlignment);
+    } catch (Exception const&) {
+        // The context is set for rows that the window doesn't have.
+        _context->function = nullptr;
+        throw;
+    }
+    _src_layout = &src_layout;
+    _initialized = _context->initialized;
+    _row = 0;
+}
+
+FrameLayout const& FormatConverter::layout() {
+    return _copier.initialized() ? _copier.layout() : _dst_layout;
+}
+
+void FormatConverter::produce(RowData& row) {
+    if (_copier.initialized()) {
+        _copier.produce(row);
+        return;
+    }
+    if (_src_layout == nullptr) {
+        throw Exception(nullptr, StatusNotInitialized, "produce", file, __LINE__,
+                        "FormatConverter is not initialized. Call FormatConverter::reuse(...) "
+                        "first.");
+    }
+    if (_context->function == nullptr) {
+        return;
+    }
+    int const window_size = _window.windowSize();
+    // On the last row of a band of two, the bottom row comes first and nothing comes second.
+    int const left = std::min(_src_layout->size.height - _row, window_size);
+    if (left <= 0) {
+        return;
+    }
+    for (int k = 0; k < 2; ++k) {
+        _window_rows[k] = k < left ? _window.rowData(window_size - left + k) : nullptr;
+    }
+    _context->produce(_window_rows, row);
+}
+
+bool FormatConverter::next() {
+    if (_copier.initialized()) {
+        return _copier.next();
+    }
+    if (_src_layout == nullptr || _row >= _src_layout->size.height) {
+        return false;
+    }
+    ++_row;
+    _window.next();
+    return true;
+}
+
+}  // namespace ox

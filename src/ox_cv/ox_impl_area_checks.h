@@ -1,0 +1,46 @@
+/// @file
+/// What the area scalers check alike.
+
+#pragma once
+
+#include "ox_core/ox_impl_assert.h"
+#include "ox_cv/ox_impl_scale_elements.h"
+#include "ox_cv/ox_scaler_area.h"
+
+namespace ox::impl {
+
+constexpr char areaFile[] = "src/ox_cv/ox_scaler_area";
+
+inline void checkPrecision(ScalerPrecision precision) {
+    OX_ASSERT(precision == OX_SCALER_FIXED_POINT_8S || precision == OX_SCALER_FIXED_POINT_16S,
+              areaFile);
+}
+
+[[noreturn]] inline void throwUnsupportedArea(char const* name) {
+    throw Exception(nullptr, StatusNotSupported, "produce", areaFile, __LINE__,
+                    "Failure in %s::produce(...) : unsupported frame format.", name);
+}
+
+/// Formats that the area scalers refuse. 32-bit samples are computed and written before they are
+/// refused: that is on purpose.
+inline void refuseUnscalable(FrameFormat format, char const* name) {
+    if (!isScalable(format)) {
+        throwUnsupportedArea(name);
+    }
+}
+
+inline void refuseWritten(FrameFormat format, char const* name) {
+    if (format == FRAME_C1_32U) {
+        throwUnsupportedArea(name);
+    }
+}
+
+/// A region without columns or rows has nothing to weigh.
+inline void checkSide(int src, char const* name) {
+    if (src <= 0) {
+        throw Exception(nullptr, StatusInvalidParameter, "reuse", areaFile, __LINE__,
+                        "Failure in %s::reuse(...) : source is empty.", name);
+    }
+}
+
+}  // namespace ox::impl

@@ -1,0 +1,171 @@
+#include "ox_cv/ox_impl_format_converter.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_format_facts.h"
+
+namespace ox {
+
+namespace {
+
+constexpr char file[] = "src/ox_cv/ox_impl_format_converter";
+/// Nearly all failures share their words; callers tell them apart by status.
+constexpr char unsupportedFormat[] =
+    "Failure in ImplFormatConverter::get_context(...) : unsupported format.";
+
+/// Fields as in `FormatInfo`, from `FRAME_I420` on.
+constexpr std::array<FormatInfo, 10> yuvTable{{
+    {2, 2, 0, 2, 1, 0, 0, 0, 1, 1, 1},  // FRAME_I420
+    {2, 2, 0, 1, 2, 0, 0, 0, 1, 1, 1},  // FRAME_YV12
+    {2, 2, 0, 1, 1, 0, 1, 0, 1, 2, 2},  // FRAME_NV12
+    {2, 2, 0, 1, 1, 0, 0, 1, 1, 2, 2},  // FRAME_NV21
+    {2, 1, 0, 1, 2, 0, 0, 0, 1, 1, 1},  // FRAME_YV16
+    {2, 1, 0, 0, 0, 0, 3, 1, 2, 4, 4},  // FRAME_YUYV
+    {2, 1, 0, 0, 0, 1, 2, 0, 2, 4, 4},  // FRAME_UYVY
+    {2, 1, 0, 1, 1, 0, 1, 0, 1, 2, 2},  // FRAME_NV16
+    {1, 1, 0, 0, 0, 0, 2, 1, 3, 3, 3},  // FRAME_YUV444
+    {1, 1, 0, 2, 1, 0, 0, 0, 1, 1, 1},  // FRAME_YUV444_PLANAR
+}};
+
+constexpr bool isYuv(FrameFormat format) {
+    return format >= FRAME_I420 && format <= FRAME_YUV444_PLANAR;
+}
+
+constexpr FormatInfo const& yuvInfo(FrameFormat format) {
+    return yuvTable[static_cast<std::size_t>(format - FRAME_I420)];
+}
+
+/// The records repeat the subsampling of the table of formats.
+constexpr bool agreesWithFacts(FrameFormat format) {
+    impl::FormatFacts const& facts = impl::factsOf(format);
+    bool const half_width = facts.planes[1].half_width || facts.pixel_group == 2;
+    return yuvInfo(format).x_subsampling == (half_width ? 2 : 1) &&
+           yuvInfo(format).y_subsampling == (facts.planes[1].half_height ? 2 : 1);
+}
+static_assert(agreesWithFacts(FRAME_I420) && agreesWithFacts(FRAME_YV12) &&
+              agreesWithFacts(FRAME_NV12) && agreesWithFacts(FRAME_NV21) &&
+              agreesWithFacts(FRAME_YV16) && agreesWithFacts(FRAME_YUYV) &&
+              agreesWithFacts(FRAME_UYVY) && agreesWithFacts(FRAME_NV16) &&
+              agreesWithFacts(FRAME_YUV444) && agreesWithFacts(FRAME_YUV444_PLANAR));
+
+/// Formats that pass without a record, as sources and as destinations.
+constexpr bool hasNoInfo(FrameFormat format) {
+    return (format >= FRAME_GRAY8 && format <= FRAME_BGR_PLANAR) || format == FRAME_BGR_32F ||
+           format == FRAME_BGR_32F_PLANAR;
+}
+
+struct ConversionRecord {
+    FrameFormat src;
+    FrameFormat dst;
+    Conversion conversion;
+};
+
+/// Pairs with a function of their own; the general ones follow in `chooseConversion`.
+constexpr ConversionRecord conversionTable[] = {
+    {FRAME_GRAY8, FRAME_BGR24, {grayToBgr24, 1}},
+    {FRAME_RGB24, FRAME_BGR24, {swapRedBlue, 1}},
+    {FRAME_RGB_PLANAR, FRAME_RGB24, {planarToPacked, 1}},
+    {FRAME_BGR_PLANAR, FRAME_BGR24, {planarToPacked, 1}},
+    {FRAME_BGR24, FRAME_GRAY8, {bgr24ToGray, 1}},
+    {FRAME_BGR24, FRAME_RGB24, {swapRedBlue, 1}},
+    {FRAME_BGR24, FRAME_BGR_PLANAR, {bgr24ToBgrPlanar, 1}},
+    {FRAME_BGR24, FRAME_I420, {bgr24ToYuv420Planar, 2}},
+    {FRAME_BGR24, FRAME_YV12, {bgr24ToYuv420Planar, 2}},
+    {FRAME_BGR24, FRAME_NV12, {bgr24ToYuv420SemiPlanar, 2}},
+    {FRAME_BGR24, FRAME_NV21, {bgr24ToYuv420SemiPlanar, 2}},
+    {FRAME_BGR24, FRAME_YV16, {bgr24ToYv16, 1}},
+    {FRAME_BGR24, FRAME_YUYV, {bgr24ToYuv422Packed, 1}},
+    {FRAME_BGR24, FRAME_UYVY, {bgr24ToYuv422Packed, 1}},
+    {FRAME_BGR24, FRAME_NV16, {bgr24ToNv16, 1}},
+    {FRAME_BGR24, FRAME_YUV444, {bgr24ToYuv444, 1}},
+    {FRAME_BGR24, FRAME_YUV444_PLANAR, {bgr24ToYuv444Planar, 1}},
+    {FRAME_BGR24, FRAME_BGR_32F, {bgr24ToBgr32f, 1}},
+    {FRAME_BGR24, FRAME_BGR_32F_PLANAR, {bgr24ToBgr32fPlanar, 1}},
+    {FRAME_BGR_32F, FRAME_BGR24, {bgr32fToBgr24, 1}},
+    {FRAME_I420, FRAME_BGR24, {yuv420PlanarToBgr24, 1}},
+    {FRAME_YV12, FRAME_BGR24, {yuv420PlanarToBgr24, 1}},
+    {FRAME_NV12, FRAME_BGR24, {yuv420SemiPlanarToBgr24, 1}},
+    {FRAME_NV21, FRAME_BGR24, {yuv420SemiPlanarToBgr24, 1}},
+    {FRAME_YV16, FRAME_BGR24, {yv16ToBgr24, 1}},
+    {FRAME_YUYV, FRAME_BGR24, {yuv422PackedToBgr24, 1}},
+    {FRAME_UYVY, FRAME_BGR24, {yuv422PackedToBgr24, 1}},
+    {FRAME_NV16, FRAME_BGR24, {nv16ToBgr24, 1}},
+    {FRAME_YUV444, FRAME_BGR24, {yuv444ToBgr24, 1}},
+    {FRAME_YUV444_PLANAR, FRAME_BGR24, {yuv444PlanarToBgr24, 1}},
+};
+
+}  // namespace
+
+Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format, int dst_y_subsampling) {
+    auto const* const record = std::find_if(
+        std::begin(conversionTable), std::end(conversionTable),
+        [=](ConversionRecord const& r) { return r.src == src_format && r.dst == dst_format; });
+    if (record != std::end(conversionTable)) {
+        return record->conversion;
+    }
+    if (src_format == FRAME_GRAY8 && isYuv(dst_format)) {
+        return {grayToYuv, 1};
+    }
+    if (isYuv(src_format)) {
+        return dst_format == FRAME_GRAY8 ? Conversion{yuvToGray, 1}
+                                         : Conversion{yuvToYuv, dst_y_subsampling};
+    }
+    return {};
+}
+
+void ImplFormatConverter::getFormatInfo(FrameFormat format, FormatInfo& info) const {
+    if (isYuv(format)) {
+        info = yuvInfo(format);
+    } else if (!hasNoInfo(format)) {
+        throw Exception(nullptr, StatusUnsupportedFormat, "getFormatInfo", file, __LINE__, "%s",
+                        unsupportedFormat);
+    }
+}
+
+/// A record that doesn't belong to the destination may describe longer rows.
+void ImplFormatConverter::limitStaleRecord(FrameFormat dst_format, int row_width) {
+    FrameLayout const row(dst_format, {row_width, 1}, 1);
+    for (int i = 0; i < 4; ++i) {
+        dst_limits[i] = isYuv(dst_format) ? 0 : static_cast<std::int64_t>(row.plane[i].rowBytes);
+    }
+}
+
+void ImplFormatConverter::get_context(FrameFormat src_format, FrameFormat dst_format,
+                                      int* window_size) {
+    getFormatInfo(src_format, src);
+    getFormatInfo(dst_format, dst);
+    Conversion const conversion = chooseConversion(src_format, dst_format, dst.y_subsampling);
+    if (conversion.function == nullptr) {
+        // Only the float planes have no row of their own in the table of pairs.
+        Status const status =
+            src_format == FRAME_BGR_32F_PLANAR ? StatusUnsupportedFormat : StatusNotSupported;
+        throw Exception(nullptr, status, "get_context", file, __LINE__, "%s", unsupportedFormat);
+    }
+    function = conversion.function;
+    *window_size = conversion.window_size;
+}
+
+void ImplFormatConverter::reuse(FrameFormat src_format, FrameFormat dst_format, int row_width,
+                                int* window_size) {
+    if (window_size == nullptr) {
+        throw Exception(nullptr, StatusUnsupportedFormat, "reuse", file, __LINE__,
+                        "Failure in ImplFormatConverter::reuse(...) : Null pointer to window "
+                        "size.");
+    }
+    function = nullptr;
+    get_context(src_format, dst_format, window_size);
+    limitStaleRecord(dst_format, row_width);
+    width = row_width;
+    initialized = true;
+}
+
+void ImplFormatConverter::produce(RowData const* const* rows, RowData& row) const {
+    if (function != nullptr) {
+        function(rows, row, width, this);
+    }
+}
+
+}  // namespace ox

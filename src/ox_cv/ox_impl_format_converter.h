@@ -1,0 +1,114 @@
+/// @file
+/// How a pair of pixel formats is converted, row by row.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "ox_core/ox_frame_format.h"
+#include "ox_cv/ox_row_producer.h"
+
+namespace ox {
+
+class ImplFormatConverter;
+
+/// Where the samples of a YUV format lie.
+struct FormatInfo {
+    std::int32_t x_subsampling;  ///< pixels of a row that share a chroma sample
+    std::int32_t y_subsampling;  ///< frame rows that share a chroma row
+    std::int32_t y_plane;        ///< plane that holds Y
+    std::int32_t v_plane;
+    std::int32_t u_plane;
+    std::int32_t y_offset;  ///< byte offset of the first Y in a row of its plane
+    std::int32_t v_offset;
+    std::int32_t u_offset;
+    std::int32_t y_step;  ///< bytes from one Y sample to the next
+    std::int32_t v_step;
+    std::int32_t u_step;
+};
+
+static_assert(sizeof(FormatInfo) == 44 && offsetof(FormatInfo, y_subsampling) == 4 &&
+              offsetof(FormatInfo, y_plane) == 8 && offsetof(FormatInfo, v_plane) == 12 &&
+              offsetof(FormatInfo, u_plane) == 16 && offsetof(FormatInfo, y_offset) == 20 &&
+              offsetof(FormatInfo, v_offset) == 24 && offsetof(FormatInfo, u_offset) == 28 &&
+              offsetof(FormatInfo, y_step) == 32 && offsetof(FormatInfo, v_step) == 36 &&
+              offsetof(FormatInfo, u_step) == 40);
+
+/// Converts one row of `width` pixels. `rows` has as many entries as the window: the current source
+/// row, and the row after it or null. Planes whose entry in `dst` is null get no row.
+using ConversionFunction = void (*)(RowData const* const* rows, RowData& dst, int width,
+                                    ImplFormatConverter const* context);
+
+/// A conversion function and the number of source rows that it needs at once.
+struct Conversion {
+    ConversionFunction function = nullptr;  ///< null: the pair doesn't exist
+    int window_size = 0;
+};
+
+/// The one decision about a pair of formats that have passed `getFormatInfo`.
+/// @param dst_y_subsampling of the destination's record, which may be a stale one
+Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format, int dst_y_subsampling);
+
+/// A chosen conversion. A new object is all zero.
+class ImplFormatConverter {
+  public:
+    /// @param width pixels in a row
+    /// @param window_size receives the number of source rows that `produce` needs
+    /// @throws Exception `StatusUnsupportedFormat` for a null `window_size` or an unknown format,
+    ///         `StatusNotSupported` for a pair that doesn't exist
+    void reuse(FrameFormat src_format, FrameFormat dst_format, int width, int* window_size);
+
+    /// Converts a row; does nothing after a failed `reuse`.
+    void produce(RowData const* const* rows, RowData& dst) const;
+
+    FormatInfo src{};
+    /// Formats without a record leave it as it stood: a YUV source going to one of them, and to
+    /// nothing that has a function of its own, is written by the record of an earlier destination.
+    /// This is on purpose.
+    FormatInfo dst{};
+    std::int32_t width = 0;
+    bool initialized = false;
+    ConversionFunction function = nullptr;
+    /// Bytes of a destination row of each plane where `dst` is a stale record, which may reach
+    /// past the row; else 0, for no limit.
+    std::int64_t dst_limits[4]{};
+
+  private:
+    void getFormatInfo(FrameFormat format, FormatInfo& info) const;
+    void get_context(FrameFormat src_format, FrameFormat dst_format, int* window_size);
+    void limitStaleRecord(FrameFormat dst_format, int row_width);
+};
+
+// The conversion functions. Sums are 32-bit; stores keep the low 8 bits.
+
+void grayToBgr24(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void grayToYuv(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void yuvToGray(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void yuvToYuv(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+
+void bgr24ToGray(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void bgr24ToYuv420Planar(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void bgr24ToYuv420SemiPlanar(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void bgr24ToYv16(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void bgr24ToYuv422Packed(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void bgr24ToNv16(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void bgr24ToYuv444(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void bgr24ToYuv444Planar(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+
+void yuv420PlanarToBgr24(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void yuv420SemiPlanarToBgr24(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void yv16ToBgr24(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void yuv422PackedToBgr24(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void nv16ToBgr24(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void yuv444ToBgr24(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void yuv444PlanarToBgr24(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+
+void swapRedBlue(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void bgr24ToBgrPlanar(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void planarToPacked(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void bgr24ToBgr32f(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void bgr24ToBgr32fPlanar(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+void bgr32fToBgr24(RowData const* const*, RowData&, int, ImplFormatConverter const*);
+
+}  // namespace ox

@@ -1,0 +1,203 @@
+/// @file
+/// What the streaming scalers take for one element of a plane, and how they walk a row of them.
+
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "ox_core/ox_frame_layout.h"
+#include "ox_core/ox_impl_format_facts.h"
+#include "ox_cv/ox_row_producer.h"
+
+namespace ox::impl {
+
+struct ScaleElement {
+    int channels = 0;  ///< 0: the plane doesn't exist or the format isn't scalable
+    int bits = 0;      ///< bits a sample
+};
+
+/// Formats that a streaming scaler can compute with; the others can only be copied.
+constexpr bool isScalable(FrameFormat format) {
+    return factsOf(format).plane_count > 0 && format <= FRAME_C1_32U && format != FRAME_RGB24 &&
+           format != FRAME_RGB_PLANAR;
+}
+
+/// The packed 4:2:2 formats are treated as 3-channel and 4-channel data, on purpose and whatever
+/// their packing is.
+constexpr ScaleElement scaleElement(FrameFormat format, int plane) {
+    FormatFacts const& facts = factsOf(format);
+    if (!isScalable(format) || plane >= facts.plane_count) {
+        return {};
+    }
+    PlaneFacts const& plane_facts = facts.planes[static_cast<std::size_t>(plane)];
+    if (format == FRAME_YUYV) {
+        return {3, 8};
+    }
+    if (format == FRAME_UYVY) {
+        return {4, 8};
+    }
+    return {plane_facts.channels, plane_facts.bits};
+}
+
+/// The row function of a family for an element: `Family::row<Sample, Channels>`, null if there is
+/// none.
+template <class Family>
+constexpr typename Family::Function pickRowFunction(ScaleElement element) {
+    switch (element.channels * 100 + element.bits) {
+        case 108:
+            return &Family::template row<std::uint8_t, 1>;
+        case 208:
+            return &Family::template row<std::uint8_t, 2>;
+        case 308:
+            return &Family::template row<std::uint8_t, 3>;
+        case 408:
+            return &Family::template row<std::uint8_t, 4>;
+        case 116:
+            return &Family::template row<std::uint16_t, 1>;
+        case 132:
+            return &Family::template row<std::uint32_t, 1>;
+        default:
+            return nullptr;
+    }
+}
+
+/// What the layouts that scalers yield are built with.
+constexpr unsigned long rowAlignment = 64;
+
+/// Where the products of a sample and a 16-bit weight are summed.
+template <class Sample>
+using Accumulator = std::conditional_t<sizeof(Sample) == 1, std::uint32_t, std::uint64_t>;
+
+/// Rows of wrapped frames needn't be aligned.
+template <class Sample>
+inline Sample loadSample(unsigned char const* row, std::int64_t index) {
+    Sample sample = 0;
+    std::memcpy(&sample, row + index * std::int64_t{sizeof(Sample)}, sizeof sample);
+    return sample;
+}
+
+/// Keeps the low bits of `value`.
+template <class Sample, class Value>
+inline void storeSample(unsigned char* row, std::int64_t index, Value value) {
+    auto const sample = static_cast<Sample>(value);
+    std::memcpy(row + index * std::int64_t{sizeof(Sample)}, &sample, sizeof sample);
+}
+
+/// How a row of elements lies in a source and a destination plane.
+///
+/// Elements may leave the row at its end: the macro-pixel formats have rows shorter than their
+/// elements, and chroma planes of odd widths are read through luma's tables.
+struct RowPlan {
+    std::int64_t whole = 0;        ///< leading elements that lie wholly inside both rows
+    std::int64_t src_width = 0;    ///< pixels of the source plane
+    std::int64_t src_samples = 0;  ///< samples of a source row
+    std::int64_t dst_samples = 0;  ///< samples of a destination row that elements cover
+    std::int64_t cells = 0;        ///< entries of the table, one per destination column
+};
+
+/// @param last_element gives the last source element that a destination element reads
+template <class LastElement>
+RowPlan planRow(FramePlane const& src, FramePlane const& dst, ScaleElement element,
+                std::int64_t cells, LastElement last_element) {
+    std::int64_t const channels = element.channels;
+    std::int64_t const bytes = element.bits / 8;
+    RowPlan plan;
+    plan.src_width = src.width;
+    plan.src_samples = static_cast<std::int64_t>(src.rowBytes) / bytes;
+    plan.dst_samples =
+        std::min(static_cast<std::int64_t>(dst.rowBytes) / bytes, dst.width * channels);
+    plan.cells = cells;
+    std::int64_t const limit = std::min(cells, plan.dst_samples / channels);
+    while (plan.whole < limit && (last_element(plan.whole) + 1) * channels <= plan.src_samples) {
+        ++plan.whole;
+    }
+    return plan;
+}
+
+/// How a family of row functions works on the planes of a format; picked when a scaler is armed.
+template <class Family>
+struct PlaneRows {
+    struct Plane {
+        typename Family::Function function = nullptr;
+        RowPlan plan;
+    };
+    std::array<Plane, 3> planes;
+
+    /// @param last_element as in `planRow`, with the index of the plane in front
+    template <class LastElement>
+    void plan(FrameLayout const& src, FrameLayout const& dst, std::size_t cells,
+              LastElement last_element) {
+        for (int i = 0; i < 3; ++i) {
+            ScaleElement const element = scaleElement(src.format, i);
+            Plane& plane = planes[static_cast<std::size_t>(i)];
+            plane.function = pickRowFunction<Family>(element);
+            if (plane.function != nullptr) {
+                plane.plan =
+                    planRow(src.plane[i], dst.plane[i], element, static_cast<std::int64_t>(cells),
+                            [&](std::int64_t cell) { return last_element(i, cell); });
+            }
+        }
+    }
+
+    /// Calls visit(index, plane) for each plane of the format that the row has an entry for.
+    template <class Visitor>
+    void forEach(RowData const& dst, Visitor visit) const {
+        for (int i = 0; i < 3; ++i) {
+            Plane const& plane = planes[static_cast<std::size_t>(i)];
+            if (plane.function != nullptr && dst[i] != nullptr) {
+                visit(i, plane);
+            }
+        }
+    }
+};
+
+/// Reads elements that are known to lie inside the row.
+struct InsideRow {
+    template <class Sample, int Channels>
+    static Sample sample(unsigned char const* row, RowPlan const& /*plan*/, std::int64_t element,
+                         int channel) {
+        return loadSample<Sample>(row, element * Channels + channel);
+    }
+    static std::int64_t entry(std::int64_t index, std::int64_t /*entries*/) { return index; }
+};
+
+/// Reads elements anywhere: a sample behind the row is the same channel of the last whole element,
+/// an entry behind the table its last one.
+struct RowEnd {
+    template <class Sample, int Channels>
+    static Sample sample(unsigned char const* row, RowPlan const& plan, std::int64_t element,
+                         int channel) {
+        std::int64_t index = element * Channels + channel;
+        if (index >= plan.src_samples) {
+            index = (plan.src_samples / Channels - 1) * Channels + channel;
+        }
+        return loadSample<Sample>(row, index);
+    }
+    static std::int64_t entry(std::int64_t index, std::int64_t entries) {
+        return std::min(index, entries - 1);
+    }
+};
+
+/// The one walk over a destination row. cell(reader, i) prepares element i; what it returns gives
+/// the value of a channel.
+template <class Sample, int Channels, class Cell>
+inline void walkRow(RowPlan const& plan, unsigned char* dst, Cell cell) {
+    std::int64_t const whole = plan.whole;
+    std::int64_t const samples = plan.dst_samples;
+    for (std::int64_t i = 0; i < whole; ++i) {
+        auto const value = cell(InsideRow(), i);
+        for (int c = 0; c < Channels; ++c) {
+            storeSample<Sample>(dst, i * Channels + c, value(c));
+        }
+    }
+    for (std::int64_t j = whole * Channels; j < samples; ++j) {
+        auto const value = cell(RowEnd(), j / Channels);
+        storeSample<Sample>(dst, j, value(static_cast<int>(j % Channels)));
+    }
+}
+
+}  // namespace ox::impl

@@ -1,0 +1,50 @@
+/// @file
+/// Coordinate and weight tables of the streaming scalers, in 32-bit arithmetic that wraps.
+
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "ox_cv/ox_scaler_area.h"
+
+namespace ox::impl {
+
+/// Source coordinates are 16.16 fixed point.
+constexpr int coordinateBits = 16;
+constexpr std::int32_t coordinateOne = 1 << coordinateBits;
+constexpr std::int32_t coordinateMask = coordinateOne - 1;
+
+/// `value` in 16.16, in 32 bits: sides of 32768 and more wrap.
+constexpr std::int32_t toCoordinate(std::int32_t value) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(value) << coordinateBits);
+}
+
+/// The step per destination sample, truncated.
+constexpr std::int32_t coordinateStep(std::int32_t src, std::int32_t dst) {
+    return toCoordinate(src) / dst;
+}
+
+/// The part of a source sample that belongs to a cell.
+struct AreaWeight {
+    std::uint16_t index;   ///< first source sample that the cell touches
+    std::uint16_t weight;  ///< how much of that sample's full weight belongs to the cell
+};
+
+/// Weights of one axis.
+struct AreaTable {
+    std::vector<AreaWeight> weights;  ///< one entry per destination sample, and one more
+    std::uint16_t full_weight = 0;    ///< of a source sample that lies wholly in a cell
+};
+
+/// Source sample under the centre of each destination sample: (i + 1/2) src / dst.
+/// @throws Exception `StatusCapacityExceeded` if memory is exhausted, as all three
+void buildNearestTable(std::int32_t src, std::int32_t dst, std::vector<std::uint16_t>& table);
+
+/// 16.16 source coordinate of each destination sample: (i + 1/2) src / dst - 1/2, at least 0.
+void buildBilinearTable(std::int32_t src, std::int32_t dst, std::vector<std::int32_t>& table);
+
+/// Overlap of the first source sample of each destination cell, with `shift` fractional bits.
+void buildAreaTable(std::int32_t src, std::int32_t dst, int shift, AreaTable& table);
+
+}  // namespace ox::impl

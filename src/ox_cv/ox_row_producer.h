@@ -1,0 +1,55 @@
+/// @file
+/// Row streaming: the row that passes between the links of a chain, the interface of a link, and
+/// the pump that drains a chain into a frame.
+
+#pragma once
+
+#include "ox_core/ox_api.h"
+#include "ox_core/ox_frame.h"
+#include "ox_core/ox_frame_layout.h"
+
+namespace ox {
+
+/// One row of all planes; owns nothing.
+///
+/// As a destination, a null entry means that this plane gets no row on this step (chroma on odd
+/// rows of 4:2:0 frames). As a source, entries of subsampled planes repeat.
+struct RowData {
+    unsigned char* plane[4];
+
+    unsigned char*& operator[](int index) { return plane[index]; }
+    unsigned char* operator[](int index) const { return plane[index]; }
+};
+
+static_assert(sizeof(RowData) == 4 * sizeof(unsigned char*));
+
+/// A link of a chain: yields rows one at a time into its consumer's memory.
+///
+/// A consumer calls `produce` and `next` once per row, from row 0 on, `layout().size.height` times;
+/// it may call `next` without `produce` to skip a row. A chain serves one thread at a time; it
+/// holds its sources by reference, so they must outlive it.
+class OX_API IRowProducer {
+  public:
+    /// Layout of the rows yielded; the reference stays valid until the next `reuse`.
+    virtual FrameLayout const& layout() = 0;
+    /// Writes `rowBytes` bytes of the current row into each plane of `row` that isn't null.
+    virtual void produce(RowData& row) = 0;
+    /// Moves on to the next row. Consumers count rows by the layout, not by the result.
+    virtual bool next() = 0;
+    virtual ~IRowProducer();
+
+  protected:
+    IRowProducer() = default;
+    IRowProducer(IRowProducer const&) = default;
+    IRowProducer& operator=(IRowProducer const&) = default;
+};
+
+/// Copies the row's bytes of each plane whose destination isn't null.
+OX_API void copyRowData(FrameLayout const& layout, RowData const& src, RowData& dst);
+
+/// Drains `producer` into `frame`. A frame of the producer's format and size is written in place,
+/// with its own strides; any other is made anew first, with storage of its own.
+/// @throws Exception what the producer or `Frame::reuse` throws; rows already written stay
+OX_API void produceFrame(IRowProducer& producer, Frame& frame);
+
+}  // namespace ox

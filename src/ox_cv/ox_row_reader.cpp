@@ -1,0 +1,43 @@
+#include "ox_cv/ox_row_reader.h"
+
+#include "ox_core/ox_exception.h"
+#include "ox_cv/ox_impl_row_cursor.h"
+
+namespace ox {
+
+void RowReader::clear() {
+    RowData const kept = rows;
+    *this = RowReader();
+    rows = kept;
+}
+
+void RowReader::reuse(Frame const& frame) {
+    clear();
+    if (!frame.initialized()) {
+        // The text names the writer on purpose: callers match it.
+        throw Exception(nullptr, StatusInputNotInitialized, "reuse", "src/ox_cv/ox_row_reader",
+                        __LINE__, impl::cursorNotInitialized);
+    }
+    FrameLayout const& layout = frame.layout();
+    height = layout.size.height;
+    for (int i = 0; i < layout.planeCount; ++i) {
+        masks[i] = rowMask(height, layout.plane[i].height);
+        strides[i] = layout.plane[i].stride;
+        rows[i] = frame.planeData(i);
+    }
+}
+
+bool RowReader::next() {
+    if (row >= height) {
+        return false;
+    }
+    for (int i = 0; i < 4; ++i) {
+        if (impl::movesOnAfter(row, masks[i])) {
+            rows[i] += strides[i];
+        }
+    }
+    ++row;
+    return row < height;
+}
+
+}  // namespace ox

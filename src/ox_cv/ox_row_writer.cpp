@@ -1,0 +1,48 @@
+#include "ox_cv/ox_row_writer.h"
+
+#include "ox_core/ox_exception.h"
+#include "ox_cv/ox_impl_row_cursor.h"
+
+namespace ox {
+
+void RowWriter::clear() {
+    RowWriter cleared;
+    cleared.rows = rows;
+    cleared.planes = planes;
+    *this = cleared;
+}
+
+void RowWriter::reuse(Frame& frame) {
+    clear();
+    if (!frame.initialized()) {
+        throw Exception(nullptr, StatusInputNotInitialized, "reuse", "src/ox_cv/ox_row_writer",
+                        __LINE__, impl::cursorNotInitialized);
+    }
+    rows = planes = RowData{};
+    FrameLayout const& layout = frame.layout();
+    height = layout.size.height;
+    for (int i = 0; i < layout.planeCount; ++i) {
+        masks[i] = rowMask(height, layout.plane[i].height);
+        strides[i] = layout.plane[i].stride;
+        planes[i] = frame.planeData(i);
+        rows[i] = height > 0 ? planes[i] : nullptr;
+    }
+}
+
+bool RowWriter::next() {
+    if (row >= height) {
+        rows = RowData{};
+        return false;
+    }
+    for (int i = 0; i < 4; ++i) {
+        bool const moves = impl::movesOnAfter(row, masks[i]);
+        if (moves) {
+            planes[i] += strides[i];
+        }
+        rows[i] = moves ? planes[i] : nullptr;
+    }
+    ++row;
+    return row < height;
+}
+
+}  // namespace ox

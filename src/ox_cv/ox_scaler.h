@@ -1,0 +1,51 @@
+/// @file
+/// The facade of the row scalers.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "ox_cv/ox_row_producer.h"
+
+namespace ox {
+
+enum ScaleMethod : std::uint32_t {
+    OX_SCALE_NEAREST = 0,   ///< `ScalerNearestNeighbor`
+    OX_SCALE_BILINEAR = 1,  ///< `ScalerBilinearX`, `ScalerBilinearY`, `ScalerBilinearXY`
+    OX_SCALE_AREA = 2,      ///< `ScalerAreaX` and `ScalerAreaY`, chained where both axes change
+};
+
+/// Picks the scaler that fits the method and the axes that change, arms it and forwards to it.
+/// Passes rows straight through where the size stays. Kept over many frames of a kind it allocates
+/// nothing.
+class OX_API Scaler : public IRowProducer {
+  public:
+    Scaler();
+    Scaler(Scaler const&) = delete;
+    Scaler& operator=(Scaler const&) = delete;
+    ~Scaler() override;
+
+    /// Arms the scaler on a source that must outlive it. With equal sizes the method isn't looked
+    /// at.
+    /// @throws Exception `StatusAssertionFailed` for a source that isn't initialized or an empty
+    ///         size; `StatusInvalidParameter` for an unknown method; what the scaler picked throws
+    void reuse(Frame const& src_frame, Size dst_size, ScaleMethod method);
+    void reuse(IRowProducer& src_producer, Size dst_size, ScaleMethod method);
+
+    /// True as long as no scaler has been armed: the sense is opposite to that of the other
+    /// classes, on purpose.
+    bool initialized() const;
+
+    /// These forward to the scaler armed last.
+    /// @throws Exception `StatusNotInitialized` before the first `reuse`
+    FrameLayout const& layout() override;
+    void produce(RowData& dst) override;
+    bool next() override;
+
+  private:
+    struct State;
+    std::unique_ptr<State> _state;
+};
+
+}  // namespace ox

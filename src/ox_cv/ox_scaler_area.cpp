@@ -1,0 +1,296 @@
+#include "ox_cv/ox_scaler_area.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "ox_cv/ox_impl_area_checks.h"
+#include "ox_cv/ox_impl_area_rows.h"
+#include "ox_cv/ox_impl_scale_tables.h"
+#include "ox_cv/ox_impl_state.h"
+
+namespace ox {
+
+namespace {
+
+constexpr char const* file = impl::areaFile;
+
+/// The constructors' value, which no `reuse` keeps.
+constexpr int initialShift = 16;
+
+/// Fractional bits of a weight: one bit is the sign.
+int shiftOf(ScalerPrecision precision) {
+    return static_cast<int>(precision) - 1;
+}
+
+}  // namespace
+
+struct ScalerAreaX::State {
+    FrameLayout _src_layout;
+    FrameLayout _dst_layout;
+    RowWindow _window;
+    impl::AreaTable _weights;
+    int _shift = initialShift;
+    impl::PlaneRows<impl::SumColumns<impl::AreaDown>> _planes;
+
+    impl::AreaAxis axis() const {
+        return {_weights.weights.data(), static_cast<std::int64_t>(_weights.weights.size()),
+                _weights.full_weight, _shift};
+    }
+    void prepare(FrameLayout const& src_layout, int dst_width, ScalerPrecision precision);
+    void planPlanes();
+
+    template <class Source>
+    void arm(Source& source, FrameLayout const& src_layout, int dst_width,
+             ScalerPrecision precision) {
+        impl::prepareTables(_window, [&] { prepare(src_layout, dst_width, precision); });
+        impl::armWindow(_window, source, 1, file);
+    }
+};
+
+/// Each plane is up-scaled or down-scaled by its own width against that of luma, chroma too.
+void ScalerAreaX::State::planPlanes() {
+    using Down = impl::SumColumns<impl::AreaDown>;
+    using Up = impl::SumColumns<impl::AreaUp>;
+    auto const up = [&](int plane) {
+        return _dst_layout.plane[plane].width >= _src_layout.plane[0].width;
+    };
+    _planes.plan(_src_layout, _dst_layout, _weights.weights.size() - 1,
+                 [&](int plane, std::int64_t i) {
+                     return up(plane) ? Up::lastElement(axis(), i) : Down::lastElement(axis(), i);
+                 });
+    for (int i = 0; i < 3; ++i) {
+        if (up(i)) {
+            _planes.planes[static_cast<std::size_t>(i)].function =
+                impl::pickRowFunction<Up>(impl::scaleElement(_dst_layout.format, i));
+        }
+    }
+}
+
+void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
+                                 ScalerPrecision precision) {
+    Size const src_size = src_layout.size;
+    impl::checkSide(src_size.width, "ScalerAreaX");
+    _shift = shiftOf(precision);
+    bool const same_table =
+        src_size.width == _src_layout.size.width && dst_width == _dst_layout.size.width;
+    bool const same_plan = same_table && src_layout.format == _dst_layout.format;
+    if (!same_table) {
+        _dst_layout.clear();  // until the table stands, no later call may take it as built
+        impl::buildAreaTable(src_size.width, dst_width, _shift, _weights);
+    }
+    _src_layout = src_layout;
+    _dst_layout = FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::rowAlignment);
+    if (!same_plan) {
+        planPlanes();
+    }
+}
+
+ScalerAreaX::ScalerAreaX() : _state(impl::makeState<State>(file)) {}
+
+ScalerAreaX::~ScalerAreaX() = default;
+
+bool ScalerAreaX::initialized() const {
+    return _state->_window.initialized();
+}
+
+void ScalerAreaX::reuse(Frame const& src_frame, int dst_width, ScalerPrecision precision) {
+    OX_ASSERT(src_frame.initialized(), file);
+    OX_ASSERT(0 < dst_width, file);
+    impl::checkPrecision(precision);
+    _state->arm(src_frame, src_frame.layout(), dst_width, precision);
+}
+
+void ScalerAreaX::reuse(IRowProducer& src_producer, int dst_width, ScalerPrecision precision) {
+    OX_ASSERT(!src_producer.layout().size.empty(), file);
+    OX_ASSERT(0 < dst_width, file);
+    impl::checkPrecision(precision);
+    _state->arm(src_producer, src_producer.layout(), dst_width, precision);
+}
+
+FrameLayout const& ScalerAreaX::layout() {
+    return _state->_dst_layout;
+}
+
+void ScalerAreaX::produce(RowData& dst) {
+    RowData const& src = *_state->_window.rowData(0);
+    FrameLayout const& layout = _state->_dst_layout;
+    if (_state->_src_layout.plane[0].width == layout.plane[0].width) {
+        copyRowData(layout, src, dst);
+        return;
+    }
+    impl::refuseUnscalable(layout.format, "ScalerAreaX");
+    _state->_planes.forEach(dst, [&](int i, auto const& plane) {
+        plane.function(plane.plan, _state->axis(), src[i], dst[i]);
+    });
+    impl::refuseWritten(layout.format, "ScalerAreaX");
+}
+
+bool ScalerAreaX::next() {
+    return _state->_window.next();
+}
+
+struct ScalerAreaY::State {
+    FrameLayout _src_layout;
+    FrameLayout _dst_layout;
+    RowWindow _window;
+    std::int32_t _dst_row = 0;
+    std::vector<unsigned char const*> _rows;
+    impl::AreaTable _weights;
+    int _shift = initialShift;
+    Buffer _accumulator;
+    bool _subsampled = false;
+    impl::PlaneRows<impl::SumRows> _planes;
+
+    impl::AreaWeight weight(std::int64_t row) const {
+        return _weights.weights[static_cast<std::size_t>(row)];
+    }
+    bool shrinks() const { return _dst_layout.size.height < _src_layout.size.height; }
+
+    void prepare(FrameLayout const& src_layout, int dst_height, ScalerPrecision precision);
+    void planPlanes();
+    int rowCount() const;
+    impl::SumRows::Cut cutPlane(int plane);
+
+    template <class Source>
+    void arm(Source& source, FrameLayout const& src_layout, int dst_height,
+             ScalerPrecision precision) {
+        impl::prepareTables(_window, [&] { prepare(src_layout, dst_height, precision); });
+        int const count = static_cast<int>(_rows.size());
+        impl::armWindow(_window, source,
+                        std::min(_subsampled ? 2 * count : count, src_layout.size.height), file);
+    }
+};
+
+/// How many source rows a destination row takes at most.
+int ScalerAreaY::State::rowCount() const {
+    if (shrinks()) {
+        impl::AreaWeight const second = weight(1);
+        return second.index + (_weights.full_weight != second.weight ? 2 : 0);
+    }
+    return _dst_layout.size.height > _src_layout.size.height ? 2 : 1;
+}
+
+/// Formats of 2 and 4 channels are summed as one channel: only the first `width` bytes of a row are
+/// written, on purpose.
+void ScalerAreaY::State::planPlanes() {
+    _planes.plan(_src_layout, _dst_layout, 0, [](int, std::int64_t) { return 0; });
+    FrameFormat const format = _dst_layout.format;
+    if (format == FRAME_UYVY || format == FRAME_C2_8U || format == FRAME_C4_8U) {
+        _planes.planes[0].plan.dst_samples = _dst_layout.plane[0].width;
+    }
+    std::int64_t longest = 0;
+    for (auto const& plane : _planes.planes) {
+        longest = std::max(longest, plane.plan.dst_samples);
+    }
+    auto const bytes = _dst_layout.plane[0].bits == 8 ? sizeof(impl::Accumulator<std::uint8_t>)
+                                                      : sizeof(impl::Accumulator<std::uint16_t>);
+    _accumulator.resize(static_cast<unsigned long>(longest) * bytes, false);
+}
+
+void ScalerAreaY::State::prepare(FrameLayout const& src_layout, int dst_height,
+                                 ScalerPrecision precision) {
+    Size const src_size = src_layout.size;
+    impl::checkSide(src_size.height, "ScalerAreaY");
+    _dst_row = 0;
+    _shift = shiftOf(precision);
+    if (src_size.height != _src_layout.size.height || dst_height != _dst_layout.size.height) {
+        _dst_layout.clear();  // until the table stands, no later call may take it as built
+        impl::buildAreaTable(src_size.height, dst_height, _shift, _weights);
+    }
+    _src_layout = src_layout;
+    _dst_layout = FrameLayout(src_layout.format, {src_size.width, dst_height}, impl::rowAlignment);
+    _subsampled =
+        _dst_layout.planeCount >= 2 && _dst_layout.plane[0].height != _dst_layout.plane[1].height;
+    impl::resizeTable(_rows, rowCount(), file);
+    planPlanes();
+}
+
+/// Planar 4:2:0 chroma goes by the weights of its own row, two frame rows apart; interleaved chroma
+/// goes by luma's weights and rows. The difference is on purpose.
+impl::SumRows::Cut ScalerAreaY::State::cutPlane(int plane) {
+    FrameFormat const format = _dst_layout.format;
+    bool const own_rows = plane > 0 && (format == FRAME_I420 || format == FRAME_YV12);
+    int const distance = own_rows ? 2 : 1;
+    std::int32_t const row = _dst_row / distance;
+    impl::AreaWeight const entry = weight(row);
+    impl::AreaWeight const following = weight(row + 1);
+    int const first = distance * entry.index - _window.firstRow();
+    int const window_size = _window.windowSize();
+    auto const count = static_cast<std::int64_t>(_rows.size());
+    for (std::int64_t k = 0; k < count; ++k) {
+        std::int64_t const index = first + distance * k;
+        _rows[static_cast<std::size_t>(k)] =
+            index < window_size ? (*_window.rowData(static_cast<int>(index)))[plane] : nullptr;
+    }
+    impl::AreaCut const cut = shrinks()
+                                  ? impl::AreaDown::cut(_weights.full_weight, entry, following)
+                                  : impl::AreaUp::cut(_weights.full_weight, entry, following);
+    std::int64_t const rest = cut.last - cut.first;
+    // The window ends at the bottom of the source.
+    return {_rows.data(),
+            count,
+            (*_window.rowData(window_size - 1))[plane],
+            rest,
+            cut.first_weight,
+            _weights.full_weight,
+            cut.rest,
+            rest >= 0 && rest < count ? _rows[static_cast<std::size_t>(rest)] : nullptr,
+            _shift};
+}
+
+ScalerAreaY::ScalerAreaY() : _state(impl::makeState<State>(file)) {}
+
+ScalerAreaY::~ScalerAreaY() = default;
+
+bool ScalerAreaY::initialized() const {
+    return _state->_window.initialized();
+}
+
+void ScalerAreaY::reuse(Frame const& src_frame, int dst_height, ScalerPrecision precision) {
+    OX_ASSERT(src_frame.initialized(), file);
+    OX_ASSERT(0 < dst_height, file);
+    impl::checkPrecision(precision);
+    _state->arm(src_frame, src_frame.layout(), dst_height, precision);
+}
+
+void ScalerAreaY::reuse(IRowProducer& src_producer, int dst_height, ScalerPrecision precision) {
+    OX_ASSERT(!src_producer.layout().size.empty(), file);
+    OX_ASSERT(0 < dst_height, file);
+    impl::checkPrecision(precision);
+    _state->arm(src_producer, src_producer.layout(), dst_height, precision);
+}
+
+FrameLayout const& ScalerAreaY::layout() {
+    return _state->_dst_layout;
+}
+
+void ScalerAreaY::produce(RowData& dst) {
+    RowWindow& window = _state->_window;
+    FrameLayout const& layout = _state->_dst_layout;
+    window.rowData(0);  // refuses an object that isn't armed
+    if (layout.size.height == _state->_src_layout.size.height) {
+        int const window_row = _state->weight(_state->_dst_row).index - window.firstRow();
+        copyRowData(layout, *window.rowData(window_row), dst);
+        return;
+    }
+    impl::refuseUnscalable(layout.format, "ScalerAreaY");
+    _state->_planes.forEach(dst, [&](int i, auto const& plane) {
+        plane.function(_state->cutPlane(i), plane.plan.dst_samples, _state->_accumulator.data,
+                       dst[i]);
+    });
+    impl::refuseWritten(layout.format, "ScalerAreaY");
+}
+
+bool ScalerAreaY::next() {
+    State& state = *_state;
+    if (state._dst_row >= state._dst_layout.size.height - 1) {
+        return false;
+    }
+    ++state._dst_row;
+    state._window.moveTo(state._subsampled ? 2 * state.weight(state._dst_row / 2).index
+                                           : state.weight(state._dst_row).index);
+    return true;
+}
+
+}  // namespace ox

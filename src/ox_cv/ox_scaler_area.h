@@ -1,0 +1,114 @@
+/// @file
+/// Area scaling: each source sample weighs by the part of it that falls into the destination cell.
+/// Every step truncates.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "ox_cv/ox_row_producer.h"
+
+namespace ox {
+
+/// Bits of a fixed-point weight, sign included.
+enum ScalerPrecision : std::uint32_t {
+    OX_SCALER_FIXED_POINT_8S = 8,
+    OX_SCALER_FIXED_POINT_16S = 16,
+};
+
+/// Changes the width; up-scaling blends two samples.
+///
+/// `FRAME_C1_32U` is written and then refused by `produce`, in all three classes, on purpose: it
+/// only passes where rows are copied.
+class OX_API ScalerAreaX : public IRowProducer {
+  public:
+    ScalerAreaX();
+    ScalerAreaX(ScalerAreaX const&) = delete;
+    ScalerAreaX& operator=(ScalerAreaX const&) = delete;
+    ~ScalerAreaX() override;
+
+    /// True once a `reuse` has armed the scaler.
+    bool initialized() const;
+
+    /// Arms the scaler on a source that must outlive it. While the widths stay, the weights are
+    /// kept as they are, on purpose also under another precision.
+    /// @throws Exception `StatusAssertionFailed` for a source that isn't initialized, a width that
+    ///         isn't positive, or a precision other than 8 and 16
+    void reuse(Frame const& src_frame, int dst_width, ScalerPrecision precision);
+    void reuse(IRowProducer& src_producer, int dst_width, ScalerPrecision precision);
+
+    FrameLayout const& layout() override;
+    /// @throws Exception `StatusNotSupported` for a format that isn't scalable, unless the width
+    ///         stays
+    void produce(RowData& dst) override;
+    bool next() override;
+
+  private:
+    struct State;
+    std::unique_ptr<State> _state;
+};
+
+/// Changes the height; up-scaling blends two rows.
+///
+/// `FRAME_UYVY`, `FRAME_C2_8U` and `FRAME_C4_8U` are treated as one channel, on purpose: only the
+/// first `width` bytes of a row are written.
+class OX_API ScalerAreaY : public IRowProducer {
+  public:
+    ScalerAreaY();
+    ScalerAreaY(ScalerAreaY const&) = delete;
+    ScalerAreaY& operator=(ScalerAreaY const&) = delete;
+    ~ScalerAreaY() override;
+
+    /// True once a `reuse` has armed the scaler.
+    bool initialized() const;
+
+    /// As `ScalerAreaX::reuse`, with heights.
+    void reuse(Frame const& src_frame, int dst_height, ScalerPrecision precision);
+    void reuse(IRowProducer& src_producer, int dst_height, ScalerPrecision precision);
+
+    FrameLayout const& layout() override;
+    /// @throws Exception `StatusNotSupported` for a format that isn't scalable, unless the height
+    ///         stays
+    void produce(RowData& dst) override;
+    /// False at the last row, which `produce` then yields again.
+    bool next() override;
+
+  private:
+    struct State;
+    std::unique_ptr<State> _state;
+};
+
+/// Scales a frame down in both axes in one pass, in 16.16 fixed point.
+///
+/// A fourth channel isn't carried through: it gets the value of the third, on purpose.
+class OX_API scaleAreaXY : public IRowProducer {
+  public:
+    scaleAreaXY();
+    scaleAreaXY(scaleAreaXY const&) = delete;
+    scaleAreaXY& operator=(scaleAreaXY const&) = delete;
+    ~scaleAreaXY() override;
+
+    /// True once a `reuse` has armed the scaler.
+    bool initialized() const;
+
+    /// Arms the scaler on a frame that must outlive it.
+    /// @param precision checked, without further effect
+    /// @throws Exception `StatusAssertionFailed` as `ScalerAreaX`; `StatusNotSupported` for a
+    ///         destination wider or taller than the source; `StatusOutOfRange` for sides above
+    ///         32767, or a frame with fewer rows than the window
+    void reuse(Frame const& src_frame, Size dst_size, ScalerPrecision precision);
+
+    FrameLayout const& layout() override;
+    /// @throws Exception `StatusNotSupported` for a format that isn't scalable;
+    ///         `StatusAssertionFailed` where chroma rows leave the window (4:2:0 of odd sizes)
+    void produce(RowData& dst) override;
+    /// False at the last row, which `produce` then yields again.
+    bool next() override;
+
+  private:
+    struct State;
+    std::unique_ptr<State> _state;
+};
+
+}  // namespace ox

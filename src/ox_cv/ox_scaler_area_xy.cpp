@@ -1,0 +1,147 @@
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "ox_cv/ox_impl_area_cells.h"
+#include "ox_cv/ox_impl_area_checks.h"
+#include "ox_cv/ox_impl_state.h"
+#include "ox_cv/ox_scaler_area.h"
+
+namespace ox {
+
+namespace {
+
+constexpr char const* file = impl::areaFile;
+
+/// 16.16 coordinates hold no larger side.
+constexpr int maxSide = 32767;
+
+void checkSizes(Size src_size, Size dst_size) {
+    if (dst_size.width > src_size.width || dst_size.height > src_size.height) {
+        throw Exception(nullptr, StatusNotSupported, "reuse", file, __LINE__,
+                        "Failure in scaleAreaXY::reuse(...) : the area method is implemented for "
+                        "down-scaling only.");
+    }
+    if (src_size.width > maxSide || src_size.height > maxSide) {
+        throw Exception(nullptr, StatusOutOfRange, "reuse", file, __LINE__,
+                        "Failure in scaleAreaXY::reuse(...) : size is out of range.");
+    }
+}
+
+}  // namespace
+
+struct scaleAreaXY::State {
+    FrameLayout _src_layout;
+    FrameLayout _dst_layout;
+    RowWindow _window;
+    std::int32_t _step_x = 0;       ///< 16.16 width of a cell in source columns
+    std::int32_t _step_y = 0;       ///< 16.16 height of a cell in source rows
+    std::int32_t _chroma_step = 0;  ///< 16.16 row step of 4:2:0 chroma, else 0
+    std::int32_t _dst_row = 0;
+    std::vector<impl::AreaRow> _rows;
+    impl::PlaneRows<impl::SumCells> _planes;
+
+    void prepare(FrameLayout const& src_layout, Size dst_size);
+    void fillRows(int plane);
+    int windowSize() const {
+        int const count = static_cast<int>(_rows.size());
+        return _chroma_step != 0 ? 3 * count : count;
+    }
+};
+
+void scaleAreaXY::State::prepare(FrameLayout const& src_layout, Size dst_size) {
+    if (src_layout.size != _src_layout.size || dst_size != _dst_layout.size) {
+        _chroma_step = 0;
+        _step_x = impl::coordinateStep(src_layout.size.width, dst_size.width);
+        _step_y = impl::coordinateStep(src_layout.size.height, dst_size.height);
+    }
+    _src_layout = src_layout;
+    _dst_layout = FrameLayout(src_layout.format, dst_size, impl::rowAlignment);
+    if (impl::isVerticallySubsampled(src_layout.format)) {
+        // Other formats keep the step of an earlier 4:2:0 source of these sizes, on purpose.
+        _chroma_step =
+            impl::coordinateStep(_src_layout.plane[1].height, _dst_layout.plane[1].height);
+    }
+    _dst_row = 0;
+    bool const partial = (_step_y & impl::coordinateMask) != 0;
+    impl::resizeTable(_rows, (_step_y >> impl::coordinateBits) + (partial ? 2 : 0), file);
+    _planes.plan(_src_layout, _dst_layout, static_cast<std::size_t>(dst_size.width),
+                 [this](int, std::int64_t i) { return impl::lastOfCell(_step_x, i); });
+}
+
+/// The source rows of the current cell, with the part of each that the cell covers.
+void scaleAreaXY::State::fillRows(int plane) {
+    bool const subsampled = plane > 0 && impl::isVerticallySubsampled(_dst_layout.format);
+    int const distance = subsampled ? 2 : 1;
+    std::int32_t const start = subsampled ? (_dst_row / 2) * _chroma_step : _dst_row * _step_y;
+    std::int32_t const end = start + _step_y;
+    std::int32_t const first = start >> impl::coordinateBits;
+    std::int32_t const last = end >> impl::coordinateBits;
+    int const window_row = distance * first - _window.firstRow();
+    for (std::size_t e = 0; e < _rows.size(); ++e) {
+        auto const entry = static_cast<std::int32_t>(e);
+        std::int32_t const row = first + entry;
+        impl::AreaRow& covered = _rows[e];
+        if (entry == 0) {
+            covered.weight = impl::coordinateOne - (start & impl::coordinateMask);
+        } else if (row < last) {
+            covered.weight = impl::coordinateOne;
+        } else {
+            covered.weight = row == last ? end & impl::coordinateMask : 0;
+        }
+        covered.row = covered.weight != 0 ? (*_window.rowData(window_row + distance * entry))[plane]
+                                          : nullptr;
+    }
+}
+
+scaleAreaXY::scaleAreaXY() : _state(impl::makeState<State>(file)) {}
+
+scaleAreaXY::~scaleAreaXY() = default;
+
+bool scaleAreaXY::initialized() const {
+    return _state->_window.initialized();
+}
+
+void scaleAreaXY::reuse(Frame const& src_frame, Size dst_size, ScalerPrecision precision) {
+    OX_ASSERT(src_frame.initialized(), file);
+    OX_ASSERT(!dst_size.empty(), file);
+    impl::checkPrecision(precision);
+    checkSizes(src_frame.size(), dst_size);
+    State& state = *_state;
+    impl::prepareTables(state._window, [&] { state.prepare(src_frame.layout(), dst_size); });
+    impl::armWindow(state._window, src_frame, state.windowSize(), file);
+}
+
+FrameLayout const& scaleAreaXY::layout() {
+    return _state->_dst_layout;
+}
+
+void scaleAreaXY::produce(RowData& dst) {
+    State& state = *_state;
+    state._window.rowData(0);  // refuses an object that isn't armed
+    FrameFormat const format = state._dst_layout.format;
+    impl::refuseUnscalable(format, "scaleAreaXY");
+    impl::CellGrid const grid(state._step_x, state._step_y);
+    state._planes.forEach(dst, [&](int i, auto const& plane) {
+        state.fillRows(i);
+        plane.function(plane.plan, grid, state._rows, dst[i]);
+    });
+    impl::refuseWritten(format, "scaleAreaXY");
+}
+
+bool scaleAreaXY::next() {
+    State& state = *_state;
+    if (state._dst_row >= state._dst_layout.size.height - 1) {
+        return false;
+    }
+    ++state._dst_row;
+    std::int32_t const target =
+        state._chroma_step != 0
+            ? 2 * (((state._dst_row / 2) * state._chroma_step) >> impl::coordinateBits)
+            : (state._dst_row * state._step_y) >> impl::coordinateBits;
+    state._window.moveTo(target);
+    return true;
+}
+
+}  // namespace ox

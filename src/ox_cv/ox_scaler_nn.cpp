@@ -1,0 +1,138 @@
+#include "ox_cv/ox_scaler_nn.h"
+
+#include <cstdint>
+#include <vector>
+
+#include "ox_core/ox_impl_assert.h"
+#include "ox_cv/ox_impl_scale_elements.h"
+#include "ox_cv/ox_impl_scale_tables.h"
+#include "ox_cv/ox_impl_state.h"
+
+namespace ox {
+
+namespace {
+
+constexpr char file[] = "src/ox_cv/ox_scaler_nn";
+
+struct Gather {
+    using Function = void (*)(impl::RowPlan const&, std::uint16_t const* table,
+                              unsigned char const* src, unsigned char* dst);
+
+    template <class Sample, int Channels>
+    static void row(impl::RowPlan const& plan, std::uint16_t const* table, unsigned char const* src,
+                    unsigned char* dst) {
+        impl::walkRow<Sample, Channels>(plan, dst, [=, &plan](auto reader, std::int64_t i) {
+            std::int64_t const x = table[reader.entry(i, plan.cells)];
+            return [=, &plan](int channel) {
+                return reader.template sample<Sample, Channels>(src, plan, x, channel);
+            };
+        });
+    }
+};
+
+}  // namespace
+
+struct ScalerNearestNeighbor::State {
+    FrameLayout _dst_layout;
+    RowWindow _window;
+    std::vector<std::uint16_t> _src_xs;
+    std::vector<std::uint16_t> _src_ys;
+    std::int32_t _dst_row = 0;
+    std::int32_t _src_width = 0;
+    std::int32_t _src_height = 0;
+    impl::PlaneRows<Gather> _planes;
+
+    template <class Source>
+    void arm(Source& source, FrameLayout const& src_layout, Size dst_size);
+    void prepare(FrameLayout const& src_layout, Size dst_size);
+    void buildTables(Size src_size, Size dst_size);
+};
+
+void ScalerNearestNeighbor::State::buildTables(Size src_size, Size dst_size) {
+    _src_width = _src_height = 0;  // until all is done, no later call may take the tables as built
+    impl::buildNearestTable(src_size.width, dst_size.width, _src_xs);
+    OX_ASSERT_TEXT(_src_xs.back() < src_size.width, "_src_xs[dst_size.width - 1] < src_size.width",
+                   file);
+    impl::buildNearestTable(src_size.height, dst_size.height, _src_ys);
+    OX_ASSERT_TEXT(_src_ys.back() < src_size.height,
+                   "_src_ys[dst_size.height - 1] < src_size.height", file);
+}
+
+void ScalerNearestNeighbor::State::prepare(FrameLayout const& src_layout, Size dst_size) {
+    bool const same_sizes =
+        src_layout.size == Size{_src_width, _src_height} && dst_size == _dst_layout.size;
+    if (!same_sizes) {
+        buildTables(src_layout.size, dst_size);
+    }
+    if (!same_sizes || src_layout.format != _dst_layout.format) {
+        _dst_layout = FrameLayout(src_layout.format, dst_size, impl::rowAlignment);
+        _planes.plan(src_layout, _dst_layout, _src_xs.size(),
+                     [this](int, std::int64_t i) -> std::int64_t {
+                         return _src_xs[static_cast<std::size_t>(i)];
+                     });
+    }
+    _dst_row = 0;
+    _src_width = src_layout.size.width;
+    _src_height = src_layout.size.height;
+}
+
+template <class Source>
+void ScalerNearestNeighbor::State::arm(Source& source, FrameLayout const& src_layout,
+                                       Size dst_size) {
+    impl::prepareTables(_window, [&] { prepare(src_layout, dst_size); });
+    impl::armWindow(_window, source, 1, file);
+    _window.moveTo(_src_ys.front());
+}
+
+ScalerNearestNeighbor::ScalerNearestNeighbor() : _state(impl::makeState<State>(file)) {}
+
+ScalerNearestNeighbor::~ScalerNearestNeighbor() = default;
+
+bool ScalerNearestNeighbor::initialized() const {
+    return _state->_window.initialized();
+}
+
+void ScalerNearestNeighbor::reuse(Frame const& src_frame, Size dst_size) {
+    OX_ASSERT(src_frame.initialized(), file);
+    OX_ASSERT(!dst_size.empty(), file);
+    _state->arm(src_frame, src_frame.layout(), dst_size);
+}
+
+void ScalerNearestNeighbor::reuse(IRowProducer& src_producer, Size dst_size) {
+    OX_ASSERT(!src_producer.layout().size.empty(), file);
+    OX_ASSERT(!dst_size.empty(), file);
+    _state->arm(src_producer, src_producer.layout(), dst_size);
+}
+
+FrameLayout const& ScalerNearestNeighbor::layout() {
+    return _state->_dst_layout;
+}
+
+void ScalerNearestNeighbor::produce(RowData& dst) {
+    RowData const& src = *_state->_window.rowData(0);
+    FrameLayout const& layout = _state->_dst_layout;
+    // Before any look at the format: rows whose width stays pass in every format.
+    if (_state->_src_width == layout.plane[0].width) {
+        copyRowData(layout, src, dst);
+        return;
+    }
+    if (!impl::isScalable(layout.format)) {
+        throw Exception(nullptr, StatusNotSupported, "produce", file, __LINE__,
+                        "Failure in ScalerNearestNeighbor::produce(...) : unsupported frame "
+                        "format.");
+    }
+    _state->_planes.forEach(dst, [&](int i, auto const& plane) {
+        plane.function(plane.plan, _state->_src_xs.data(), src[i], dst[i]);
+    });
+}
+
+bool ScalerNearestNeighbor::next() {
+    if (_state->_dst_row >= _state->_dst_layout.size.height - 1) {
+        return false;
+    }
+    ++_state->_dst_row;
+    _state->_window.moveTo(_state->_src_ys[static_cast<std::size_t>(_state->_dst_row)]);
+    return true;
+}
+
+}  // namespace ox

@@ -1,0 +1,44 @@
+/// @file
+/// Nearest neighbour scaling.
+
+#pragma once
+
+#include <memory>
+
+#include "ox_cv/ox_row_producer.h"
+
+namespace ox {
+
+/// Scales a frame, or another producer's rows, by copying the nearest source element.
+///
+/// `FRAME_YUYV` and `FRAME_UYVY` are gathered as 3-byte and 4-byte elements. A format that isn't
+/// scalable passes while the width stays, and is refused by `produce` otherwise.
+class OX_API ScalerNearestNeighbor : public IRowProducer {
+  public:
+    ScalerNearestNeighbor();
+    ScalerNearestNeighbor(ScalerNearestNeighbor const&) = delete;
+    ScalerNearestNeighbor& operator=(ScalerNearestNeighbor const&) = delete;
+    ~ScalerNearestNeighbor() override;
+
+    /// True once a `reuse` has armed the scaler.
+    bool initialized() const;
+
+    /// Arms the scaler on a source that must outlive it. Tables are kept while the sizes stay.
+    /// @throws Exception `StatusAssertionFailed` for a source that isn't initialized, an empty
+    /// size,
+    ///         or a side of 32768 and more that the 16.16 coordinates can't address
+    void reuse(Frame const& src_frame, Size dst_size);
+    void reuse(IRowProducer& src_producer, Size dst_size);
+
+    FrameLayout const& layout() override;
+    /// @throws Exception `StatusNotSupported` for a format that isn't scalable
+    void produce(RowData& dst) override;
+    /// False at the last row, which `produce` then yields again.
+    bool next() override;
+
+  private:
+    struct State;
+    std::unique_ptr<State> _state;
+};
+
+}  // namespace ox
