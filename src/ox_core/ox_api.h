@@ -4,3 +4,6 @@
 #pragma once
 
 #define OX_API __attribute__((visibility("default")))
+
+/// Private parts of exported classes.
+#define OX_LOCAL __attribute__((visibility("hidden")))

@@ -10,6 +10,7 @@ Exception::Exception(Exception const* /*cause*/, Status reported, char const* /*
     : status(reported), _text{} {
     va_list arguments;
     va_start(arguments, format);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it is; the analyzer loses sight of it.
     std::vsnprintf(_text, sizeof _text, format, arguments);
     va_end(arguments);
 }

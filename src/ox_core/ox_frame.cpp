@@ -103,6 +103,7 @@ bool Frame::agrees(FrameFormat wanted, Size wanted_size, DeviceContext const& co
            std::all_of(_layout.plane, _layout.plane + _layout.planeCount, aligned);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value in the published interface.
 void Frame::reuse(FrameFormat wanted, Size wanted_size, DeviceContext context,
                   unsigned long alignment) {
     if (!wanted_size.empty() && agrees(wanted, wanted_size, context, alignment)) {

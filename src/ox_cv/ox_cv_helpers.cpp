@@ -83,8 +83,8 @@ bool invertAffineTransform(float const* matrix, float* inverse) {
 
 void NV12toBGR_neon(unsigned char const* y, unsigned char const* uv, unsigned char* bgr, int width,
                     int height, int src_stride, int dst_stride) {
-    std::int64_t const columns = std::int64_t{width / blockWidth} * blockWidth;
-    std::int64_t const rows = height / 2 * 2;
+    std::int64_t const columns = width / blockWidth * std::int64_t{blockWidth};
+    std::int64_t const rows = height - height % 2;
     for (std::int64_t row = 0; row < rows; ++row) {
         // Chroma rows are luma's stride apart, on purpose.
         convertRow(y + row * src_stride, uv + row / 2 * src_stride, bgr + row * dst_stride,

@@ -44,7 +44,7 @@ class OX_API Scaler : public IRowProducer {
     bool next() override;
 
   private:
-    struct State;
+    struct OX_LOCAL State;
     std::unique_ptr<State> _state;
 };
 

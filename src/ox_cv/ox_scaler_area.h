@@ -45,7 +45,7 @@ class OX_API ScalerAreaX : public IRowProducer {
     bool next() override;
 
   private:
-    struct State;
+    struct OX_LOCAL State;
     std::unique_ptr<State> _state;
 };
 
@@ -75,7 +75,7 @@ class OX_API ScalerAreaY : public IRowProducer {
     bool next() override;
 
   private:
-    struct State;
+    struct OX_LOCAL State;
     std::unique_ptr<State> _state;
 };
 
@@ -107,7 +107,7 @@ class OX_API scaleAreaXY : public IRowProducer {
     bool next() override;
 
   private:
-    struct State;
+    struct OX_LOCAL State;
     std::unique_ptr<State> _state;
 };
 

@@ -34,7 +34,7 @@ class OX_API ScalerBilinearX : public IRowProducer {
     bool next() override;
 
   private:
-    struct State;
+    struct OX_LOCAL State;
     std::unique_ptr<State> _state;
 };
 
@@ -67,7 +67,7 @@ class OX_API ScalerBilinearY : public IRowProducer {
     bool next() override;
 
   private:
-    struct State;
+    struct OX_LOCAL State;
     std::unique_ptr<State> _state;
 };
 
@@ -94,7 +94,7 @@ class OX_API ScalerBilinearXY : public IRowProducer {
     bool next() override;
 
   private:
-    struct State;
+    struct OX_LOCAL State;
     std::unique_ptr<State> _state;
 };
 

@@ -37,7 +37,7 @@ class OX_API ScalerNearestNeighbor : public IRowProducer {
     bool next() override;
 
   private:
-    struct State;
+    struct OX_LOCAL State;
     std::unique_ptr<State> _state;
 };
 
