@@ -80,22 +80,20 @@ struct SumCells {
     template <class Sample, int Channels>
     static void row(RowPlan const& plan, CellGrid const& grid, std::vector<AreaRow> const& rows,
                     unsigned char* dst) {
-        walkRow<Sample, Channels>(plan, dst, [&](auto reader, std::int64_t i) {
+        walkRow<Sample, Channels>(plan, dst, [&](auto reader, std::int64_t i, int channel) {
             CellColumns const columns = cellColumns(grid.step_x, i);
-            return [=, &plan, &grid, &rows](int channel) {
-                // A fourth channel gets the value of the third, on purpose.
-                int const c = Channels == 4 ? std::min(channel, 2) : channel;
-                auto const sample = [&](unsigned char const* src, std::int64_t x) {
-                    return reader.template sample<Sample, Channels>(src, plan, x, c);
-                };
-                std::uint32_t sum = 0;
-                for (AreaRow const& covered : rows) {
-                    if (covered.row != nullptr) {
-                        sum += weighRow<Sample>(columns, covered, sample);
-                    }
-                }
-                return grid.average(sum);
+            // A fourth channel gets the value of the third, on purpose.
+            int const c = Channels == 4 ? std::min(channel, 2) : channel;
+            auto const sample = [=](unsigned char const* src, std::int64_t x) {
+                return reader.template sample<Sample, Channels>(src, x, c);
             };
+            std::uint32_t sum = 0;
+            for (AreaRow const& covered : rows) {
+                if (covered.row != nullptr) {
+                    sum += weighRow<Sample>(columns, covered, sample);
+                }
+            }
+            return grid.average(sum);
         });
     }
 

@@ -16,7 +16,6 @@ inline std::uint16_t restWeight(std::uint16_t full_weight, std::uint16_t weight)
 /// A table of weights as the row functions see it.
 struct AreaAxis {
     AreaWeight const* weights;
-    std::int64_t count;  ///< of entries
     std::uint16_t full_weight;
     int shift;
 };
@@ -62,27 +61,24 @@ struct SumColumns {
     static void row(RowPlan const& plan, AreaAxis const& shared_axis, unsigned char const* src,
                     unsigned char* dst) {
         AreaAxis const axis = shared_axis;
-        walkRow<Sample, Channels>(plan, dst, [=, &plan](auto reader, std::int64_t i) {
-            AreaCut const cut =
-                Direction::cut(axis.full_weight, axis.weights[reader.entry(i, axis.count)],
-                               axis.weights[reader.entry(i + 1, axis.count)]);
-            return [=, &plan](int c) {
-                auto const sample = [&](std::int64_t element) -> Accumulator<Sample> {
-                    return reader.template sample<Sample, Channels>(src, plan, element, c);
-                };
-                Accumulator<Sample> sum = sample(cut.first) * cut.first_weight;
-                if constexpr (Direction::hasMiddle) {
-                    Accumulator<Sample> middle = 0;
-                    for (std::int64_t k = cut.first + 1; k < cut.last; ++k) {
-                        middle += sample(k);
-                    }
-                    sum += middle * axis.full_weight;
-                }
-                if (cut.rest != 0) {
-                    sum += sample(cut.last) * cut.rest;
-                }
-                return sum >> axis.shift;
+        walkRow<Sample, Channels>(plan, dst, [=](auto reader, std::int64_t i, int c) {
+            AreaCut const cut = Direction::cut(axis.full_weight, axis.weights[reader.entry(i)],
+                                               axis.weights[reader.entry(i + 1)]);
+            auto const sample = [=](std::int64_t element) -> Accumulator<Sample> {
+                return reader.template sample<Sample, Channels>(src, element, c);
             };
+            Accumulator<Sample> sum = sample(cut.first) * cut.first_weight;
+            if constexpr (Direction::hasMiddle) {
+                Accumulator<Sample> middle = 0;
+                for (std::int64_t k = cut.first + 1; k < cut.last; ++k) {
+                    middle += sample(k);
+                }
+                sum += middle * axis.full_weight;
+            }
+            if (cut.rest != 0) {
+                sum += sample(cut.last) * cut.rest;
+            }
+            return sum >> axis.shift;
         });
     }
 };

@@ -37,14 +37,17 @@ struct BlendColumns {
     template <class Sample, int Channels>
     static void row(RowPlan const& plan, std::int32_t const* table, unsigned char const* src,
                     unsigned char* dst) {
-        walkRow<Sample, Channels>(plan, dst, [=, &plan](auto reader, std::int64_t i) {
-            ColumnCut const cut = columnCut(table[reader.entry(i, plan.cells)], plan.src_width);
-            return [=, &plan](int c) {
-                return blend(reader.template sample<Sample, Channels>(src, plan, cut.left, c),
-                             reader.template sample<Sample, Channels>(src, plan, cut.right, c),
-                             cut.weight);
-            };
+        walkRow<Sample, Channels>(plan, dst, [=](auto reader, std::int64_t i, int c) {
+            ColumnCut const cut = columnCut(table[reader.entry(i)], reader.width());
+            return blendAcross<Sample, Channels>(reader, src, cut, c);
         });
+    }
+
+    /// One channel of a destination element.
+    template <class Sample, int Channels, class Reader>
+    static Sample blendAcross(Reader reader, unsigned char const* src, ColumnCut cut, int c) {
+        return blend(reader.template sample<Sample, Channels>(src, cut.left, c),
+                     reader.template sample<Sample, Channels>(src, cut.right, c), cut.weight);
     }
 };
 
@@ -56,16 +59,11 @@ struct BlendColumnsAndRows {
     template <class Sample, int Channels>
     static void row(RowPlan const& plan, std::int32_t const* table, unsigned char const* upper,
                     unsigned char const* lower, std::uint32_t weight, unsigned char* dst) {
-        walkRow<Sample, Channels>(plan, dst, [=, &plan](auto reader, std::int64_t i) {
-            ColumnCut const cut = columnCut(table[reader.entry(i, plan.cells)], plan.src_width);
-            return [=, &plan](int c) {
-                auto const across = [&](unsigned char const* src) {
-                    return blend(reader.template sample<Sample, Channels>(src, plan, cut.left, c),
-                                 reader.template sample<Sample, Channels>(src, plan, cut.right, c),
-                                 cut.weight);
-                };
-                return blend(across(upper), across(lower), weight);
-            };
+        walkRow<Sample, Channels>(plan, dst, [=](auto reader, std::int64_t i, int c) {
+            ColumnCut const cut = columnCut(table[reader.entry(i)], reader.width());
+            return blend(BlendColumns::blendAcross<Sample, Channels>(reader, upper, cut, c),
+                         BlendColumns::blendAcross<Sample, Channels>(reader, lower, cut, c),
+                         weight);
         });
     }
 };

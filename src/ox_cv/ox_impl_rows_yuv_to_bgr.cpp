@@ -1,6 +1,8 @@
 // Rows of YUV to packed B,G,R. The coefficients are not the inverse of those from BGR, and not
 // those of `NV12toBGR_neon`, on purpose. Chroma isn't interpolated.
 
+#include <algorithm>
+
 #include "ox_cv/ox_impl_format_converter.h"
 
 namespace ox {
@@ -11,10 +13,7 @@ using Byte = unsigned char;
 
 /// The integer part of 24.8 fixed point, limited to a byte.
 Byte clampByte(int value) {
-    if (value < 0) {
-        return 0;
-    }
-    return static_cast<Byte>(value >= 65536 ? 255 : value >> 8);
+    return static_cast<Byte>(std::clamp(value, 0, 65535) >> 8);
 }
 
 void storeBgr(Byte* dst, Byte y, Byte u, Byte v) {

@@ -96,9 +96,10 @@ struct RowPlan {
     std::int64_t src_width = 0;    ///< pixels of the source plane
     std::int64_t src_samples = 0;  ///< samples of a source row
     std::int64_t dst_samples = 0;  ///< samples of a destination row that elements cover
-    std::int64_t cells = 0;        ///< entries of the table, one per destination column
+    std::int64_t entries = 0;      ///< of the table
 };
 
+/// @param cells how many elements the table was made for
 /// @param last_element gives the last source element that a destination element reads
 template <class LastElement>
 RowPlan planRow(FramePlane const& src, FramePlane const& dst, ScaleElement element,
@@ -110,7 +111,6 @@ RowPlan planRow(FramePlane const& src, FramePlane const& dst, ScaleElement eleme
     plan.src_samples = static_cast<std::int64_t>(src.rowBytes) / bytes;
     plan.dst_samples =
         std::min(static_cast<std::int64_t>(dst.rowBytes) / bytes, dst.width * channels);
-    plan.cells = cells;
     std::int64_t const limit = std::min(cells, plan.dst_samples / channels);
     while (plan.whole < limit && (last_element(plan.whole) + 1) * channels <= plan.src_samples) {
         ++plan.whole;
@@ -127,18 +127,21 @@ struct PlaneRows {
     };
     std::array<Plane, 3> planes;
 
+    /// @param table_entries one per column of the frame, or more
     /// @param last_element as in `planRow`, with the index of the plane in front
     template <class LastElement>
-    void plan(FrameLayout const& src, FrameLayout const& dst, std::size_t cells,
+    void plan(FrameLayout const& src, FrameLayout const& dst, std::size_t table_entries,
               LastElement last_element) {
+        auto const entries = static_cast<std::int64_t>(table_entries);
         for (int i = 0; i < 3; ++i) {
             ScaleElement const element = scaleElement(src.format, i);
             Plane& plane = planes[static_cast<std::size_t>(i)];
             plane.function = pickRowFunction<Family>(element);
             if (plane.function != nullptr) {
-                plane.plan =
-                    planRow(src.plane[i], dst.plane[i], element, static_cast<std::int64_t>(cells),
-                            [&](std::int64_t cell) { return last_element(i, cell); });
+                plane.plan = planRow(src.plane[i], dst.plane[i], element,
+                                     std::min<std::int64_t>(entries, dst.size.width),
+                                     [&](std::int64_t cell) { return last_element(i, cell); });
+                plane.plan.entries = entries;
             }
         }
     }
@@ -156,47 +159,64 @@ struct PlaneRows {
 };
 
 /// Reads elements that are known to lie inside the row.
-struct InsideRow {
+class InsideRow {
+  public:
+    explicit InsideRow(RowPlan const& plan) : _width(plan.src_width) {}
+
     template <class Sample, int Channels>
-    static Sample sample(unsigned char const* row, RowPlan const& /*plan*/, std::int64_t element,
-                         int channel) {
+    Sample sample(unsigned char const* row, std::int64_t element, int channel) const {
         return loadSample<Sample>(row, element * Channels + channel);
     }
-    static std::int64_t entry(std::int64_t index, std::int64_t /*entries*/) { return index; }
+    /// Index of a table's entry.
+    std::int64_t entry(std::int64_t index) const { return index; }
+    /// Pixels of the source plane.
+    std::int64_t width() const { return _width; }
+
+  private:
+    std::int64_t _width;
 };
 
 /// Reads elements anywhere: a sample behind the row is the same channel of the last whole element,
 /// an entry behind the table its last one.
-struct RowEnd {
+class RowEnd {
+  public:
+    explicit RowEnd(RowPlan const& plan)
+        : _width(plan.src_width), _samples(plan.src_samples), _last_entry(plan.entries - 1) {}
+
     template <class Sample, int Channels>
-    static Sample sample(unsigned char const* row, RowPlan const& plan, std::int64_t element,
-                         int channel) {
+    Sample sample(unsigned char const* row, std::int64_t element, int channel) const {
         std::int64_t index = element * Channels + channel;
-        if (index >= plan.src_samples) {
-            index = (plan.src_samples / Channels - 1) * Channels + channel;
+        if (index >= _samples) {
+            index = (_samples / Channels - 1) * Channels + channel;
         }
         return loadSample<Sample>(row, index);
     }
-    static std::int64_t entry(std::int64_t index, std::int64_t entries) {
-        return std::min(index, entries - 1);
-    }
+    std::int64_t entry(std::int64_t index) const { return std::min(index, _last_entry); }
+    std::int64_t width() const { return _width; }
+
+  private:
+    std::int64_t _width;
+    std::int64_t _samples;
+    std::int64_t _last_entry;
 };
 
-/// The one walk over a destination row. cell(reader, i) prepares element i; what it returns gives
-/// the value of a channel.
+/// The one walk over a destination row: cell(reader, i, c) is channel c of element i.
 template <class Sample, int Channels, class Cell>
 inline void walkRow(RowPlan const& plan, unsigned char* dst, Cell cell) {
     std::int64_t const whole = plan.whole;
-    std::int64_t const samples = plan.dst_samples;
+    InsideRow const inside(plan);
     for (std::int64_t i = 0; i < whole; ++i) {
-        auto const value = cell(InsideRow(), i);
+        // All channels first: behind a store, what they share would have to be loaded anew.
+        std::array<Sample, std::size_t{Channels}> element;
         for (int c = 0; c < Channels; ++c) {
-            storeSample<Sample>(dst, i * Channels + c, value(c));
+            element[static_cast<std::size_t>(c)] = static_cast<Sample>(cell(inside, i, c));
         }
+        std::memcpy(dst + i * std::int64_t{sizeof element}, element.data(), sizeof element);
     }
+    std::int64_t const samples = plan.dst_samples;
+    RowEnd const end(plan);
     for (std::int64_t j = whole * Channels; j < samples; ++j) {
-        auto const value = cell(RowEnd(), j / Channels);
-        storeSample<Sample>(dst, j, value(static_cast<int>(j % Channels)));
+        storeSample<Sample>(dst, j, cell(end, j / Channels, static_cast<int>(j % Channels)));
     }
 }
 

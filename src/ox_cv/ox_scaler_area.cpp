@@ -33,10 +33,7 @@ struct ScalerAreaX::State {
     int _shift = initialShift;
     impl::PlaneRows<impl::SumColumns<impl::AreaDown>> _planes;
 
-    impl::AreaAxis axis() const {
-        return {_weights.weights.data(), static_cast<std::int64_t>(_weights.weights.size()),
-                _weights.full_weight, _shift};
-    }
+    impl::AreaAxis axis() const { return {_weights.weights.data(), _weights.full_weight, _shift}; }
     void prepare(FrameLayout const& src_layout, int dst_width, ScalerPrecision precision);
     void planPlanes();
 
@@ -55,10 +52,9 @@ void ScalerAreaX::State::planPlanes() {
     auto const up = [&](int plane) {
         return _dst_layout.plane[plane].width >= _src_layout.plane[0].width;
     };
-    _planes.plan(_src_layout, _dst_layout, _weights.weights.size() - 1,
-                 [&](int plane, std::int64_t i) {
-                     return up(plane) ? Up::lastElement(axis(), i) : Down::lastElement(axis(), i);
-                 });
+    _planes.plan(_src_layout, _dst_layout, _weights.weights.size(), [&](int plane, std::int64_t i) {
+        return up(plane) ? Up::lastElement(axis(), i) : Down::lastElement(axis(), i);
+    });
     for (int i = 0; i < 3; ++i) {
         if (up(i)) {
             _planes.planes[static_cast<std::size_t>(i)].function =

@@ -21,11 +21,8 @@ struct Gather {
     template <class Sample, int Channels>
     static void row(impl::RowPlan const& plan, std::uint16_t const* table, unsigned char const* src,
                     unsigned char* dst) {
-        impl::walkRow<Sample, Channels>(plan, dst, [=, &plan](auto reader, std::int64_t i) {
-            std::int64_t const x = table[reader.entry(i, plan.cells)];
-            return [=, &plan](int channel) {
-                return reader.template sample<Sample, Channels>(src, plan, x, channel);
-            };
+        impl::walkRow<Sample, Channels>(plan, dst, [=](auto reader, std::int64_t i, int c) {
+            return reader.template sample<Sample, Channels>(src, table[reader.entry(i)], c);
         });
     }
 };
