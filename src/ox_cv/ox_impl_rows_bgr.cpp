@@ -26,10 +26,11 @@ float loadFloat(Byte const* row, std::int64_t index) {
 /// The low byte of the number truncated to 32 bits: it saturates there and not at 255, on purpose.
 /// Negative numbers and NaN give 0.
 Byte lowByte(float value) {
+    if (!(value > 0.0F)) {
+        return 0;
+    }
     constexpr float limit = 4294967296.0F;
-    float const positive = value > 0.0F ? value : 0.0F;
-    auto const number = static_cast<std::int64_t>(positive < limit ? positive : limit);
-    return static_cast<Byte>(number - (number >> 32));  // 2^32 becomes 2^32 - 1
+    return static_cast<Byte>(value < limit ? static_cast<std::uint32_t>(value) : ~0U);
 }
 
 }  // namespace
