@@ -1,17 +1,17 @@
 #include "ox_core/ox_buffer.h"
 
-#include <algorithm>
 #include <cstring>
 #include <new>
 #include <utility>
 
+#include "ox_core/ox_exception.h"
 #include "ox_core/ox_impl_sizes.h"
 
 namespace ox {
 
 namespace {
 
-constexpr std::align_val_t storageAlignment{64};
+constexpr std::align_val_t storageAlignment{impl::defaultAlignment};
 /// Vector code may load and store whole registers at a row's end.
 constexpr unsigned long slackBytes = 64;
 
@@ -38,7 +38,7 @@ Buffer::~Buffer() {
 void Buffer::resize(unsigned long bytes, bool keep_contents) {
     if (data == nullptr || bytes > _capacity) {
         unsigned char* const storage = allocate(bytes);
-        unsigned long const kept = keep_contents ? std::min(_bytes, bytes) : 0;
+        unsigned long const kept = keep_contents ? _bytes : 0;
         if (kept != 0) {
             std::memcpy(storage, data, kept);
         }

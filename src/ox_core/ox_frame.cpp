@@ -6,6 +6,7 @@
 
 #include "ox_core/ox_exception.h"
 #include "ox_core/ox_impl_format_facts.h"
+#include "ox_core/ox_impl_sizes.h"
 #include "ox_core/ox_impl_storage.h"
 
 namespace ox {
@@ -17,9 +18,15 @@ namespace {
                     "Failure in Frame::%s(...) : %s", function, text);
 }
 
-bool sameGeometry(FramePlane const& a, FramePlane const& b) {
+bool sameRows(FramePlane const& a, FramePlane const& b) {
     return a.width == b.width && a.height == b.height && a.bits == b.bits &&
            a.channels == b.channels && a.rowBytes == b.rowBytes;
+}
+
+/// Whether the planes are those that `FrameLayout` computes, strides aside.
+bool samePlanes(FrameLayout const& a, FrameLayout const& b) {
+    return a.planeCount == b.planeCount &&
+           std::equal(a.plane, a.plane + a.planeCount, b.plane, sameRows);
 }
 
 /// Calls visit(plane, y, row's bytes) for each row of each plane.
@@ -55,25 +62,28 @@ bool contains(Size size, Rect region) {
 }  // namespace
 
 Frame Frame::wrap(FrameLayout const& layout, unsigned char* const* planes) {
-    FrameLayout const expected(layout.format, layout.size, 1);
-    if (layout.planeCount == 0 || layout.planeCount != expected.planeCount) {
+    if (layout.planeCount == 0) {
         fail(StatusInvalidParameter, "wrap", __LINE__, "layout has no planes.");
     }
     Frame frame;
-    frame._layout = layout;
+    frame._layout = FrameLayout(layout.format, layout.size, 1);
+    if (!samePlanes(frame._layout, layout)) {
+        fail(StatusInvalidParameter, "wrap", __LINE__, "layout isn't that of its format and size.");
+    }
     for (int i = 0; i < layout.planeCount; ++i) {
-        FramePlane const& plane = layout.plane[i];
-        if (!sameGeometry(plane, expected.plane[i])) {
-            fail(StatusInvalidParameter, "wrap", __LINE__,
-                 "layout isn't that of its format and size.");
-        }
-        if (plane.stride < 0 || static_cast<std::uint64_t>(plane.stride) < plane.rowBytes) {
+        FramePlane& plane = frame._layout.plane[i];
+        std::int64_t const stride = layout.plane[i].stride;
+        if (stride < 0 || static_cast<std::uint64_t>(stride) < plane.rowBytes) {
             fail(StatusInvalidParameter, "wrap", __LINE__,
                  "stride is smaller than the row's bytes.");
         }
         if (planes == nullptr || planes[i] == nullptr) {
             fail(StatusNullPointer, "wrap", __LINE__, "plane address is null.");
         }
+        plane.stride = stride;
+        plane.planeBytes = impl::multiplyBytes(static_cast<std::uint64_t>(stride),
+                                               static_cast<std::uint64_t>(plane.height));
+        frame._layout.offset[i] = 0;
         frame._wrapped[i] = planes[i];
     }
     return frame;

@@ -19,8 +19,8 @@ class OX_API Frame {
     Frame() = default;
 
     /// A frame on memory that the caller owns and keeps alive.
-    /// @param layout geometry as `FrameLayout` computes it; strides may be larger, offsets are
-    ///        ignored
+    /// @param layout geometry as `FrameLayout` computes it; strides may be larger, offsets and
+    ///        plane sizes are ignored
     /// @param planes one address per plane
     /// @throws Exception `StatusInvalidParameter` if the layout has no planes, isn't that of its
     ///         format and size, or a stride is smaller than the row's bytes; `StatusNullPointer` if

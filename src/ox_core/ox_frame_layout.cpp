@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "ox_core/ox_exception.h"
 #include "ox_core/ox_impl_format_facts.h"
 #include "ox_core/ox_impl_sizes.h"
 
@@ -20,7 +19,7 @@ std::int64_t roundUpSide(std::int32_t side, std::int64_t group) {
 std::int32_t planeSide(std::int32_t side, std::int64_t group, bool halved) {
     std::int64_t const pixels = roundUpSide(side, halved ? 2 : group);
     if (!halved && pixels > std::numeric_limits<std::int32_t>::max()) {
-        impl::throwLayoutTooLarge();
+        impl::throwTooLarge();
     }
     return static_cast<std::int32_t>(halved ? pixels / 2 : pixels);
 }

@@ -15,14 +15,14 @@ constexpr std::uint64_t defaultAlignment = 64;
 /// No frame, ring or buffer is larger, so that sums of two such counts stay in range.
 constexpr std::uint64_t maxBytes = std::uint64_t{1} << 62;
 
-[[noreturn]] inline void throwLayoutTooLarge() {
-    throw Exception(nullptr, StatusCapacityExceeded, "FrameLayout", "src/ox_core/ox_frame_layout",
-                    __LINE__, "Failure in FrameLayout::FrameLayout(...) : size is too large.");
+[[noreturn]] inline void throwTooLarge() {
+    throw Exception(nullptr, StatusCapacityExceeded, "checkBytes", "src/ox_core/ox_impl_sizes",
+                    __LINE__, "Size is too large.");
 }
 
 inline std::uint64_t checkBytes(std::uint64_t bytes, bool wrapped) {
     if (wrapped || bytes > maxBytes) {
-        throwLayoutTooLarge();
+        throwTooLarge();
     }
     return bytes;
 }

@@ -20,8 +20,8 @@ enum ResizeMethod : std::uint32_t {
 };
 
 /// What every backend offers. A rectangle without two positive sides, as `emptyRoi()`, stands for
-/// the whole frame. Frames must be on the CPU; destinations are allocated by the caller unless said
-/// otherwise. A backend serves one thread at a time.
+/// the whole frame. Frames must be on the CPU; destinations are allocated by the caller. A backend
+/// serves one thread at a time.
 class OX_API ICvBackend {
   public:
     /// Converts the region of `src` to `dst`'s format; `dst` has the region's size.

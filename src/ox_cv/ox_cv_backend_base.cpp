@@ -23,7 +23,7 @@ Frame select(Frame frame, Rect roi) {
     return roi.empty() ? frame : getRegion(frame, roi);
 }
 
-/// Bytes from row to row of the first plane, cut to the 32 bits that `NV12toBGR_neon` takes.
+/// `NV12toBGR_neon` takes strides of 32 bits.
 bool fitsInt(std::int64_t stride) {
     return stride <= std::numeric_limits<int>::max();
 }
@@ -33,11 +33,11 @@ bool fitsInt(std::int64_t stride) {
 bool readsInsideChroma(Frame const& frame) {
     FramePlane const& chroma = frame.layout().plane[1];
     std::int64_t const step = frame.layout().plane[0].stride;
-    if (step == chroma.stride) {
-        return true;
-    }
     std::int64_t const pairs = frame.height() / 2;
     std::int64_t const bytes = frame.width() / 8 * std::int64_t{8};
+    if (step == chroma.stride || bytes == 0) {
+        return true;
+    }
     auto const row_bytes = static_cast<std::int64_t>(chroma.rowBytes);
     for (std::int64_t p = 0; p < pairs; ++p) {
         std::int64_t const start = p * step;

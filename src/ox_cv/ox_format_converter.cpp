@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_format_converter.h"
-#include "ox_cv/ox_impl_scale_elements.h"
 #include "ox_cv/ox_impl_state.h"
 
 namespace ox {
@@ -44,6 +44,9 @@ template <class Source>
 void FormatConverter::_arm(Source& source, FrameLayout const& src_layout, FrameFormat dst_format) {
     if (dst_format == src_layout.format) {
         _copier.reuse(source);
+        if (!_copier.initialized()) {
+            _yieldNothing(src_layout);
+        }
         return;
     }
     _copier.clear();
@@ -51,8 +54,8 @@ void FormatConverter::_arm(Source& source, FrameLayout const& src_layout, FrameF
     _context->reuse(src_layout.format, dst_format, src_layout.size.width, &window_size);
     try {
         _window.reuse(source, window_size);
-        _dst_layout = FrameLayout(dst_format, src_layout.size, impl::rowAlignment);
-    } catch (Exception const&) {
+        _dst_layout = FrameLayout(dst_format, src_layout.size, impl::defaultAlignment);
+    } catch (...) {
         // The context is set for rows that the window doesn't have.
         _context->function = nullptr;
         throw;
@@ -60,6 +63,14 @@ void FormatConverter::_arm(Source& source, FrameLayout const& src_layout, FrameF
     _src_layout = &src_layout;
     _initialized = _context->initialized;
     _row = 0;
+}
+
+/// A frame without rows leaves the copier empty; an earlier conversion must not take its place.
+void FormatConverter::_yieldNothing(FrameLayout const& src_layout) {
+    _context->function = nullptr;
+    _window.clear();
+    _src_layout = &src_layout;
+    _dst_layout = src_layout;
 }
 
 FrameLayout const& FormatConverter::layout() {
@@ -81,7 +92,7 @@ void FormatConverter::produce(RowData& row) {
     }
     int const window_size = _window.windowSize();
     // On the last row of a band of two, the bottom row comes first and nothing comes second.
-    int const left = std::min(_src_layout->size.height - _row, window_size);
+    int const left = std::min(_window.layout().size.height - _row, window_size);
     if (left <= 0) {
         return;
     }
@@ -95,7 +106,7 @@ bool FormatConverter::next() {
     if (_copier.initialized()) {
         return _copier.next();
     }
-    if (_src_layout == nullptr || _row >= _src_layout->size.height) {
+    if (_src_layout == nullptr || _row >= _window.layout().size.height) {
         return false;
     }
     ++_row;

@@ -42,7 +42,7 @@ inline std::int64_t lastOfCell(std::int32_t step, std::int64_t i) {
 class CellGrid {
   public:
     CellGrid(std::int32_t width, std::int32_t height)
-        : step_x(width),
+        : _step_x(width),
           _area(static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height)),
           _reciprocal(~std::uint64_t{0} / _area) {}
 
@@ -54,9 +54,11 @@ class CellGrid {
         return rest >= _area ? estimate + 1 : estimate;
     }
 
-    std::int32_t const step_x;
+    /// The columns of cell `i`.
+    CellColumns columns(std::int64_t i) const { return cellColumns(_step_x, i); }
 
   private:
+    std::int32_t _step_x;
     std::uint64_t _area;
     std::uint64_t _reciprocal;  ///< of the area, times 2^64
 };
@@ -81,7 +83,7 @@ struct SumCells {
     static void row(RowPlan const& plan, CellGrid const& grid, std::vector<AreaRow> const& rows,
                     unsigned char* dst) {
         walkRow<Sample, Channels>(plan, dst, [&](auto reader, std::int64_t i, int channel) {
-            CellColumns const columns = cellColumns(grid.step_x, i);
+            CellColumns const columns = grid.columns(i);
             // A fourth channel gets the value of the third, on purpose.
             int const c = Channels == 4 ? std::min(channel, 2) : channel;
             auto const sample = [=](unsigned char const* src, std::int64_t x) {

@@ -127,9 +127,12 @@ void ImplFormatConverter::getFormatInfo(FrameFormat format, FormatInfo& info) co
 
 /// A record that doesn't belong to the destination may describe longer rows.
 void ImplFormatConverter::limitStaleRecord(FrameFormat dst_format, int row_width) {
-    FrameLayout const row(dst_format, {row_width, 1}, 1);
-    for (int i = 0; i < 4; ++i) {
-        dst_limits[i] = isYuv(dst_format) ? 0 : static_cast<std::int64_t>(row.plane[i].rowBytes);
+    dst_limited = !isYuv(dst_format);
+    if (dst_limited) {
+        FrameLayout const row(dst_format, {row_width, 1}, 1);
+        for (int i = 0; i < 4; ++i) {
+            dst_limits[i] = static_cast<std::int64_t>(row.plane[i].rowBytes);
+        }
     }
 }
 

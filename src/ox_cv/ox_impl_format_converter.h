@@ -70,8 +70,9 @@ class ImplFormatConverter {
     std::int32_t width = 0;
     bool initialized = false;
     ConversionFunction function = nullptr;
-    /// Bytes of a destination row of each plane where `dst` is a stale record, which may reach
-    /// past the row; else 0, for no limit.
+    /// `dst` is the record of another format and may reach past the row.
+    bool dst_limited = false;
+    /// Bytes of a destination row of each plane, if `dst_limited`.
     std::int64_t dst_limits[4]{};
 
   private:

@@ -20,9 +20,8 @@ struct Samples {
 /// The first `count` samples of a destination plane, less where a stale record leaves the row.
 Samples destination(RowData& dst, ImplFormatConverter const& context, int plane, int offset,
                     int step, std::int64_t count) {
-    std::int64_t const limit = context.dst_limits[plane];
-    if (limit > 0) {
-        std::int64_t const room = std::max<std::int64_t>(limit - offset, 0);
+    if (context.dst_limited) {
+        std::int64_t const room = std::max<std::int64_t>(context.dst_limits[plane] - offset, 0);
         count = std::min(count, (room + step - 1) / step);
     }
     return {count > 0 ? dst[plane] + offset : nullptr, step, count};

@@ -11,6 +11,7 @@
 
 #include "ox_core/ox_frame_layout.h"
 #include "ox_core/ox_impl_format_facts.h"
+#include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_row_producer.h"
 
 namespace ox::impl {
@@ -47,26 +48,25 @@ constexpr ScaleElement scaleElement(FrameFormat format, int plane) {
 /// none.
 template <class Family>
 constexpr typename Family::Function pickRowFunction(ScaleElement element) {
-    switch (element.channels * 100 + element.bits) {
-        case 108:
+    if (element.bits == 16) {
+        return &Family::template row<std::uint16_t, 1>;
+    }
+    if (element.bits == 32) {
+        return &Family::template row<std::uint32_t, 1>;
+    }
+    switch (element.channels) {
+        case 1:
             return &Family::template row<std::uint8_t, 1>;
-        case 208:
+        case 2:
             return &Family::template row<std::uint8_t, 2>;
-        case 308:
+        case 3:
             return &Family::template row<std::uint8_t, 3>;
-        case 408:
+        case 4:
             return &Family::template row<std::uint8_t, 4>;
-        case 116:
-            return &Family::template row<std::uint16_t, 1>;
-        case 132:
-            return &Family::template row<std::uint32_t, 1>;
         default:
             return nullptr;
     }
 }
-
-/// What the layouts that scalers yield are built with.
-constexpr unsigned long rowAlignment = 64;
 
 /// Where the products of a sample and a 16-bit weight are summed.
 template <class Sample>
@@ -136,7 +136,7 @@ struct PlaneRows {
         for (int i = 0; i < 3; ++i) {
             ScaleElement const element = scaleElement(src.format, i);
             Plane& plane = planes[static_cast<std::size_t>(i)];
-            plane.function = pickRowFunction<Family>(element);
+            plane = {pickRowFunction<Family>(element), {}};
             if (plane.function != nullptr) {
                 plane.plan = planRow(src.plane[i], dst.plane[i], element,
                                      std::min<std::int64_t>(entries, dst.size.width),

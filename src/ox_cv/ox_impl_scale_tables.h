@@ -6,8 +6,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "ox_cv/ox_scaler_area.h"
-
 namespace ox::impl {
 
 /// Source coordinates are 16.16 fixed point.

@@ -57,6 +57,9 @@ void armWindow(RowWindow& window, Source& source, int window_size, char const* f
     } catch (Exception const& cause) {
         window.clear();
         throw Exception(&cause, cause.status, "reuse", file, __LINE__, "%s", cause.what());
+    } catch (...) {  // a source of the caller's own may throw anything
+        window.clear();
+        throw;
     }
 }
 

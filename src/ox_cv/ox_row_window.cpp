@@ -20,8 +20,14 @@ void checkWindowSize(int window_size, FrameLayout const& layout) {
     }
 }
 
+/// Format and size decide; the rows are compared as well, since a producer of the caller's own
+/// might yield longer ones.
 bool sameGeometry(FrameLayout const& a, FrameLayout const& b) {
-    return a.format == b.format && a.size == b.size;
+    auto const same_rows = [](FramePlane const& p, FramePlane const& q) {
+        return p.height == q.height && p.rowBytes == q.rowBytes;
+    };
+    return a.format == b.format && a.size == b.size && a.planeCount == b.planeCount &&
+           std::equal(a.plane, a.plane + a.planeCount, b.plane, same_rows);
 }
 
 }  // namespace

@@ -76,7 +76,8 @@ void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
         impl::buildAreaTable(src_size.width, dst_width, _shift, _weights);
     }
     _src_layout = src_layout;
-    _dst_layout = FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::rowAlignment);
+    _dst_layout =
+        FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::defaultAlignment);
     if (!same_plan) {
         planPlanes();
     }
@@ -195,7 +196,8 @@ void ScalerAreaY::State::prepare(FrameLayout const& src_layout, int dst_height,
         impl::buildAreaTable(src_size.height, dst_height, _shift, _weights);
     }
     _src_layout = src_layout;
-    _dst_layout = FrameLayout(src_layout.format, {src_size.width, dst_height}, impl::rowAlignment);
+    _dst_layout =
+        FrameLayout(src_layout.format, {src_size.width, dst_height}, impl::defaultAlignment);
     _subsampled =
         _dst_layout.planeCount >= 2 && _dst_layout.plane[0].height != _dst_layout.plane[1].height;
     impl::resizeTable(_rows, rowCount(), file);

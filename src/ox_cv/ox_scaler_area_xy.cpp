@@ -1,6 +1,4 @@
-#include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <vector>
 
 #include "ox_cv/ox_impl_area_cells.h"
@@ -57,7 +55,7 @@ void scaleAreaXY::State::prepare(FrameLayout const& src_layout, Size dst_size) {
         _step_y = impl::coordinateStep(src_layout.size.height, dst_size.height);
     }
     _src_layout = src_layout;
-    _dst_layout = FrameLayout(src_layout.format, dst_size, impl::rowAlignment);
+    _dst_layout = FrameLayout(src_layout.format, dst_size, impl::defaultAlignment);
     if (impl::isVerticallySubsampled(src_layout.format)) {
         // Other formats keep the step of an earlier 4:2:0 source of these sizes, on purpose.
         _chroma_step =

@@ -45,8 +45,9 @@ struct VerticalCut {
     std::uint32_t weight = 0;  ///< of the lower row, 16 fractional bits
 };
 
-VerticalCut verticalCut(RowWindow const& window, Coordinates const& table, std::int32_t dst_row) {
-    std::int32_t const coordinate = table.empty() ? 0 : table[static_cast<std::size_t>(dst_row)];
+VerticalCut verticalCut(RowWindow& window, Coordinates const& table, std::int32_t dst_row) {
+    window.rowData(0);  // refuses an object that isn't armed
+    std::int32_t const coordinate = table[static_cast<std::size_t>(dst_row)];
     int const window_row = (coordinate >> impl::coordinateBits) - window.firstRow();
     int const window_size = window.windowSize();
     OX_ASSERT(0 <= window_row && window_row < window_size, file);
@@ -114,7 +115,8 @@ void ScalerBilinearX::State::prepare(FrameLayout const& src_layout, int dst_widt
                        "_src_xs[dst_width - 1] < (src_size.width << SHIFT)", file);
     }
     _src_layout = src_layout;
-    _dst_layout = FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::rowAlignment);
+    _dst_layout =
+        FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::defaultAlignment);
     if (!same_plan) {
         _planes.plan(_src_layout, _dst_layout, _src_xs.size(), lastElements(_src_layout, _src_xs));
     }
@@ -190,7 +192,8 @@ void ScalerBilinearY::State::prepare(FrameLayout const& src_layout, int dst_heig
                        "_src_ys[dst_height - 1] < (src_layout.size.height << SHIFT)", file);
     }
     _src_layout = src_layout;
-    _dst_layout = FrameLayout(src_layout.format, {src_size.width, dst_height}, impl::rowAlignment);
+    _dst_layout =
+        FrameLayout(src_layout.format, {src_size.width, dst_height}, impl::defaultAlignment);
     _dst_row = 0;
     _planes.plan(_src_layout, _dst_layout, 0, [](int, std::int64_t) { return 0; });
 }
@@ -278,7 +281,7 @@ void ScalerBilinearXY::State::prepare(FrameLayout const& src_layout, Size dst_si
         buildTables(src_layout.size, dst_size);
     }
     _src_layout = src_layout;
-    _dst_layout = FrameLayout(src_layout.format, dst_size, impl::rowAlignment);
+    _dst_layout = FrameLayout(src_layout.format, dst_size, impl::defaultAlignment);
     _dst_row = 0;
     if (!same_plan) {
         _planes.plan(_src_layout, _dst_layout, _src_xs.size(), lastElements(_src_layout, _src_xs));

@@ -46,7 +46,7 @@ struct ScalerNearestNeighbor::State {
 };
 
 void ScalerNearestNeighbor::State::buildTables(Size src_size, Size dst_size) {
-    _src_width = _src_height = 0;  // until all is done, no later call may take the tables as built
+    _dst_layout.clear();  // until both tables stand, no later call may take them as built
     impl::buildNearestTable(src_size.width, dst_size.width, _src_xs);
     OX_ASSERT_TEXT(_src_xs.back() < src_size.width, "_src_xs[dst_size.width - 1] < src_size.width",
                    file);
@@ -62,7 +62,7 @@ void ScalerNearestNeighbor::State::prepare(FrameLayout const& src_layout, Size d
         buildTables(src_layout.size, dst_size);
     }
     if (!same_sizes || src_layout.format != _dst_layout.format) {
-        _dst_layout = FrameLayout(src_layout.format, dst_size, impl::rowAlignment);
+        _dst_layout = FrameLayout(src_layout.format, dst_size, impl::defaultAlignment);
         _planes.plan(src_layout, _dst_layout, _src_xs.size(),
                      [this](int, std::int64_t i) -> std::int64_t {
                          return _src_xs[static_cast<std::size_t>(i)];
