@@ -48,6 +48,13 @@ void prepareTables(RowWindow& window, Prepare prepare) {
     }
 }
 
+/// Raises the window's own assertion for an object that isn't armed; reads nothing of one that is.
+inline void checkArmed(RowWindow& window) {
+    if (!window.initialized()) {
+        window.rowData(0);
+    }
+}
+
 /// Arms a window; after a failure it is empty, so that no stale row can be read, and the failure
 /// goes on under the owner's name.
 template <class Source>

@@ -224,16 +224,17 @@ impl::SumRows::Cut ScalerAreaY::State::cutPlane(int plane) {
     impl::AreaCut const cut = shrinks()
                                   ? impl::AreaDown::cut(_weights.full_weight, entry, following)
                                   : impl::AreaUp::cut(_weights.full_weight, entry, following);
-    std::int64_t const rest = cut.last - cut.first;
+    std::int64_t const middle_end = cut.last - cut.first;
+    std::int64_t const rest = std::max<std::int64_t>(middle_end, 1);  // the row after those
     // The window ends at the bottom of the source.
     return {_rows.data(),
             count,
             (*_window.rowData(window_size - 1))[plane],
-            rest,
+            middle_end,
             cut.first_weight,
             _weights.full_weight,
             cut.rest,
-            rest >= 0 && rest < count ? _rows[static_cast<std::size_t>(rest)] : nullptr,
+            rest < count ? _rows[static_cast<std::size_t>(rest)] : nullptr,
             _shift};
 }
 
@@ -266,13 +267,14 @@ FrameLayout const& ScalerAreaY::layout() {
 void ScalerAreaY::produce(RowData& dst) {
     RowWindow& window = _state->_window;
     FrameLayout const& layout = _state->_dst_layout;
-    window.rowData(0);  // refuses an object that isn't armed
+    impl::checkArmed(window);
     if (layout.size.height == _state->_src_layout.size.height) {
         int const window_row = _state->weight(_state->_dst_row).index - window.firstRow();
         copyRowData(layout, *window.rowData(window_row), dst);
         return;
     }
     impl::refuseUnscalable(layout.format, "ScalerAreaY");
+    window.rowData(0);  // keeps pace with a producer, whatever planes are asked for
     _state->_planes.forEach(dst, [&](int i, auto const& plane) {
         plane.function(_state->cutPlane(i), plane.plan.dst_samples, _state->_accumulator.data,
                        dst[i]);

@@ -117,7 +117,7 @@ FrameLayout const& scaleAreaXY::layout() {
 
 void scaleAreaXY::produce(RowData& dst) {
     State& state = *_state;
-    state._window.rowData(0);  // refuses an object that isn't armed
+    impl::checkArmed(state._window);
     FrameFormat const format = state._dst_layout.format;
     impl::refuseUnscalable(format, "scaleAreaXY");
     impl::CellGrid const grid(state._step_x, state._step_y);

@@ -46,7 +46,7 @@ struct VerticalCut {
 };
 
 VerticalCut verticalCut(RowWindow& window, Coordinates const& table, std::int32_t dst_row) {
-    window.rowData(0);  // refuses an object that isn't armed
+    impl::checkArmed(window);
     std::int32_t const coordinate = table[static_cast<std::size_t>(dst_row)];
     int const window_row = (coordinate >> impl::coordinateBits) - window.firstRow();
     int const window_size = window.windowSize();

@@ -1,0 +1,215 @@
+/// @file
+/// Lays one photograph out nine times on a sheet, to compare the library's ways with it by eye.
+///
+///     contact_sheet 451x300 126,82,96,64 < photo.bgr24 > sheet.bgr24
+///     contact_sheet --size
+///
+/// Both files are bare frames of FRAME_BGR24. The region is shown enlarged; the size of the sheet
+/// is always the same, and the second form prints it.
+
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <string>
+
+#include "glyphs.h"
+#include "ox_core/ox_core.h"
+#include "ox_cv/ox_cv.h"
+
+namespace {
+
+constexpr int margin = 16;
+constexpr int captionHeight = 24;
+constexpr int captionScale = 2;
+constexpr int frameWidth = 2;  ///< of the line around the region
+constexpr ox::Size cellSize{384, 256};
+constexpr ox::Size thumbnailSize{96, 64};
+constexpr ox::Size sheetSize{3 * (cellSize.width + margin) + margin,
+                             3 * (cellSize.height + captionHeight + margin) + margin};
+
+struct Colour {
+    unsigned char bgr[3];
+};
+constexpr unsigned char paperGray = 34;
+constexpr unsigned char inkGray = 225;
+constexpr Colour paper{{paperGray, paperGray, paperGray}};
+constexpr Colour marker{{60, 190, 255}};
+
+struct Method {
+    ox::ResizeMethod method;
+    char const* name;
+};
+constexpr Method methods[]{{ox::ResizeNearestNeighbour, "NEAREST"},
+                           {ox::ResizeBilinear, "BILINEAR"},
+                           {ox::ResizeArea, "AREA"}};
+
+/// A frame on the CPU.
+ox::Frame makeFrame(ox::FrameFormat format, ox::Size size) {
+    ox::Frame frame;
+    frame.reuse(format, size, ox::DeviceContext::cpuContext(), 0);
+    frame.setZero();
+    return frame;
+}
+
+ox::Frame scaled(ox::ICvBackend& backend, ox::Frame const& frame, ox::Size size,
+                 ox::ResizeMethod method) {
+    ox::Frame result = makeFrame(frame.format(), size);
+    backend.setIntProperty(1, static_cast<int>(method));
+    backend.resize(frame, result, ox::emptyRoi(), ox::emptyRoi());
+    return result;
+}
+
+/// The region named is the whole frame: without one NV12 is converted to BGR24 in whole blocks
+/// only.
+ox::Frame converted(ox::ICvBackend& backend, ox::Frame const& frame, ox::FrameFormat format) {
+    ox::Frame result = makeFrame(format, frame.size());
+    backend.colorCvt(frame, result, {0, 0, frame.width(), frame.height()});
+    return result;
+}
+
+/// Text in the ink's gray on the paper's.
+ox::Frame rendered(ox::ICvBackend& backend, std::string const& text) {
+    int const advance = glyphs::columns + 1;
+    ox::Size const size{static_cast<int>(text.size()) * advance, glyphs::rows};
+    ox::Frame small = makeFrame(ox::FRAME_GRAY8, size);
+    for (int x = 0; x < size.width; ++x) {
+        glyphs::Glyph const& glyph = glyphs::find(text[static_cast<std::size_t>(x / advance)]);
+        for (int y = 0; y < size.height; ++y) {
+            unsigned const bits = unsigned{glyph.bits[static_cast<std::size_t>(y)]} << 1U;
+            bool const set = (bits >> (glyphs::columns - x % advance) & 1U) != 0;
+            small.planeData(0)[y * small.layout().plane[0].stride + x] = set ? inkGray : paperGray;
+        }
+    }
+    return scaled(backend, small, {captionScale * size.width, captionScale * size.height},
+                  ox::ResizeNearestNeighbour);
+}
+
+class Sheet {
+  public:
+    explicit Sheet(ox::ICvBackend& backend)
+        : _backend(backend), _frame(makeFrame(ox::FRAME_BGR24, sheetSize)) {
+        fill(_frame, paper, {0, 0, sheetSize.width, sheetSize.height});
+    }
+
+    ox::Frame const& frame() const { return _frame; }
+
+    /// Enlarges one pixel to the region, as far as it lies in the frame.
+    void fill(ox::Frame& frame, Colour colour, ox::Rect region) {
+        region.crop(frame.size());
+        if (region.empty()) {
+            return;
+        }
+        unsigned char* plane = colour.bgr;
+        ox::Frame const pixel =
+            ox::Frame::wrap(ox::FrameLayout(ox::FRAME_BGR24, {1, 1}, 1), &plane);
+        _backend.setIntProperty(1, ox::ResizeNearestNeighbour);
+        _backend.resize(pixel, frame, ox::emptyRoi(), region);
+    }
+
+    /// Draws a line around a region, outside of it.
+    void outline(ox::Frame& frame, Colour colour, ox::Rect region) {
+        int const w = region.width + 2 * frameWidth;
+        int const h = region.height + 2 * frameWidth;
+        int const x = region.x - frameWidth;
+        int const y = region.y - frameWidth;
+        fill(frame, colour, {x, y, w, frameWidth});
+        fill(frame, colour, {x, region.y + region.height, w, frameWidth});
+        fill(frame, colour, {x, y, frameWidth, h});
+        fill(frame, colour, {region.x + region.width, y, frameWidth, h});
+    }
+
+    /// Fills a cell with a picture, scaled unless it fits, and writes below what it is.
+    void place(int column, int row, ox::Frame const& picture, std::string const& caption) {
+        int const x = margin + column * (cellSize.width + margin);
+        int const y = margin + row * (cellSize.height + captionHeight + margin);
+        _backend.setIntProperty(1, ox::ResizeArea);
+        _backend.resize(picture, _frame, ox::emptyRoi(), {x, y, cellSize.width, cellSize.height});
+        ox::Frame const text = rendered(_backend, caption);
+        ox::Frame target =
+            ox::getRegion(_frame, {x, y + cellSize.height + 8, text.width(), text.height()});
+        _backend.colorCvt(text, target, ox::emptyRoi());
+    }
+
+  private:
+    ox::ICvBackend& _backend;
+    ox::Frame _frame;
+};
+
+void layOut(ox::ICvBackend& backend, Sheet& sheet, ox::Frame photo, ox::Rect region) {
+    ox::Frame const nv12 = converted(backend, photo, ox::FRAME_NV12);
+    ox::Frame const gray = converted(backend, photo, ox::FRAME_GRAY8);
+    sheet.place(1, 0, converted(backend, nv12, ox::FRAME_BGR24), "NV12 AND BACK");
+    sheet.place(2, 0, converted(backend, gray, ox::FRAME_BGR24), "GRAY");
+
+    ox::Frame const crop = ox::getRegion(photo, region);
+    for (int column = 0; auto const& [method, name] : methods) {
+        sheet.place(column, 1, scaled(backend, crop, cellSize, method),
+                    std::string("REGION ENLARGED, ") + name);
+        ox::Frame const small = scaled(backend, photo, thumbnailSize, method);
+        sheet.place(column, 2, scaled(backend, small, cellSize, ox::ResizeNearestNeighbour),
+                    std::string("SHRUNK, ") + name);
+        ++column;
+    }
+
+    ox::Frame marked;  // the last one, since `crop` shares the photo's pixels
+    photo.copyTo(marked);
+    sheet.outline(marked, marker, region);
+    sheet.place(0, 0, marked, "ORIGINAL");
+}
+
+bool readRows(ox::Frame& frame) {
+    ox::FramePlane const& plane = frame.layout().plane[0];
+    for (std::int64_t y = 0; y < plane.height; ++y) {
+        unsigned char* const row = frame.planeData(0) + y * plane.stride;
+        if (std::fread(row, 1, plane.rowBytes, stdin) != plane.rowBytes) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool writeRows(ox::Frame const& frame) {
+    ox::FramePlane const& plane = frame.layout().plane[0];
+    for (std::int64_t y = 0; y < plane.height; ++y) {
+        unsigned char const* const row = frame.planeData(0) + y * plane.stride;
+        if (std::fwrite(row, 1, plane.rowBytes, stdout) != plane.rowBytes) {
+            return false;
+        }
+    }
+    return std::fflush(stdout) == 0;
+}
+
+int makeSheet(ox::Size size, ox::Rect region) {
+    ox::Frame photo = makeFrame(ox::FRAME_BGR24, size);
+    if (!readRows(photo)) {
+        std::fputs("contact_sheet: the photograph is truncated\n", stderr);
+        return 1;
+    }
+    ox::CvBackendBase backend;
+    Sheet sheet(backend);
+    layOut(backend, sheet, photo, region);
+    return writeRows(sheet.frame()) ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc == 2 && std::strcmp(argv[1], "--size") == 0) {
+        std::printf("%dx%d\n", sheetSize.width, sheetSize.height);
+        return 0;
+    }
+    ox::Size size;
+    ox::Rect region;
+    if (argc != 3 || std::sscanf(argv[1], "%dx%d", &size.width, &size.height) != 2 ||
+        std::sscanf(argv[2], "%d,%d,%d,%d", &region.x, &region.y, &region.width, &region.height) !=
+            4) {
+        std::fputs("usage: contact_sheet WxH X,Y,W,H < photo.bgr24 > sheet.bgr24\n", stderr);
+        return 2;
+    }
+    try {
+        return makeSheet(size, region);
+    } catch (std::exception const& error) {
+        std::fprintf(stderr, "contact_sheet: %s\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,27 @@
+/// @file
+/// Calls of C libraries that report errors by a jump.
+
+#pragma once
+
+#include <csetjmp>
+
+namespace oxcv {
+
+/// Where such a library's error handler leaves its message and jumps to.
+struct CallState {
+    std::jmp_buf place;
+    char message[256];
+};
+
+/// Runs `calls`, which must not own anything that a jump would leak.
+/// @return false if an error handler jumped
+template <class Calls>
+bool succeeds(CallState& state, Calls const& calls) {
+    if (setjmp(state.place) != 0) {
+        return false;
+    }
+    calls();
+    return true;
+}
+
+}  // namespace oxcv

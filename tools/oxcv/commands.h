@@ -1,0 +1,32 @@
+/// @file
+/// What the tool can be told to do.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "image_io.h"
+#include "pipeline.h"
+
+namespace oxcv {
+
+struct ConvertOptions {
+    InputRequest input;
+    OutputRequest output;
+    Steps steps;
+    std::optional<std::int64_t> frames;  ///< stop after so many
+    std::string backend;
+};
+
+/// Frames from one file to another.
+void convert(ConvertOptions options);
+
+/// Prints what a file holds.
+void printInfo(InputRequest const& input);
+
+/// Prints the table of formats.
+void printFormats();
+
+}  // namespace oxcv

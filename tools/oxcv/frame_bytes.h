@@ -1,0 +1,35 @@
+/// @file
+/// Frames as bytes without gaps, as streams hold them.
+
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "byte_source.h"
+#include "output_file.h"
+#include "ox_core/ox_frame.h"
+
+namespace oxcv {
+
+/// Which plane comes first, second and third in a stream.
+using PlaneOrder = std::array<int, 3>;
+constexpr PlaneOrder planesInOrder{0, 1, 2};
+
+/// Bytes of a frame without gaps.
+/// @throws ox::Exception for a size past all bounds
+std::uint64_t frameBytes(ox::FrameFormat format, ox::Size size);
+
+/// Reads what follows in the source as a frame of that format and size.
+/// @param number of the frame, from 1 on, for messages
+/// @return false at the source's end
+/// @throws Failure if the source ends within the frame
+bool readFrame(ByteSource& source, ox::FrameFormat format, ox::Size size, PlaneOrder const& order,
+               std::int64_t number, ox::Frame& frame);
+
+void writeFrame(OutputFile& file, PlaneOrder const& order, ox::Frame const& frame);
+
+/// Frames in what is left of the source; nothing if that is unknown or doesn't come out even.
+std::optional<std::int64_t> countFrames(ByteSource const& source, std::uint64_t bytes_per_frame);
+
+}  // namespace oxcv

@@ -1,0 +1,109 @@
+/// @file
+/// Frames in and out of files: one interface, one implementation per kind of file.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "byte_source.h"
+#include "output_file.h"
+#include "ox_core/ox_frame.h"
+
+namespace oxcv {
+
+/// What is known of a stream before its frames are read.
+struct StreamInfo {
+    ox::FrameFormat format = ox::FRAME_FORMAT_NONE;
+    ox::Size size;
+    std::optional<std::int64_t> frames;
+    std::string rate;  ///< frames per second as "25:1"; empty if the kind of file has no rate
+    std::string note;  ///< what a person may want to know besides
+};
+
+/// Reads frames, all of one format and size.
+class FrameReader {
+  public:
+    explicit FrameReader(std::unique_ptr<ByteSource> source) : _source(std::move(source)) {}
+    FrameReader(FrameReader const&) = delete;
+    FrameReader& operator=(FrameReader const&) = delete;
+    virtual ~FrameReader() = default;
+
+    StreamInfo const& info() const { return _info; }
+
+    /// Reads the next frame into `frame`, whose storage is kept if it fits.
+    /// @return false behind the last frame
+    virtual bool read(ox::Frame& frame) = 0;
+
+    /// 0 to 1, if the source's size is known.
+    std::optional<double> fractionRead() const;
+
+  protected:
+    std::unique_ptr<ByteSource> _source;
+    StreamInfo _info;
+};
+
+/// Writes frames, all of one format and size.
+class FrameWriter {
+  public:
+    explicit FrameWriter(OutputFile& file) : _file(file) {}
+    FrameWriter(FrameWriter const&) = delete;
+    FrameWriter& operator=(FrameWriter const&) = delete;
+    virtual ~FrameWriter() = default;
+
+    virtual void write(ox::Frame const& frame) = 0;
+    /// Completes the file behind the last frame.
+    virtual void finish() {}
+
+  protected:
+    OutputFile& _file;
+};
+
+struct InputRequest {
+    std::string path;
+    std::string kind;                                ///< empty: found out
+    ox::FrameFormat format = ox::FRAME_FORMAT_NONE;  ///< what the bytes are, where they don't tell
+    ox::Size size;                                   ///< of raw frames
+};
+
+struct OutputRequest {
+    std::string path;
+    std::string kind;                    ///< empty: found out
+    int quality = 95;                    ///< of a JPEG
+    std::string rate;                    ///< of a stream; empty: 25 frames a second
+    std::optional<std::int64_t> frames;  ///< how many there will be, as far as known
+};
+
+/// A kind of file; all of them stand in one table.
+struct FileKind {
+    std::string_view name;
+    std::vector<std::string_view> endings;  ///< of file names, in lower case
+    std::string_view magic;                 ///< first bytes; empty if anything may come
+    std::unique_ptr<FrameReader> (*makeReader)(std::unique_ptr<ByteSource>, InputRequest const&);
+    std::unique_ptr<FrameWriter> (*makeWriter)(OutputFile&, OutputRequest const&);
+    /// The format in which a frame of some format is stored: its own, or one to convert it to.
+    ox::FrameFormat (*storedAs)(ox::FrameFormat);
+};
+
+/// The choices of `--input-kind` and `--output-kind`.
+std::vector<std::string> kindNames();
+
+/// Opens a source and finds out its kind: the one asked for, that of the first bytes, or that of
+/// the file name's ending.
+struct OpenedInput {
+    FileKind const* kind;
+    std::unique_ptr<FrameReader> reader;
+};
+OpenedInput openInput(InputRequest const& request);
+
+/// The kind asked for, that of the file name's ending, or for standard output that of the input.
+FileKind const& outputKind(OutputRequest const& request, FileKind const& input_kind);
+
+/// The format that a file name's ending names, as in "cat.nv12"; `FRAME_FORMAT_NONE` otherwise.
+ox::FrameFormat formatByEnding(std::string const& path);
+
+}  // namespace oxcv

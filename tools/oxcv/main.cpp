@@ -1,0 +1,55 @@
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+
+#include "failure.h"
+#include "options.h"
+#include "ox_core/ox_exception.h"
+
+namespace {
+
+constexpr int statusFailed = 1;
+constexpr int statusUsage = 2;
+
+/// One line, whatever the text: parts of it may come from a file that nobody has looked at.
+void report(std::string text) {
+    for (char& c : text) {
+        bool const printable = static_cast<unsigned char>(c) >= ' ' && c != '\x7f';
+        c = printable ? c : ' ';
+    }
+    std::fprintf(stderr, "oxcv: %s\n", text.c_str());
+}
+
+int run(int argc, char** argv) {
+    // A reader that has gone shows as an error of write(), so that what is half made is removed.
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    int const status = oxcv::runCommandLine(argc, argv);
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        if (errno == EPIPE) {
+            throw oxcv::BrokenPipe();
+        }
+        throw oxcv::Failure("standard output can't be written");
+    }
+    return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (oxcv::BrokenPipe const&) {
+        return statusFailed;
+    } catch (oxcv::UsageError const& error) {
+        report(error.what());
+        return statusUsage;
+    } catch (std::bad_alloc const&) {
+        report("memory is exhausted");
+    } catch (std::exception const& error) {
+        report(error.what());
+    }
+    return statusFailed;
+}

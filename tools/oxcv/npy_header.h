@@ -1,0 +1,28 @@
+/// @file
+/// The text in front of a NumPy array.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "byte_source.h"
+
+namespace oxcv {
+
+struct NpyHeader {
+    std::string type;  ///< as "<f4" or "|u1"
+    std::vector<std::int64_t> shape;
+};
+
+/// Every header that is written has this length, so that it can be written anew.
+constexpr std::size_t npyHeaderBytes = 128;
+
+/// @throws Failure for anything but a whole header of an array in C order
+NpyHeader readNpyHeader(ByteSource& source);
+
+/// The bytes in front of an array of two axes or more.
+std::string makeNpyHeader(NpyHeader const& header);
+
+}  // namespace oxcv

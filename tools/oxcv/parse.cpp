@@ -1,0 +1,149 @@
+#include "parse.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <limits>
+#include <optional>
+
+#include "failure.h"
+#include "routes.h"
+
+namespace oxcv {
+
+namespace {
+
+constexpr std::string_view formatPrefix = "frame_";
+
+/// Indexed by `ox::ResizeMethod`.
+constexpr std::array<std::string_view, 3> methodNames{"nearest", "bilinear", "area"};
+
+/// The whole text as a number of at least `least`.
+template <class Number>
+std::optional<Number> parseNumber(std::string_view text, Number least) {
+    Number number = 0;
+    char const* const end = text.data() + text.size();
+    auto const [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end || number < least) {
+        return std::nullopt;
+    }
+    return number;
+}
+
+/// A positive side, or 0 for an empty text.
+std::optional<int> parseSide(std::string_view text) {
+    return text.empty() ? std::optional<int>(0) : parseNumber(text, 1);
+}
+
+int scaledSide(int side, int other, int other_scaled) {
+    std::int64_t const scaled =
+        (std::int64_t{2} * side * other_scaled + other) / (std::int64_t{2} * other);
+    if (scaled > std::numeric_limits<int>::max()) {
+        throw Failure("the size asked for is too large");
+    }
+    return static_cast<int>(std::max<std::int64_t>(scaled, 1));
+}
+
+}  // namespace
+
+SizeRequest parseSizeRequest(std::string const& text) {
+    std::size_t const cross = text.find_first_of("xX");
+    if (cross != std::string::npos && text.size() > 1) {
+        std::string_view const view(text);
+        auto const width = parseSide(view.substr(0, cross));
+        auto const height = parseSide(view.substr(cross + 1));
+        if (width && height) {
+            return {*width, *height};
+        }
+    }
+    throw UsageError("'" + text + "' is no size such as 640x480, 640x or x480");
+}
+
+ox::Size parseSize(std::string const& text) {
+    SizeRequest const request = parseSizeRequest(text);
+    if (request.width == 0 || request.height == 0) {
+        throw UsageError("'" + text + "' is no size such as 640x480");
+    }
+    return {request.width, request.height};
+}
+
+ox::Rect parseRect(std::string const& text) {
+    std::array<int, 4> numbers{};
+    std::string_view rest(text);
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        bool const last = i + 1 == numbers.size();
+        std::size_t const comma = rest.find(',');
+        auto const number = parseNumber(rest.substr(0, comma), i < 2 ? 0 : 1);
+        if (!number || last != (comma == std::string_view::npos)) {
+            throw UsageError("'" + text + "' is no region X,Y,W,H such as 16,0,320,240");
+        }
+        numbers[i] = *number;
+        rest.remove_prefix(last ? rest.size() : comma + 1);
+    }
+    return {numbers[0], numbers[1], numbers[2], numbers[3]};
+}
+
+std::int64_t parseCount(std::string const& text) {
+    auto const count = parseNumber<std::int64_t>(text, 1);
+    if (!count) {
+        throw UsageError("'" + text + "' is no positive number");
+    }
+    return *count;
+}
+
+ox::ResizeMethod parseMethod(std::string const& name) {
+    auto const* const method = std::find(methodNames.begin(), methodNames.end(), toLower(name));
+    if (method == methodNames.end()) {
+        throw UsageError("there is no method '" + name + "', only nearest, bilinear and area");
+    }
+    return static_cast<ox::ResizeMethod>(method - methodNames.begin());
+}
+
+ox::Size resolveSize(SizeRequest const& request, ox::Size source) {
+    if (request.height == 0) {
+        return {request.width, scaledSide(source.height, source.width, request.width)};
+    }
+    if (request.width == 0) {
+        return {scaledSide(source.width, source.height, request.height), request.height};
+    }
+    return {request.width, request.height};
+}
+
+ox::FrameFormat formatByName(std::string_view name) {
+    std::string wanted = toLower(name);
+    if (wanted.starts_with(formatPrefix)) {
+        wanted.erase(0, formatPrefix.size());
+    }
+    for (ox::FrameFormat const format : allFormats()) {
+        if (toLower(shortName(format)) == wanted) {
+            return format;
+        }
+    }
+    return ox::FRAME_FORMAT_NONE;
+}
+
+ox::FrameFormat parseFormat(std::string const& name) {
+    ox::FrameFormat const format = formatByName(name);
+    if (format == ox::FRAME_FORMAT_NONE) {
+        throw UsageError("there is no format '" + name + "'; 'oxcv formats' lists them");
+    }
+    return format;
+}
+
+std::string shortName(ox::FrameFormat format) {
+    return std::string(ox::toString(format)).substr(formatPrefix.size());
+}
+
+std::string toText(ox::Size size) {
+    return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
+std::string toLower(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return lower;
+}
+
+}  // namespace oxcv

@@ -1,0 +1,56 @@
+/// @file
+/// What people type, and back.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "ox_core/ox_frame_format.h"
+#include "ox_core/ox_geometry.h"
+#include "ox_cv/ox_cv_backend.h"
+
+namespace oxcv {
+
+/// A size of which a side may be left open (0), to be chosen so that the aspect stays.
+struct SizeRequest {
+    int width = 0;
+    int height = 0;
+};
+
+/// "640x480", "640x" or "x480".
+/// @throws UsageError
+SizeRequest parseSizeRequest(std::string const& text);
+/// "640x480".
+/// @throws UsageError
+ox::Size parseSize(std::string const& text);
+/// "X,Y,W,H".
+/// @throws UsageError
+ox::Rect parseRect(std::string const& text);
+
+/// A positive number.
+/// @throws UsageError
+std::int64_t parseCount(std::string const& text);
+/// "nearest", "bilinear" or "area".
+/// @throws UsageError
+ox::ResizeMethod parseMethod(std::string const& name);
+
+/// The size asked for, with an open side rounded, and at least 1.
+/// @throws Failure if it is too large
+ox::Size resolveSize(SizeRequest const& request, ox::Size source);
+
+/// The format of that name, in any case and with or without "FRAME_"; `FRAME_FORMAT_NONE` if there
+/// is none.
+ox::FrameFormat formatByName(std::string_view name);
+/// The same.
+/// @throws UsageError if there is none
+ox::FrameFormat parseFormat(std::string const& name);
+/// The name without "FRAME_".
+std::string shortName(ox::FrameFormat format);
+
+/// "640x480".
+std::string toText(ox::Size size);
+std::string toLower(std::string_view text);
+
+}  // namespace oxcv
