@@ -1,0 +1,333 @@
+#include "ox_core/ox_frame.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <type_traits>
+
+#include "support/allocation_counter.h"
+#include "support/exceptions.h"
+#include "support/test_frame.h"
+
+namespace ox::test {
+
+namespace {
+
+static_assert(!std::is_polymorphic_v<Frame>);
+
+Frame makeFrame(FrameFormat format, Size size) {
+    Frame frame;
+    frame.reuse(format, size, DeviceContext(), 0);
+    return frame;
+}
+
+DeviceContext otherDevice() {
+    return DeviceContext(7, std::make_shared<int>(1));
+}
+
+void expectNotInitialized(Frame const& frame) {
+    EXPECT_FALSE(frame.initialized());
+    EXPECT_EQ(frame.format(), FRAME_FORMAT_NONE);
+    EXPECT_EQ(frame.size(), Size());
+    EXPECT_EQ(frame.layout().planeCount, 0);
+    EXPECT_EQ(frame.planeData(0), nullptr);
+    EXPECT_EQ(frame.deviceContext(), DeviceContext());
+}
+
+TEST(Frame, StartsNotInitialized) {
+    Frame const frame;
+    expectNotInitialized(frame);
+    EXPECT_EQ(static_cast<void const*>(&frame), static_cast<void const*>(&frame.layout()));
+}
+
+TEST(Frame, ReuseGivesWritableStorageForEveryFormat) {
+    for (FrameFormat const format : allFormats()) {
+        SCOPED_TRACE(toString(format));
+        Frame const frame = makeFrame(format, {5, 3});
+        EXPECT_TRUE(frame.initialized());
+        EXPECT_EQ(frame.format(), format);
+        EXPECT_EQ(frame.size(), (Size{5, 3}));
+        EXPECT_EQ(frame.width(), 5);
+        EXPECT_EQ(frame.height(), 3);
+        fill(frame, 0x5A);
+        EXPECT_TRUE(isFilledWith(frame, 0x5A));
+    }
+}
+
+TEST(Frame, PlanesAreAlignedWithRoomBehindTheLast) {
+    for (FrameFormat const format : allFormats()) {
+        SCOPED_TRACE(toString(format));
+        Frame const frame = makeFrame(format, {5, 3});
+        FrameLayout const& layout = frame.layout();
+        for (int i = 0; i < layout.planeCount; ++i) {
+            EXPECT_EQ(reinterpret_cast<std::uintptr_t>(frame.planeData(i)) % 64, 0U);
+            EXPECT_EQ(layout.plane[i].stride, 64);
+        }
+        int const last = layout.planeCount - 1;
+        std::memset(frame.planeData(last), 1, layout.plane[last].planeBytes + 64);
+    }
+}
+
+TEST(Frame, PlaneDataPastTheLastPlaneIsNull) {
+    Frame const frame = makeFrame(FRAME_NV12, {4, 4});
+    EXPECT_NE(frame.planeData(0), nullptr);
+    EXPECT_NE(frame.planeData(1), nullptr);
+    for (int const index : {2, 3, 4, 1000, -1}) {
+        EXPECT_EQ(frame.planeData(index), nullptr) << index;
+    }
+    TestFrame const wrapped(FRAME_NV12, {4, 4});
+    EXPECT_EQ(wrapped.frame().planeData(2), nullptr);
+}
+
+TEST(Frame, PlanesLieAtTheirOffsets) {
+    Frame const frame = makeFrame(FRAME_I420, {6, 4});
+    for (int i = 1; i < 3; ++i) {
+        auto const distance = static_cast<std::uint64_t>(frame.planeData(i) - frame.planeData(0));
+        EXPECT_EQ(distance, frame.layout().offset[i] - frame.layout().offset[0]);
+    }
+}
+
+TEST(Frame, ReuseHonoursTheAlignment) {
+    Frame frame;
+    frame.reuse(FRAME_BGR24, {5, 3}, DeviceContext(), 4);
+    EXPECT_EQ(frame.layout().plane[0].stride, 16);
+    frame.reuse(FRAME_BGR24, {5, 3}, DeviceContext(), 32);
+    EXPECT_EQ(frame.layout().plane[0].stride, 32);
+}
+
+TEST(Frame, ReuseKeepsAFrameThatAgrees) {
+    Frame frame = makeFrame(FRAME_I420, {6, 4});
+    Frame const copy = frame;
+    fill(frame, 9);
+    std::uint64_t const calls = allocationCalls();
+    frame.reuse(FRAME_I420, {6, 4}, DeviceContext(), 0);
+    EXPECT_EQ(allocationCalls(), calls);
+    EXPECT_EQ(frame.planeData(0), copy.planeData(0));
+    EXPECT_TRUE(isFilledWith(frame, 9));
+}
+
+TEST(Frame, ReuseLeavesOtherHandlesTheirPixels) {
+    Frame frame = makeFrame(FRAME_GRAY8, {6, 4});
+    Frame const copy = frame;
+    fill(copy, 9);
+    frame.reuse(FRAME_GRAY8, {4, 4}, DeviceContext(), 0);
+    EXPECT_NE(frame.planeData(0), copy.planeData(0));
+    fill(frame, 1);
+    EXPECT_EQ(copy.size(), (Size{6, 4}));
+    EXPECT_TRUE(isFilledWith(copy, 9));
+}
+
+TEST(Frame, ReuseChangesTheContext) {
+    Frame frame;
+    frame.reuse(FRAME_GRAY8, {4, 4}, otherDevice(), 0);
+    EXPECT_EQ(frame.deviceContext(), otherDevice());
+    EXPECT_NE(frame.deviceContext(), DeviceContext());
+    frame.reuse(FRAME_GRAY8, {4, 4}, DeviceContext(), 0);
+    EXPECT_EQ(frame.deviceContext(), DeviceContext());
+}
+
+TEST(Frame, ReuseRefusesWhatIsNoFrame) {
+    struct {
+        FrameFormat format;
+        Size size;
+        Status status;
+    } const cases[] = {
+        {FRAME_GRAY8, {0, 4}, StatusInvalidParameter},
+        {FRAME_GRAY8, {4, 0}, StatusInvalidParameter},
+        {FRAME_I420, {-4, 4}, StatusInvalidParameter},
+        {FRAME_FORMAT_NONE, {4, 4}, StatusUnsupportedFormat},
+        {static_cast<FrameFormat>(21), {4, 4}, StatusUnsupportedFormat},
+        {static_cast<FrameFormat>(27), {4, 4}, StatusUnsupportedFormat},
+        {FRAME_BGR24,
+         {std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::max()},
+         StatusCapacityExceeded},
+        {FRAME_GRAY8,
+         {std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::max()},
+         StatusCapacityExceeded},
+    };
+    for (auto const& wrong : cases) {
+        SCOPED_TRACE(describe(wrong.format, wrong.size));
+        Frame frame = makeFrame(FRAME_GRAY8, {4, 4});
+        expectStatus(wrong.status,
+                     [&] { frame.reuse(wrong.format, wrong.size, DeviceContext(), 0); });
+        expectNotInitialized(frame);
+        frame.reuse(FRAME_GRAY8, {4, 4}, DeviceContext(), 0);
+        EXPECT_TRUE(frame.initialized());
+    }
+}
+
+TEST(Frame, ReuseReportsExhaustedMemory) {
+    for (std::uint64_t k = 1;; ++k) {
+        Frame frame = makeFrame(FRAME_GRAY8, {4, 4});
+        Frame const copy = frame;
+        FailingAllocation const failing(k);
+        try {
+            frame.reuse(FRAME_GRAY8, {40, 40}, DeviceContext(), 0);
+        } catch (Exception const& exception) {
+            EXPECT_EQ(exception.status, StatusCapacityExceeded);
+            expectNotInitialized(frame);
+            continue;
+        }
+        EXPECT_GT(k, 1U);
+        break;
+    }
+}
+
+TEST(Frame, CopiesShowTheSamePixels) {
+    std::int64_t const before = liveAllocations();
+    {
+        Frame frame = makeFrame(FRAME_I420, {6, 4});
+        Frame const copy = frame;
+        Frame assigned;
+        assigned = frame;
+        EXPECT_EQ(copy.planeData(2), frame.planeData(2));
+        EXPECT_EQ(assigned.layout().format, FRAME_I420);
+        fill(assigned, 9);
+        EXPECT_TRUE(isFilledWith(frame, 9));
+        frame.clear();
+        expectNotInitialized(frame);
+        EXPECT_TRUE(isFilledWith(copy, 9));
+    }
+    EXPECT_EQ(liveAllocations(), before);
+}
+
+TEST(Frame, SetZeroClearsThePixels) {
+    for (FrameFormat const format : allFormats()) {
+        Random random;
+        TestFrame target(format, {5, 3}, random, Placement{4});
+        target.frame().setZero();
+        EXPECT_TRUE(isFilledWith(target.frame(), 0));
+        target.expectGapsUntouched();
+    }
+    Frame empty;
+    empty.setZero();
+    expectNotInitialized(empty);
+}
+
+TEST(FrameWrap, ShowsTheCallersMemory) {
+    unsigned char luma[4 * 10]{};
+    unsigned char chroma[2 * 8]{};
+    unsigned char* const planes[] = {luma, chroma};
+    FrameLayout layout(FRAME_NV12, {4, 4}, 1);
+    layout.plane[0].stride = 10;
+    layout.plane[1].stride = 8;
+    Frame const frame = Frame::wrap(layout, planes);
+    EXPECT_TRUE(frame.initialized());
+    EXPECT_EQ(frame.planeData(0), luma);
+    EXPECT_EQ(frame.planeData(1), chroma);
+    EXPECT_EQ(frame.layout().plane[0].stride, 10);
+    EXPECT_EQ(frame.layout().plane[1].rowBytes, 4U);
+    EXPECT_EQ(frame.deviceContext(), DeviceContext());
+    fill(frame, 9);
+    EXPECT_EQ(luma[33], 9);
+    EXPECT_EQ(luma[34], 0);
+    EXPECT_EQ(chroma[11], 9);
+    EXPECT_EQ(chroma[12], 0);
+}
+
+TEST(FrameWrap, RefusesBadLayoutsAndAddresses) {
+    unsigned char memory[64];
+    unsigned char* const planes[] = {memory, memory, memory, memory};
+    unsigned char* const missing[] = {memory, nullptr, memory, memory};
+    FrameLayout const layout(FRAME_I420, {4, 4}, 1);
+    expectStatus(StatusInvalidParameter, [&] { Frame::wrap(FrameLayout(), planes); });
+    expectStatus(StatusInvalidParameter, [&] {
+        Frame::wrap(FrameLayout(static_cast<FrameFormat>(22), {4, 4}, 1), planes);
+    });
+    for (int plane = 0; plane < 3; ++plane) {
+        FrameLayout narrow = layout;
+        narrow.plane[plane].stride = static_cast<std::int64_t>(layout.plane[plane].rowBytes) - 1;
+        expectStatus(StatusInvalidParameter, [&] { Frame::wrap(narrow, planes); });
+        narrow.plane[plane].stride = -64;
+        expectStatus(StatusInvalidParameter, [&] { Frame::wrap(narrow, planes); });
+    }
+    expectStatus(StatusNullPointer, [&] { Frame::wrap(layout, missing); });
+    EXPECT_NO_THROW(Frame::wrap(layout, planes));
+}
+
+TEST(FrameWrap, ReuseKeepsMemoryThatAgrees) {
+    TestFrame wrapped(FRAME_NV12, {5, 3}, Placement{7});
+    unsigned char const* const memory = wrapped.frame().planeData(0);
+    wrapped.frame().reuse(FRAME_NV12, {5, 3}, DeviceContext(), 0);
+    EXPECT_EQ(wrapped.frame().planeData(0), memory);
+    EXPECT_EQ(wrapped.layout().plane[0].stride, 12);
+}
+
+TEST(FrameWrap, ReuseOtherwiseGivesStorageOfItsOwn) {
+    for (Size const size : {Size{4, 3}, Size{5, 2}, Size{50, 30}}) {
+        TestFrame wrapped(FRAME_NV12, {5, 3}, Placement{7});
+        Frame frame = wrapped.frame();
+        frame.reuse(FRAME_NV12, size, DeviceContext(), 0);
+        EXPECT_NE(frame.planeData(0), wrapped.frame().planeData(0));
+        fill(frame, 9);
+        EXPECT_TRUE(isFilledWith(wrapped.frame(), 0));
+        wrapped.expectGapsUntouched();
+    }
+    TestFrame wrapped(FRAME_NV12, {5, 3});
+    Frame frame = wrapped.frame();
+    frame.reuse(FRAME_NV21, {5, 3}, DeviceContext(), 0);
+    EXPECT_NE(frame.planeData(0), wrapped.frame().planeData(0));
+}
+
+TEST(FrameCopy, MakesTheTargetTheSame) {
+    Random random;
+    for (FrameFormat const format : allFormats()) {
+        TestFrame const source(format, {5, 3}, random, Placement{4});
+        Frame fresh;
+        source.frame().copyTo(fresh);
+        EXPECT_TRUE(samePixels(fresh, source.frame()));
+        Frame other = makeFrame(FRAME_BGR24, {9, 9});
+        source.frame().copyTo(other);
+        EXPECT_TRUE(samePixels(other, source.frame()));
+        EXPECT_NE(other.planeData(0), source.frame().planeData(0));
+    }
+}
+
+TEST(FrameCopy, IsInPlaceWhereFormatAndSizeAgree) {
+    Random random;
+    for (FrameFormat const format : allFormats()) {
+        TestFrame const source(format, {5, 3}, random);
+        TestFrame target(format, {5, 3}, Placement{12});
+        unsigned char const* const memory = target.frame().planeData(0);
+        source.frame().copyTo(target.frame());
+        EXPECT_EQ(target.frame().planeData(0), memory);
+        EXPECT_TRUE(samePixels(target.frame(), source.frame()));
+        target.expectGapsUntouched();
+    }
+}
+
+TEST(FrameCopy, OtherHandlesOfATargetThatDiffersKeepTheirPixels) {
+    Frame const source = makeFrame(FRAME_GRAY8, {4, 4});
+    Frame target = makeFrame(FRAME_GRAY8, {3, 3});
+    Frame const copy = target;
+    fill(source, 5);
+    fill(copy, 9);
+    source.copyTo(target);
+    EXPECT_TRUE(isFilledWith(target, 5));
+    EXPECT_TRUE(isFilledWith(copy, 9));
+}
+
+TEST(FrameCopy, OfNothingClearsTheTarget) {
+    Frame target = makeFrame(FRAME_GRAY8, {4, 4});
+    Frame const copy = target;
+    Frame().copyTo(target);
+    expectNotInitialized(target);
+    EXPECT_TRUE(copy.initialized());
+}
+
+TEST(FrameCopy, OntoItselfAndBetweenOverlappingRows) {
+    Frame frame = makeFrame(FRAME_GRAY8, {6, 1});
+    fill(frame, 0, {{1, 2, 3, 4, 5, 6}});
+    frame.copyTo(frame);
+    EXPECT_EQ(bytesOf(frame, 0, 0), (std::vector<int>{1, 2, 3, 4, 5, 6}));
+    Frame right = getRegion(frame, {1, 0, 5, 1});
+    getRegion(frame, {0, 0, 5, 1}).copyTo(right);
+    EXPECT_EQ(bytesOf(frame, 0, 0), (std::vector<int>{1, 1, 2, 3, 4, 5}));
+}
+
+}  // namespace
+
+}  // namespace ox::test

@@ -1,0 +1,136 @@
+#include "ox_cv/stages.h"
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <type_traits>
+
+#include "ox_cv/ox_format_converter.h"
+#include "ox_cv/ox_row_copier.h"
+#include "ox_cv/ox_scaler.h"
+#include "ox_cv/ox_scaler_area.h"
+#include "ox_cv/ox_scaler_bilinear.h"
+#include "ox_cv/ox_scaler_nn.h"
+
+namespace ox::test {
+
+namespace {
+
+// `Arm` is the type of a function that arms a producer: arm(producer, source, target).
+template <class Producer, class Arm>
+class StageOf : public Stage {
+  public:
+    StageOf() { construct(); }
+    void construct() override { _producer.emplace(); }
+    void destroy() override { _producer.reset(); }
+    void arm(Frame const& source, Target const& target) override {
+        Arm()(*_producer, source, target);
+    }
+    void arm(IRowProducer& source, Target const& target) override {
+        Arm()(*_producer, source, target);
+    }
+    IRowProducer& producer() override { return *_producer; }
+
+    static std::unique_ptr<Stage> make() { return std::make_unique<StageOf>(); }
+
+  private:
+    std::optional<Producer> _producer;
+};
+
+struct Changes {
+    bool format;
+    bool width;
+    bool height;
+};
+
+enum class Inside { Window, Chain };
+enum class Sources { Any, Frames };
+
+template <class Producer, class Arm>
+StageClass stage(char const* name, Changes changes, Arm, Sources sources = Sources::Any,
+                 Inside inside = Inside::Window) {
+    return {name,
+            changes.format,
+            changes.width,
+            changes.height,
+            sources == Sources::Any,
+            inside == Inside::Chain,
+            StageOf<Producer, Arm>::make};
+}
+
+template <ScalerPrecision Precision>
+struct ArmArea {
+    template <class Source>
+    void operator()(ScalerAreaX& scaler, Source& source, Target const& target) const {
+        scaler.reuse(source, target.size.width, Precision);
+    }
+    template <class Source>
+    void operator()(ScalerAreaY& scaler, Source& source, Target const& target) const {
+        scaler.reuse(source, target.size.height, Precision);
+    }
+};
+
+struct ArmAreaXY {
+    template <class Source>
+    void operator()(scaleAreaXY& scaler, Source& source, Target const& target) const {
+        if constexpr (std::is_same_v<Source, Frame const>) {
+            scaler.reuse(source, target.size, OX_SCALER_FIXED_POINT_16S);
+        }
+    }
+};
+
+template <ScaleMethod Method>
+struct ArmScaler {
+    template <class Source>
+    void operator()(Scaler& scaler, Source& source, Target const& target) const {
+        scaler.reuse(source, target.size, Method);
+    }
+};
+
+constexpr Changes nothing{false, false, false};
+constexpr Changes format{true, false, false};
+constexpr Changes width{false, true, false};
+constexpr Changes height{false, false, true};
+constexpr Changes both{false, true, true};
+
+}  // namespace
+
+std::vector<StageClass> const& stageClasses() {
+    auto const source_only = [](auto& p, auto& source, Target const&) { p.reuse(source); };
+    auto const by_format = [](auto& p, auto& source, Target const& t) {
+        p.reuse(source, t.format);
+    };
+    auto const by_width = [](auto& p, auto& source, Target const& t) {
+        p.reuse(source, t.size.width);
+    };
+    auto const by_height = [](auto& p, auto& source, Target const& t) {
+        p.reuse(source, t.size.height);
+    };
+    auto const by_size = [](auto& p, auto& source, Target const& t) { p.reuse(source, t.size); };
+    static std::vector<StageClass> const classes{
+        stage<RowCopier>("RowCopier", nothing, source_only),
+        stage<FormatConverter>("FormatConverter", format, by_format),
+        stage<ScalerNearestNeighbor>("ScalerNearestNeighbor", both, by_size),
+        stage<ScalerBilinearX>("ScalerBilinearX", width, by_width),
+        stage<ScalerBilinearY>("ScalerBilinearY", height, by_height),
+        stage<ScalerBilinearXY>("ScalerBilinearXY", both, by_size),
+        stage<ScalerAreaX>("ScalerAreaX8", width, ArmArea<OX_SCALER_FIXED_POINT_8S>()),
+        stage<ScalerAreaX>("ScalerAreaX16", width, ArmArea<OX_SCALER_FIXED_POINT_16S>()),
+        stage<ScalerAreaY>("ScalerAreaY8", height, ArmArea<OX_SCALER_FIXED_POINT_8S>()),
+        stage<ScalerAreaY>("ScalerAreaY16", height, ArmArea<OX_SCALER_FIXED_POINT_16S>()),
+        stage<scaleAreaXY>("scaleAreaXY", both, ArmAreaXY(), Sources::Frames),
+        stage<Scaler>("ScalerNearest", both, ArmScaler<OX_SCALE_NEAREST>()),
+        stage<Scaler>("ScalerBilinear", both, ArmScaler<OX_SCALE_BILINEAR>()),
+        stage<Scaler>("ScalerArea", both, ArmScaler<OX_SCALE_AREA>(), Sources::Any, Inside::Chain),
+    };
+    return classes;
+}
+
+std::vector<StageClass> linkClasses() {
+    std::vector<StageClass> classes;
+    std::copy_if(stageClasses().begin(), stageClasses().end(), std::back_inserter(classes),
+                 [](StageClass const& stage_class) { return stage_class.takes_producers; });
+    return classes;
+}
+
+}  // namespace ox::test
