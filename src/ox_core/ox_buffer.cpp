@@ -38,9 +38,8 @@ Buffer::~Buffer() {
 void Buffer::resize(unsigned long bytes, bool keep_contents) {
     if (data == nullptr || bytes > _capacity) {
         unsigned char* const storage = allocate(bytes);
-        unsigned long const kept = keep_contents ? _bytes : 0;
-        if (kept != 0) {
-            std::memcpy(storage, data, kept);
+        if (keep_contents && data != nullptr) {
+            std::memcpy(storage, data, _bytes);
         }
         clear();
         data = storage;

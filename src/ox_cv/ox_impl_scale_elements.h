@@ -18,7 +18,7 @@ namespace ox::impl {
 
 struct ScaleElement {
     int channels = 0;  ///< 0: the plane doesn't exist or the format isn't scalable
-    int bits = 0;      ///< bits a sample
+    int bits = 8;      ///< bits a sample
 };
 
 /// Formats that a streaming scaler can compute with; the others can only be copied.
