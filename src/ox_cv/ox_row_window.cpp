@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_format_facts.h"
 #include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_row_cursor.h"
 
@@ -17,6 +18,15 @@ void checkWindowSize(int window_size, FrameLayout const& layout) {
     if (window_size < 1 || window_size > layout.size.height) {
         throw Exception(nullptr, StatusOutOfRange, "reuse", file, __LINE__,
                         "Parameter 'window_size' is out of range.");
+    }
+}
+
+/// A producer of the caller's own must have the planes that its format is read by.
+void checkPlanes(FrameLayout const& layout) {
+    int const least = std::max(impl::factsOf(layout.format).plane_count, 1);
+    if (layout.planeCount < least || layout.planeCount > 4) {
+        throw Exception(nullptr, StatusInvalidParameter, "reuse", file, __LINE__,
+                        "Row producer's planes aren't those of its format.");
     }
 }
 
@@ -63,12 +73,13 @@ void RowWindow::_placeRows(int window_size, char const* what) {
 
 void RowWindow::_placeRings(FrameLayout const& layout, int window_size) {
     try {
+        // Rows are written by a producer and read by the format's size, whatever its layout claims.
+        FrameLayout const usual(layout.format, layout.size, 0);
         for (int i = 0; i < layout.planeCount; ++i) {
             FramePlane const& plane = layout.plane[i];
-            // A producer writes whole rows, whatever stride its layout claims.
             std::uint64_t const row_bytes =
-                std::max(static_cast<std::uint64_t>(std::max<std::int64_t>(plane.stride, 0)),
-                         plane.rowBytes);
+                std::max({static_cast<std::uint64_t>(std::max<std::int64_t>(plane.stride, 0)),
+                          plane.rowBytes, usual.plane[i].rowBytes});
             _ring_index[i] = 0;
             _row_mask[i] = rowMask(layout.size.height, plane.height);
             _plane_stride[i] = impl::roundUpBytes(row_bytes, impl::defaultAlignment);
@@ -113,6 +124,7 @@ void RowWindow::reuse(IRowProducer& producer, int window_size) {
         throw Exception(nullptr, StatusInputNotInitialized, "reuse", file, __LINE__,
                         "Row producer is not initialized.");
     }
+    checkPlanes(layout);
     bool const keeps_rings =
         sameGeometry(layout, _layout) && _producer != nullptr && window_size == _window_size;
     if (!keeps_rings) {

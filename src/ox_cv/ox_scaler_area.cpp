@@ -70,7 +70,6 @@ void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
     _shift = shiftOf(precision);
     bool const same_table =
         src_size.width == _src_layout.size.width && dst_width == _dst_layout.size.width;
-    bool const same_plan = same_table && src_layout.format == _dst_layout.format;
     if (!same_table) {
         _dst_layout.clear();  // until the table stands, no later call may take it as built
         impl::buildAreaTable(src_size.width, dst_width, _shift, _weights);
@@ -78,9 +77,7 @@ void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
     _src_layout = src_layout;
     _dst_layout =
         FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::defaultAlignment);
-    if (!same_plan) {
-        planPlanes();
-    }
+    planPlanes();
 }
 
 ScalerAreaX::ScalerAreaX() : _state(impl::makeState<State>(file)) {}

@@ -107,7 +107,6 @@ void ScalerBilinearX::State::prepare(FrameLayout const& src_layout, int dst_widt
     Size const src_size = src_layout.size;
     bool const same_table =
         src_size.width == _src_layout.size.width && dst_width == _dst_layout.size.width;
-    bool const same_plan = same_table && src_layout.format == _dst_layout.format;
     if (!same_table) {
         _dst_layout.clear();  // until the table stands, no later call may take it as built
         impl::buildBilinearTable(src_size.width, dst_width, _src_xs);
@@ -117,9 +116,7 @@ void ScalerBilinearX::State::prepare(FrameLayout const& src_layout, int dst_widt
     _src_layout = src_layout;
     _dst_layout =
         FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::defaultAlignment);
-    if (!same_plan) {
-        _planes.plan(_src_layout, _dst_layout, _src_xs.size(), lastElements(_src_layout, _src_xs));
-    }
+    _planes.plan(_src_layout, _dst_layout, _src_xs.size(), lastElements(_src_layout, _src_xs));
 }
 
 ScalerBilinearX::ScalerBilinearX() : _state(impl::makeState<State>(file)) {}
@@ -275,17 +272,13 @@ void ScalerBilinearXY::State::buildTables(Size src_size, Size dst_size) {
 }
 
 void ScalerBilinearXY::State::prepare(FrameLayout const& src_layout, Size dst_size) {
-    bool const same_tables = src_layout.size == _src_layout.size && dst_size == _dst_layout.size;
-    bool const same_plan = same_tables && src_layout.format == _dst_layout.format;
-    if (!same_tables) {
+    if (src_layout.size != _src_layout.size || dst_size != _dst_layout.size) {
         buildTables(src_layout.size, dst_size);
     }
     _src_layout = src_layout;
     _dst_layout = FrameLayout(src_layout.format, dst_size, impl::defaultAlignment);
     _dst_row = 0;
-    if (!same_plan) {
-        _planes.plan(_src_layout, _dst_layout, _src_xs.size(), lastElements(_src_layout, _src_xs));
-    }
+    _planes.plan(_src_layout, _dst_layout, _src_xs.size(), lastElements(_src_layout, _src_xs));
 }
 
 ScalerBilinearXY::ScalerBilinearXY() : _state(impl::makeState<State>(file)) {}

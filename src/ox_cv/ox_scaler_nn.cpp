@@ -56,18 +56,14 @@ void ScalerNearestNeighbor::State::buildTables(Size src_size, Size dst_size) {
 }
 
 void ScalerNearestNeighbor::State::prepare(FrameLayout const& src_layout, Size dst_size) {
-    bool const same_sizes =
-        src_layout.size == Size{_src_width, _src_height} && dst_size == _dst_layout.size;
-    if (!same_sizes) {
+    if (src_layout.size != Size{_src_width, _src_height} || dst_size != _dst_layout.size) {
         buildTables(src_layout.size, dst_size);
     }
-    if (!same_sizes || src_layout.format != _dst_layout.format) {
-        _dst_layout = FrameLayout(src_layout.format, dst_size, impl::defaultAlignment);
-        _planes.plan(src_layout, _dst_layout, _src_xs.size(),
-                     [this](int, std::int64_t i) -> std::int64_t {
-                         return _src_xs[static_cast<std::size_t>(i)];
-                     });
-    }
+    _dst_layout = FrameLayout(src_layout.format, dst_size, impl::defaultAlignment);
+    _planes.plan(src_layout, _dst_layout, _src_xs.size(),
+                 [this](int, std::int64_t i) -> std::int64_t {
+                     return _src_xs[static_cast<std::size_t>(i)];
+                 });
     _dst_row = 0;
     _src_width = src_layout.size.width;
     _src_height = src_layout.size.height;

@@ -25,7 +25,7 @@ TEST(Buffer, StartsEmpty) {
 }
 
 TEST(Buffer, StorageIsAlignedWithRoomBehindIt) {
-    for (unsigned long const bytes : {1UL, 63UL, 64UL, 1000UL}) {
+    for (unsigned long const bytes : {0UL, 1UL, 63UL, 64UL, 1000UL}) {
         Buffer buffer;
         buffer.resize(bytes, false);
         ASSERT_NE(buffer.data, nullptr);

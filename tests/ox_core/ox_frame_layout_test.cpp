@@ -127,6 +127,13 @@ TEST(FrameLayout, PlanesDoNotOverlap) {
     }
 }
 
+TEST(FrameLayout, TotalIsTheEndOfTheLastPlane) {
+    EXPECT_EQ(FrameLayout().totalBytes(), 0U);
+    EXPECT_EQ(FrameLayout(FRAME_GRAY8, {5, 3}, 1).totalBytes(), 15U);
+    EXPECT_EQ(FrameLayout(FRAME_I420, {5, 3}, 1).totalBytes(), 27U);
+    EXPECT_EQ(FrameLayout(FRAME_I420, {5, 3}, 8).totalBytes(), 56U);
+}
+
 TEST(FrameLayout, ChromaOfOddSizesIsRoundedUp) {
     FrameLayout const layout(FRAME_I420, {3, 3}, 64);
     EXPECT_EQ(layout.plane[0].height, 3);
@@ -161,6 +168,7 @@ TEST(FrameLayout, StridesAreMultiplesOfTheAlignment) {
     EXPECT_EQ(stride(FRAME_GRAY8, 65, 1), 65);
     EXPECT_EQ(stride(FRAME_BGR24, 5, 4), 16);
     EXPECT_EQ(stride(FRAME_BGR_32F, 5, 48), 96);
+    EXPECT_EQ(stride(FRAME_GRAY8, 65, 0), 128);
     EXPECT_EQ(FrameLayout(FRAME_NV12, {130, 2}, 64).plane[1].stride, 192);
 }
 
@@ -211,6 +219,12 @@ TEST(FrameLayout, ByteCountsDoNotWrap) {
     refused(FRAME_BGR_PLANAR, {highest, 1 << 30}, 1);
     refused(FRAME_GRAY8, {1, 1}, 1UL << 63);
     refused(FRAME_GRAY8, {1, highest}, 1UL << 62);
+    refused(FRAME_GRAY8, {1, 2}, 1UL << 62);
+    refused(FRAME_NV12, {1, 1}, 1UL << 62);
+    EXPECT_EQ(FrameLayout(FRAME_GRAY8, {1, 1}, 1UL << 62).totalBytes(), 1UL << 62);
+    refused(FRAME_YUYV, {highest, 1}, 1);  // no width for a last pair of pixels
+    EXPECT_EQ(FrameLayout(FRAME_YUYV, {highest - 1, 1}, 1).plane[0].rowBytes, 4294967292U);
+    EXPECT_EQ(FrameLayout(FRAME_I420, {highest, 1}, 1).plane[1].width, 1 << 30);
 }
 
 TEST(RowMask, IsOneForPlanesOfHalfTheRows) {

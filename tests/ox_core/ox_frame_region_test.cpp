@@ -53,9 +53,7 @@ std::vector<Case> cases() {
     };
 }
 
-void checkCase(Case const& expected) {
-    Frame frame;
-    frame.reuse(expected.format, {8, 6}, DeviceContext(), 0);
+void checkCase(Case const& expected, Frame frame) {
     Frame const region = getRegion(frame, expected.region);
     EXPECT_TRUE(region.initialized());
     EXPECT_EQ(region.format(), expected.format);
@@ -79,7 +77,10 @@ void checkCase(Case const& expected) {
 TEST(FrameRegion, GeometryOfEveryKindOfFormat) {
     for (Case const& expected : cases()) {
         SCOPED_TRACE(describe(expected.format, {expected.region.width, expected.region.height}));
-        checkCase(expected);
+        Frame owned;
+        owned.reuse(expected.format, {8, 6}, DeviceContext(), 0);
+        checkCase(expected, owned);
+        checkCase(expected, TestFrame(expected.format, {8, 6}, Placement{5}).frame());
     }
 }
 
@@ -115,9 +116,28 @@ TEST(FrameRegion, WritesShowInTheSource) {
     fill(frame, 1);
     Frame const copy = frame;
     fill(getRegion(frame, {1, 1, 2, 1}), 9);
-    EXPECT_EQ(bytesOf(copy, 0, 0), (std::vector<int>{1, 1, 1, 1}));
-    EXPECT_EQ(bytesOf(copy, 0, 1), (std::vector<int>{1, 9, 9, 1}));
-    EXPECT_EQ(bytesOf(copy, 0, 2), (std::vector<int>{1, 1, 1, 1}));
+    for (Frame const& source : {frame, copy}) {
+        EXPECT_EQ(bytesOf(source, 0, 0), (std::vector<int>{1, 1, 1, 1}));
+        EXPECT_EQ(bytesOf(source, 0, 1), (std::vector<int>{1, 9, 9, 1}));
+        EXPECT_EQ(bytesOf(source, 0, 2), (std::vector<int>{1, 1, 1, 1}));
+    }
+}
+
+TEST(FrameRegion, OfRowsThatLieFarApart) {
+    unsigned char byte = 0;
+    unsigned char* const planes[] = {&byte, &byte};
+    FrameLayout layout(FRAME_NV12, {4, 4}, 1);
+    layout.plane[0].stride = std::int64_t{1} << 40;
+    layout.plane[1].stride = std::int64_t{1} << 41;
+    Frame frame = Frame::wrap(layout, planes);
+    Frame const region = getRegion(frame, {2, 2, 2, 2});
+    auto const distance = [&](int plane) {
+        return reinterpret_cast<std::uintptr_t>(region.planeData(plane)) -
+               reinterpret_cast<std::uintptr_t>(&byte);
+    };
+    EXPECT_EQ(distance(0), (std::uintptr_t{1} << 41) + 2);
+    EXPECT_EQ(distance(1), (std::uintptr_t{1} << 41) + 2);
+    EXPECT_EQ(region.layout().plane[0].planeBytes, std::uint64_t{1} << 41);
 }
 
 TEST(FrameRegion, SetZeroStaysInside) {

@@ -71,12 +71,12 @@ TEST(Rect, CropClipsToTheArea) {
 }
 
 TEST(Rect, CropOfARectangleOutsideIsEmpty) {
-    EXPECT_TRUE(cropped({10, 0, 4, 4}, {10, 8}).empty());
-    EXPECT_TRUE(cropped({0, 8, 4, 4}, {10, 8}).empty());
-    EXPECT_TRUE(cropped({-4, 0, 4, 4}, {10, 8}).empty());
-    EXPECT_TRUE(cropped({0, -4, 4, 4}, {10, 8}).empty());
-    EXPECT_TRUE(cropped({2, 2, 0, 3}, {10, 8}).empty());
-    EXPECT_TRUE(cropped({2, 2, 3, 3}, {0, 8}).empty());
+    expectRect(cropped({10, 0, 4, 4}, {10, 8}), {});
+    expectRect(cropped({0, 8, 4, 4}, {10, 8}), {});
+    expectRect(cropped({-4, 0, 4, 4}, {10, 8}), {});
+    expectRect(cropped({0, -4, 4, 4}, {10, 8}), {});
+    expectRect(cropped({2, 2, 0, 3}, {10, 8}), {});
+    expectRect(cropped({2, 2, 3, 3}, {0, 8}), {});
 }
 
 TEST(Rect, CropDoesNotWrap) {

@@ -15,6 +15,8 @@ namespace {
 
 static_assert(TENSOR_FLOAT_16 == 3 && TENSOR_FLOAT_32 == 5);
 static_assert(TENSOR_FORMAT_NONE == 0 && TENSOR_CHANNEL_ORDER_NONE == 0);
+static_assert(sizeof(TensorDataType) == 4 && sizeof(TensorFormat) == 4 &&
+              sizeof(TensorChannelOrder) == 4);
 static_assert(std::is_same_v<decltype(TensorSize::count), std::uint64_t> &&
               std::is_same_v<decltype(TensorSize::values), std::int32_t[4]>);
 
@@ -32,6 +34,16 @@ TEST(TensorLayout, KeepsWhatItIsGiven) {
     EXPECT_EQ(layout.size().values[2], 4);
     EXPECT_EQ(layout.strides().count, 3U);
     EXPECT_EQ(layout.strides().values[1], 16);
+}
+
+TEST(TensorLayout, MembersStandInOrder) {
+    TensorLayout const layout;
+    auto const offset = [&layout](auto const& member) {
+        return reinterpret_cast<char const*>(&member) - reinterpret_cast<char const*>(&layout);
+    };
+    EXPECT_EQ(offset(layout.size()), 8);
+    EXPECT_EQ(offset(layout.strides()), 32);
+    EXPECT_EQ(sizeof(TensorLayout), 72U);
 }
 
 TEST(TensorLayout, TotalIsTheLargestExtent) {
@@ -78,6 +90,23 @@ TEST(Tensor, ReuseWithItsOwnLayout) {
     tensor.reuse(tensor.layout(), DeviceContext());
     EXPECT_EQ(tensor.layout().totalBytes(), 60U);
     EXPECT_EQ(tensor.layout().size().count, 2U);
+}
+
+TEST(Tensor, ReuseTakesStorageThatIsLargeEnoughAndNotShared) {
+    Tensor tensor;
+    tensor.reuse(floats({1, {100}}, {1, {4}}), DeviceContext());
+    std::uint64_t const calls = allocationCalls();
+    tensor.reuse(floats({1, {10}}, {1, {4}}), DeviceContext());
+    tensor.reuse(floats({2, {10, 10}}, {2, {40, 4}}), DeviceContext());
+    EXPECT_EQ(allocationCalls(), calls);
+    std::memset(tensor.data(), 1, 400);
+}
+
+TEST(Tensor, WithoutBytesIsInitializedAllTheSame) {
+    Tensor tensor;
+    tensor.reuse(TensorLayout(), DeviceContext());
+    EXPECT_TRUE(tensor.initialized());
+    EXPECT_NE(tensor.data(), nullptr);
 }
 
 TEST(Tensor, CopiesShareStorage) {

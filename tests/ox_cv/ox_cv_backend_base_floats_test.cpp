@@ -1,6 +1,8 @@
 // Constant arithmetic of the pipeline backend.
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "ox_cv/backend_frames.h"
 #include "ox_cv/ox_cv_backend_base.h"
 #include "support/exceptions.h"
@@ -50,6 +52,11 @@ struct Operation {
     float result;  // of a one and the constant 3
     char const* unsupported;
 };
+
+// Names the operation in test reports.
+void PrintTo(Operation const& operation, std::ostream* out) {
+    *out << operation.name;
+}
 
 class CvBackendBaseFloats : public testing::TestWithParam<Operation> {
   protected:

@@ -124,6 +124,20 @@ TEST(CvBackendBaseResize, RegionsOfSourceAndDestination) {
     EXPECT_EQ(bytesOf(dst.frame(), 0, 0), (Bytes{64, 99, 99, 99, 99}));
 }
 
+TEST(CvBackendBase, RegionsNeedBothSides) {
+    CvBackendBase backend;
+    backend.setIntProperty(1, ResizeNearestNeighbour);
+    TestFrame const src = grayPicture({{1, 2}, {3, 4}});
+    for (Rect const whole : {Rect{1, 1, 1, 0}, Rect{1, 1, 0, 1}, Rect{9, 9, -1, 9}, emptyRoi()}) {
+        TestFrame dst(FRAME_GRAY8, {4, 2});
+        backend.resize(src.frame(), dst.frame(), whole, whole);
+        EXPECT_EQ(rowsOf(dst.frame()), (Rows{{1, 1, 2, 2}, {3, 3, 4, 4}}));
+        TestFrame coloured(FRAME_BGR24, {1, 2});
+        backend.convert(src.frame(), coloured.frame(), whole);
+        EXPECT_EQ(rowsOf(coloured.frame()), (Rows{{2, 2, 2}, {4, 4, 4}}));
+    }
+}
+
 TEST(CvBackendBaseResize, RegionsOfSubsampledFrames) {
     CvBackendBase backend;
     backend.setIntProperty(1, ResizeNearestNeighbour);

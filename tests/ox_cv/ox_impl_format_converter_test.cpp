@@ -9,15 +9,13 @@
 #include <utility>
 #include <vector>
 
+#include "ox_cv/refusal_texts.h"
 #include "support/exceptions.h"
 #include "support/test_frame.h"
 
 namespace ox::test {
 
 namespace {
-
-constexpr char unsupported[] =
-    "Failure in ImplFormatConverter::get_context(...) : unsupported format.";
 
 static_assert(sizeof(FormatInfo) == 11 * sizeof(std::int32_t));
 static_assert(offsetof(FormatInfo, x_subsampling) == 0 &&
@@ -170,7 +168,7 @@ TEST(ImplFormatConverter, MatrixOfPairs) {
             ImplFormatConverter context;
             int window = -7;
             if (expected.function == nullptr) {
-                expectException(expectedFailure(src, dst), unsupported,
+                expectException(expectedFailure(src, dst), unsupportedPair,
                                 [&] { context.reuse(src, dst, 5, &window); });
                 EXPECT_EQ(context.function, nullptr);
                 EXPECT_FALSE(context.initialized);
@@ -213,7 +211,7 @@ TEST(ImplFormatConverter, PairsThatDoNotExist) {
     for (auto const& pair : cases) {
         ImplFormatConverter context;
         int window = 0;
-        expectException(pair.status, unsupported,
+        expectException(pair.status, unsupportedPair,
                         [&] { context.reuse(pair.src, pair.dst, 5, &window); });
     }
 }

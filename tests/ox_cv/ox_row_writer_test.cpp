@@ -87,6 +87,22 @@ TEST(RowWriter, HasNoRowsPastTheEnd) {
     EXPECT_EQ(writer.planes[0], target.row(0, 2));
 }
 
+// Behind an even row chroma has an address until the end is passed.
+TEST(RowWriter, HasNoChromaRowsPastTheEnd) {
+    TestFrame target(FRAME_I420, {4, 2});
+    RowWriter writer;
+    writer.reuse(target.frame());
+    EXPECT_TRUE(writer.next());
+    EXPECT_FALSE(writer.next());
+    EXPECT_EQ(writer.rows[1], target.row(1, 1));
+    for (int past = 0; past < 2; ++past) {
+        EXPECT_FALSE(writer.next());
+        for (int i = 0; i < 4; ++i) {
+            EXPECT_EQ(writer.rows[i], nullptr);
+        }
+    }
+}
+
 TEST(RowWriter, ASingleRowHasAllItsPlanes) {
     TestFrame target(FRAME_I420, {4, 1});
     RowWriter writer;

@@ -256,6 +256,21 @@ TEST(ScaleAreaXY, Short420FramesAreRefused) {
     EXPECT_FALSE(scaler.initialized());
 }
 
+// Cells of 1.5 rows take three entries: nine rows of the window, more than six, no more than nine.
+// Whole cells of two rows take two: six rows.
+TEST(ScaleAreaXY, WindowOf420IsThreeTimesACell) {
+    TestFrame const six = ramp(FRAME_I420, {4, 6});
+    TestFrame const nine = ramp(FRAME_I420, {4, 9});
+    scaleAreaXY scaler;
+    expectException(StatusOutOfRange, windowSizeOutOfRange, [&] {
+        scaler.reuse(six.frame(), {4, 4}, bits16);
+    });
+    scaler.reuse(nine.frame(), {4, 6}, bits16);
+    EXPECT_TRUE(scaler.initialized());
+    scaler.reuse(six.frame(), {4, 3}, bits16);
+    EXPECT_TRUE(scaler.initialized());
+}
+
 // 12 rows to 5: the last chroma cell ends at chroma row 6.4 of 6, window row 12 of 12.
 TEST(ScaleAreaXY, ChromaRowsBelowTheWindowAreRefused) {
     TestFrame const src = ramp(FRAME_YV12, {2, 12});

@@ -50,14 +50,13 @@ TEST(ScalerBilinearXY, RefusesBadArguments) {
 
 // A source of that size is refused, and the scaler serves a small one before and after.
 template <class Scaler>
-void expectOutOfReach(Size size, std::string const& text) {
+void expectOutOfReach(Size size, std::string const& text, Bytes const& means) {
     TestFrame const small = grayPicture({{0, 100}, {100, 200}});
     ClaimingProducer large = ClaimingProducer::ofSize(size);
     Scaler scaler;
     for (int pass = 0; pass < 2; ++pass) {
         arm(scaler, small.frame(), {1, 1});
-        EXPECT_EQ(bytesOf(pump(scaler), 0, 0),
-                  bytesOf(scaled<Scaler>(small.frame(), {1, 1}), 0, 0));
+        EXPECT_EQ(bytesOf(pump(scaler), 0, 0), means);
         expectException(StatusAssertionFailed, "Assertion failed: " + text, [&] {
             arm(scaler, large, {1, 1});
         });
@@ -67,15 +66,38 @@ void expectOutOfReach(Size size, std::string const& text) {
 
 TEST(ScalerBilinear, RefusesSidesThatCoordinatesCannotHold) {
     for (int const side : {32768, 40000, 65536}) {
-        expectOutOfReach<ScalerBilinearX>({side, 1},
-                                          "_src_xs[dst_width - 1] < (src_size.width << SHIFT)");
+        expectOutOfReach<ScalerBilinearX>(
+            {side, 1}, "_src_xs[dst_width - 1] < (src_size.width << SHIFT)", {50});
         expectOutOfReach<ScalerBilinearY>(
-            {1, side}, "_src_ys[dst_height - 1] < (src_layout.size.height << SHIFT)");
+            {1, side}, "_src_ys[dst_height - 1] < (src_layout.size.height << SHIFT)", {50, 150});
         expectOutOfReach<ScalerBilinearXY>(
-            {side, side}, "_src_xs[dst_size.width - 1] < (src_size.width << SHIFT)");
+            {side, side}, "_src_xs[dst_size.width - 1] < (src_size.width << SHIFT)", {100});
         expectOutOfReach<ScalerBilinearXY>(
-            {4, side}, "_src_ys[dst_size.height - 1] < (src_size.height << SHIFT)");
+            {4, side}, "_src_ys[dst_size.height - 1] < (src_size.height << SHIFT)", {100});
     }
+}
+
+TEST(ScalerBilinear, RefusesRegionsWithoutPixels) {
+    TestFrame src = ramp(FRAME_GRAY8, {4, 4});
+    Frame const thin = getRegion(src.frame(), {1, 1, 0, 2});
+    Frame const flat = getRegion(src.frame(), {1, 1, 2, 0});
+    ScalerBilinearX across;
+    expectException(StatusAssertionFailed,
+                    "Assertion failed: _src_xs[dst_width - 1] < (src_size.width << SHIFT)",
+                    [&] { across.reuse(thin, 2); });
+    expectException(StatusOutOfRange, windowSizeOutOfRange, [&] { across.reuse(flat, 3); });
+    EXPECT_FALSE(across.initialized());
+    ScalerBilinearY down;
+    for (Frame const* const region : {&thin, &flat}) {
+        expectException(StatusAssertionFailed, "Assertion failed: !src_frame.size().empty()",
+                        [&] { down.reuse(*region, 2); });
+    }
+    ScalerBilinearXY both;
+    expectException(StatusAssertionFailed,
+                    "Assertion failed: _src_ys[dst_size.height - 1] < (src_size.height << SHIFT)",
+                    [&] {
+                        both.reuse(flat, {3, 3});
+                    });
 }
 
 // Frames limit the window to their height, producers don't.

@@ -253,6 +253,18 @@ TEST(ScalerNearestNeighbor, RefusesSidesThatCoordinatesCannotHold) {
     EXPECT_EQ(rowsOf(pump(scaler)), (Rows{{2}}));
 }
 
+TEST(ScalerNearestNeighbor, RefusesRegionsWithoutPixels) {
+    TestFrame src = ramp(FRAME_GRAY8, {4, 4});
+    ScalerNearestNeighbor scaler;
+    expectException(StatusAssertionFailed, columnOutside, [&] {
+        scaler.reuse(getRegion(src.frame(), {1, 1, 0, 2}), {2, 2});
+    });
+    expectException(StatusAssertionFailed, rowOutside, [&] {
+        scaler.reuse(getRegion(src.frame(), {1, 1, 2, 0}), {2, 2});
+    });
+    EXPECT_FALSE(scaler.initialized());
+}
+
 // 65536 << 16 is 0 in 32 bits: every entry is 0, and the last one is less than the width.
 TEST(ScalerNearestNeighbor, SomeLargeSidesGoWrongUnnoticed) {
     TestFrame src(FRAME_GRAY8, {65536, 1});

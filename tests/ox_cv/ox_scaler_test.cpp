@@ -87,7 +87,7 @@ TEST(Scaler, PicksByMethodAndAxes) {
         {OX_SCALE_BILINEAR, {9, 9}, "ScalerBilinearXY"},
         {OX_SCALE_AREA, {3, 4}, "ScalerAreaX"},
         {OX_SCALE_AREA, {4, 3}, "ScalerAreaY"},
-        {OX_SCALE_AREA, {3, 3}, "ScalerAreaY"},  // before it asks for a row of ScalerAreaX
+        {OX_SCALE_AREA, {3, 3}, "ScalerAreaY"},
     };
     TestFrame const src = ramp(FRAME_RGB24, {4, 4});
     for (auto const& each : cases) {
@@ -97,6 +97,21 @@ TEST(Scaler, PicksByMethodAndAxes) {
             StatusNotSupported,
             std::string("Failure in ") + each.name + "::produce(...) : unsupported frame format.",
             [&] { pump(scaler); });
+    }
+}
+
+// The last link of the chain, before it asks the first one for a row.
+TEST(Scaler, AreaInBothAxesRefusesFormatsByItsLastLink) {
+    for (FrameFormat const format : unscalableFormats()) {
+        TestFrame const src = ramp(format, {4, 4});
+        ProbeProducer probe(src.frame());
+        Scaler scaler;
+        scaler.reuse(probe, {3, 3}, OX_SCALE_AREA);
+        expectException(StatusNotSupported,
+                        "Failure in ScalerAreaY::produce(...) : unsupported frame format.",
+                        [&] { pump(scaler); });
+        EXPECT_EQ(probe.produceCalls(), 0);
+        EXPECT_EQ(probe.nextCalls(), 0);
     }
 }
 

@@ -10,6 +10,7 @@
 #include "ox_cv/ox_row_producer.h"
 #include "ox_cv/ox_scaler_area.h"
 #include "ox_cv/ox_scaler_bilinear.h"
+#include "ox_cv/refusal_texts.h"
 #include "support/test_frame.h"
 
 namespace ox::test {
@@ -200,9 +201,5 @@ class ClaimingProducer : public IRowProducer {
   private:
     FrameLayout _layout;
 };
-
-constexpr char windowSizeOutOfRange[] = "Parameter 'window_size' is out of range.";
-constexpr char rowOutsideWindow[] =
-    "Assertion failed: 0 <= row_index_in_window && row_index_in_window < _window_size";
 
 }  // namespace ox::test

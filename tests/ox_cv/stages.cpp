@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
+#include <ostream>
 #include <type_traits>
 
 #include "ox_cv/ox_format_converter.h"
@@ -124,6 +125,10 @@ std::vector<StageClass> const& stageClasses() {
         stage<Scaler>("ScalerArea", both, ArmScaler<OX_SCALE_AREA>(), Sources::Any, Inside::Chain),
     };
     return classes;
+}
+
+void PrintTo(StageClass const& stage, std::ostream* out) {
+    *out << stage.name;
 }
 
 std::vector<StageClass> linkClasses() {

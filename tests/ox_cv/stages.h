@@ -1,6 +1,7 @@
 // Every producer class of the library behind one face, for tests that treat them all alike.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 #include <vector>
 
@@ -43,6 +44,9 @@ struct StageClass {
                  changes_height ? wanted.size.height : source.size.height}};
     }
 };
+
+// Names the class in test reports.
+void PrintTo(StageClass const& stage, std::ostream* out);
 
 std::vector<StageClass> const& stageClasses();
 // Those that take producers.

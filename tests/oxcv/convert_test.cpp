@@ -74,6 +74,25 @@ TEST_F(ConvertTest, Nv12OfWholeBlocksTakesTheQuickWay) {
               bytesOf(expected));
 }
 
+TEST_F(ConvertTest, ARegionOfNv12IsConvertedInFull) {
+    for (ox::Rect const region : {ox::Rect{2, 2, 16, 4}, ox::Rect{3, 1, 8, 2}, ox::Rect{4, 0, 9, 3},
+                                  ox::Rect{5, 3, 13, 5}}) {
+        ox::Frame frame = randomFrame(ox::FRAME_NV12, {24, 8});
+        ox::Frame const narrowed = ox::getRegion(frame, region);
+        ox::Frame expected = blankFrame(ox::FRAME_BGR24, narrowed.size());
+        bool const blocks = region.width % 8 == 0 && region.height % 2 == 0;
+        ox::CvBackendBase().colorCvt(narrowed, expected, blocks ? ox::emptyRoi() : whole(narrowed));
+        std::string const roi = std::to_string(region.x) + "," + std::to_string(region.y) + "," +
+                                std::to_string(region.width) + "," + std::to_string(region.height);
+        EXPECT_EQ(
+            converted(bytesOf(frame),
+                      join(rawInput(ox::FRAME_NV12, {24, 8}), {"--roi", roi, "--format", "BGR24"}),
+                      "out.raw"),
+            bytesOf(expected))
+            << roi;
+    }
+}
+
 TEST_F(ConvertTest, ScalesByEveryMethod) {
     struct Case {
         char const* name;
@@ -201,6 +220,24 @@ TEST_F(ConvertTest, StandardOutputTakesTheKindOfTheInput) {
     EXPECT_EQ(png.out.substr(1, 3), "PNG");
     Result const again = run({"convert", "-", "-"}, png.out);
     EXPECT_EQ(again.out, png.out);
+}
+
+TEST_F(ConvertTest, ASizeSaysThatAPipeIsRaw) {
+    Words const options{"--input-format", "NV12", "--input-size", "4x4"};
+    for (std::string const start : {"", "\xff\xd8\xff", "\x89PNG\r\n\x1a\n", "YUV4MPEG2 W"}) {
+        std::string const frame = start + std::string(24 - start.size(), '.');
+        EXPECT_EQ(converted(frame, options, "out.raw"), frame);
+        Result const result = run(join({"convert", "-", "-"}, options), frame + frame);
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.out, frame + frame);
+    }
+}
+
+TEST_F(ConvertTest, TheBackendCanBeNamed) {
+    std::string const frame = bytesOf(randomFrame(ox::FRAME_GRAY8, {6, 4}));
+    Words const options = join(rawInput(ox::FRAME_GRAY8, {6, 4}), {"--format", "NV12"});
+    EXPECT_EQ(converted(frame, join(options, {"--backend", "base"}), "out.raw"),
+              converted(frame, options, "default.raw"));
 }
 
 TEST_F(ConvertTest, AnEndingMayNameTheFormat) {

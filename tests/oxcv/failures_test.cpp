@@ -2,9 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
-#include <thread>
 
 #include "program.h"
 
@@ -14,14 +12,6 @@ namespace {
 
 class FailuresTest : public ProgramTest {
   protected:
-    // Waits until there are files in the directory.
-    bool somethingAppears() const {
-        for (int i = 0; i < 1000 && files().empty(); ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        return !files().empty();
-    }
-
     std::string const gray = bytesOf(randomFrame(ox::FRAME_GRAY8, {8, 8}));
     Words const gray_input = rawInput(ox::FRAME_GRAY8, {8, 8});
 };
@@ -39,10 +29,16 @@ TEST_F(FailuresTest, WrongUseExitsWith2) {
     };
     for (auto const& [arguments, text] :
          {Case{{}, "A subcommand is required"},
-          Case{{"bake"}, "A subcommand is required"},
+          Case{{"bake"}, "there is no command or option 'bake'; 'oxcv --help' tells the rest"},
+          Case{{"--colour", "convert", "-", "-"}, "The following argument was not expected: --c"},
           Case{{"convert", input}, "output is required"},
-          Case{{"convert", input, path("out.raw")},
-               input + ": raw frames need --input-format and "},
+          Case{{"convert", input, path("out.raw")}, input + ": raw frames need --input-size\n"},
+          Case{{"convert", "-", "-", "--input-kind", "raw", "--input-format", "NV12"},
+               "standard input: raw frames need --input-size\n"},
+          Case{{"convert", "-", "-", "--input-size", "8x8"},
+               "standard input: raw frames need --input-format\n"},
+          Case{{"info", "-", "--input-kind", "raw"},
+               "standard input: raw frames need --input-format and --input-size\n"},
           Case{{"convert", "-", path("out.raw")},
                "standard input: of no known kind; --input-kind "},
           Case{{"convert", "-", path("out.raw"), "--input-kind", "gif"},

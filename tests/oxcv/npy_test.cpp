@@ -69,11 +69,14 @@ TEST_F(NpyTest, APipeNeedsTheCountInFront) {
     EXPECT_EQ(broken.err, "oxcv: standard output: 2 frames were announced, but there are 1\n");
 
     // A file tells by its length.
-    write("three.gray8", frame + frame + frame);
-    EXPECT_EQ(
-        run({"convert", path("three.gray8"), "-", "--output-kind", "npy", "--input-size", "5x4"})
-            .out,
-        header("|u1", "3, 4, 5") + frame + frame + frame);
+    Words const three{"convert", write("three.gray8", frame + frame + frame),
+                      "-",       "--output-kind",
+                      "npy",     "--input-size",
+                      "5x4"};
+    std::string const all = header("|u1", "3, 4, 5") + frame + frame + frame;
+    EXPECT_EQ(run(three).out, all);
+    EXPECT_EQ(run(join(three, {"--frames", "9"})).out, all);
+    EXPECT_EQ(run(join(three, {"--frames", "2"})).out, header("|u1", "2, 4, 5") + frame + frame);
 }
 
 TEST_F(NpyTest, AskedForFormatsDecideBetweenReadings) {

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -22,17 +23,26 @@ namespace oxcv::test {
 namespace {
 
 struct Pipe {
-    Pipe() {
-        int ends[2];
-        if (pipe2(ends, O_CLOEXEC) != 0) {
-            std::abort();
-        }
-        reader = ends[0];
-        writer = ends[1];
-    }
     int reader;
     int writer;
 };
+
+Pipe openPipe() {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        std::abort();
+    }
+    return {ends[0], ends[1]};
+}
+
+// A terminal of our own; what is written to it is read from the other end.
+Pipe openTerminal() {
+    int const reader = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (reader < 0 || grantpt(reader) != 0 || unlockpt(reader) != 0) {
+        std::abort();
+    }
+    return {reader, open(ptsname(reader), O_RDWR | O_NOCTTY | O_CLOEXEC)};
+}
 
 std::string readAll(int descriptor) {
     std::string text;
@@ -79,7 +89,7 @@ std::string withoutRemarks(std::string const& text) {
     std::string kept;
     for (std::string line; std::getline(lines, line);) {
         if (line.find("Sanitizer failed to allocate") == std::string::npos) {
-            kept += line + "\n";
+            kept += line + (lines.eof() ? "" : "\n");
         }
     }
     return kept;
@@ -87,7 +97,7 @@ std::string withoutRemarks(std::string const& text) {
 
 }  // namespace
 
-Program::Program(Words const& arguments) {
+Program::Program(Words const& arguments, ErrorOutput error_output) {
     markSanitizerFindings();
     std::vector<std::string> words = join({OXCV_PROGRAM}, arguments);
     std::vector<char*> pointers;
@@ -96,9 +106,9 @@ Program::Program(Words const& arguments) {
     }
     pointers.push_back(nullptr);
 
-    Pipe const in;
-    Pipe const out;
-    Pipe const err;
+    Pipe const in = openPipe();
+    Pipe const out = openPipe();
+    Pipe const err = error_output == ErrorOutput::Terminal ? openTerminal() : openPipe();
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, in.reader, STDIN_FILENO);
@@ -127,9 +137,13 @@ void Program::closeOutput() {
     _out = -1;
 }
 
+void Program::feed(std::string const& input) const {
+    writeAll(_in, input);
+}
+
 Result Program::finish(std::string const& input) {
     std::thread feeder([&] {
-        writeAll(_in, input);
+        feed(input);
         close(_in);
         _in = -1;
     });
@@ -166,6 +180,13 @@ Words ProgramTest::files() const {
     }
     std::sort(names.begin(), names.end());
     return names;
+}
+
+bool ProgramTest::somethingAppears() const {
+    for (int i = 0; i < 1000 && files().empty(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return !files().empty();
 }
 
 std::string ProgramTest::write(std::string const& name, std::string const& bytes) const {

@@ -21,16 +21,19 @@ struct Result {
     long peak_kilobytes = 0;  // of memory
 };
 
+enum class ErrorOutput { Pipe, Terminal };
+
 // A program that runs, with pipes on its standard input and output.
 class Program {
   public:
-    explicit Program(Words const& arguments);
+    explicit Program(Words const& arguments, ErrorOutput error_output = ErrorOutput::Pipe);
     Program(Program const&) = delete;
     Program& operator=(Program const&) = delete;
     ~Program();
 
     pid_t id() const { return _id; }
     void closeOutput();
+    void feed(std::string const& input) const;
     // Feeds it, reads what it says and waits for its end.
     Result finish(std::string const& input);
 
@@ -53,6 +56,8 @@ class ProgramTest : public ::testing::Test {
     std::string path(std::string const& name) const { return (_directory / name).string(); }
     // Names of all files in the directory, in order.
     Words files() const;
+    // Waits until there are files in the directory.
+    bool somethingAppears() const;
 
     std::string write(std::string const& name, std::string const& bytes) const;
     std::string read(std::string const& name) const;

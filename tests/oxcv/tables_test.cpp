@@ -1,6 +1,9 @@
 // What the tool tells about files, formats and itself.
 #include <sstream>
 
+#include "ox_core/ox_exception.h"
+#include "ox_cv/ox_cv_backend_base.h"
+#include "ox_cv/ox_cv_helpers.h"
 #include "program.h"
 #include "support/test_frame.h"
 
@@ -33,7 +36,66 @@ std::vector<Row> formatRows() {
     return rows;
 }
 
+template <class Call>
+bool works(Call call) {
+    try {
+        call();
+        return true;
+    } catch (ox::Exception const&) {
+        return false;
+    }
+}
+
+bool converts(ox::FrameFormat src, ox::FrameFormat dst) {
+    ox::Frame target = blankFrame(dst, {8, 8});
+    return works([&] {
+        ox::CvBackendBase().colorCvt(blankFrame(src, {8, 8}), target, ox::emptyRoi());
+    });
+}
+
+char way(ox::FrameFormat src, ox::FrameFormat dst) {
+    if (src == dst) {
+        return '=';
+    }
+    if (converts(src, dst)) {
+        return '1';
+    }
+    for (ox::FrameFormat const third : ox::test::allFormats()) {
+        if (converts(src, third) && converts(third, dst)) {
+            return '2';
+        }
+    }
+    return '.';
+}
+
+bool scales(ox::FrameFormat format, ox::ResizeMethod method) {
+    ox::Frame target = blankFrame(format, {6, 6});
+    ox::CvBackendBase backend;
+    backend.setIntProperty(1, static_cast<int>(method));
+    return works([&] {
+        backend.resize(blankFrame(format, {8, 8}), target, ox::emptyRoi(), ox::emptyRoi());
+    });
+}
+
 }  // namespace
+
+TEST_F(TablesTest, FormatsTellsWhatTheBackendTakes) {
+    std::vector<ox::FrameFormat> const formats = ox::test::allFormats();
+    std::vector<Row> const rows = formatRows();
+    ASSERT_EQ(rows.size(), formats.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        SCOPED_TRACE(rows[i].name);
+        std::string const letters{scales(formats[i], ox::ResizeNearestNeighbour) ? 'n' : '.',
+                                  scales(formats[i], ox::ResizeBilinear) ? 'b' : '.',
+                                  scales(formats[i], ox::ResizeArea) ? 'a' : '.'};
+        EXPECT_EQ(rows[i].scales, letters);
+        ASSERT_EQ(rows[i].ways.size(), formats.size());
+        for (std::size_t k = 0; k < formats.size(); ++k) {
+            EXPECT_EQ(rows[i].ways[k], std::string(1, way(formats[i], formats[k])))
+                << "to " << rows[k].name;
+        }
+    }
+}
 
 TEST_F(TablesTest, FormatsListsThemAllInOrder) {
     std::vector<Row> const rows = formatRows();
@@ -79,14 +141,31 @@ TEST_F(TablesTest, InfoTellsWhatAFileHolds) {
               "plane 0  1x1, 1 x 8 bits, 1 bytes\n");
 }
 
+TEST_F(TablesTest, InfoCountsTheFramesOfAFile) {
+    std::string const frame = bytesOf(randomFrame(ox::FRAME_BGR24, {6, 4}));
+    struct Case {
+        std::string name;
+        std::string text;
+    };
+    for (auto const& [name, text] :
+         {Case{"two.y4m", "kind     y4m\nformat   I420\nsize     6x4\nframes   2\nrate     25:1\n"},
+          Case{"two.npy", "kind     npy\nformat   BGR24\nsize     6x4\nframes   2\n"},
+          Case{"one.jpg", "kind     jpeg\nformat   BGR24\nsize     6x4\nframes   1\n"},
+          Case{"one.png", "kind     png\nformat   BGR24\nsize     6x4\nframes   1\n"}}) {
+        bool const two = name.starts_with("two");
+        converted(two ? frame + frame : frame, rawInput(ox::FRAME_BGR24, {6, 4}), name);
+        EXPECT_TRUE(run({"info", path(name)}).out.starts_with(text)) << name;
+    }
+}
+
 TEST_F(TablesTest, HelpIsNoFailure) {
     for (Words const& call : {Words{"--help"}, Words{"convert", "--help"}, Words{"info", "-h"}}) {
         Result const result = run(call);
         EXPECT_EQ(result.status, 0);
         EXPECT_NE(result.out.find("Usage: oxcv"), std::string::npos);
+        EXPECT_NE(result.out.find("Examples:"), std::string::npos);
         EXPECT_EQ(result.err, "");
     }
-    EXPECT_NE(run({"--help"}).out.find("Examples:"), std::string::npos);
 }
 
 }  // namespace oxcv::test

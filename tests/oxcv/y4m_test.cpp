@@ -1,4 +1,6 @@
 // Streams of video.
+#include "ox_cv/ox_cv_backend_base.h"
+#include "ox_cv/ox_cv_helpers.h"
 #include "program.h"
 
 namespace oxcv::test {
@@ -64,6 +66,29 @@ TEST_F(Y4mTest, OtherFormatsKeepTheirChroma) {
     }
     Result const bgr = y4mFrom(ox::FRAME_BGR24, {2, 2}, std::string(12, '\x40'));
     EXPECT_TRUE(bgr.out.starts_with(header("W2 H2", "420jpeg")));
+}
+
+TEST_F(Y4mTest, AStreamIsScaledFromPipeToPipe) {
+    struct Case {
+        ox::FrameFormat format;
+        char const* chroma;
+    };
+    for (auto const& [format, chroma] :
+         {Case{ox::FRAME_GRAY8, "mono"}, Case{ox::FRAME_I420, "420jpeg"},
+          Case{ox::FRAME_YUV444_PLANAR, "444"}}) {
+        std::string input = header("W9 H7", chroma);
+        std::string expected = header("W5 H4", chroma);
+        for (unsigned seed = 1; seed <= 3; ++seed) {
+            ox::Frame const frame = randomFrame(format, {9, 7}, seed);
+            ox::Frame scaled = blankFrame(format, {5, 4});
+            ox::CvBackendBase().resize(frame, scaled, ox::emptyRoi(), ox::emptyRoi());
+            input += "FRAME\n" + bytesOf(frame);
+            expected += "FRAME\n" + bytesOf(scaled);
+        }
+        Result const result = run({"convert", "-", "-", "--size", "5x"}, input);
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.out, expected) << chroma;
+    }
 }
 
 TEST_F(Y4mTest, TheRateIsHandedOn) {

@@ -47,26 +47,4 @@ void expectStatus(Status status, Action&& action, char const* file = __builtin_F
     ADD_FAILURE_AT(file, line) << "nothing was thrown; expected status " << status;
 }
 
-// The same where the text is a fixed one in front of the text of a cause, which isn't fixed.
-template <class Action>
-void expectTextAfter(Status status, std::string const& start, Action&& action,
-                     char const* file = __builtin_FILE(), int line = __builtin_LINE()) {
-    std::string text;
-    expectStatus(
-        status,
-        [&] {
-            try {
-                action();
-            } catch (Exception const& exception) {
-                text = exception.what();
-                throw;
-            }
-        },
-        file, line);
-    if (text.compare(0, start.size(), start) != 0 || text.size() == start.size()) {
-        ADD_FAILURE_AT(file, line)
-            << "got \"" << text << "\"; expected a text after \"" << start << "\"";
-    }
-}
-
 }  // namespace ox::test

@@ -58,18 +58,20 @@ FileKind const& inputKind(InputRequest const& request, ByteSource& source) {
     if (!request.kind.empty()) {
         return *kindByName(request.kind);
     }
-    // A name that promises raw frames is believed; of any other the bytes know better.
+    // A name that promises raw frames is believed, and so is a size where no name tells: the pixels
+    // of such frames may look like any kind. Of all others the bytes know better.
     FileKind const* kind = kindByEnding(request.path);
+    if (kind == nullptr && !request.size.empty()) {
+        kind = kindByName("raw");
+    }
     if (kind == nullptr || !kind->magic.empty()) {
         FileKind const* const found = kindByMagic(source);
         source.check();
         kind = found != nullptr ? found : kind;
     }
-    if (kind == nullptr && !request.size.empty()) {
-        kind = kindByName("raw");
-    }
     if (kind == nullptr) {
-        throw UsageError(source.name() + ": of no known kind; --input-kind names it");
+        throw UsageError(source.name() +
+                         ": of no known kind; --input-kind names it, raw frames need --input-size");
     }
     return *kind;
 }

@@ -92,8 +92,8 @@ struct FileKind {
 /// The choices of `--input-kind` and `--output-kind`.
 std::vector<std::string> kindNames();
 
-/// Opens a source and finds out its kind: the one asked for, that of the first bytes, or that of
-/// the file name's ending.
+/// Opens a source and finds out its kind: the one asked for, that of the first bytes, that of the
+/// file name's ending, or raw if there is no ending and a size.
 struct OpenedInput {
     FileKind const* kind;
     std::unique_ptr<FrameReader> reader;

@@ -32,7 +32,8 @@ constexpr char const* convertHelp = R"(Kinds of files:
   raw   frames of any format one after another, without gaps or header; read with
         --input-format and --input-size
 An input's kind is found out by its first bytes or its ending: png, jpg, jpeg, y4m, npy;
-raw, yuv, bin; a format's name, as in cat.nv12. Standard output takes the input's kind.
+raw, yuv, bin; a format's name, as in cat.nv12. Without such an ending, as on a pipe,
+--input-size says that it is raw. Standard output takes the input's kind.
 
 The order of the steps is roi, size, format, mul, add; each is a call of the library.
 A conversion that the library doesn't have is made by way of a third format, mostly
@@ -51,6 +52,18 @@ Examples:
   oxcv convert film.y4m film.npy --size 224x224 --format BGR_32F --mul 0.0039 --add -0.5
 
 Exit status: 0 done, 1 failed, 2 wrong use. Outputs appear whole or not at all.)";
+
+constexpr char const* infoHelp = R"(Examples:
+  oxcv info film.y4m
+  oxcv info cat.nv12 --input-size 451x300)";
+
+/// What is wrong with a command line that the parser refuses.
+std::string complaint(CLI::App const& app, CLI::ParseError const& error) {
+    // The parser looks for a command that is missing before it looks at words that are too many.
+    bool const unknown = app.get_subcommands().empty() && app.remaining_size() > 0;
+    return unknown ? "there is no command or option '" + app.remaining().front() + "'"
+                   : std::string(error.what());
+}
 
 /// An option whose text goes through a function that throws `UsageError`.
 template <class Parser, class Target>
@@ -127,6 +140,7 @@ int runCommandLine(int argc, char** argv) {
     InputRequest info_input;
     CLI::App& info = *app.add_subcommand("info", "Tell what a file holds");
     addInput(info, info_input);
+    info.footer(infoHelp);
     info.final_callback([&info_input] { printInfo(info_input); });
     app.add_subcommand("formats", "List the formats, and what the library does with them")
         ->final_callback(printFormats);
@@ -137,7 +151,7 @@ int runCommandLine(int argc, char** argv) {
         if (error.get_exit_code() == 0) {
             return app.exit(error);  // help
         }
-        throw UsageError(std::string(error.what()) + "; 'oxcv --help' tells the rest");
+        throw UsageError(complaint(app, error) + "; 'oxcv --help' tells the rest");
     }
     return 0;
 }

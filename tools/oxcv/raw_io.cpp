@@ -6,16 +6,25 @@ namespace oxcv {
 
 namespace {
 
+/// The options without which raw frames mean nothing.
+std::string missingOptions(StreamInfo const& info) {
+    std::string missing = info.format == ox::FRAME_FORMAT_NONE ? "--input-format" : "";
+    if (info.size.empty()) {
+        missing += missing.empty() ? "--input-size" : " and --input-size";
+    }
+    return missing;
+}
+
 class RawReader : public FrameReader {
   public:
     RawReader(std::unique_ptr<ByteSource> source, InputRequest const& request)
         : FrameReader(std::move(source)) {
         ox::FrameFormat const by_ending = formatByEnding(request.path);
         _info.format = request.format != ox::FRAME_FORMAT_NONE ? request.format : by_ending;
-        if (_info.format == ox::FRAME_FORMAT_NONE || request.size.empty()) {
-            throw UsageError(_source->name() + ": raw frames need --input-format and --input-size");
-        }
         _info.size = request.size;
+        if (std::string const missing = missingOptions(_info); !missing.empty()) {
+            throw UsageError(_source->name() + ": raw frames need " + missing);
+        }
         _info.frames = countFrames(*_source, frameBytes(_info.format, _info.size));
     }
 
