@@ -105,7 +105,9 @@ TEST(Frame, ReuseKeepsAFrameThatAgrees) {
     Frame const copy = frame;
     fill(frame, 9);
     std::uint64_t const calls = allocationCalls();
-    frame.reuse(FRAME_I420, {6, 4}, DeviceContext(), 0);
+    for (unsigned long const alignment : {0UL, 1UL, 32UL, 64UL}) {
+        frame.reuse(FRAME_I420, {6, 4}, DeviceContext(), alignment);
+    }
     EXPECT_EQ(allocationCalls(), calls);
     EXPECT_EQ(frame.planeData(0), copy.planeData(0));
     EXPECT_TRUE(isFilledWith(frame, 9));

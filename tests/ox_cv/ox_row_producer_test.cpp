@@ -121,6 +121,15 @@ TEST(ProduceFrame, CreatesAFrame) {
     }
 }
 
+TEST(ProduceFrame, AlignsTheRowsOfAFrameThatItCreates) {
+    Ramp ramp(FRAME_I420, {5, 5});
+    Frame frame;
+    produceFrame(ramp, frame);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(frame.layout().plane[i].stride, 64);
+    }
+}
+
 TEST(ProduceFrame, WritesAFrameThatAgreesInPlace) {
     Ramp ramp(FRAME_NV12, {3, 3});
     TestFrame target(FRAME_NV12, {3, 3}, Placement{9});
