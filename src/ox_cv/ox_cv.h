@@ -5,6 +5,7 @@
 
 #include "ox_cv/ox_cv_backend.h"
 #include "ox_cv/ox_cv_backend_base.h"
+#include "ox_cv/ox_cv_backend_simd.h"
 #include "ox_cv/ox_cv_helpers.h"
 #include "ox_cv/ox_format_converter.h"
 #include "ox_cv/ox_row_copier.h"

@@ -2,46 +2,24 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
+#include <cstddef>
+
+#include "ox_cv/ox_cv_backend_simd.h"
+#include "simd/simd.h"
 
 namespace ox {
 
 namespace {
 
-constexpr int blockWidth = 8;
+/// Columns that `NV12toBGR_neon` takes at a time.
+constexpr int directBlock = 8;
 
-/// Chroma's share of the three channels, with the rounding term.
-struct ChromaTerms {
-    int b;
-    int g;
-    int r;
-};
-
-ChromaTerms chromaTerms(unsigned char u, unsigned char v) {
-    int const cu = u - 128;
-    int const cv = v - 128;
-    return {128 + 516 * cu, 128 - 208 * cv - 100 * cu, 128 + 409 * cv};
-}
-
-/// Saturates to 16 bits and drops the fraction.
-unsigned char narrow(int value) {
-    return static_cast<unsigned char>(std::clamp(value, 0, 65535) >> 8);
-}
-
-void storePixel(unsigned char* bgr, unsigned char y, ChromaTerms terms) {
-    int const luma = 298 * std::max(y - 16, 0);
-    bgr[0] = narrow(luma + terms.b);
-    bgr[1] = narrow(luma + terms.g);
-    bgr[2] = narrow(luma + terms.r);
-}
-
-/// The number of columns must be even.
-void convertRow(unsigned char const* y, unsigned char const* uv, unsigned char* bgr,
-                std::int64_t columns) {
-    for (std::int64_t x = 0; x < columns; x += 2) {
-        ChromaTerms const terms = chromaTerms(uv[x], uv[x + 1]);
-        storePixel(bgr + 3 * x, y[x], terms);
-        storePixel(bgr + 3 * (x + 1), y[x + 1], terms);
+/// Clears what the direct path from `FRAME_NV12` to `FRAME_BGR24` doesn't write, so that no byte of
+/// old storage is handed out.
+void clearUnwritten(Frame const& src, Frame& dst) {
+    int const written = dst.width() / directBlock * directBlock;
+    if (src.format() == FRAME_NV12 && dst.format() == FRAME_BGR24 && written < dst.width()) {
+        getRegion(dst, {written, 0, dst.width() - written, dst.height()}).setZero();
     }
 }
 
@@ -83,13 +61,40 @@ bool invertAffineTransform(float const* matrix, float* inverse) {
 
 void NV12toBGR_neon(unsigned char const* y, unsigned char const* uv, unsigned char* bgr, int width,
                     int height, int src_stride, int dst_stride) {
-    std::int64_t const columns = width / blockWidth * std::int64_t{blockWidth};
-    std::int64_t const rows = height - height % 2;
-    for (std::int64_t row = 0; row < rows; ++row) {
-        // Chroma rows are luma's stride apart, on purpose.
-        convertRow(y + row * src_stride, uv + row / 2 * src_stride, bgr + row * dst_stride,
-                   columns);
+    if (width < directBlock || height < 2) {
+        return;
     }
+    int const columns = width / directBlock * directBlock;
+    auto const stride = static_cast<std::size_t>(src_stride);
+    // Chroma rows are luma's stride apart, on purpose.
+    Simd::ConvertNv12ToBgrDirectly(y, stride, uv, stride, static_cast<std::size_t>(columns),
+                                   static_cast<std::size_t>(height), bgr,
+                                   static_cast<std::size_t>(dst_stride));
+}
+
+void colorConvert(Frame const& src, FrameFormat format, Frame& dst) {
+    if (!src.initialized() || format == FRAME_FORMAT_NONE) {
+        dst.clear();
+        return;
+    }
+    // `dst` may be the only other handle on these pixels, or `src` itself.
+    Frame const source = src;  // NOLINT(performance-unnecessary-copy-initialization)
+    if (source.format() == format) {
+        source.copyTo(dst);
+        return;
+    }
+    CvBackendSimd backend;
+    dst.reuse(format, source.size(), DeviceContext(), 0);
+    clearUnwritten(source, dst);
+    backend.colorCvt(source, dst, Rect{});
+}
+
+void convertFp16ToFp32(unsigned short const* src, unsigned long count, float* dst) {
+    Simd::HalvesToFloats(src, count, dst);
+}
+
+void convertFp32ToFp16(float const* src, unsigned long count, unsigned short* dst) {
+    Simd::FloatsToHalves(src, count, dst);
 }
 
 }  // namespace ox

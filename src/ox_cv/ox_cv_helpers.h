@@ -28,4 +28,21 @@ OX_API bool invertAffineTransform(float const* matrix, float* inverse);
 OX_API void NV12toBGR_neon(unsigned char const* y, unsigned char const* uv, unsigned char* bgr,
                            int width, int height, int src_stride, int dst_stride);
 
+/// Converts a frame through a `CvBackendSimd` of its own; callers with many frames keep one. `dst`
+/// gets the format and `src`'s size, and may be another handle on `src`'s pixels, or `src` itself.
+/// It is cleared if `src` isn't initialized or `format` is `FRAME_FORMAT_NONE`. Columns that the
+/// conversion leaves unwritten are 0.
+/// @throws Exception what `Frame::reuse` and `CvBackendSimd::colorCvt` throw
+OX_API void colorConvert(Frame const& src, FrameFormat format, Frame& dst);
+
+/// Half precision (IEEE 754 binary16, as bits) to single. Exact; from four numbers on signalling
+/// NaNs are quieted.
+/// @param src, dst of `count` numbers, which must not overlap
+OX_API void convertFp16ToFp32(unsigned short const* src, unsigned long count, float* dst);
+
+/// Single precision to half. Four numbers or more are rounded to nearest, ties to even; fewer are
+/// truncated, and what is above 65504 becomes infinite. The difference is on purpose.
+/// @param src, dst of `count` numbers, which must not overlap
+OX_API void convertFp32ToFp16(float const* src, unsigned long count, unsigned short* dst);
+
 }  // namespace ox

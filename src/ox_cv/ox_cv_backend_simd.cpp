@@ -1,0 +1,161 @@
+#include "ox_cv/ox_cv_backend_simd.h"
+
+#include <algorithm>
+
+#include "ox_core/ox_impl_assert.h"
+#include "ox_cv/ox_impl_planes.h"
+#include "simd/simd.h"
+
+namespace ox {
+
+namespace {
+
+constexpr char file[] = "src/ox_cv/ox_cv_backend_simd";
+
+bool isFloat(FrameFormat format) {
+    return format == FRAME_GRAY_32F || format == FRAME_BGR_32F || format == FRAME_BGR_32F_PLANAR;
+}
+
+/// A second handle on `frame`, narrowed to `roi` if that is one.
+Frame select(Frame& frame, Rect roi) {
+    return roi.empty() ? frame : getRegion(frame, roi);
+}
+
+/// Bytes from one row of floats to the next: the low two bits of a stride don't count, on purpose.
+/// Where they are set, each row is taken a little before its start, inside the plane.
+std::size_t floatStride(FramePlane const& plane) {
+    return static_cast<std::size_t>(plane.stride) & ~std::size_t{3};
+}
+
+/// Calls visit(plane, row, count) for each run of floats: a whole plane, from row 0, or a row.
+template <class Visitor>
+void forEachRun(Frame const& frame, bool contiguous, Visitor visit) {
+    for (int i = 0; i < frame.layout().planeCount; ++i) {
+        FramePlane const& plane = frame.layout().plane[i];
+        if (contiguous) {
+            visit(i, std::size_t{0}, static_cast<std::size_t>(plane.planeBytes) / sizeof(float));
+            continue;
+        }
+        auto const count = static_cast<std::size_t>(plane.width) * plane.channels;
+        for (std::size_t y = 0; y < static_cast<std::size_t>(plane.height); ++y) {
+            visit(i, y, count);
+        }
+    }
+}
+
+float* floatsAt(Frame const& frame, int plane, std::size_t row) {
+    std::size_t const offset = row * floatStride(frame.layout().plane[plane]);
+    return impl::floatsAt(frame.planeData(plane) + offset);
+}
+
+[[noreturn]] void refuse(char const* function, char const* what, FrameFormat format, int line) {
+    throw Exception(nullptr, StatusNotSupported, function, file, line, what, toString(format));
+}
+
+bool rowsDrift(Frame const& frame) {
+    FrameLayout const& layout = frame.layout();
+    return std::any_of(layout.plane, layout.plane + layout.planeCount,
+                       [](FramePlane const& plane) { return plane.stride % 4 != 0; });
+}
+
+}  // namespace
+
+CvBackendSimd::~CvBackendSimd() = default;
+
+void CvBackendSimd::add(Frame& src_dst, float value, Rect src_roi) {
+    OX_ASSERT(src_dst.initialized(), file);
+    OX_ASSERT(src_dst.deviceContext() == DeviceContext::cpuContext(), file);
+    Frame const region = select(src_dst, src_roi);
+    if (!isFloat(region.format())) {
+        refuse("add", "add: Unsupported src format %s.", region.format(), __LINE__);
+    }
+    forEachRun(region, impl::isContiguous(region),
+               [&](int plane, std::size_t row, std::size_t count) {
+                   Simd::AddConstantFloats(&value, floatsAt(region, plane, row), count);
+               });
+}
+
+void CvBackendSimd::mul(Frame& src_dst, float value, Rect src_roi) {
+    OX_ASSERT(src_dst.initialized(), file);
+    OX_ASSERT(src_dst.deviceContext() == DeviceContext::cpuContext(), file);
+    Frame region = select(src_dst, src_roi);
+    _color_frame.reuse(region.format(), region.size(), DeviceContext::cpuContext(), 0);
+    if (isFloat(region.format()) && !rowsDrift(region)) {
+        // What follows below, in one pass.
+        forEachRun(region, impl::isContiguous(region),
+                   [&](int plane, std::size_t row, std::size_t count) {
+                       Simd::MultiplyFloats(&value, floatsAt(region, plane, row), count);
+                   });
+        return;
+    }
+    region.copyTo(_color_frame);
+    region.setZero();
+    if (!isFloat(region.format())) {
+        refuse("mul", "mul: Unsupported src format %s.", region.format(), __LINE__);
+    }
+    bool const contiguous = impl::isContiguous(region) && impl::isContiguous(_color_frame);
+    forEachRun(region, contiguous, [&](int plane, std::size_t row, std::size_t count) {
+        Simd::AccumulateScaledFloats(floatsAt(_color_frame, plane, row), count, &value,
+                                     floatsAt(region, plane, row));
+    });
+}
+
+void CvBackendSimd::resize(Frame const& /*src*/, Frame& /*dst*/, Rect /*src_roi*/,
+                           Rect /*dst_roi*/) {
+    throw Exception(nullptr, StatusNotSupported, "resize", file, __LINE__,
+                    "Operation is not implemented");
+}
+
+void CvBackendSimd::convert(Frame const& /*src*/, Frame& /*dst*/, Rect /*src_roi*/) {
+    throw Exception(nullptr, StatusNotSupported, "convert", file, __LINE__,
+                    "Operation is not implemented");
+}
+
+void CvBackendSimd::warpAffine(Frame const& /*src*/, Frame& /*dst*/, float const (* /*matrix*/)[3],
+                               Rect /*roi*/, bool /*flag*/) {
+    throw Exception(nullptr, StatusNotSupported, "warpAffine", file, __LINE__,
+                    "Operation is not implemented");
+}
+
+int CvBackendSimd::setIntProperty(int id, int value) {
+    if (id != 1 && id != 2) {
+        return 0;
+    }
+    OX_ASSERT(value == ResizeBilinear || value == ResizeArea || value == ResizeNearestNeighbour,
+              file);
+    (id == 1 ? _resize_method : _warp_method) = value;
+    return 1;
+}
+
+int CvBackendSimd::getIntProperty(int id) const {
+    switch (id) {
+        case 1:
+            return _resize_method;
+        case 2:
+            return _warp_method;
+        default:
+            return -1;
+    }
+}
+
+DeviceContext CvBackendSimd::getDeviceContext() const {
+    return {};
+}
+
+void CvBackendSimd::roiToYuv444(Frame& src, Rect const& roi) {
+    OX_ASSERT(src.initialized(), file);
+    Frame const region = getRegion(src, roi);
+    FramePlane const& plane = region.layout().plane[0];
+    if (std::uint64_t{3} * static_cast<std::uint64_t>(region.width()) > plane.rowBytes) {
+        refuse("roiToYuv444", "roiToYuv444: Unsupported src format %s.", src.format(), __LINE__);
+    }
+    _color_frame.reuse(FRAME_YUV444_PLANAR, region.size(), DeviceContext(), 0);
+    impl::PlaneView const bgr = impl::planeOf(region, 0);
+    impl::PlaneView const y = impl::planeOf(_color_frame, 0);
+    impl::PlaneView const u = impl::planeOf(_color_frame, 1);
+    impl::PlaneView const v = impl::planeOf(_color_frame, 2);
+    Simd::ConvertBgrToYuv444(bgr.data, y.width, y.height, bgr.stride, y.data, y.stride, u.data,
+                             u.stride, v.data, v.stride);
+}
+
+}  // namespace ox

@@ -1,0 +1,33 @@
+/// @file
+/// Which instruction sets the vector routines are compiled for; included before Highway, whose
+/// choices it makes.
+
+#pragma once
+
+#include "simd/simd_neon.h"
+
+namespace Simd::Neon {
+
+// Each puts in the routines of one source for the best instruction set of this processor, and none
+// where that has no vector code.
+void takeBgrRoutines(Routines& routines);
+void takeFloatRoutines(Routines& routines);
+void takeYuvRoutines(Routines& routines);
+
+}  // namespace Simd::Neon
+
+#if defined(__aarch64__)
+
+// NEON alone, which every such processor has: nothing is chosen, and no library needed, at run
+// time.
+#define HWY_COMPILE_ONLY_STATIC
+#define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
+
+#else
+
+// AVX3_DL, AVX3 and AVX2 at run time. What is below them takes plain loops, with every compiler.
+#define HWY_WANT_AVX3_DL
+#define HWY_BROKEN_EMU128 1
+#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_SSE4)
+
+#endif
