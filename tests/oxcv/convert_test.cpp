@@ -1,6 +1,7 @@
 // What the steps do to raw frames, byte by byte as the library does it.
 #include "ox_core/ox_exception.h"
 #include "ox_cv/ox_cv_backend_base.h"
+#include "ox_cv/ox_cv_backend_simd.h"
 #include "ox_cv/ox_cv_helpers.h"
 #include "program.h"
 #include "support/test_frame.h"
@@ -238,6 +239,54 @@ TEST_F(ConvertTest, TheBackendCanBeNamed) {
     Words const options = join(rawInput(ox::FRAME_GRAY8, {6, 4}), {"--format", "NV12"});
     EXPECT_EQ(converted(frame, join(options, {"--backend", "base"}), "out.raw"),
               converted(frame, options, "default.raw"));
+}
+
+// The same picture through the library's own call.
+std::string vectorConverted(ox::Frame const& frame, ox::FrameFormat format) {
+    ox::Frame result;
+    ox::colorConvert(frame, format, result);
+    return bytesOf(result);
+}
+
+TEST_F(ConvertTest, TheVectorBackendHasColoursOfItsOwn) {
+    ox::Frame const frame = randomFrame(ox::FRAME_BGR24, {34, 6});
+    Words const options = join(rawInput(ox::FRAME_BGR24, {34, 6}), {"--backend", "simd"});
+    for (ox::FrameFormat const format :
+         {ox::FRAME_NV12, ox::FRAME_GRAY8, ox::FRAME_YUV444, ox::FRAME_BGR_PLANAR}) {
+        std::string const name = std::string(toString(format)).substr(6);
+        EXPECT_EQ(converted(bytesOf(frame), join(options, {"--format", name}), "out.raw"),
+                  vectorConverted(frame, format))
+            << name;
+    }
+    EXPECT_NE(converted(bytesOf(frame), join(options, {"--format", "GRAY8"}), "out.raw"),
+              bytesOf(inFormat(frame, ox::FRAME_GRAY8)));
+}
+
+TEST_F(ConvertTest, ThePipelineHelpsTheVectorBackendOut) {
+    ox::Frame const odd = randomFrame(ox::FRAME_NV12, {35, 7});
+    Words const odd_input = rawInput(ox::FRAME_NV12, {35, 7});
+    Words const gray = rawInput(ox::FRAME_GRAY8, {34, 6});
+    std::string const picture = bytesOf(randomFrame(ox::FRAME_GRAY8, {34, 6}));
+    for (auto const& [input, frame, option, value] :
+         {std::tuple{odd_input, bytesOf(odd), "--format", "BGR24"},  // sides that aren't even
+          std::tuple{gray, picture, "--format", "NV12"},             // a pair that it doesn't have
+          std::tuple{gray, picture, "--size", "17x3"}}) {            // no resizing yet
+        Words const options = join(input, {option, value});
+        EXPECT_EQ(converted(frame, join(options, {"--backend", "simd"}), "simd.raw"),
+                  converted(frame, options, "base.raw"))
+            << option << " " << value;
+    }
+}
+
+TEST_F(ConvertTest, TheVectorBackendLeavesNoPixelOut) {
+    // Ten columns: the quick way from NV12 to BGR24 would do eight of them.
+    ox::Frame const frame = randomFrame(ox::FRAME_NV12, {10, 4});
+    ox::Frame expected;
+    expected.reuse(ox::FRAME_BGR24, {10, 4}, {}, 0);
+    ox::CvBackendSimd().colorCvt(frame, expected, {0, 0, 10, 4});
+    Words const options =
+        join(rawInput(ox::FRAME_NV12, {10, 4}), {"--backend", "simd", "--format", "BGR24"});
+    EXPECT_EQ(converted(bytesOf(frame), options, "out.raw"), bytesOf(expected));
 }
 
 TEST_F(ConvertTest, AnEndingMayNameTheFormat) {

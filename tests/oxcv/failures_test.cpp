@@ -56,7 +56,7 @@ TEST_F(FailuresTest, WrongUseExitsWith2) {
                "--format: there is no format 'NV13'; 'oxcv formats'"},
           Case{convert({"--format", "FORMAT_NONE"}), "--format: there is no format 'FORMAT_NONE'"},
           Case{convert({"--method", "cubic"}), "--method: there is no method 'cubic'"},
-          Case{convert({"--backend", "gpu"}), "--backend: gpu not in {base}"},
+          Case{convert({"--backend", "gpu"}), "--backend: gpu not in {base,simd}"},
           Case{convert({"--frames", "0"}), "--frames: '0' is no positive number"},
           Case{convert({"--quality", "101"}), "--quality: Value 101 not in range 1 to 100"},
           Case{convert({"--mul", "much"}), "Could not convert: --mul = much"},

@@ -6,6 +6,7 @@
 
 #include "failure.h"
 #include "ox_cv/ox_cv_backend_base.h"
+#include "vector_backend.h"
 
 namespace oxcv {
 
@@ -13,17 +14,24 @@ namespace {
 
 struct BackendChoice {
     char const* name;
-    std::unique_ptr<ox::ICvBackend> (*make)();
+    Backend (*make)();
 };
 
-template <class Backend>
-std::unique_ptr<ox::ICvBackend> make() {
-    return std::make_unique<Backend>();
+Backend makePipeline() {
+    return {std::make_unique<ox::CvBackendBase>(), convertsInPipeline};
 }
 
-/// Another backend needs no more than a line here.
+bool convertsSomewhere(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size) {
+    return VectorBackend::converts(src, dst, size) || convertsInPipeline(src, dst, size);
+}
+
+Backend makeVector() {
+    return {std::make_unique<VectorBackend>(), convertsSomewhere};
+}
+
 constexpr std::array choices{
-    BackendChoice{"base", make<ox::CvBackendBase>},
+    BackendChoice{"base", makePipeline},
+    BackendChoice{"simd", makeVector},
 };
 
 }  // namespace
@@ -35,7 +43,7 @@ std::vector<std::string> backendNames() {
     return names;
 }
 
-std::unique_ptr<ox::ICvBackend> makeBackend(std::string const& name) {
+Backend makeBackend(std::string const& name) {
     auto const* const choice = std::find_if(choices.begin(), choices.end(),
                                             [&](BackendChoice const& c) { return name == c.name; });
     if (choice == choices.end()) {

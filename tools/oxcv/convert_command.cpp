@@ -43,7 +43,7 @@ std::int64_t pump(FrameReader& reader, Pipeline& pipeline, FrameWriter& writer,
 }  // namespace
 
 void convert(ConvertOptions options) {
-    auto const backend = makeBackend(options.backend);
+    Backend const backend = makeBackend(options.backend);
     auto const [input_kind, reader] = openInput(options.input);
     FileKind const& output_kind = outputKind(options.output, *input_kind);
     if (!options.steps.format && options.output.path != "-") {
@@ -55,7 +55,7 @@ void convert(ConvertOptions options) {
     options.output.rate = reader->info().rate;
     options.output.frames = expectedFrames(reader->info().frames, options.frames);
 
-    Pipeline pipeline(options.steps, *backend, output_kind.storedAs);
+    Pipeline pipeline(options.steps, backend, output_kind.storedAs);
     OutputFile file(options.output.path);
     auto const writer = output_kind.makeWriter(file, options.output);
     if (pump(*reader, pipeline, *writer, options.frames) == 0) {

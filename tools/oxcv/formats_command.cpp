@@ -37,7 +37,7 @@ std::string scalersOf(ox::FrameFormat format) {
 /// Library calls from one format to another: '=' for none, '.' if there is no way.
 char stepsBetween(ox::FrameFormat src, ox::FrameFormat dst) {
     try {
-        std::size_t const steps = findRoute(src, dst).size();
+        std::size_t const steps = findRoute(src, dst, {2, 2}, convertsInPipeline).size();
         return steps == 0 ? '=' : static_cast<char>('0' + steps);
     } catch (Failure const&) {
         return '.';

@@ -120,7 +120,10 @@ void addConvert(CLI::App& app, ConvertOptions& options) {
     addSteps(command, options.steps);
     addParsed(command, "--frames", parseCount, options.frames, "Stop after so many frames", "N");
     options.backend = backendNames().front();
-    command.add_option("--backend", options.backend, "Which part of the library does the work")
+    command
+        .add_option("--backend", options.backend,
+                    "What does the work: base, the row pipeline, or simd, vector code where\n"
+                    "there is some and the pipeline elsewhere")
         ->check(CLI::IsMember(backendNames()))
         ->type_name("NAME")
         ->capture_default_str();

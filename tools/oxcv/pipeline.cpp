@@ -47,31 +47,32 @@ void attempt(std::string const& what, Call call) {
 }  // namespace
 
 ox::Frame Conversion::run(ox::Frame const& frame, ox::FrameFormat format) {
-    if (_from != frame.format() || _to != format) {
-        _route = findRoute(frame.format(), format);
+    if (_from != frame.format() || _to != format || _size != frame.size()) {
+        _route = findRoute(frame.format(), format, frame.size(), _backend.converts);
         _frames.assign(_route.size(), ox::Frame());
         _from = frame.format();
         _to = format;
+        _size = frame.size();
     }
     ox::Frame current = frame;
     for (std::size_t i = 0; i < _route.size(); ++i) {
         attempt(shortName(current.format()) + " to " + shortName(_route[i]), [&] {
             prepare(_frames[i], _route[i], current.size());
-            _backend.colorCvt(current, _frames[i], wholeFrame(current, _route[i]));
+            _backend.operations->colorCvt(current, _frames[i], wholeFrame(current, _route[i]));
         });
         current = _frames[i];
     }
     return current;
 }
 
-Pipeline::Pipeline(Steps const& steps, ox::ICvBackend& backend,
+Pipeline::Pipeline(Steps const& steps, Backend const& backend,
                    ox::FrameFormat (*stored_as)(ox::FrameFormat))
     : _steps(steps),
       _backend(backend),
       _stored_as(stored_as),
       _conversion(backend),
       _output_conversion(backend) {
-    _backend.setIntProperty(methodProperty, static_cast<int>(steps.method));
+    _backend.operations->setIntProperty(methodProperty, static_cast<int>(steps.method));
 }
 
 ox::Frame Pipeline::run(ox::Frame& frame) {
@@ -84,17 +85,17 @@ ox::Frame Pipeline::run(ox::Frame& frame) {
     }
     current = _conversion.run(current, _steps.format.value_or(current.format()));
     if (_steps.mul) {
-        attempt("--mul", [&] { _backend.mul(current, *_steps.mul, ox::emptyRoi()); });
+        attempt("--mul", [&] { _backend.operations->mul(current, *_steps.mul, ox::emptyRoi()); });
     }
     if (_steps.add) {
-        attempt("--add", [&] { _backend.add(current, *_steps.add, ox::emptyRoi()); });
+        attempt("--add", [&] { _backend.operations->add(current, *_steps.add, ox::emptyRoi()); });
     }
     return _output_conversion.run(current, _stored_as(current.format()));
 }
 
 ox::Frame Pipeline::resized(ox::Frame const& frame) {
     prepare(_resized, frame.format(), resolveSize(*_steps.size, frame.size()));
-    _backend.resize(frame, _resized, ox::emptyRoi(), ox::emptyRoi());
+    _backend.operations->resize(frame, _resized, ox::emptyRoi(), ox::emptyRoi());
     return _resized;
 }
 

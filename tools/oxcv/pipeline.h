@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
+#include "backends.h"
 #include "ox_core/ox_frame.h"
-#include "ox_cv/ox_cv_backend.h"
 #include "parse.h"
 
 namespace oxcv {
@@ -25,15 +25,16 @@ struct Steps {
 /// Brings frames to one format, in as many steps as it takes.
 class Conversion {
   public:
-    explicit Conversion(ox::ICvBackend& backend) : _backend(backend) {}
+    explicit Conversion(Backend const& backend) : _backend(backend) {}
 
     /// The frame itself if it has the format, else one that stays valid until the next call.
     ox::Frame run(ox::Frame const& frame, ox::FrameFormat format);
 
   private:
-    ox::ICvBackend& _backend;
+    Backend const& _backend;
     ox::FrameFormat _from = ox::FRAME_FORMAT_NONE;
     ox::FrameFormat _to = ox::FRAME_FORMAT_NONE;
+    ox::Size _size;
     std::vector<ox::FrameFormat> _route;
     std::vector<ox::Frame> _frames;  ///< one per step of the route
 };
@@ -43,7 +44,7 @@ class Conversion {
 class Pipeline {
   public:
     /// @param stored_as the format in which the output stores frames of a format
-    Pipeline(Steps const& steps, ox::ICvBackend& backend,
+    Pipeline(Steps const& steps, Backend const& backend,
              ox::FrameFormat (*stored_as)(ox::FrameFormat));
 
     /// `frame` may be changed; the result stays valid until the next call, and as long as `frame`.
@@ -54,7 +55,7 @@ class Pipeline {
     ox::Frame resized(ox::Frame const& frame);
 
     Steps _steps;
-    ox::ICvBackend& _backend;
+    Backend const& _backend;
     ox::FrameFormat (*_stored_as)(ox::FrameFormat);
     ox::Frame _resized;
     Conversion _conversion;

@@ -70,7 +70,7 @@ std::vector<ox::FrameFormat> const& allFormats() {
     return formats;
 }
 
-bool convertsDirectly(ox::FrameFormat src, ox::FrameFormat dst) {
+bool convertsInPipeline(ox::FrameFormat src, ox::FrameFormat dst, ox::Size /*size*/) {
     return src == dst || succeeds([&] { tryConversion(src, dst); });
 }
 
@@ -84,15 +84,16 @@ bool scales(ox::FrameFormat format, ox::ResizeMethod method) {
     });
 }
 
-std::vector<ox::FrameFormat> findRoute(ox::FrameFormat src, ox::FrameFormat dst) {
+std::vector<ox::FrameFormat> findRoute(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size,
+                                       Converts converts) {
     if (src == dst) {
         return {};
     }
-    if (convertsDirectly(src, dst)) {
+    if (converts(src, dst, size)) {
         return {dst};
     }
     for (ox::FrameFormat const crossing : crossings()) {
-        if (convertsDirectly(src, crossing) && convertsDirectly(crossing, dst)) {
+        if (converts(src, crossing, size) && converts(crossing, dst, size)) {
             return {crossing, dst};
         }
     }

@@ -13,15 +13,19 @@ namespace oxcv {
 /// All formats with pixels, by number.
 std::vector<ox::FrameFormat> const& allFormats();
 
-/// True if the library converts in one step, or the formats are equal.
-bool convertsDirectly(ox::FrameFormat src, ox::FrameFormat dst);
+/// Whether a backend converts frames of a size in one step. Formats that are equal count.
+using Converts = bool (*)(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size);
+
+/// The pipeline's conversions, which take every size.
+bool convertsInPipeline(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size);
 
 /// True if the library's scaler of that method takes the format.
 bool scales(ox::FrameFormat format, ox::ResizeMethod method);
 
-/// The formats to convert to, one after the other: none if the formats are equal, one if the
-/// library converts directly, else two, through `FRAME_BGR24` if that will do.
+/// The formats to convert frames of a size to, one after the other: none if the formats are equal,
+/// one if the backend converts in one step, else two, through `FRAME_BGR24` if that will do.
 /// @throws Failure with the library's own words if two steps aren't enough
-std::vector<ox::FrameFormat> findRoute(ox::FrameFormat src, ox::FrameFormat dst);
+std::vector<ox::FrameFormat> findRoute(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size,
+                                       Converts converts);
 
 }  // namespace oxcv
