@@ -1,0 +1,44 @@
+// Which vector routines run: all that this processor has, or none.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "simd/simd_neon.h"
+#include "simd/simd_targets.h"
+
+namespace ox::test {
+
+// The vector routines of one instruction set.
+struct VectorTarget {
+    std::string name;
+    Simd::Neon::Routines routines;
+};
+
+// Every one of this processor, best first.
+inline std::vector<VectorTarget> const& vectorTargets() {
+    static std::vector<VectorTarget> const targets = [] {
+        std::vector<VectorTarget> found;
+        for (char const* const name : Simd::Neon::Targets()) {
+            Simd::Neon::UseTarget(name);
+            found.push_back({name, Simd::Neon::routines()});
+        }
+        Simd::Neon::UseTarget(nullptr);
+        return found;
+    }();
+    return targets;
+}
+
+// Switches the vector routines off while it lives.
+class VectorRoutinesOff {
+  public:
+    VectorRoutinesOff() { Simd::Neon::KernelsEnabled = false; }
+    VectorRoutinesOff(VectorRoutinesOff const&) = delete;
+    VectorRoutinesOff& operator=(VectorRoutinesOff const&) = delete;
+    ~VectorRoutinesOff() { Simd::Neon::KernelsEnabled = _before; }
+
+  private:
+    bool _before = Simd::Neon::KernelsEnabled;
+};
+
+}  // namespace ox::test
