@@ -1,0 +1,47 @@
+/// @file
+/// Other libraries' views of frames.
+
+#pragma once
+
+#include "ox_core/ox_frame.h"
+
+#ifdef OX_PEER_LIBYUV
+#include <libyuv.h>
+#endif
+#ifdef OX_PEER_OPENCV
+#include <opencv2/imgproc.hpp>
+#endif
+#ifdef OX_PEER_SWSCALE
+extern "C" {
+#include <libswscale/swscale.h>
+}
+#endif
+
+#include <memory>
+
+#include "operation.h"
+
+namespace ox::benchmarks {
+
+inline int strideOf(Frame const& frame, int plane) {
+    return static_cast<int>(frame.layout().plane[plane].stride);
+}
+
+#ifdef OX_PEER_OPENCV
+/// All planes of a frame as one picture, which is how 4:2:0 is taken.
+inline cv::Mat matOf(Frame const& frame, int type, int rows) {
+    return {rows, frame.width(), type, frame.planeData(0)};
+}
+
+inline cv::Mat matOf(Frame const& frame, int type) {
+    return matOf(frame, type, frame.height());
+}
+#endif
+
+#ifdef OX_PEER_SWSCALE
+/// A conversion without scaling, by libswscale's fast path.
+Contestant swscale(std::shared_ptr<Frame> const& src, AVPixelFormat src_format,
+                   std::shared_ptr<Frame> const& dst, AVPixelFormat dst_format);
+#endif
+
+}  // namespace ox::benchmarks

@@ -1,0 +1,24 @@
+/// @file
+/// Frames for benchmarks, and what each library takes them as.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "ox_core/ox_frame.h"
+
+namespace ox::benchmarks {
+
+/// A frame without gaps between its rows. Byte formats are random, float formats random from -20 to
+/// 280.
+std::shared_ptr<Frame> randomPicture(FrameFormat format, Size size);
+std::shared_ptr<Frame> blankPicture(FrameFormat format, Size size);
+
+/// Bytes of all pixels.
+std::size_t pixelBytes(Frame const& frame);
+
+bool equalPixels(Frame const& a, Frame const& b);
+
+}  // namespace ox::benchmarks
