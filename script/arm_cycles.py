@@ -19,12 +19,16 @@ KERNELS = {
         "ConvertBgrToGray": 16,
         "ExpandGrayToBgr": 16,
     },
-    "simd_neon_yuv": {
+    "simd_neon_bgr_to_yuv": {
         "ConvertBgrToI420": 32,
+        "ConvertBgrToNv12": 32,
         "ConvertBgrToYuv444": 16,
+    },
+    "simd_neon_yuv_to_bgr": {
         "ConvertI420ToBgr": 32,
         "ConvertI420ToRgb": 32,
         "ConvertYuv444ToBgr": 16,
+        "ConvertNv12ToBgr": 32,
         "ConvertNv12ToBgrDirectly": 32,
     },
     "simd_neon_floats": {
@@ -34,6 +38,7 @@ KERNELS = {
         "HalvesToFloats": 4,
         "AddConstantFloats": 4,
         "AccumulateScaledFloats": 4,
+        "MultiplyFloats": 4,
     },
 }
 

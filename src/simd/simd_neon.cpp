@@ -18,8 +18,9 @@ Routines bestRoutines() {
     Routines best = Plain::routines();
 #ifdef OX_WITH_HIGHWAY
     takeBgrRoutines(best);
+    takeBgrToYuvRoutines(best);
     takeFloatRoutines(best);
-    takeYuvRoutines(best);
+    takeYuvToBgrRoutines(best);
 #endif
     return best;
 }

@@ -11,8 +11,9 @@ namespace Simd::Neon {
 // Each puts in the routines of one source for the best instruction set of this processor, and none
 // where that has no vector code.
 void takeBgrRoutines(Routines& routines);
+void takeBgrToYuvRoutines(Routines& routines);
 void takeFloatRoutines(Routines& routines);
-void takeYuvRoutines(Routines& routines);
+void takeYuvToBgrRoutines(Routines& routines);
 
 }  // namespace Simd::Neon
 

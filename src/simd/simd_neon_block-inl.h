@@ -1,0 +1,59 @@
+/// @file
+/// The registers that the vector routines work on, once per instruction set.
+///
+/// A block is a register of bytes, one pixel (or pair of chroma) each: 64 with AVX3_DL, 32 with
+/// AVX2 and AVX3, 16 with NEON. Registers are made of lanes of 16 bytes; widening and packing stay
+/// within them.
+
+// Included once per instruction set, so the guard is a toggle.
+#if defined(OX_SIMD_NEON_BLOCK_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef OX_SIMD_NEON_BLOCK_INL_H
+#undef OX_SIMD_NEON_BLOCK_INL_H
+#else
+#define OX_SIMD_NEON_BLOCK_INL_H
+#endif
+
+#include <hwy/highway.h>
+
+#include <cstddef>
+#include <cstdint>
+
+HWY_BEFORE_NAMESPACE();
+namespace Simd::Neon::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+#if HWY_TARGET == HWY_AVX3_DL
+constexpr std::size_t blockBytes = 64;
+constexpr std::size_t permutePeriod = 64;  ///< bytes that one byte permute reaches
+#elif HWY_TARGET == HWY_NEON
+constexpr std::size_t blockBytes = 16;
+#else
+constexpr std::size_t blockBytes = 32;
+constexpr std::size_t permutePeriod = 16;
+#endif
+
+using Tag8 = hn::CappedTag<std::uint8_t, blockBytes>;
+using Tag16 = hn::RepartitionToWide<Tag8>;
+using TagS16 = hn::RebindToSigned<Tag16>;
+using HalfTag8 = hn::Half<Tag8>;
+using BlockTagF32 = hn::Repartition<float, Tag8>;
+using V8 = hn::Vec<Tag8>;
+using V16 = hn::Vec<TagS16>;
+using VF = hn::Vec<BlockTagF32>;
+
+/// The channels of a block of pixels.
+struct ThreeChannels {
+    V8 c0;
+    V8 c1;
+    V8 c2;
+};
+
+#endif  // HWY_SCALAR
+
+}  // namespace Simd::Neon::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // toggle

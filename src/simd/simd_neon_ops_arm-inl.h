@@ -1,0 +1,132 @@
+/// @file
+/// The operations of simd_neon_ops-inl.h on NEON.
+
+// Included once per instruction set, so the guard is a toggle.
+#if defined(OX_SIMD_NEON_OPS_ARM_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef OX_SIMD_NEON_OPS_ARM_INL_H
+#undef OX_SIMD_NEON_OPS_ARM_INL_H
+#else
+#define OX_SIMD_NEON_OPS_ARM_INL_H
+#endif
+
+#include "simd/simd_neon_block-inl.h"
+#include "simd/simd_neon_split.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Simd::Neon::HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_NEON
+
+HWY_INLINE ThreeChannels LoadThree(std::uint8_t const* p) {
+    uint8x16x3_t const v = vld3q_u8(p);
+    return {V8(v.val[0]), V8(v.val[1]), V8(v.val[2])};
+}
+
+HWY_INLINE void StoreThree(std::uint8_t* p, ThreeChannels v) {
+    vst3q_u8(p, {v.c0.raw, v.c1.raw, v.c2.raw});
+}
+
+HWY_INLINE void StoreThreePixels(std::uint8_t* p, ThreeChannels v) {
+    StoreThree(p, v);
+}
+
+HWY_INLINE void StoreThreeSame(std::uint8_t* p, V8 v) {
+    StoreThree(p, {v, v, v});
+}
+
+HWY_INLINE V8 PackPixels(V16 even, V16 odd) {
+    return V8(vzip1q_u8(vcombine_u8(vqmovun_s16(even.raw), vdup_n_u8(0)),
+                        vcombine_u8(vqmovun_s16(odd.raw), vdup_n_u8(0))));
+}
+
+/// floor(v * factor / 2^13), for |v| <= 256.
+HWY_INLINE V16 MulShift13(V16 v, std::int16_t factor) {
+    return V16(vqdmulhq_n_s16(vshlq_n_s16(v.raw, 2), factor));
+}
+
+HWY_INLINE V16 AddWhereGreater(V16 sum, V16 a, V16 b) {
+    return V16(vsubq_s16(sum.raw, vreinterpretq_s16_u16(vcgtq_s16(a.raw, b.raw))));
+}
+
+/// Eight pixels, ready to be weighted.
+struct PixelHalf {
+    uint8x8_t b;
+    uint8x8_t g;
+    uint8x8_t r;
+};
+
+HWY_INLINE PixelHalf LowerHalf(ThreeChannels v) {
+    return {vget_low_u8(v.c0.raw), vget_low_u8(v.c1.raw), vget_low_u8(v.c2.raw)};
+}
+
+HWY_INLINE PixelHalf UpperHalf(ThreeChannels v) {
+    return {vget_high_u8(v.c0.raw), vget_high_u8(v.c1.raw), vget_high_u8(v.c2.raw)};
+}
+
+HWY_INLINE uint8x8_t AverageOfFour(V8 top, V8 bottom) {
+    return vrshrn_n_u16(vpadalq_u8(vpaddlq_u8(top.raw), bottom.raw), 2);
+}
+
+HWY_INLINE PixelHalf Average(ThreeChannels top, ThreeChannels bottom) {
+    return {AverageOfFour(top.c0, bottom.c0), AverageOfFour(top.c1, bottom.c1),
+            AverageOfFour(top.c2, bottom.c2)};
+}
+
+template <int weight>
+HWY_INLINE uint16x8_t AddProduct(uint16x8_t sum, uint8x8_t channel) {
+    if constexpr (weight >= 0) {
+        return vmlal_u8(sum, channel, vdup_n_u8(weight));
+    } else {
+        return vmlsl_u8(sum, channel, vdup_n_u8(-weight));
+    }
+}
+
+template <ChannelWeights weights>
+HWY_INLINE int16x8_t SumOf(PixelHalf p) {
+    uint16x8_t sum = vdupq_n_u16(0);
+    sum = AddProduct<weights.b>(sum, p.b);
+    sum = AddProduct<weights.g>(sum, p.g);
+    sum = AddProduct<weights.r>(sum, p.r);
+    return vreinterpretq_s16_u16(sum);
+}
+
+template <ChannelWeights weights>
+HWY_INLINE uint8x8_t WeightedBytesOf(PixelHalf p) {
+    constexpr SplitWeights split = splitWeights(weights);
+    int16x8_t const sum = vsraq_n_s16(SumOf<split.high>(p), SumOf<split.low>(p), 7);
+    return vreinterpret_u8_s8(vrshrn_n_s16(sum, 7));
+}
+
+template <ChannelWeights weights>
+HWY_INLINE V8 WeightedBytes(PixelHalf lower, PixelHalf upper) {
+    return V8(vcombine_u8(WeightedBytesOf<weights>(lower), WeightedBytesOf<weights>(upper)));
+}
+
+template <ChannelWeights weights>
+HWY_INLINE hn::Vec<HalfTag8> WeightedBytes(PixelHalf p) {
+    return hn::Vec<HalfTag8>(WeightedBytesOf<weights>(p));
+}
+
+HWY_INLINE uint16x8_t TruncateTwo(VF a, VF b) {
+    return vreinterpretq_u16_s16(
+        vcombine_s16(vqmovn_s32(vcvtq_s32_f32(a.raw)), vqmovn_s32(vcvtq_s32_f32(b.raw))));
+}
+
+/// Four registers of floats as a block of bytes, in order; for numbers from 0 to 255.
+HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
+    return V8(vcombine_u8(vqmovn_u16(TruncateTwo(a, b)), vqmovn_u16(TruncateTwo(c, d))));
+}
+
+/// The bytes of two sums, in pairs.
+template <ChannelWeights first, ChannelWeights second>
+HWY_INLINE V8 WeightedPairs(PixelHalf p) {
+    uint8x8x2_t const pairs = vzip_u8(WeightedBytesOf<first>(p), WeightedBytesOf<second>(p));
+    return V8(vcombine_u8(pairs.val[0], pairs.val[1]));
+}
+
+#endif
+
+}  // namespace Simd::Neon::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // toggle
