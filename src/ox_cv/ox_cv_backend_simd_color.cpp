@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <limits>
 
 #include "ox_core/ox_impl_assert.h"

@@ -3,8 +3,6 @@
 
 #pragma once
 
-#include <algorithm>
-
 #include "simd/simd_formulas.h"
 
 namespace Simd {
