@@ -164,6 +164,7 @@ void ConvertBgrToGray(ConstBytes bgr, std::size_t width, std::size_t height, std
     }
     for (std::size_t y = 0; y < height; ++y, bgr += bgr_stride, gray += gray_stride) {
         walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+            prefetch<3 * blockBytes, 384>(bgr + 3 * x);
             ThreeChannels const v = LoadThree(bgr + 3 * x);
             hn::StoreU(WeightedBytes<grayWeights>(LowerHalf(v), UpperHalf(v)), Tag8(), gray + x);
         });
@@ -178,6 +179,7 @@ void ExpandGrayToBgr(ConstBytes gray, std::size_t width, std::size_t height,
     }
     for (std::size_t y = 0; y < height; ++y, gray += gray_stride, bgr += bgr_stride) {
         walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+            prefetch<3 * blockBytes, 3072, For::writing>(bgr + 3 * x);
             StoreThreeSame(bgr + 3 * x, hn::LoadU(Tag8(), gray + x));
         });
     }

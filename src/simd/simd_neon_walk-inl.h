@@ -11,6 +11,7 @@
 #include <hwy/highway.h>
 
 #include <cstddef>
+#include <cstdint>
 
 HWY_BEFORE_NAMESPACE();
 namespace Simd::Neon::HWY_NAMESPACE {
@@ -20,6 +21,19 @@ HWY_INLINE void joinRows(std::size_t& width, std::size_t& height, bool follow) {
     if (follow) {
         width *= height;
         height = 1;
+    }
+}
+
+enum class For { reading, writing };
+
+/// Asks for the `bytes` that a later block will work on, `ahead` bytes behind those of this one. It
+/// pays where little is computed on much; past the row's end it is in vain, for it can't fault.
+template <std::size_t bytes, std::size_t ahead, For purpose = For::reading>
+HWY_INLINE void prefetch(void const* at) {
+    auto const address = reinterpret_cast<std::uintptr_t>(at) + ahead;
+    for (std::size_t line = 0; line < bytes; line += 64) {
+        __builtin_prefetch(reinterpret_cast<void const*>(address + line),
+                           purpose == For::writing ? 1 : 0);
     }
 }
 
