@@ -5,4 +5,7 @@
 
 #include "simd/simd_aligned_array.h"
 #include "simd/simd_kernels.h"
+#include "simd/simd_parallel.h"
 #include "simd/simd_processor_figures.h"
+#include "simd/simd_resizer.h"
+#include "simd/simd_warp_affine.h"

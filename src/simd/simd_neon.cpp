@@ -20,6 +20,10 @@ Routines bestRoutines() {
     takeBgrRoutines(best);
     takeBgrToYuvRoutines(best);
     takeFloatRoutines(best);
+    takeResizeAreaRoutines(best);
+    takeResizeByteRoutines(best);
+    takeResizeFloatRoutines(best);
+    takeWarpRoutines(best);
     takeYuvToBgrRoutines(best);
 #endif
     return best;

@@ -5,6 +5,8 @@
 #pragma once
 
 #include "simd/simd_kernel_types.h"
+#include "simd/simd_row_program.h"
+#include "simd/simd_warp_columns.h"
 
 namespace Simd::Neon {
 
@@ -38,6 +40,19 @@ struct Routines {
     ConstantIntoFloats* addConstantFloats;
     FloatsIntoFloats* accumulateScaledFloats;
     ConstantIntoFloats* multiplyFloats;
+    NearestOffsets* findNearestOffsets;
+    BilinearPositions* findBilinearPositions;
+    BlendTaps* blendWarpTaps;
+    CompilePixels* compilePixels;
+    CopyPixels* copyPixels;
+    CompileBytePairs* compileBytePairs;
+    BlendBytePairs* blendBytePairs;
+    BlendByteRows* blendByteRows;
+    CompileAreaColumns* compileAreaColumns;
+    AverageAreaRow* averageAreaRow;
+    CompileFloatColumns* compileFloatColumns;
+    BlendFloatColumns* blendFloatColumns;
+    BlendFloatRows* blendFloatRows;
 };
 
 /// Those of the best instruction set of this processor.
@@ -85,5 +100,9 @@ inline constexpr Routine<FloatsIntoFloats> AccumulateScaledFloats{
     &Routines::accumulateScaledFloats};
 
 inline constexpr Routine<ConstantIntoFloats> MultiplyFloats{&Routines::multiplyFloats};
+
+inline constexpr Routine<NearestOffsets> FindNearestOffsets{&Routines::findNearestOffsets};
+inline constexpr Routine<BilinearPositions> FindBilinearPositions{&Routines::findBilinearPositions};
+inline constexpr Routine<BlendTaps> BlendWarpTaps{&Routines::blendWarpTaps};
 
 }  // namespace Simd::Neon

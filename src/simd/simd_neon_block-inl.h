@@ -35,11 +35,17 @@ constexpr std::size_t blockBytes = 32;
 constexpr std::size_t permutePeriod = 16;
 #endif
 
+/// What resizing takes at a time: what one byte permute reaches.
+constexpr std::size_t windowBytes = blockBytes == 64 ? 64 : 16;
+
 using Tag8 = hn::CappedTag<std::uint8_t, blockBytes>;
 using Tag16 = hn::RepartitionToWide<Tag8>;
 using TagS16 = hn::RebindToSigned<Tag16>;
 using HalfTag8 = hn::Half<Tag8>;
 using BlockTagF32 = hn::Repartition<float, Tag8>;
+using WindowTag = hn::CappedTag<std::uint8_t, windowBytes>;
+using WindowTag16 = hn::RepartitionToWide<WindowTag>;
+using WindowTagS32 = hn::RebindToSigned<hn::RepartitionToWide<WindowTag16>>;
 using V8 = hn::Vec<Tag8>;
 using V16 = hn::Vec<TagS16>;
 using VF = hn::Vec<BlockTagF32>;

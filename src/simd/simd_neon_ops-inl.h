@@ -11,9 +11,13 @@
 /// | `TruncateFour` | four registers of floats from 0 to 255, truncated to the bytes of a block |
 /// | `MulShift13` | floor(v * factor / 2^13), for lanes of at most 256 |
 /// | `AddWhereGreater` | sum + (a > b) |
-/// | `LowerHalf`, `UpperHalf`, `Average` | half a block of pixels, or means of two by two, ready
-/// for: | | `WeightedBytes` | the low bytes of (weights * pixel + 2^13) >> 14 | | `WeightedPairs` |
-/// the bytes of two such sums, in pairs |
+/// | `LowerHalf`, `UpperHalf`, `Average` | half a block of pixels, or means of two by two, for: |
+/// | `WeightedBytes` | the low bytes of (weights * pixel + 2^13) >> 14 |
+/// | `WeightedPairs` | the bytes of two such sums, in pairs |
+/// | `PermuteWindow` | the bytes at the given places of a window |
+/// | `PermuteToWords` | the same for even bytes, whose neighbours become 0; theirs are above 127 |
+/// | `MulAddWords` | sums of products of neighbours, of signed words |
+/// | `MulAddWindowPairs` | sums of products of neighbours, bytes by weights below 128 |
 
 // The two files guard themselves.
 #include "simd/simd_neon_ops_arm-inl.h"

@@ -117,6 +117,28 @@ HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
     return V8(vcombine_u8(vqmovn_u16(TruncateTwo(a, b)), vqmovn_u16(TruncateTwo(c, d))));
 }
 
+HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
+    return hn::Vec<WindowTag>(vqtbl1q_u8(v.raw, places.raw));
+}
+
+HWY_INLINE hn::Vec<WindowTag> PermuteToWords(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
+    return PermuteWindow(v, places);  // places past the window give 0
+}
+
+HWY_INLINE hn::Vec<WindowTagS32> MulAddWords(hn::Vec<WindowTag> words, hn::Vec<WindowTag> weights) {
+    int16x8_t const a = vreinterpretq_s16_u8(words.raw);
+    int16x8_t const b = vreinterpretq_s16_u8(weights.raw);
+    return hn::Vec<WindowTagS32>(
+        vpaddq_s32(vmull_s16(vget_low_s16(a), vget_low_s16(b)), vmull_high_s16(a, b)));
+}
+
+HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
+                                                  hn::Vec<WindowTag> weights) {
+    return hn::Vec<WindowTag16>(
+        vpaddq_u16(vmull_u8(vget_low_u8(bytes.raw), vget_low_u8(weights.raw)),
+                   vmull_high_u8(bytes.raw, weights.raw)));
+}
+
 /// The bytes of two sums, in pairs.
 template <ChannelWeights first, ChannelWeights second>
 HWY_INLINE V8 WeightedPairs(PixelHalf p) {

@@ -304,6 +304,39 @@ HWY_INLINE hn::Vec<HalfTag8> WeightedBytes(PixelHalf p) {
     return hn::TruncateTo(HalfTag8(), hn::BitCast(Tag16(), Weighted<weights>(p)));
 }
 
+HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
+#if HWY_TARGET == HWY_AVX3_DL
+    return {_mm512_permutexvar_epi8(places.raw, v.raw)};
+#else
+    return hn::TableLookupBytes(v, places);
+#endif
+}
+
+HWY_INLINE hn::Vec<WindowTag> PermuteToWords(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
+#if HWY_TARGET == HWY_AVX3_DL
+    return {_mm512_maskz_permutexvar_epi8(0x5555555555555555U, places.raw, v.raw)};
+#else
+    return hn::TableLookupBytes(v, places);
+#endif
+}
+
+HWY_INLINE hn::Vec<WindowTagS32> MulAddWords(hn::Vec<WindowTag> words, hn::Vec<WindowTag> weights) {
+#if HWY_TARGET == HWY_AVX3_DL
+    return {_mm512_madd_epi16(words.raw, weights.raw)};
+#else
+    return {_mm_madd_epi16(words.raw, weights.raw)};
+#endif
+}
+
+HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
+                                                  hn::Vec<WindowTag> weights) {
+#if HWY_TARGET == HWY_AVX3_DL
+    return {_mm512_maddubs_epi16(bytes.raw, weights.raw)};
+#else
+    return {_mm_maddubs_epi16(bytes.raw, weights.raw)};
+#endif
+}
+
 /// The bytes of two sums, in pairs.
 template <ChannelWeights first, ChannelWeights second>
 HWY_INLINE V8 WeightedPairs(PixelHalf p) {

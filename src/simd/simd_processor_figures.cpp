@@ -30,10 +30,6 @@ std::uint64_t cacheBytes(int name, std::uint64_t fallback) {
     return bytes > 0 ? static_cast<std::uint64_t>(bytes) : fallback;
 }
 
-std::size_t hardwareThreads() {
-    return std::thread::hardware_concurrency();
-}
-
 ProcessorFigures readFigures() {
     return {
         numberFrom("lscpu -b -p=Socket 2>/dev/null | grep -v '^#' | sort -u 2>/dev/null | "
@@ -47,9 +43,20 @@ ProcessorFigures readFigures() {
     };
 }
 
+std::size_t injectedHardwareThreads = 0;
 std::atomic<std::size_t> parallelThreads{1};
 
 }  // namespace
+
+std::size_t hardwareThreads() {
+    std::size_t const count = injectedHardwareThreads != 0 ? injectedHardwareThreads
+                                                           : std::thread::hardware_concurrency();
+    return std::max<std::size_t>(count, 1);
+}
+
+void UseHardwareThreads(std::size_t count) {
+    injectedHardwareThreads = count;
+}
 
 ProcessorFigures const& processorFigures() {
     static ProcessorFigures const figures = readFigures();

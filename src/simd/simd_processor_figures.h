@@ -22,6 +22,13 @@ struct ProcessorFigures {
 /// started when the library is loaded.
 ProcessorFigures const& processorFigures();
 
+/// Threads that the hardware runs at once; 1 if unknown.
+std::size_t hardwareThreads();
+
+/// Takes `count` for the hardware's from now on, or the real one again for 0. For tests, and not
+/// while kernels run.
+void UseHardwareThreads(std::size_t count);
+
 /// How many threads work may be spread over; 1 at first.
 std::size_t GetParallelThreads();
 

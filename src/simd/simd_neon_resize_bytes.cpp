@@ -1,0 +1,264 @@
+#include "simd/simd_neon_targets.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "simd/simd_neon_resize_bytes.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "simd/simd_neon_ops-inl.h"
+#include "simd/simd_neon_walk-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Simd::Neon::HWY_NAMESPACE {
+namespace {
+
+#if HWY_TARGET != HWY_SCALAR
+
+bool compilePixels(PixelColumns const& columns, RowProgram& program) {
+    std::uint64_t const size = columns.pixelSize;
+    if (size == 0 || size > windowBytes / 2 || columns.rowBytes < windowBytes ||
+        columns.width == 0) {
+        return false;
+    }
+    std::uint64_t const of_source = columns.rowBytes / (windowBytes - size + 1);
+    std::uint64_t const of_pixels = columns.width / (windowBytes / size);
+    program.offsets.Resize(2 * (of_source + of_pixels + 2), windowBytes);
+    program.tables.Resize(windowBytes * (of_source + of_pixels + 2), windowBytes);
+    program.entries = columns.width * size;
+    auto const last_window = static_cast<std::int32_t>(columns.rowBytes - windowBytes);
+    std::int32_t* step = program.offsets.data;
+    std::uint8_t* places = program.tables.data;
+    std::uint64_t used = windowBytes;  // bytes of the step
+    for (std::uint64_t x = 0; x < columns.width; ++x) {
+        std::int32_t const offset = columns.offset[x];
+        if (used + size > windowBytes ||
+            offset + static_cast<std::int32_t>(size - windowBytes) > step[0]) {
+            step += x == 0 ? 0 : 2;
+            places += x == 0 ? 0 : windowBytes;
+            step[0] = std::min(offset, last_window);
+            step[1] = static_cast<std::int32_t>(x * size);
+            std::memset(places, 0, windowBytes);
+            used = 0;
+        }
+        for (std::uint64_t i = 0; i < size; ++i) {
+            places[used + i] =
+                static_cast<std::uint8_t>(static_cast<std::uint64_t>(offset - step[0]) + i);
+        }
+        used += size;
+    }
+    program.steps = static_cast<std::uint64_t>(step - program.offsets.data) / 2 + 1;
+    program.scratch.Resize(program.entries + windowBytes, windowBytes);
+    return true;
+}
+
+/// A step stores a whole window, of which the next one overwrites what isn't its own; those that
+/// would reach past the row's end go through the scratch row.
+void copyPixels(RowProgram& program, std::uint8_t const* src, std::uint8_t* dst) {
+    WindowTag const d;
+    std::int32_t const* offset = program.offsets.data;
+    std::uint8_t const* table = program.tables.data;
+    std::uint64_t i = 0;
+    auto const run = [&](std::uint8_t* to) HWY_ATTR {
+        hn::StoreU(PermuteWindow(hn::LoadU(d, src + offset[0]), hn::Load(d, table)), d,
+                   to + offset[1]);
+        offset += 2;
+        table += windowBytes;
+        ++i;
+    };
+    while (i < program.steps &&
+           static_cast<std::uint64_t>(offset[1]) + windowBytes <= program.entries) {
+        run(dst);
+    }
+    if (i < program.steps) {
+        auto const rest = static_cast<std::uint64_t>(offset[1]);
+        while (i < program.steps) {
+            run(program.scratch.data);
+        }
+        std::memcpy(dst + rest, program.scratch.data + rest, program.entries - rest);
+    }
+}
+
+constexpr std::size_t pairsOfWindow = windowBytes / 2;
+
+/// Steps that `pairs` can need at most: a step ends when it has as many entries as fit, or when the
+/// next pixel lies about a window behind its start.
+std::uint64_t mostSteps(BytePairs const& pairs) {
+    std::uint64_t const of_source = pairs.rowBytes / (windowBytes - 2 * pairs.channels + 1);
+    return of_source + pairs.width * pairs.channels / pairsOfWindow + 2;
+}
+
+/// For a step that starts with channel `phase` of a pixel: which of its pixels each byte of the
+/// pairs is of, and how far it lies behind that pixel's first byte.
+struct PairTables {
+    std::uint8_t pixel[windowBytes];
+    std::uint8_t behind[windowBytes];
+};
+
+template <std::size_t channels>
+struct alignas(64) PhaseTables {
+    PairTables phase[channels];
+};
+
+template <std::size_t channels>
+constexpr PhaseTables<channels> phaseTables() {
+    PhaseTables<channels> tables{};
+    for (std::size_t phase = 0; phase < channels; ++phase) {
+        for (std::size_t j = 0; j < windowBytes; ++j) {
+            std::size_t const entry = phase + j / 2;
+            tables.phase[phase].pixel[j] = static_cast<std::uint8_t>(entry / channels);
+            tables.phase[phase].behind[j] =
+                static_cast<std::uint8_t>(entry % channels + j % 2 * channels);
+        }
+    }
+    return tables;
+}
+
+/// Byte of a pixel's first sample; the one before a lone pixel, which has no weight, is the pixel.
+template <std::size_t channels>
+HWY_INLINE std::int32_t firstByte(BytePairs const& pairs, std::uint64_t x) {
+    return std::max(pairs.index[x], 0) * static_cast<std::int32_t>(channels);
+}
+
+template <std::size_t channels>
+void compilePairs(BytePairs const& pairs, RowProgram& program) {
+    constexpr auto last_start = static_cast<std::int32_t>(windowBytes - 2 * channels);
+    static constexpr PhaseTables<channels> tables = phaseTables<channels>();
+    WindowTag const d;
+    alignas(64) std::uint8_t first[windowBytes] = {};  // byte of each pixel in the step's window
+    auto const last_window =
+        static_cast<std::int32_t>(pairs.rowBytes < windowBytes ? 0 : pairs.rowBytes - windowBytes);
+    std::int32_t* step = program.offsets.data;
+    std::uint8_t* places = program.tables.data;
+    std::uint64_t x = 0;  // pixel and channel that the step starts with
+    std::uint64_t phase = 0;
+    while (x < pairs.width) {
+        std::int32_t const start = std::min(firstByte<channels>(pairs, x), last_window);
+        step[0] = start;
+        step[1] = static_cast<std::int32_t>(x * channels + phase);
+        std::uint64_t const end =
+            std::min(x + (phase + pairsOfWindow - 1) / channels + 1, pairs.width);
+        std::uint64_t pixel = x;
+        for (; pixel < end; ++pixel) {
+            std::int32_t const byte = firstByte<channels>(pairs, pixel) - start;
+            if (byte > last_start) {
+                break;
+            }
+            first[pixel - x] = static_cast<std::uint8_t>(byte);
+        }
+        PairTables const& table = tables.phase[phase];
+        hn::Store(hn::Add(PermuteWindow(hn::Load(d, first), hn::Load(d, table.pixel)),
+                          hn::Load(d, table.behind)),
+                  d, places);
+        std::uint64_t const entries =
+            std::min<std::uint64_t>((pixel - x) * channels - phase, pairsOfWindow);
+        x += (phase + entries) / channels;
+        phase = (phase + entries) % channels;
+        step += 2;
+        places += windowBytes;
+    }
+    program.steps = static_cast<std::uint64_t>(step - program.offsets.data) / 2;
+}
+
+void compileBytePairs(BytePairs const& pairs, RowProgram& program) {
+    program.entries = pairs.width * pairs.channels;
+    program.rowBytes = pairs.rowBytes;
+    program.weights = pairs.alpha;
+    program.offsets.Resize(2 * mostSteps(pairs), windowBytes);
+    program.tables.Resize(windowBytes * mostSteps(pairs), windowBytes);
+    if (pairs.rowBytes < windowBytes) {
+        program.scratch.Resize(windowBytes, windowBytes);
+        std::memset(program.scratch.data, 0, windowBytes);
+    }
+    switch (pairs.channels) {
+        case 1:
+            return compilePairs<1>(pairs, program);
+        case 2:
+            return compilePairs<2>(pairs, program);
+        case 3:
+            return compilePairs<3>(pairs, program);
+        default:
+            return compilePairs<4>(pairs, program);
+    }
+}
+
+/// The row, or a copy of it if a window is longer; behind a lone pixel it follows once more.
+std::uint8_t const* windowsOf(RowProgram& program, std::uint8_t const* src) {
+    if (program.rowBytes >= windowBytes) {
+        return src;
+    }
+    std::memcpy(program.scratch.data, src, program.rowBytes);
+    if (2 * program.rowBytes <= windowBytes) {
+        std::memcpy(program.scratch.data + program.rowBytes, src, program.rowBytes);
+    }
+    return program.scratch.data;
+}
+
+void blendBytePairs(RowProgram& program, std::uint8_t const* src, std::uint16_t* row) {
+    src = windowsOf(program, src);
+    WindowTag const d;
+    std::int32_t const* offset = program.offsets.data;
+    std::uint8_t const* table = program.tables.data;
+    for (std::uint64_t i = 0; i < program.steps; ++i, offset += 2, table += windowBytes) {
+        auto const bytes = PermuteWindow(hn::LoadU(d, src + offset[0]), hn::Load(d, table));
+        auto const sums = MulAddWindowPairs(bytes, hn::LoadU(d, program.weights + 2 * offset[1]));
+        hn::StoreU(sums, WindowTag16(), row + offset[1]);
+    }
+}
+
+template <class D>
+HWY_INLINE void blendRowsBy(D d, std::uint16_t const* top, std::uint16_t const* bottom,
+                            std::int32_t weight, std::size_t count, std::uint8_t* dst) {
+    hn::RepartitionToWide<D> const wide;
+    std::size_t const half = hn::Lanes(wide);
+    auto const first = hn::Set(wide, static_cast<std::uint16_t>(16 - weight));
+    auto const second = hn::Set(wide, static_cast<std::uint16_t>(weight));
+    auto const rounding = hn::Set(wide, 128);
+    auto const sum = [&](std::size_t x) HWY_ATTR {
+        auto const products = hn::Add(hn::Mul(hn::LoadU(wide, top + x), first),
+                                      hn::Mul(hn::LoadU(wide, bottom + x), second));
+        return hn::BitCast(d, hn::Add(products, rounding));
+    };
+    walkBlocks(count, 2 * half, [&](std::size_t x) HWY_ATTR {
+        hn::StoreU(hn::ConcatOdd(d, sum(x + half), sum(x)), d, dst + x);
+    });
+}
+
+void blendByteRows(std::uint16_t const* top, std::uint16_t const* bottom, std::int32_t weight,
+                   std::size_t count, std::uint8_t* dst) {
+    if (count >= blockBytes) {
+        blendRowsBy(Tag8(), top, bottom, weight, count, dst);
+    } else {
+        blendRowsBy(hn::CappedTag<std::uint8_t, 16>(), top, bottom, weight, count, dst);
+    }
+}
+
+#endif
+
+void takeRoutines([[maybe_unused]] Routines& routines) {
+#if HWY_TARGET != HWY_SCALAR
+    routines.compilePixels = compilePixels;
+    routines.copyPixels = copyPixels;
+    routines.compileBytePairs = compileBytePairs;
+    routines.blendBytePairs = blendBytePairs;
+    routines.blendByteRows = blendByteRows;
+#endif
+}
+
+}  // namespace
+}  // namespace Simd::Neon::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Simd::Neon {
+
+HWY_EXPORT(takeRoutines);
+
+void takeResizeByteRoutines(Routines& routines) {
+    HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
+}
+
+}  // namespace Simd::Neon
+#endif  // HWY_ONCE

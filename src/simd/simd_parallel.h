@@ -1,0 +1,21 @@
+/// @file
+/// The block runner: spreads a range over threads and waits for them.
+
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace Simd {
+
+/// Calls function(thread, block_begin, block_end) for consecutive blocks of the range, each on a
+/// thread of its own, and waits for all; once on this thread, for the whole range, if one thread
+/// is to be had or the range has no two items. What `function` throws on another thread is lost.
+/// @param block_align without effect: blocks are as long as an even division makes them
+/// @throws std::system_error if a thread can't be started, when those already started have ended
+void Parallel(std::uint64_t begin, std::uint64_t end,
+              std::function<void(std::uint64_t thread, std::uint64_t block_begin,
+                                 std::uint64_t block_end)> const& function,
+              std::uint64_t threads, std::uint64_t block_align);
+
+}  // namespace Simd

@@ -1,0 +1,111 @@
+/// @file
+/// Resizers: objects that resample one plane of interleaved elements from one size to another.
+///
+/// They work on raw pointers and byte strides, validate nothing and touch nothing outside the rows
+/// of the two planes.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Simd {
+
+/// The element of a plane.
+enum ResizerType : std::int32_t {
+    ResizerTypeByte = 0,   ///< unsigned 8 bits
+    ResizerTypeShort = 1,  ///< unsigned 16 bits
+    ResizerTypeFloat = 2,  ///< 32-bit float
+};
+
+enum ResizerMethod : std::int32_t {
+    ResizerMethodNearest = 0,          ///< (i + 0.5) src / dst in float, truncated
+    ResizerMethodNearestInteger = 1,   ///< i src / dst in integers
+    ResizerMethodBilinear = 2,         ///< pixel centres aligned: (i + 0.5) src / dst - 0.5
+    ResizerMethodBilinearCorners = 3,  ///< outermost samples aligned: i (src - 1) / (dst - 1)
+    ResizerMethodBilinearTopLeft = 4,  ///< i src / dst
+    ResizerMethodBicubic = 5,          ///< four taps of a cubic; bytes
+    ResizerMethodArea = 6,             ///< mean of the covered rectangle; bytes
+    ResizerMethodAreaFast = 7,         ///< the same over means of 2x2 where both sides halve; bytes
+};
+
+struct ResizerParam {
+    ResizerType type;
+    ResizerMethod method;
+    std::uint64_t srcW;  ///< pixels
+    std::uint64_t srcH;
+    std::uint64_t dstW;
+    std::uint64_t dstH;
+    std::uint64_t channels;  ///< interleaved elements of a pixel
+    std::uint64_t align;  ///< alignment of row buffers, and the elements that they are rounded to
+};
+
+constexpr std::size_t elementBytes(ResizerType type) {
+    constexpr std::size_t bytes[] = {1, 2, 4};
+    return bytes[type];
+}
+
+/// The root of the layer's objects.
+class Deletable {
+  public:
+    virtual ~Deletable() = default;
+};
+
+/// For planes of one geometry. It may run on any number of them, one at a time.
+class Resizer : Deletable {
+  public:
+    explicit Resizer(ResizerParam const& record) : param(record) {}
+    Resizer(Resizer const&) = delete;
+    Resizer& operator=(Resizer const&) = delete;
+
+    /// @param src, dst the first elements of the planes
+    /// @param srcStride, dstStride in bytes, whatever the element
+    virtual void Run(std::uint8_t const* src, std::size_t srcStride, std::uint8_t* dst,
+                     std::size_t dstStride) = 0;
+
+  protected:
+    ResizerParam param;
+};
+
+/// Which class serves a request; each but `none` is the class of that name.
+enum class ResizerClass {
+    none,
+    nearest,
+    byteBilinear,
+    shortBilinear,
+    floatBilinear,
+    byteBicubic,
+    byteArea2x2,
+    byteArea1x1,
+    vectorByteBilinear,
+    vectorShortBilinear,
+    vectorFloatBilinear,
+    vectorByteArea1x1,
+};
+
+// Both creation functions return an object that the caller deletes, or null where no class takes
+// the pair of type and method.
+
+namespace Base {
+
+/// The scalar class. Any plane with a source side of 1 goes to the nearest sample.
+ResizerClass chooseResizer(ResizerParam const& param);
+
+Resizer* CreateResizer(std::uint64_t srcW, std::uint64_t srcH, std::uint64_t dstW,
+                       std::uint64_t dstH, std::uint64_t channels, ResizerType type,
+                       ResizerMethod method);
+
+}  // namespace Base
+
+namespace Neon {
+
+/// The vector class, or what `Base::chooseResizer` says where there is none.
+ResizerClass chooseResizer(ResizerParam const& param);
+
+Resizer* CreateResizer(std::uint64_t srcW, std::uint64_t srcH, std::uint64_t dstW,
+                       std::uint64_t dstH, std::uint64_t channels, ResizerType type,
+                       ResizerMethod method);
+
+}  // namespace Neon
+
+}  // namespace Simd

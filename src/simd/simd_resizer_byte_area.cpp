@@ -1,0 +1,255 @@
+#include "simd/simd_resizer_byte_area.h"
+
+#include <algorithm>
+
+#include "simd/simd_neon.h"
+
+namespace Simd {
+
+namespace {
+
+constexpr std::size_t tableAlign = 16;
+constexpr std::int32_t fractionBits = 22;  // of a weighted sum, in both classes
+constexpr std::int32_t plainRange = 2048;
+constexpr std::int32_t sumOfFourRange = 1024;  // the sums have two bits more
+
+constexpr std::uint64_t halfOf(std::uint64_t side) {
+    return side / 2 + side % 2;
+}
+
+/// The source as it is.
+struct SingleRows {
+    ResizerParam const& param;
+    std::uint8_t const* src;
+    std::size_t stride;
+
+    /// Calls put(k, sample) for each element of a row.
+    template <std::uint64_t channels, class Put>
+    void visit(std::uint64_t row, Put put) const {
+        std::uint8_t const* const p = src + row * stride;
+        std::uint64_t const count = param.srcW * channels;
+        for (std::uint64_t k = 0; k < count; ++k) {
+            put(k, std::uint32_t{p[k]});
+        }
+    }
+};
+
+/// Sums of 2x2 blocks. The last column and the last row of odd sides count twice.
+struct PairedRows {
+    ResizerParam const& param;
+    std::uint8_t const* src;
+    std::size_t stride;
+
+    template <std::uint64_t channels, class Put>
+    void visit(std::uint64_t row, Put put) const {
+        std::uint8_t const* const a = src + 2 * row * stride;
+        std::uint8_t const* const b = 2 * row + 1 < param.srcH ? a + stride : a;
+        std::uint64_t const whole = param.srcW / 2;
+        for (std::uint64_t x = 0; x < whole; ++x) {
+            for (std::uint64_t c = 0; c < channels; ++c) {
+                std::uint64_t const k = 2 * x * channels + c;
+                put(x * channels + c,
+                    std::uint32_t{a[k]} + a[k + channels] + b[k] + b[k + channels]);
+            }
+        }
+        if (param.srcW % 2 != 0) {
+            for (std::uint64_t c = 0; c < channels; ++c) {
+                std::uint64_t const k = 2 * whole * channels + c;
+                put(whole * channels + c, 2 * (std::uint32_t{a[k]} + b[k]));
+            }
+        }
+    }
+};
+
+/// How the scalar classes weight rows and store sums.
+struct ScalarRule {
+    static std::uint32_t rowWeight(std::int32_t weight) {
+        return static_cast<std::uint32_t>(weight);
+    }
+    template <std::uint64_t channels>
+    static std::uint8_t store(std::int32_t mean) {
+        return static_cast<std::uint8_t>(mean);
+    }
+};
+
+/// How the vector class does.
+struct VectorRule {
+    static std::uint32_t rowWeight(std::int32_t weight) {
+        return static_cast<std::uint32_t>(static_cast<std::int16_t>(weight));
+    }
+    template <std::uint64_t channels>
+    static std::uint8_t store(std::int32_t mean) {
+        return static_cast<std::uint8_t>(channels >= 3 ? std::clamp(mean, 0, 255) : mean);
+    }
+};
+
+struct AreaTables {
+    std::int32_t const* ax;
+    std::int32_t const* ix;
+    std::int32_t const* ay;
+    std::int32_t const* iy;
+    std::uint32_t* by;
+};
+
+/// The weight of the source row `j` rows behind that at the upper boundary of destination row `r`.
+std::int32_t rowWeight(std::int32_t const* ay, std::uint64_t r, std::int32_t j, std::int32_t rows) {
+    std::int32_t const whole = j == 0 ? ay[r] : ay[0];
+    return j == rows ? whole - ay[r + 1] : whole;
+}
+
+template <class Rule, std::uint64_t channels>
+void averageColumns(ResizerParam const& param, AreaTables const& tables, std::uint8_t* dst) {
+    auto const* const ax = tables.ax;
+    auto const weight = [](std::int32_t number) { return static_cast<std::uint32_t>(number); };
+    for (std::uint64_t x = 0; x < param.dstW; ++x) {
+        std::uint32_t const* const first =
+            tables.by + static_cast<std::uint64_t>(tables.ix[x]) * channels;
+        auto const columns = static_cast<std::uint64_t>(tables.ix[x + 1] - tables.ix[x]);
+        for (std::uint64_t c = 0; c < channels; ++c) {
+            std::uint32_t sum = first[c] * weight(ax[x]);
+            for (std::uint64_t j = 1; j <= columns; ++j) {
+                sum += first[j * channels + c] * weight(ax[0]);
+            }
+            sum -= first[columns * channels + c] * weight(ax[x + 1]);
+            auto const rounded = static_cast<std::int32_t>(sum + (1U << (fractionBits - 1)));
+            dst[x * channels + c] = Rule::template store<channels>(rounded >> fractionBits);
+        }
+    }
+}
+
+template <class Rule, class Rows, std::uint64_t channels>
+void averageRows(ResizerParam const& param, AreaTables const& tables, Rows source,
+                 std::uint8_t* dst, std::size_t dst_stride) {
+    std::uint32_t* const by = tables.by;
+    for (std::uint64_t r = 0; r < param.dstH; ++r, dst += dst_stride) {
+        std::int32_t const rows = tables.iy[r + 1] - tables.iy[r];
+        for (std::int32_t j = 0; j <= rows; ++j) {
+            std::uint32_t const weight = Rule::rowWeight(rowWeight(tables.ay, r, j, rows));
+            auto const row = static_cast<std::uint64_t>(tables.iy[r] + j);
+            if (j == 0) {
+                source.template visit<channels>(
+                    row, [=](std::uint64_t k, std::uint32_t sample) { by[k] = sample * weight; });
+            } else if (weight != 0) {
+                source.template visit<channels>(
+                    row, [=](std::uint64_t k, std::uint32_t sample) { by[k] += sample * weight; });
+            }
+        }
+        averageColumns<Rule, channels>(param, tables, dst);
+    }
+}
+
+template <class Rule, class Rows>
+void average(ResizerParam const& param, AreaTables const& tables, Rows source, std::uint8_t* dst,
+             std::size_t dst_stride) {
+    if (param.srcW == 0 || param.srcH == 0 || param.dstW == 0) {
+        return;
+    }
+    switch (param.channels) {
+        case 1:
+            return averageRows<Rule, Rows, 1>(param, tables, source, dst, dst_stride);
+        case 2:
+            return averageRows<Rule, Rows, 2>(param, tables, source, dst, dst_stride);
+        case 3:
+            return averageRows<Rule, Rows, 3>(param, tables, source, dst, dst_stride);
+        case 4:
+            return averageRows<Rule, Rows, 4>(param, tables, source, dst, dst_stride);
+        default:
+            return;
+    }
+}
+
+}  // namespace
+
+namespace Base {
+
+void fillArea(std::uint64_t src, std::uint64_t dst, std::int32_t range, std::int32_t* alpha,
+              std::int32_t* index) {
+    if (dst == 0) {
+        return;
+    }
+    float const scale = static_cast<float>(src) / static_cast<float>(dst);
+    for (std::uint64_t i = 0; i <= dst; ++i) {
+        float const position = static_cast<float>(i) * scale;
+        auto const whole = static_cast<std::uint64_t>(position);
+        if (whole >= src) {
+            alpha[i] = 0;
+            index[i] = static_cast<std::int32_t>(src - 1);
+            continue;
+        }
+        float const rest = 1.0F - (position - static_cast<float>(whole));
+        alpha[i] = static_cast<std::int32_t>(rest * static_cast<float>(range) / scale);
+        index[i] = static_cast<std::int32_t>(whole);
+    }
+}
+
+void ResizerByteArea::buildTables(std::uint64_t width, std::uint64_t height, std::int32_t range) {
+    auto const boundaries = [](std::uint64_t cells) { return cells == 0 ? 0 : cells + 1; };
+    ay.Resize(boundaries(param.dstH), tableAlign);
+    iy.Resize(boundaries(param.dstH), tableAlign);
+    fillArea(height, param.dstH, range, ay.data, iy.data);
+    ax.Resize(boundaries(param.dstW), tableAlign);
+    ix.Resize(boundaries(param.dstW), tableAlign);
+    fillArea(width, param.dstW, range, ax.data, ix.data);
+}
+
+ResizerByteArea1x1::ResizerByteArea1x1(ResizerParam const& record) : ResizerByteArea(record) {
+    buildTables(param.srcW, param.srcH, plainRange);
+    by.Resize((param.srcW * param.channels + param.align - 1) & (~param.align + 1), param.align);
+}
+
+void ResizerByteArea1x1::Run(std::uint8_t const* src, std::size_t srcStride, std::uint8_t* dst,
+                             std::size_t dstStride) {
+    average<ScalarRule>(param, {ax.data, ix.data, ay.data, iy.data, by.data},
+                        SingleRows{param, src, srcStride}, dst, dstStride);
+}
+
+ResizerByteArea2x2::ResizerByteArea2x2(ResizerParam const& record) : ResizerByteArea(record) {
+    std::uint64_t const width = halfOf(param.srcW);
+    buildTables(width, halfOf(param.srcH), sumOfFourRange);
+    by.Resize(((width * param.channels + param.align - 1) & (~param.align + 1)) + 16, param.align);
+}
+
+void ResizerByteArea2x2::Run(std::uint8_t const* src, std::size_t srcStride, std::uint8_t* dst,
+                             std::size_t dstStride) {
+    average<ScalarRule>(param, {ax.data, ix.data, ay.data, iy.data, by.data},
+                        PairedRows{param, src, srcStride}, dst, dstStride);
+}
+
+}  // namespace Base
+
+namespace Neon {
+
+void ResizerByteArea1x1::Run(std::uint8_t const* src, std::size_t srcStride, std::uint8_t* dst,
+                             std::size_t dstStride) {
+    if (param.srcW == 0 || param.srcH == 0 || param.channels == 0 || param.channels > 4) {
+        return;
+    }
+    if (!compiled) {
+        columns = routines().compileAreaColumns(
+            {ax.data, ix.data, param.dstW, param.channels, param.srcW * param.channels}, program);
+        compiled = true;
+    }
+    if (!columns) {
+        average<VectorRule>(param, {ax.data, ix.data, ay.data, iy.data, by.data},
+                            SingleRows{param, src, srcStride}, dst, dstStride);
+        return;
+    }
+    auto const wrapped = [](std::int32_t weight) -> std::int32_t {
+        return static_cast<std::int16_t>(weight);
+    };
+    for (std::uint64_t r = 0; r < param.dstH; ++r) {
+        auto const first = static_cast<std::uint64_t>(iy[r]);
+        std::int32_t const rows = iy[r + 1] - iy[r];
+        AreaRows const source{src + first * srcStride,
+                              srcStride,
+                              static_cast<std::uint64_t>(rows),
+                              wrapped(rowWeight(ay.data, r, 0, rows)),
+                              wrapped(ay[0]),
+                              rows == 0 ? 0 : wrapped(rowWeight(ay.data, r, rows, rows))};
+        routines().averageAreaRow(program, source, dst + r * dstStride);
+    }
+}
+
+}  // namespace Neon
+
+}  // namespace Simd
