@@ -16,11 +16,6 @@ bool isFloat(FrameFormat format) {
     return format == FRAME_GRAY_32F || format == FRAME_BGR_32F || format == FRAME_BGR_32F_PLANAR;
 }
 
-/// A second handle on `frame`, narrowed to `roi` if that is one.
-Frame select(Frame& frame, Rect roi) {
-    return roi.empty() ? frame : getRegion(frame, roi);
-}
-
 /// Bytes from one row of floats to the next: the low two bits of a stride don't count, on purpose.
 /// Where they are set, each row is taken a little before its start, inside the plane.
 std::size_t floatStride(FramePlane const& plane) {
@@ -65,7 +60,7 @@ CvBackendSimd::~CvBackendSimd() = default;
 void CvBackendSimd::add(Frame& src_dst, float value, Rect src_roi) {
     OX_ASSERT(src_dst.initialized(), file);
     OX_ASSERT(src_dst.deviceContext() == DeviceContext::cpuContext(), file);
-    Frame const region = select(src_dst, src_roi);
+    Frame const region = impl::selectRegion(src_dst, src_roi);
     if (!isFloat(region.format())) {
         refuse("add", "add: Unsupported src format %s.", region.format(), __LINE__);
     }
@@ -78,7 +73,7 @@ void CvBackendSimd::add(Frame& src_dst, float value, Rect src_roi) {
 void CvBackendSimd::mul(Frame& src_dst, float value, Rect src_roi) {
     OX_ASSERT(src_dst.initialized(), file);
     OX_ASSERT(src_dst.deviceContext() == DeviceContext::cpuContext(), file);
-    Frame region = select(src_dst, src_roi);
+    Frame region = impl::selectRegion(src_dst, src_roi);
     _color_frame.reuse(region.format(), region.size(), DeviceContext::cpuContext(), 0);
     if (isFloat(region.format()) && !rowsDrift(region)) {
         // What follows below, in one pass.
@@ -98,23 +93,6 @@ void CvBackendSimd::mul(Frame& src_dst, float value, Rect src_roi) {
         Simd::AccumulateScaledFloats(floatsAt(_color_frame, plane, row), count, &value,
                                      floatsAt(region, plane, row));
     });
-}
-
-void CvBackendSimd::resize(Frame const& /*src*/, Frame& /*dst*/, Rect /*src_roi*/,
-                           Rect /*dst_roi*/) {
-    throw Exception(nullptr, StatusNotSupported, "resize", file, __LINE__,
-                    "Operation is not implemented");
-}
-
-void CvBackendSimd::convert(Frame const& /*src*/, Frame& /*dst*/, Rect /*src_roi*/) {
-    throw Exception(nullptr, StatusNotSupported, "convert", file, __LINE__,
-                    "Operation is not implemented");
-}
-
-void CvBackendSimd::warpAffine(Frame const& /*src*/, Frame& /*dst*/, float const (* /*matrix*/)[3],
-                               Rect /*roi*/, bool /*flag*/) {
-    throw Exception(nullptr, StatusNotSupported, "warpAffine", file, __LINE__,
-                    "Operation is not implemented");
 }
 
 int CvBackendSimd::setIntProperty(int id, int value) {

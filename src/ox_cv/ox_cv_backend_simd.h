@@ -25,16 +25,24 @@ class OX_API CvBackendSimd : public ICvBackend {
     /// width mod 8 columns unwritten; with a region, if only the frame's own rectangle, the pair is
     /// converted in full. The float formats hold 0 to 255, in the channel order of the other side.
     void colorCvt(Frame const& src, Frame& dst, Rect src_roi) override;
-    /// @throws Exception `StatusNotSupported`, always
+    /// For formats of 8 and 32 bits a channel, plane by plane, by the method of property 1. A
+    /// region of width or height 1 goes to the nearest sample. Float formats aren't averaged by
+    /// area: `StatusNotSupported`.
     void resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) override;
-    /// @throws Exception `StatusNotSupported`, always
+    /// Scales first, in `src`'s format, then converts; only what of the two is needed. A pair that
+    /// `colorCvt` refuses is refused after the scaling.
     void convert(Frame const& src, Frame& dst, Rect src_roi) override;
     /// For the float formats.
     void add(Frame& src_dst, float value, Rect src_roi) override;
     /// For the float formats; of any other the region is cleared before the operation throws, on
     /// purpose. Products are rounded once; one of exactly -0 becomes +0.
     void mul(Frame& src_dst, float value, Rect src_roi) override;
-    /// @throws Exception `StatusNotSupported`, always
+    /// Warps the region of `src` into the whole of `dst`, whose format is the same; what it doesn't
+    /// cover becomes 0. Meant for formats of 8 bits a channel: of others only the first width x
+    /// channels bytes of a row are taken. The matrix applies to each plane in the plane's own
+    /// coordinates, subsampled or not.
+    /// @param matrix from `roi`'s coordinates to `dst`'s; with `flag` set, from `dst`'s to `roi`'s
+    /// @throws Exception `StatusNotSupported` for a singular matrix; planes may be written by then
     void warpAffine(Frame const& src, Frame& dst, float const (*matrix)[3], Rect roi,
                     bool flag) override;
 

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
+#include "ox_core/ox_impl_assert.h"
 #include "ox_cv/ox_cv_backend_simd.h"
 #include "simd/simd.h"
 
@@ -21,6 +23,20 @@ void clearUnwritten(Frame const& src, Frame& dst) {
     if (src.format() == FRAME_NV12 && dst.format() == FRAME_BGR24 && written < dst.width()) {
         getRegion(dst, {written, 0, dst.width() - written, dst.height()}).setZero();
     }
+}
+
+constexpr char file[] = "src/ox_cv/ox_cv_helpers";
+
+/// Strides of elements of twice the size.
+TensorSize doubled(TensorSize strides) {
+    for (std::int32_t& stride : strides.values) {
+        if (stride > std::numeric_limits<std::int32_t>::max() / 2) {
+            throw Exception(nullptr, StatusCapacityExceeded, "tensorFp16ToFp32", file, __LINE__,
+                            "Stride %d is too large.", stride);
+        }
+        stride *= 2;
+    }
+    return strides;
 }
 
 }  // namespace
@@ -87,6 +103,37 @@ void colorConvert(Frame const& src, FrameFormat format, Frame& dst) {
     dst.reuse(format, source.size(), DeviceContext(), 0);
     clearUnwritten(source, dst);
     backend.colorCvt(source, dst, Rect{});
+}
+
+void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod method) {
+    if (!src.initialized() || size.width <= 0 || size.height <= 0) {
+        dst.clear();
+        return;
+    }
+    Frame const source = src;  // NOLINT(performance-unnecessary-copy-initialization): as above
+    if (source.size() == size) {
+        source.copyTo(dst);
+        return;
+    }
+    CvBackendSimd backend;
+    backend.setIntProperty(1, static_cast<int>(method));
+    dst.reuse(source.format(), size, DeviceContext(), 0);
+    backend.resize(source, dst, Rect{}, Rect{});
+}
+
+void tensorFp16ToFp32(Tensor const& src, Tensor& dst) {
+    OX_ASSERT(src.initialized() && src.layout().dataType() == TENSOR_FLOAT_16, file);
+    OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
+                  src.deviceContext() == dst.deviceContext(),
+              file);
+    Tensor const source = src;  // NOLINT(performance-unnecessary-copy-initialization): as above
+    TensorLayout const& layout = source.layout();
+    // The channel order isn't taken over, on purpose.
+    dst.reuse(TensorLayout(TENSOR_FLOAT_32, layout.format(), layout.size(),
+                           doubled(layout.strides()), TENSOR_CHANNEL_ORDER_NONE),
+              DeviceContext());
+    convertFp16ToFp32(static_cast<unsigned short const*>(static_cast<void const*>(source.data())),
+                      layout.totalBytes() / 2, static_cast<float*>(static_cast<void*>(dst.data())));
 }
 
 void convertFp16ToFp32(unsigned short const* src, unsigned long count, float* dst) {

@@ -6,6 +6,8 @@
 #include "ox_core/ox_api.h"
 #include "ox_core/ox_frame.h"
 #include "ox_core/ox_geometry.h"
+#include "ox_core/ox_tensor.h"
+#include "ox_cv/ox_cv_backend.h"
 
 namespace ox {
 
@@ -34,6 +36,21 @@ OX_API void NV12toBGR_neon(unsigned char const* y, unsigned char const* uv, unsi
 /// conversion leaves unwritten are 0.
 /// @throws Exception what `Frame::reuse` and `CvBackendSimd::colorCvt` throw
 OX_API void colorConvert(Frame const& src, FrameFormat format, Frame& dst);
+
+/// Scales a frame through a `CvBackendSimd` of its own; callers with many frames keep one. `dst`
+/// gets `src`'s format and the size, and may be another handle on `src`'s pixels, or `src` itself.
+/// It is cleared if `src` isn't initialized or a side of `size` isn't positive, and becomes a copy
+/// if the size is `src`'s.
+/// @throws Exception what `CvBackendSimd::setIntProperty`, `Frame::reuse` and
+///         `CvBackendSimd::resize` throw; a bad `method` leaves `dst` as it was
+OX_API void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod method);
+
+/// Half precision to single, of a whole tensor with its padding. `dst` gets `src`'s format and
+/// size, twice its strides and channel order 0, and may be another handle on `src`'s numbers, or
+/// `src` itself.
+/// @throws Exception `StatusAssertionFailed` if `src` isn't an initialized `TENSOR_FLOAT_16` tensor
+///         on the CPU or `dst` is elsewhere; `StatusCapacityExceeded` for a stride past 2^30
+OX_API void tensorFp16ToFp32(Tensor const& src, Tensor& dst);
 
 /// Half precision (IEEE 754 binary16, as bits) to single. Exact; from four numbers on signalling
 /// NaNs are quieted.

@@ -65,25 +65,6 @@ TEST(CvBackendSimd, IsOnTheCpu) {
     EXPECT_EQ(CvBackendSimd().getDeviceContext(), DeviceContext());
 }
 
-TEST(CvBackendSimd, DoesNotScaleOrWarp) {
-    constexpr char text[] = "Operation is not implemented";
-    CvBackendSimd backend;
-    TestFrame const src = ramp(FRAME_GRAY8, {4, 4});
-    TestFrame dst(FRAME_GRAY8, {2, 2});
-    Frame none;
-    float const matrix[2][3] = {{1, 0, 0}, {0, 1, 0}};
-    for (Frame* const target : {&dst.frame(), &none}) {
-        expectException(StatusNotSupported, text,
-                        [&] { backend.resize(src.frame(), *target, {}, {}); });
-        expectException(StatusNotSupported, text,
-                        [&] { backend.convert(src.frame(), *target, {}); });
-        expectException(StatusNotSupported, text, [&] {
-            backend.warpAffine(src.frame(), *target, matrix, emptyRoi(), true);
-        });
-    }
-    EXPECT_TRUE(isFilledWith(dst.frame(), 0));
-}
-
 // The scratch frame, whose rows start anywhere.
 testing::AssertionResult scratchHolds(CvBackendSimd const& backend, model::Image const& expected) {
     return sameImage(imageOf(CvBackendSimdProbe::colorFrame(backend)), expected);
