@@ -10,10 +10,10 @@ namespace ox::benchmarks {
 
 #ifdef OX_PEER_SWSCALE
 Contestant swscale(std::shared_ptr<Frame> const& src, AVPixelFormat src_format,
-                   std::shared_ptr<Frame> const& dst, AVPixelFormat dst_format) {
+                   std::shared_ptr<Frame> const& dst, AVPixelFormat dst_format, int flags) {
     std::shared_ptr<SwsContext> const context(
         sws_getContext(src->width(), src->height(), src_format, dst->width(), dst->height(),
-                       dst_format, SWS_POINT, nullptr, nullptr, nullptr),
+                       dst_format, flags, nullptr, nullptr, nullptr),
         sws_freeContext);
     return {"swscale", [=] {
                 std::uint8_t* from[4];
@@ -80,7 +80,7 @@ struct Conversion {
 
 #ifdef OX_PEER_SWSCALE
     void addSwscale(AVPixelFormat from, AVPixelFormat to) {
-        operation.peers.push_back(swscale(src, from, dst, to));
+        operation.peers.push_back(swscale(src, from, dst, to, SWS_POINT));
     }
 #endif
 };

@@ -81,6 +81,9 @@ int main(int count, char** arguments) {
         for (Operation const& operation : floatOperations(size)) {
             add(operation, label);
         }
+        for (Operation const& operation : resampleOperations(size)) {
+            add(operation, label);
+        }
     }
     TableReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);

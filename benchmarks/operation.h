@@ -28,5 +28,7 @@ struct Operation {
 
 std::vector<Operation> colourOperations(Size size);
 std::vector<Operation> floatOperations(Size size);
+/// Resizing and turning, of frames of the size.
+std::vector<Operation> resampleOperations(Size size);
 
 }  // namespace ox::benchmarks

@@ -39,9 +39,9 @@ inline cv::Mat matOf(Frame const& frame, int type) {
 #endif
 
 #ifdef OX_PEER_SWSCALE
-/// A conversion without scaling, by libswscale's fast path.
+/// A conversion or a scaling, by one of libswscale's methods.
 Contestant swscale(std::shared_ptr<Frame> const& src, AVPixelFormat src_format,
-                   std::shared_ptr<Frame> const& dst, AVPixelFormat dst_format);
+                   std::shared_ptr<Frame> const& dst, AVPixelFormat dst_format, int flags);
 #endif
 
 }  // namespace ox::benchmarks
