@@ -1,5 +1,6 @@
 /// @file
-/// Lays one photograph out nine times on a sheet, to compare the library's ways with it by eye.
+/// Lays one photograph out on a sheet again and again, to compare the library's ways with it by
+/// eye: what both backends do stands in pairs, the pipeline's on the left.
 ///
 ///     contact_sheet 451x300 126,82,96,64 < photo.bgr24 > sheet.bgr24
 ///     contact_sheet --size
@@ -7,9 +8,11 @@
 /// Both files are bare frames of FRAME_BGR24. The region is shown enlarged; the size of the sheet
 /// is always the same, and the second form prints it.
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <numbers>
 #include <string>
 
 #include "glyphs.h"
@@ -24,8 +27,11 @@ constexpr int captionScale = 2;
 constexpr int frameWidth = 2;  ///< of the line around the region
 constexpr ox::Size cellSize{384, 256};
 constexpr ox::Size thumbnailSize{96, 64};
-constexpr ox::Size sheetSize{3 * (cellSize.width + margin) + margin,
-                             3 * (cellSize.height + captionHeight + margin) + margin};
+constexpr int columns = 4;
+constexpr int rows = 5;
+constexpr ox::Size sheetSize{columns * (cellSize.width + margin) + margin,
+                             rows*(cellSize.height + captionHeight + margin) + margin};
+constexpr double tilt = 20;  ///< degrees
 
 struct Colour {
     unsigned char bgr[3];
@@ -43,6 +49,8 @@ constexpr Method methods[]{{ox::ResizeNearestNeighbour, "NEAREST"},
                            {ox::ResizeBilinear, "BILINEAR"},
                            {ox::ResizeArea, "AREA"}};
 
+enum BackendProperty : int { scalingMethod = 1, warpMethod = 2 };
+
 /// A frame on the CPU.
 ox::Frame makeFrame(ox::FrameFormat format, ox::Size size) {
     ox::Frame frame;
@@ -54,7 +62,7 @@ ox::Frame makeFrame(ox::FrameFormat format, ox::Size size) {
 ox::Frame scaled(ox::ICvBackend& backend, ox::Frame const& frame, ox::Size size,
                  ox::ResizeMethod method) {
     ox::Frame result = makeFrame(frame.format(), size);
-    backend.setIntProperty(1, static_cast<int>(method));
+    backend.setIntProperty(scalingMethod, static_cast<int>(method));
     backend.resize(frame, result, ox::emptyRoi(), ox::emptyRoi());
     return result;
 }
@@ -64,6 +72,20 @@ ox::Frame scaled(ox::ICvBackend& backend, ox::Frame const& frame, ox::Size size,
 ox::Frame converted(ox::ICvBackend& backend, ox::Frame const& frame, ox::FrameFormat format) {
     ox::Frame result = makeFrame(format, frame.size());
     backend.colorCvt(frame, result, {0, 0, frame.width(), frame.height()});
+    return result;
+}
+
+/// Turned counter-clockwise about its middle.
+ox::Frame rotated(ox::CvBackendSimd& backend, ox::Frame const& frame, ox::ResizeMethod method) {
+    auto const c = static_cast<float>(std::cos(tilt * std::numbers::pi / 180));
+    auto const s = static_cast<float>(std::sin(tilt * std::numbers::pi / 180));
+    float const x = static_cast<float>(frame.width() - 1) / 2;
+    float const y = static_cast<float>(frame.height() - 1) / 2;
+    // From the source to the destination; y runs downwards.
+    float const matrix[2][3] = {{c, s, x - c * x - s * y}, {-s, c, y + s * x - c * y}};
+    ox::Frame result = makeFrame(frame.format(), frame.size());
+    backend.setIntProperty(warpMethod, static_cast<int>(method));
+    backend.warpAffine(frame, result, matrix, ox::emptyRoi(), false);
     return result;
 }
 
@@ -102,7 +124,7 @@ class Sheet {
         unsigned char* plane = colour.bgr;
         ox::Frame const pixel =
             ox::Frame::wrap(ox::FrameLayout(ox::FRAME_BGR24, {1, 1}, 1), &plane);
-        _backend.setIntProperty(1, ox::ResizeNearestNeighbour);
+        _backend.setIntProperty(scalingMethod, ox::ResizeNearestNeighbour);
         _backend.resize(pixel, frame, ox::emptyRoi(), region);
     }
 
@@ -122,7 +144,7 @@ class Sheet {
     void place(int column, int row, ox::Frame const& picture, std::string const& caption) {
         int const x = margin + column * (cellSize.width + margin);
         int const y = margin + row * (cellSize.height + captionHeight + margin);
-        _backend.setIntProperty(1, ox::ResizeArea);
+        _backend.setIntProperty(scalingMethod, ox::ResizeArea);
         _backend.resize(picture, _frame, ox::emptyRoi(), {x, y, cellSize.width, cellSize.height});
         ox::Frame const text = rendered(_backend, caption);
         ox::Frame target =
@@ -135,26 +157,67 @@ class Sheet {
     ox::Frame _frame;
 };
 
-void layOut(ox::ICvBackend& backend, Sheet& sheet, ox::Frame photo, ox::Rect region) {
-    ox::Frame const nv12 = converted(backend, photo, ox::FRAME_NV12);
-    ox::Frame const gray = converted(backend, photo, ox::FRAME_GRAY8);
-    sheet.place(1, 0, converted(backend, nv12, ox::FRAME_BGR24), "NV12 AND BACK");
-    sheet.place(2, 0, converted(backend, gray, ox::FRAME_BGR24), "GRAY");
+/// A backend with the name that captions give it.
+struct NamedBackend {
+    ox::ICvBackend& backend;
+    std::string name;
+};
 
-    ox::Frame const crop = ox::getRegion(photo, region);
-    for (int column = 0; auto const& [method, name] : methods) {
-        sheet.place(column, 1, scaled(backend, crop, cellSize, method),
-                    std::string("REGION ENLARGED, ") + name);
-        ox::Frame const small = scaled(backend, photo, thumbnailSize, method);
-        sheet.place(column, 2, scaled(backend, small, cellSize, ox::ResizeNearestNeighbour),
-                    std::string("SHRUNK, ") + name);
-        ++column;
-    }
-
-    ox::Frame marked;  // the last one, since `crop` shares the photo's pixels
+ox::Frame outlined(Sheet& sheet, ox::Frame const& photo, ox::Rect region) {
+    ox::Frame marked;
     photo.copyTo(marked);
     sheet.outline(marked, marker, region);
-    sheet.place(0, 0, marked, "ORIGINAL");
+    return marked;
+}
+
+/// The vector backend takes NV12 of even sides only.
+ox::Frame evened(ox::Frame frame) {
+    return ox::getRegion(frame, {0, 0, frame.width() / 2 * 2, frame.height() / 2 * 2});
+}
+
+void layOutColours(Sheet& sheet, int column, NamedBackend const& by, ox::Frame const& photo) {
+    ox::Frame const nv12 = converted(by.backend, evened(photo), ox::FRAME_NV12);
+    ox::Frame const gray = converted(by.backend, photo, ox::FRAME_GRAY8);
+    sheet.place(column, 1, converted(by.backend, nv12, ox::FRAME_BGR24),
+                "NV12 AND BACK, " + by.name);
+    sheet.place(column + 2, 1, converted(by.backend, gray, ox::FRAME_BGR24), "GRAY, " + by.name);
+}
+
+/// Three pairs of enlargements and three of thumbnails, two pairs to a row.
+void layOutSizes(Sheet& sheet, int column, NamedBackend const& by, ox::Frame const& photo,
+                 ox::Frame const& crop) {
+    constexpr int firstCell = 2 * columns;
+    int cell = firstCell + column;
+    auto const place = [&](ox::Frame const& picture, std::string const& caption) {
+        sheet.place(cell % columns, cell / columns, picture, caption + ", " + by.name);
+        cell += 2;
+    };
+    for (auto const& [method, name] : methods) {
+        place(scaled(by.backend, crop, cellSize, method), std::string("ENLARGED, ") + name);
+    }
+    for (auto const& [method, name] : methods) {
+        ox::Frame const small = scaled(by.backend, photo, thumbnailSize, method);
+        place(scaled(by.backend, small, cellSize, ox::ResizeNearestNeighbour),
+              std::string("SHRUNK, ") + name);
+    }
+}
+
+void layOut(Sheet& sheet, ox::CvBackendBase& pipeline, ox::CvBackendSimd& vectors, ox::Frame photo,
+            ox::Rect region) {
+    sheet.place(0, 0, outlined(sheet, photo, region), "ORIGINAL");
+    sheet.place(1, 0, rotated(vectors, photo, ox::ResizeNearestNeighbour), "ROTATED, NEAREST");
+    sheet.place(2, 0, rotated(vectors, photo, ox::ResizeBilinear), "ROTATED, BILINEAR");
+    ox::Frame const crop = ox::getRegion(photo, region);
+    sheet.place(
+        3, 0,
+        rotated(vectors, scaled(vectors, crop, cellSize, ox::ResizeBilinear), ox::ResizeBilinear),
+        "ENLARGED AND ROTATED");
+    for (int column = 0;
+         auto const& by : {NamedBackend{pipeline, "PIPELINE"}, NamedBackend{vectors, "VECTORS"}}) {
+        layOutColours(sheet, column, by, photo);
+        layOutSizes(sheet, column, by, photo, crop);
+        ++column;
+    }
 }
 
 bool readRows(ox::Frame& frame) {
@@ -185,9 +248,10 @@ int makeSheet(ox::Size size, ox::Rect region) {
         std::fputs("contact_sheet: the photograph is truncated\n", stderr);
         return 1;
     }
-    ox::CvBackendBase backend;
-    Sheet sheet(backend);
-    layOut(backend, sheet, photo, region);
+    ox::CvBackendBase pipeline;
+    ox::CvBackendSimd vectors;
+    Sheet sheet(pipeline);
+    layOut(sheet, pipeline, vectors, photo, region);
     return writeRows(sheet.frame()) ? 0 : 1;
 }
 

@@ -1,7 +1,5 @@
 // What the steps do to raw frames, byte by byte as the library does it.
-#include "ox_core/ox_exception.h"
-#include "ox_cv/ox_cv_backend_base.h"
-#include "ox_cv/ox_cv_backend_simd.h"
+#include "library.h"
 #include "ox_cv/ox_cv_helpers.h"
 #include "program.h"
 #include "support/test_frame.h"
@@ -12,57 +10,43 @@ namespace {
 
 class ConvertTest : public ProgramTest {};
 
-ox::Rect whole(ox::Frame const& frame) {
-    return {0, 0, frame.width(), frame.height()};
-}
-
-ox::Frame inFormat(ox::Frame const& frame, ox::FrameFormat format) {
-    ox::Frame result = blankFrame(format, frame.size());
-    ox::CvBackendBase().colorCvt(frame, result, whole(frame));
-    return result;
-}
-
-// Directly, or through BGR24.
-ox::Frame inFormatByAnyWay(ox::Frame const& frame, ox::FrameFormat format) {
-    try {
-        return inFormat(frame, format);
-    } catch (ox::Exception const&) {
-        return inFormat(inFormat(frame, ox::FRAME_BGR24), format);
-    }
-}
-
-ox::Frame scaled(ox::Frame const& frame, ox::Size size, ox::ResizeMethod method) {
-    ox::Frame result = blankFrame(frame.format(), size);
-    ox::CvBackendBase backend;
-    backend.setIntProperty(1, static_cast<int>(method));
-    backend.resize(frame, result, ox::emptyRoi(), ox::emptyRoi());
-    return result;
+Words rawInputFor(std::string const& backend, ox::FrameFormat format, ox::Size size) {
+    return join(rawInput(format, size), {"--backend", backend});
 }
 
 }  // namespace
 
 TEST_F(ConvertTest, FormatsAreTheLibrarysBytes) {
-    for (auto const src : {ox::FRAME_GRAY8, ox::FRAME_RGB24, ox::FRAME_BGR24, ox::FRAME_BGR_PLANAR,
-                           ox::FRAME_NV12, ox::FRAME_YUYV, ox::FRAME_YUV444_PLANAR}) {
-        for (auto const dst :
-             {ox::FRAME_GRAY8, ox::FRAME_RGB24, ox::FRAME_BGR24, ox::FRAME_I420, ox::FRAME_NV21,
-              ox::FRAME_YV16, ox::FRAME_UYVY, ox::FRAME_YUV444, ox::FRAME_BGR_32F_PLANAR}) {
-            SCOPED_TRACE(std::string(ox::toString(src)) + " to " + ox::toString(dst));
-            ox::Frame const frame = randomFrame(src, {13, 7});
-            std::string const out =
-                converted(bytesOf(frame),
-                          join(rawInput(src, {13, 7}), {"--format", ox::toString(dst)}), "out.raw");
-            EXPECT_EQ(out, bytesOf(inFormatByAnyWay(frame, dst)));
+    for (std::string const backend : backends) {
+        for (auto const src :
+             {ox::FRAME_GRAY8, ox::FRAME_RGB24, ox::FRAME_BGR24, ox::FRAME_BGR_PLANAR,
+              ox::FRAME_NV12, ox::FRAME_YUYV, ox::FRAME_YUV444_PLANAR}) {
+            for (auto const dst :
+                 {ox::FRAME_GRAY8, ox::FRAME_RGB24, ox::FRAME_BGR24, ox::FRAME_I420, ox::FRAME_NV21,
+                  ox::FRAME_YV16, ox::FRAME_UYVY, ox::FRAME_YUV444, ox::FRAME_BGR_32F_PLANAR}) {
+                ox::Size const size = dst == ox::FRAME_UYVY ? ox::Size{13, 7} : ox::Size{14, 6};
+                SCOPED_TRACE(backend + ": " + ox::toString(src) + " to " + ox::toString(dst));
+                ox::Frame const frame = randomFrame(src, size);
+                std::string const out = converted(
+                    bytesOf(frame),
+                    join(rawInputFor(backend, src, size), {"--format", ox::toString(dst)}),
+                    "out.raw");
+                EXPECT_EQ(out, bytesOf(Library(backend).inFormatByAnyWay(frame, dst)));
+            }
         }
     }
 }
 
 TEST_F(ConvertTest, Nv12ToBgr24IsWrittenInFullWhateverTheSize) {
-    for (ox::Size const size : {ox::Size{10, 4}, ox::Size{16, 5}, ox::Size{7, 1}, ox::Size{9, 9}}) {
-        ox::Frame const frame = randomFrame(ox::FRAME_NV12, size);
-        std::string const out = converted(
-            bytesOf(frame), join(rawInput(ox::FRAME_NV12, size), {"--format", "BGR24"}), "out.raw");
-        EXPECT_EQ(out, bytesOf(inFormat(frame, ox::FRAME_BGR24)));
+    for (std::string const backend : backends) {
+        for (ox::Size const size :
+             {ox::Size{10, 4}, ox::Size{16, 5}, ox::Size{7, 1}, ox::Size{9, 9}}) {
+            ox::Frame const frame = randomFrame(ox::FRAME_NV12, size);
+            std::string const out = converted(
+                bytesOf(frame),
+                join(rawInputFor(backend, ox::FRAME_NV12, size), {"--format", "BGR24"}), "out.raw");
+            EXPECT_EQ(out, bytesOf(Library(backend).inFormat(frame, ox::FRAME_BGR24))) << backend;
+        }
     }
 }
 
@@ -70,9 +54,12 @@ TEST_F(ConvertTest, Nv12OfWholeBlocksTakesTheQuickWay) {
     ox::Frame const frame = randomFrame(ox::FRAME_NV12, {16, 6});
     ox::Frame expected = blankFrame(ox::FRAME_BGR24, {16, 6});
     ox::CvBackendBase().colorCvt(frame, expected, ox::emptyRoi());
-    EXPECT_EQ(converted(bytesOf(frame),
-                        join(rawInput(ox::FRAME_NV12, {16, 6}), {"--format", "BGR24"}), "out.raw"),
-              bytesOf(expected));
+    for (std::string const backend : backends) {
+        Words const input = rawInputFor(backend, ox::FRAME_NV12, {16, 6});
+        EXPECT_EQ(converted(bytesOf(frame), join(input, {"--format", "BGR24"}), "out.raw"),
+                  bytesOf(expected))
+            << backend;
+    }
 }
 
 TEST_F(ConvertTest, ARegionOfNv12IsConvertedInFull) {
@@ -85,11 +72,11 @@ TEST_F(ConvertTest, ARegionOfNv12IsConvertedInFull) {
         ox::CvBackendBase().colorCvt(narrowed, expected, blocks ? ox::emptyRoi() : whole(narrowed));
         std::string const roi = std::to_string(region.x) + "," + std::to_string(region.y) + "," +
                                 std::to_string(region.width) + "," + std::to_string(region.height);
-        EXPECT_EQ(
-            converted(bytesOf(frame),
-                      join(rawInput(ox::FRAME_NV12, {24, 8}), {"--roi", roi, "--format", "BGR24"}),
-                      "out.raw"),
-            bytesOf(expected))
+        EXPECT_EQ(converted(bytesOf(frame),
+                            join(rawInputFor("base", ox::FRAME_NV12, {24, 8}),
+                                 {"--roi", roi, "--format", "BGR24"}),
+                            "out.raw"),
+                  bytesOf(expected))
             << roi;
     }
 }
@@ -102,12 +89,17 @@ TEST_F(ConvertTest, ScalesByEveryMethod) {
     for (auto const& [name, method] :
          {Case{"nearest", ox::ResizeNearestNeighbour}, Case{"Bilinear", ox::ResizeBilinear},
           Case{"AREA", ox::ResizeArea}}) {
-        for (auto const format : {ox::FRAME_BGR24, ox::FRAME_I420, ox::FRAME_GRAY8}) {
-            ox::Frame const frame = randomFrame(format, {15, 11});
-            std::string const out = converted(
-                bytesOf(frame),
-                join(rawInput(format, {15, 11}), {"--size", "6x17", "--method", name}), "out.raw");
-            EXPECT_EQ(out, bytesOf(scaled(frame, {6, 17}, method))) << name;
+        for (std::string const backend : backends) {
+            for (auto const format : {ox::FRAME_BGR24, ox::FRAME_I420, ox::FRAME_NV12,
+                                      ox::FRAME_GRAY8, ox::FRAME_C1_16U}) {
+                ox::Frame const frame = randomFrame(format, {35, 11});
+                std::string const out = converted(bytesOf(frame),
+                                                  join(rawInputFor(backend, format, {35, 11}),
+                                                       {"--size", "22x17", "--method", name}),
+                                                  "out.raw");
+                EXPECT_EQ(out, bytesOf(Library(backend).scaled(frame, {22, 17}, method)))
+                    << backend << " " << name << " " << ox::toString(format);
+            }
         }
     }
 }
@@ -126,25 +118,57 @@ TEST_F(ConvertTest, OneSideOfASizeKeepsTheAspect) {
         std::string const out =
             converted(bytesOf(frame), join(rawInput(ox::FRAME_GRAY8, source), {"--size", request}),
                       "out.raw");
-        EXPECT_EQ(out, bytesOf(scaled(frame, expected, ox::ResizeBilinear))) << request;
+        EXPECT_EQ(out, bytesOf(Library("simd").scaled(frame, expected, ox::ResizeBilinear)))
+            << request;
+    }
+}
+
+TEST_F(ConvertTest, PackedPairsAreScaledAsSeparatePlanes) {
+    for (std::string const backend : backends) {
+        Library library(backend);
+        for (auto const format : {ox::FRAME_YUYV, ox::FRAME_UYVY}) {
+            ox::Frame const frame = randomFrame(format, {20, 8});
+            ox::Frame const planes =
+                library.scaled(library.inFormat(frame, ox::FRAME_NV16), {11, 5}, ox::ResizeArea);
+            Words const options =
+                join(rawInputFor(backend, format, {20, 8}), {"--size", "11x5", "--method", "area"});
+            EXPECT_EQ(converted(bytesOf(frame), options, "out.raw"),
+                      bytesOf(library.inFormat(planes, format)));
+            EXPECT_EQ(converted(bytesOf(frame), join(options, {"--format", "BGR24"}), "out.raw"),
+                      bytesOf(library.inFormat(planes, ox::FRAME_BGR24)));
+        }
+    }
+}
+
+TEST_F(ConvertTest, TheSizeThatIsThereChangesNothing) {
+    for (std::string const backend : backends) {
+        for (ox::FrameFormat const format : ox::test::allFormats()) {
+            std::string const frame = bytesOf(randomFrame(format, {6, 4}));
+            Words const options =
+                join(rawInputFor(backend, format, {6, 4}), {"--size", "6x4", "--method", "area"});
+            EXPECT_EQ(converted(frame, options, "out.raw"), frame) << ox::toString(format);
+        }
     }
 }
 
 TEST_F(ConvertTest, StepsAreDoneInOrder) {
-    ox::Frame frame = randomFrame(ox::FRAME_I420, {20, 14});
-    ox::Frame expected = ox::getRegion(frame, {5, 3, 11, 8});
-    expected = scaled(expected, {7, 5}, ox::ResizeArea);
-    expected = inFormat(inFormat(expected, ox::FRAME_BGR24), ox::FRAME_BGR_32F);
-    ox::CvBackendBase backend;
-    backend.mul(expected, 0.25F, ox::emptyRoi());
-    backend.add(expected, -1.5F, ox::emptyRoi());
-    std::string const out =
-        converted(bytesOf(frame),
-                  join(rawInput(ox::FRAME_I420, {20, 14}),
-                       {"--add", "-1.5", "--mul", "0.25", "--format", "bgr_32f", "--method", "area",
-                        "--size", "7x5", "--roi", "5,3,11,8"}),
-                  "out.raw");
-    EXPECT_EQ(out, bytesOf(expected));
+    for (std::string const backend : backends) {
+        Library library(backend);
+        ox::Frame frame = randomFrame(ox::FRAME_I420, {20, 14});
+        ox::Frame expected = ox::getRegion(frame, {5, 3, 11, 8});
+        expected = library.scaled(expected, {8, 6}, ox::ResizeArea);
+        expected = library.inFormat(expected, ox::FRAME_BGR24);
+        expected = library.inFormat(expected, ox::FRAME_BGR_32F);
+        library.multiply(expected, 0.25F);
+        library.add(expected, -1.5F);
+        std::string const out =
+            converted(bytesOf(frame),
+                      join(rawInputFor(backend, ox::FRAME_I420, {20, 14}),
+                           {"--add", "-1.5", "--mul", "0.25", "--format", "bgr_32f", "--method",
+                            "area", "--size", "8x6", "--roi", "5,3,11,8"}),
+                      "out.raw");
+        EXPECT_EQ(out, bytesOf(expected)) << backend;
+    }
 }
 
 TEST_F(ConvertTest, ARegionAloneCopiesItsPixels) {
@@ -170,7 +194,7 @@ TEST_F(ConvertTest, PaddingOfOddWidthsIsZero) {
     std::string const out =
         converted(input, join(rawInput(ox::FRAME_BGR24, {5, 2}), {"--format", "YUYV"}), "out.raw");
     ASSERT_EQ(out.size(), 2U * 2 * 12);
-    EXPECT_EQ(out.substr(0, 24), bytesOf(inFormat(frame, ox::FRAME_YUYV)));
+    EXPECT_EQ(out.substr(0, 24), bytesOf(Library("simd").inFormat(frame, ox::FRAME_YUYV)));
     for (std::size_t row = 0; row < 4; ++row) {
         EXPECT_EQ(out[row * 12 + 10], '\0') << "row " << row;
     }
@@ -179,13 +203,15 @@ TEST_F(ConvertTest, PaddingOfOddWidthsIsZero) {
 TEST_F(ConvertTest, AStreamIsConvertedFrameByFrame) {
     std::string input;
     std::string expected;
+    Library library("simd");
     for (unsigned seed = 0; seed < 5; ++seed) {
-        ox::Frame const frame = randomFrame(ox::FRAME_YUYV, {9, 6}, seed);
+        ox::Frame const frame = randomFrame(ox::FRAME_NV16, {9, 6}, seed);
+        ox::Frame const small = library.scaled(frame, {4, 3}, ox::ResizeBilinear);
         input += bytesOf(frame);
-        expected += bytesOf(inFormat(scaled(frame, {4, 3}, ox::ResizeBilinear), ox::FRAME_NV12));
+        expected += bytesOf(library.inFormat(small, ox::FRAME_NV12));
     }
     Words const options =
-        join(rawInput(ox::FRAME_YUYV, {9, 6}), {"--size", "4x3", "--format", "NV12"});
+        join(rawInput(ox::FRAME_NV16, {9, 6}), {"--size", "4x3", "--format", "NV12"});
     EXPECT_EQ(converted(input, options, "out.raw"), expected);
     EXPECT_EQ(converted(input, join(options, {"--frames", "2"}), "out.raw"),
               expected.substr(0, 2 * expected.size() / 5));
@@ -234,64 +260,9 @@ TEST_F(ConvertTest, ASizeSaysThatAPipeIsRaw) {
     }
 }
 
-TEST_F(ConvertTest, TheBackendCanBeNamed) {
-    std::string const frame = bytesOf(randomFrame(ox::FRAME_GRAY8, {6, 4}));
-    Words const options = join(rawInput(ox::FRAME_GRAY8, {6, 4}), {"--format", "NV12"});
-    EXPECT_EQ(converted(frame, join(options, {"--backend", "base"}), "out.raw"),
-              converted(frame, options, "default.raw"));
-}
-
-// The same picture through the library's own call.
-std::string vectorConverted(ox::Frame const& frame, ox::FrameFormat format) {
-    ox::Frame result;
-    ox::colorConvert(frame, format, result);
-    return bytesOf(result);
-}
-
-TEST_F(ConvertTest, TheVectorBackendHasColoursOfItsOwn) {
-    ox::Frame const frame = randomFrame(ox::FRAME_BGR24, {34, 6});
-    Words const options = join(rawInput(ox::FRAME_BGR24, {34, 6}), {"--backend", "simd"});
-    for (ox::FrameFormat const format :
-         {ox::FRAME_NV12, ox::FRAME_GRAY8, ox::FRAME_YUV444, ox::FRAME_BGR_PLANAR}) {
-        std::string const name = std::string(toString(format)).substr(6);
-        EXPECT_EQ(converted(bytesOf(frame), join(options, {"--format", name}), "out.raw"),
-                  vectorConverted(frame, format))
-            << name;
-    }
-    EXPECT_NE(converted(bytesOf(frame), join(options, {"--format", "GRAY8"}), "out.raw"),
-              bytesOf(inFormat(frame, ox::FRAME_GRAY8)));
-}
-
-TEST_F(ConvertTest, ThePipelineHelpsTheVectorBackendOut) {
-    ox::Frame const odd = randomFrame(ox::FRAME_NV12, {35, 7});
-    Words const odd_input = rawInput(ox::FRAME_NV12, {35, 7});
-    Words const gray = rawInput(ox::FRAME_GRAY8, {34, 6});
-    std::string const picture = bytesOf(randomFrame(ox::FRAME_GRAY8, {34, 6}));
-    for (auto const& [input, frame, option, value] :
-         {std::tuple{odd_input, bytesOf(odd), "--format", "BGR24"},  // sides that aren't even
-          std::tuple{gray, picture, "--format", "NV12"},             // a pair that it doesn't have
-          std::tuple{gray, picture, "--size", "17x3"}}) {            // no resizing yet
-        Words const options = join(input, {option, value});
-        EXPECT_EQ(converted(frame, join(options, {"--backend", "simd"}), "simd.raw"),
-                  converted(frame, options, "base.raw"))
-            << option << " " << value;
-    }
-}
-
-TEST_F(ConvertTest, TheVectorBackendLeavesNoPixelOut) {
-    // Ten columns: the quick way from NV12 to BGR24 would do eight of them.
-    ox::Frame const frame = randomFrame(ox::FRAME_NV12, {10, 4});
-    ox::Frame expected;
-    expected.reuse(ox::FRAME_BGR24, {10, 4}, {}, 0);
-    ox::CvBackendSimd().colorCvt(frame, expected, {0, 0, 10, 4});
-    Words const options =
-        join(rawInput(ox::FRAME_NV12, {10, 4}), {"--backend", "simd", "--format", "BGR24"});
-    EXPECT_EQ(converted(bytesOf(frame), options, "out.raw"), bytesOf(expected));
-}
-
 TEST_F(ConvertTest, AnEndingMayNameTheFormat) {
     ox::Frame const frame = randomFrame(ox::FRAME_BGR24, {6, 4});
-    std::string const nv12 = bytesOf(inFormat(frame, ox::FRAME_NV12));
+    std::string const nv12 = bytesOf(Library("simd").inFormat(frame, ox::FRAME_NV12));
     EXPECT_EQ(converted(bytesOf(frame), rawInput(ox::FRAME_BGR24, {6, 4}), "out.nv12"), nv12);
     Result const back =
         run({"convert", path("out.nv12"), path("out.bgr24"), "--input-size", "6x4"});

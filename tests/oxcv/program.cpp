@@ -244,4 +244,16 @@ std::string bytesOf(ox::Frame const& frame) {
     return bytes;
 }
 
+void setBytes(ox::Frame const& frame, std::string const& bytes) {
+    std::size_t taken = 0;
+    for (int i = 0; i < frame.layout().planeCount; ++i) {
+        ox::FramePlane const& plane = frame.layout().plane[i];
+        for (int y = 0; y < plane.height; ++y) {
+            bytes.copy(reinterpret_cast<char*>(ox::test::rowOf(frame, i, y)), plane.rowBytes,
+                       taken);
+            taken += plane.rowBytes;
+        }
+    }
+}
+
 }  // namespace oxcv::test

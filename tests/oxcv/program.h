@@ -80,5 +80,6 @@ ox::Frame randomFrame(ox::FrameFormat format, ox::Size size, unsigned seed = 1);
 
 // All rows of all planes without gaps.
 std::string bytesOf(ox::Frame const& frame);
+void setBytes(ox::Frame const& frame, std::string const& bytes);
 
 }  // namespace oxcv::test

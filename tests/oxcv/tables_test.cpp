@@ -1,9 +1,8 @@
 // What the tool tells about files, formats and itself.
 #include <sstream>
 
+#include "library.h"
 #include "ox_core/ox_exception.h"
-#include "ox_cv/ox_cv_backend_base.h"
-#include "ox_cv/ox_cv_helpers.h"
 #include "program.h"
 #include "support/test_frame.h"
 
@@ -15,19 +14,20 @@ class TablesTest : public ProgramTest {};
 
 // A row of `oxcv formats` as words.
 struct Row {
-    std::string letter, name, planes, chroma, bits, scales;
+    std::string letter, name, planes, chroma, bits, scales, warps;
     Words ways;
 };
 
-std::vector<Row> formatRows() {
-    std::istringstream text(run({"formats"}).out);
+std::vector<Row> formatRows(Words const& options = {}) {
+    std::istringstream text(run(join({"formats"}, options)).out);
     std::vector<Row> rows;
     std::string line;
     std::getline(text, line);  // heads
     while (std::getline(text, line) && !line.empty()) {
         std::istringstream words(line);
         Row row;
-        words >> row.letter >> row.name >> row.planes >> row.chroma >> row.bits >> row.scales;
+        words >> row.letter >> row.name >> row.planes >> row.chroma >> row.bits >> row.scales >>
+            row.warps;
         for (std::string way; words >> way;) {
             row.ways.push_back(way);
         }
@@ -46,54 +46,73 @@ bool works(Call call) {
     }
 }
 
-bool converts(ox::FrameFormat src, ox::FrameFormat dst) {
-    ox::Frame target = blankFrame(dst, {8, 8});
-    return works([&] {
-        ox::CvBackendBase().colorCvt(blankFrame(src, {8, 8}), target, ox::emptyRoi());
-    });
+// By new backends each time: a used one remembers things, and takes pairs then that don't exist.
+bool converts(std::string const& backend, ox::FrameFormat src, ox::FrameFormat dst) {
+    return works([&] { Library(backend).inFormat(blankFrame(src, {8, 8}), dst); });
 }
 
-char way(ox::FrameFormat src, ox::FrameFormat dst) {
+char way(std::string const& backend, ox::FrameFormat src, ox::FrameFormat dst) {
     if (src == dst) {
         return '=';
     }
-    if (converts(src, dst)) {
+    if (converts(backend, src, dst)) {
         return '1';
     }
     for (ox::FrameFormat const third : ox::test::allFormats()) {
-        if (converts(src, third) && converts(third, dst)) {
+        if (converts(backend, src, third) && converts(backend, third, dst)) {
             return '2';
         }
     }
     return '.';
 }
 
-bool scales(ox::FrameFormat format, ox::ResizeMethod method) {
-    ox::Frame target = blankFrame(format, {6, 6});
-    ox::CvBackendBase backend;
-    backend.setIntProperty(1, static_cast<int>(method));
-    return works([&] {
-        backend.resize(blankFrame(format, {8, 8}), target, ox::emptyRoi(), ox::emptyRoi());
+char scales(std::string const& backend, ox::FrameFormat format, ox::ResizeMethod method) {
+    bool const taken = works([&] {
+        Library(backend).scaled(blankFrame(format, {8, 8}), {6, 6}, method);
     });
+    return taken ? "nba"[method] : '.';
+}
+
+void expectRow(Row const& row, std::string const& backend, ox::FrameFormat format) {
+    SCOPED_TRACE(backend + ": " + row.name);
+    std::vector<ox::FrameFormat> const formats = ox::test::allFormats();
+    std::string const letters{scales(backend, format, ox::ResizeNearestNeighbour),
+                              scales(backend, format, ox::ResizeBilinear),
+                              scales(backend, format, ox::ResizeArea)};
+    EXPECT_EQ(row.scales, letters);
+    ASSERT_EQ(row.ways.size(), formats.size());
+    for (std::size_t k = 0; k < formats.size(); ++k) {
+        EXPECT_EQ(row.ways[k], std::string(1, way(backend, format, formats[k])))
+            << "to " << ox::toString(formats[k]);
+    }
 }
 
 }  // namespace
 
-TEST_F(TablesTest, FormatsTellsWhatTheBackendTakes) {
+TEST_F(TablesTest, FormatsTellsWhatTheBackendsTake) {
     std::vector<ox::FrameFormat> const formats = ox::test::allFormats();
-    std::vector<Row> const rows = formatRows();
-    ASSERT_EQ(rows.size(), formats.size());
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        SCOPED_TRACE(rows[i].name);
-        std::string const letters{scales(formats[i], ox::ResizeNearestNeighbour) ? 'n' : '.',
-                                  scales(formats[i], ox::ResizeBilinear) ? 'b' : '.',
-                                  scales(formats[i], ox::ResizeArea) ? 'a' : '.'};
-        EXPECT_EQ(rows[i].scales, letters);
-        ASSERT_EQ(rows[i].ways.size(), formats.size());
-        for (std::size_t k = 0; k < formats.size(); ++k) {
-            EXPECT_EQ(rows[i].ways[k], std::string(1, way(formats[i], formats[k])))
-                << "to " << rows[k].name;
+    for (std::string const backend : backends) {
+        std::vector<Row> const rows = formatRows({"--backend", backend});
+        ASSERT_EQ(rows.size(), formats.size());
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            expectRow(rows[i], backend, formats[i]);
         }
+    }
+    EXPECT_EQ(run({"formats"}).out, run({"formats", "--backend", "simd"}).out);
+}
+
+TEST_F(TablesTest, FormatsTellsWhichAreWarped) {
+    std::string ways;
+    for (Row const& row : formatRows()) {
+        ways += row.warps;
+    }
+    EXPECT_EQ(ways,
+              "wwwww"
+              "cccccccccc"
+              "www"
+              ".....");
+    for (Row const& row : formatRows({"--backend", "base"})) {
+        EXPECT_EQ(row.warps, ".") << row.name;
     }
 }
 
@@ -117,15 +136,15 @@ TEST_F(TablesTest, FormatsTellsWhatTheLibraryDoes) {
     EXPECT_EQ(rows[nv12].bits, "8");
     EXPECT_EQ(rows[nv12].scales, "nba");
     EXPECT_EQ(rows[nv12].ways[bgr], "1");
-    EXPECT_EQ(rows[nv12].ways[rgb], "2");
-    EXPECT_EQ(rows[nv12].ways[rgb_planar], ".");
+    EXPECT_EQ(rows[nv12].ways[rgb], "1");
+    EXPECT_EQ(rows[nv12].ways[rgb_planar], "2");
     EXPECT_EQ(rows[gray].chroma, "-");
     EXPECT_EQ(rows[gray].ways[nv12], "1");
     EXPECT_EQ(rows[bgr].ways[gray], "1");
     EXPECT_EQ(rows[rgb_planar].ways[bgr], "2");
     EXPECT_EQ(rows.back().name, "BGR_32F_PLANAR");
     EXPECT_EQ(rows.back().bits, "32");
-    EXPECT_EQ(rows.back().ways[bgr], ".");
+    EXPECT_EQ(rows.back().ways[bgr], "1");
 }
 
 TEST_F(TablesTest, InfoTellsWhatAFileHolds) {

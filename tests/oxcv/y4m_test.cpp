@@ -1,6 +1,5 @@
 // Streams of video.
-#include "ox_cv/ox_cv_backend_base.h"
-#include "ox_cv/ox_cv_helpers.h"
+#include "library.h"
 #include "program.h"
 
 namespace oxcv::test {
@@ -77,17 +76,21 @@ TEST_F(Y4mTest, AStreamIsScaledFromPipeToPipe) {
          {Case{ox::FRAME_GRAY8, "mono"}, Case{ox::FRAME_I420, "420jpeg"},
           Case{ox::FRAME_YUV444_PLANAR, "444"}}) {
         std::string input = header("W9 H7", chroma);
-        std::string expected = header("W5 H4", chroma);
         for (unsigned seed = 1; seed <= 3; ++seed) {
-            ox::Frame const frame = randomFrame(format, {9, 7}, seed);
-            ox::Frame scaled = blankFrame(format, {5, 4});
-            ox::CvBackendBase().resize(frame, scaled, ox::emptyRoi(), ox::emptyRoi());
-            input += "FRAME\n" + bytesOf(frame);
-            expected += "FRAME\n" + bytesOf(scaled);
+            input += "FRAME\n" + bytesOf(randomFrame(format, {9, 7}, seed));
         }
-        Result const result = run({"convert", "-", "-", "--size", "5x"}, input);
-        EXPECT_EQ(result.status, 0) << result.err;
-        EXPECT_EQ(result.out, expected) << chroma;
+        for (std::string const backend : backends) {
+            std::string expected = header("W5 H4", chroma);
+            for (unsigned seed = 1; seed <= 3; ++seed) {
+                ox::Frame const frame = randomFrame(format, {9, 7}, seed);
+                expected +=
+                    "FRAME\n" + bytesOf(Library(backend).scaled(frame, {5, 4}, ox::ResizeBilinear));
+            }
+            Result const result =
+                run({"convert", "-", "-", "--size", "5x", "--backend", backend}, input);
+            EXPECT_EQ(result.status, 0) << result.err;
+            EXPECT_EQ(result.out, expected) << backend << " " << chroma;
+        }
     }
 }
 

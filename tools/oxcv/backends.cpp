@@ -5,33 +5,32 @@
 #include <iterator>
 
 #include "failure.h"
-#include "ox_cv/ox_cv_backend_base.h"
-#include "vector_backend.h"
+#include "parse.h"
+#include "vector_limits.h"
 
 namespace oxcv {
 
 namespace {
 
+constexpr int scalingMethodProperty = 1;
+constexpr int warpMethodProperty = 2;
+
+bool convertsAnywhere(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size) {
+    return whyNotConverted(src, dst, size).empty() || convertsInPipeline(src, dst, size);
+}
+
+bool scalesAnywhere(ox::FrameFormat format, ox::ResizeMethod method) {
+    return whyNotScaled(format, method).empty() || scalesInPipeline(format, method);
+}
+
 struct BackendChoice {
     char const* name;
-    Backend (*make)();
+    Offer offer;
 };
 
-Backend makePipeline() {
-    return {std::make_unique<ox::CvBackendBase>(), convertsInPipeline};
-}
-
-bool convertsSomewhere(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size) {
-    return VectorBackend::converts(src, dst, size) || convertsInPipeline(src, dst, size);
-}
-
-Backend makeVector() {
-    return {std::make_unique<VectorBackend>(), convertsSomewhere};
-}
-
 constexpr std::array choices{
-    BackendChoice{"base", makePipeline},
-    BackendChoice{"simd", makeVector},
+    BackendChoice{"simd", {true, convertsAnywhere, scalesAnywhere, true}},
+    BackendChoice{"base", {false, convertsInPipeline, scalesInPipeline, false}},
 };
 
 }  // namespace
@@ -43,13 +42,59 @@ std::vector<std::string> backendNames() {
     return names;
 }
 
-Backend makeBackend(std::string const& name) {
+Offer const& offerOf(std::string const& name) {
     auto const* const choice = std::find_if(choices.begin(), choices.end(),
                                             [&](BackendChoice const& c) { return name == c.name; });
     if (choice == choices.end()) {
         throw UsageError("there is no backend '" + name + "'");
     }
-    return choice->make();
+    return choice->offer;
+}
+
+Backend::Backend(std::string const& name, Notes& notes) : _offer(offerOf(name)), _notes(notes) {}
+
+void Backend::setMethods(ox::ResizeMethod of_scaling, ox::ResizeMethod of_warps) {
+    _vector.setIntProperty(scalingMethodProperty, static_cast<int>(of_scaling));
+    _pipeline.setIntProperty(scalingMethodProperty, static_cast<int>(of_scaling));
+    _vector.setIntProperty(warpMethodProperty, static_cast<int>(of_warps));
+}
+
+ox::ICvBackend& Backend::forConversion(std::string const& step, ox::FrameFormat src,
+                                       ox::FrameFormat dst, ox::Size size) {
+    return choose(step, whyNotConverted(src, dst, size));
+}
+
+ox::ICvBackend& Backend::forScaling(std::string const& step, ox::FrameFormat format,
+                                    ox::ResizeMethod method) {
+    std::string_view const refusal = whyNotScaled(format, method);
+    if (_offer.vectors && !_offer.scales(format, method)) {
+        throw Failure(step + ": " + shortName(format) + ": " + std::string(refusal) +
+                      ", nor does the pipeline");
+    }
+    return choose(step, refusal);
+}
+
+ox::ICvBackend& Backend::forWarp(std::string const& step, ox::FrameLayout const& layout) {
+    std::string_view const refusal = whyNotWarped(layout);
+    if (!refusal.empty()) {
+        throw Failure(step + ": " + shortName(layout.format) + ": " + std::string(refusal));
+    }
+    return _vector;
+}
+
+ox::ICvBackend& Backend::forArithmetic() {
+    return choose({}, {});
+}
+
+ox::ICvBackend& Backend::choose(std::string const& step, std::string_view refusal) {
+    if (!_offer.vectors) {
+        return _pipeline;
+    }
+    if (refusal.empty()) {
+        return _vector;
+    }
+    _notes.say(step + ": done by the pipeline backend, since " + std::string(refusal));
+    return _pipeline;
 }
 
 }  // namespace oxcv

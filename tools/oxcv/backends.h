@@ -1,27 +1,61 @@
 /// @file
-/// The library's backends by name.
+/// The library's backends by name, and which of them does a step.
 
 #pragma once
 
-#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "ox_cv/ox_cv_backend.h"
+#include "notes.h"
+#include "ox_cv/ox_cv_backend_base.h"
+#include "ox_cv/ox_cv_backend_simd.h"
 #include "routes.h"
 
 namespace oxcv {
 
-/// What does the work, and which conversions it does in one step.
-struct Backend {
-    std::unique_ptr<ox::ICvBackend> operations;
-    Converts converts;
-};
-
 /// The choices of `--backend`; the first one is the default.
 std::vector<std::string> backendNames();
 
+/// What a backend offers, with the pipeline's help if it is the vector backend.
+struct Offer {
+    bool vectors = false;  ///< `CvBackendSimd` comes first
+    Converts converts = nullptr;
+    Scales scales = nullptr;
+    bool warps = false;
+};
+
 /// @param name one of `backendNames`
-Backend makeBackend(std::string const& name);
+Offer const& offerOf(std::string const& name);
+
+/// The backend asked for and, for steps that it doesn't do, the pipeline. Which of the two does a
+/// step is settled before it is begun; `step` is what people know it by.
+class Backend {
+  public:
+    /// @param name one of `backendNames`
+    /// @param notes receives a remark on each step that the pipeline does instead
+    Backend(std::string const& name, Notes& notes);
+
+    Offer const& offer() const { return _offer; }
+
+    void setMethods(ox::ResizeMethod of_scaling, ox::ResizeMethod of_warps);
+
+    ox::ICvBackend& forConversion(std::string const& step, ox::FrameFormat src, ox::FrameFormat dst,
+                                  ox::Size size);
+    /// @throws Failure if neither backend does it
+    ox::ICvBackend& forScaling(std::string const& step, ox::FrameFormat format,
+                               ox::ResizeMethod method);
+    /// @throws Failure if the frames can't be warped
+    ox::ICvBackend& forWarp(std::string const& step, ox::FrameLayout const& layout);
+    ox::ICvBackend& forArithmetic();
+
+  private:
+    ox::ICvBackend& choose(std::string const& step, std::string_view refusal);
+
+    Offer const& _offer;
+    Notes& _notes;
+    ox::CvBackendSimd _vector;
+    ox::CvBackendBase _pipeline;
+};
 
 }  // namespace oxcv

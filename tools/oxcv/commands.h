@@ -18,6 +18,7 @@ struct ConvertOptions {
     Steps steps;
     std::optional<std::int64_t> frames;  ///< stop after so many
     std::string backend;
+    bool verbose = false;
 };
 
 /// Frames from one file to another.
@@ -27,6 +28,6 @@ void convert(ConvertOptions options);
 void printInfo(InputRequest const& input);
 
 /// Prints the table of formats.
-void printFormats();
+void printFormats(std::string const& backend);
 
 }  // namespace oxcv

@@ -3,6 +3,7 @@
 #include "backends.h"
 #include "commands.h"
 #include "failure.h"
+#include "notes.h"
 #include "progress.h"
 
 namespace oxcv {
@@ -43,7 +44,8 @@ std::int64_t pump(FrameReader& reader, Pipeline& pipeline, FrameWriter& writer,
 }  // namespace
 
 void convert(ConvertOptions options) {
-    Backend const backend = makeBackend(options.backend);
+    Notes notes(options.verbose);
+    Backend backend(options.backend, notes);
     auto const [input_kind, reader] = openInput(options.input);
     FileKind const& output_kind = outputKind(options.output, *input_kind);
     if (!options.steps.format && options.output.path != "-") {

@@ -1,10 +1,13 @@
 #include <cstdio>
 #include <string>
 
+#include "backends.h"
 #include "commands.h"
 #include "failure.h"
 #include "ox_core/ox_impl_format_facts.h"
 #include "routes.h"
+#include "vector_limits.h"
+#include "working_formats.h"
 
 namespace oxcv {
 
@@ -26,7 +29,7 @@ std::string chromaOf(ox::FrameFormat format) {
 }
 
 /// "nba", with a dot for each method that the format can't be scaled by.
-std::string scalersOf(ox::FrameFormat format) {
+std::string scalersOf(ox::FrameFormat format, Scales scales) {
     std::string letters;
     letters += scales(format, ox::ResizeNearestNeighbour) ? 'n' : '.';
     letters += scales(format, ox::ResizeBilinear) ? 'b' : '.';
@@ -34,10 +37,17 @@ std::string scalersOf(ox::FrameFormat format) {
     return letters;
 }
 
+/// 'w' for a format that is warped as it is, 'c' for one that is converted first.
+char warpOf(ox::FrameFormat format, bool warps) {
+    bool const possible = warps && whyNotWarped(ox::FrameLayout(format, {2, 2}, 1)).empty();
+    char const way = formatToWarpIn(format, format) == format ? 'w' : 'c';
+    return possible ? way : '.';
+}
+
 /// Library calls from one format to another: '=' for none, '.' if there is no way.
-char stepsBetween(ox::FrameFormat src, ox::FrameFormat dst) {
+char stepsBetween(ox::FrameFormat src, ox::FrameFormat dst, Converts converts) {
     try {
-        std::size_t const steps = findRoute(src, dst, {2, 2}, convertsInPipeline).size();
+        std::size_t const steps = findRoute(src, dst, {2, 2}, converts).size();
         return steps == 0 ? '=' : static_cast<char>('0' + steps);
     } catch (Failure const&) {
         return '.';
@@ -45,35 +55,38 @@ char stepsBetween(ox::FrameFormat src, ox::FrameFormat dst) {
 }
 
 void printHead() {
-    std::printf("    format            planes  chroma  bits  scales  to:");
+    std::printf("    format            planes  chroma  bits  scales  warps  to:");
     for (std::size_t i = 0; i < allFormats().size(); ++i) {
         std::printf(" %c", letterOf(i));
     }
     std::printf("\n");
 }
 
-void printRow(std::size_t index) {
+void printRow(std::size_t index, Offer const& offer) {
     ox::FrameFormat const format = allFormats()[index];
     ox::impl::FormatFacts const& facts = ox::impl::factsOf(format);
-    std::printf("%c   %-18s%6d  %-6s%6d  %-6s     ", letterOf(index), shortName(format).c_str(),
-                facts.plane_count, chromaOf(format).c_str(), facts.planes[0].bits,
-                scalersOf(format).c_str());
+    std::printf("%c   %-18s%6d  %-6s%6d  %-6s  %-5c     ", letterOf(index),
+                shortName(format).c_str(), facts.plane_count, chromaOf(format).c_str(),
+                facts.planes[0].bits, scalersOf(format, offer.scales).c_str(),
+                warpOf(format, offer.warps));
     for (ox::FrameFormat const dst : allFormats()) {
-        std::printf(" %c", stepsBetween(format, dst));
+        std::printf(" %c", stepsBetween(format, dst, offer.converts));
     }
     std::printf("\n");
 }
 
 }  // namespace
 
-void printFormats() {
+void printFormats(std::string const& backend) {
+    Offer const& offer = offerOf(backend);
     printHead();
     for (std::size_t i = 0; i < allFormats().size(); ++i) {
-        printRow(i);
+        printRow(i, offer);
     }
     std::printf(
         "\nbits    of a channel\n"
         "scales  by n nearest, b bilinear, a area\n"
+        "warps   w as it is, c as BGR24 and back\n"
         "to      = the same, 1 or 2 conversions, . no way\n");
 }
 

@@ -17,6 +17,7 @@ constexpr char const* generalHelp = R"(Examples:
   oxcv convert cat.nv12 cat.png --input-size 451x300
   oxcv convert in.y4m small.y4m --size 320x --method area
   oxcv convert cat.png tensor.npy --size 224x224 --format BGR_32F_PLANAR --mul 0.0039
+  oxcv convert cat.png tilted.png --rotate 7.5
   camera | oxcv convert - out.y4m --input-format YUYV --input-size 640x480
   oxcv info in.y4m
   oxcv formats
@@ -35,18 +36,36 @@ An input's kind is found out by its first bytes or its ending: png, jpg, jpeg, y
 raw, yuv, bin; a format's name, as in cat.nv12. Without such an ending, as on a pipe,
 --input-size says that it is raw. Standard output takes the input's kind.
 
-The order of the steps is roi, size, format, mul, add; each is a call of the library.
-A conversion that the library doesn't have is made by way of a third format, mostly
-BGR24. A result that the output's kind can't hold is converted at the end: to BGR24
+The order of the steps is roi, size, warp or rotate, format, mul, add; each is a call of
+the library. A conversion that the library doesn't have is made by way of a third format,
+mostly BGR24. A result that the output's kind can't hold is converted at the end: to BGR24
 for png, jpeg and npy, to the y4m format with the same chroma or else I420.
 --roi is in pixels of the input; on half-size planes an odd origin is rounded down.
+--size takes YUYV and UYVY as NV16, and converts them back unless --format says otherwise.
 NV12 frames of whole blocks of 8 x 2 pixels take the library's quick way to BGR24, whose
 values differ a little from those of other sizes.
+
+--warp A,B,C,D,E,F takes the pixel x, y to A x + B y + C, D x + E y + F; 0, 0 is the middle
+of the top left one. With --invert the six say instead where in the source a pixel of the
+result comes from. --rotate turns counter-clockwise, as seen, about the picture's middle;
+a negative angle turns the other way. The size stays: what is moved out is cut off, what
+is left free is black. Both take the picture as --size leaves it, and formats of 8 bits a
+channel only. YUV pictures are warped as BGR24, so that their chroma stays in its place,
+or in the format of --format if that is an 8-bit one that isn't YUV; then they are
+converted to --format or back.
+
+--backend simd, the default, is vector code with the row pipeline's help: a step that the
+vector backend doesn't do is done by the pipeline, and --verbose says which and why. It
+converts the pairs it has kernels for, 4:2:0 frames only with even sides; it scales
+channels of 8 bits by every method and floats by nearest and bilinear. --backend base is
+the pipeline alone, which has no warps. The two don't give equal values.
+'oxcv formats' tells what each backend does with which formats.
 
 NumPy files on a pipe need the count of frames in front: --frames N says it.
 
 Examples:
   oxcv convert cat.png eye.png --roi 150,80,64,48 --size 640x --method nearest
+  oxcv convert cat.png small-mirror.png --size 100x --warp -1,0,99,0,1,0
   oxcv convert cat.png - --output-kind raw --format I420 | player
   oxcv convert film.y4m frame.png --frames 1
   oxcv convert film.y4m film.npy --size 224x224 --format BGR_32F --mul 0.0039 --add -0.5
@@ -100,6 +119,32 @@ void addOutput(CLI::App& app, OutputRequest& output) {
         ->capture_default_str();
 }
 
+void addWarp(CLI::App& app, Steps& steps) {
+    CLI::Option* const warp =
+        addParsed(app, "--warp", parseMatrix, steps.warp,
+                  "Warp by a matrix from source to destination pixels, row by\n"
+                  "row",
+                  "A,B,C,D,E,F");
+    app.add_flag("--invert", steps.invert, "Of --warp: it is from destination to source")
+        ->needs(warp);
+    addParsed(app, "--rotate", parseAngle, steps.rotate,
+              "Rotate about the middle; positive is counter-clockwise", "DEGREES")
+        ->excludes(warp);
+    addParsed(app, "--warp-method", parseWarpMethod, steps.warp_method,
+              "How to warp and rotate: nearest, bilinear", "NAME")
+        ->default_str("bilinear");
+}
+
+void addBackend(CLI::App& app, std::string& backend) {
+    backend = backendNames().front();
+    app.add_option("--backend", backend,
+                   "What does the work: simd, vector code with the\n"
+                   "pipeline's help, or base, the row pipeline alone")
+        ->check(CLI::IsMember(backendNames()))
+        ->type_name("NAME")
+        ->capture_default_str();
+}
+
 void addSteps(CLI::App& app, Steps& steps) {
     addParsed(app, "--roi", parseRect, steps.roi, "Take a region", "X,Y,W,H");
     addParsed(app, "--size", parseSizeRequest, steps.size, "Scale; 640x or x480 keep the aspect",
@@ -107,6 +152,7 @@ void addSteps(CLI::App& app, Steps& steps) {
     addParsed(app, "--method", parseMethod, steps.method, "How to scale: nearest, bilinear, area",
               "NAME")
         ->default_str("bilinear");
+    addWarp(app, steps);
     addParsed(app, "--format", parseFormat, steps.format, "Convert; 'oxcv formats' lists the names",
               "NAME");
     app.add_option("--mul", steps.mul, "Multiply floats by a number")->type_name("V");
@@ -114,19 +160,14 @@ void addSteps(CLI::App& app, Steps& steps) {
 }
 
 void addConvert(CLI::App& app, ConvertOptions& options) {
-    CLI::App& command = *app.add_subcommand("convert", "Crop, scale and convert frames");
+    CLI::App& command = *app.add_subcommand("convert", "Crop, scale, warp and convert frames");
     addInput(command, options.input);
     addOutput(command, options.output);
     addSteps(command, options.steps);
     addParsed(command, "--frames", parseCount, options.frames, "Stop after so many frames", "N");
-    options.backend = backendNames().front();
-    command
-        .add_option("--backend", options.backend,
-                    "What does the work: base, the row pipeline, or simd, vector code where\n"
-                    "there is some and the pipeline elsewhere")
-        ->check(CLI::IsMember(backendNames()))
-        ->type_name("NAME")
-        ->capture_default_str();
+    addBackend(command, options.backend);
+    command.add_flag("-v,--verbose", options.verbose,
+                     "Say which steps the vector backend leaves to the pipeline");
     command.footer(convertHelp);
     command.final_callback([&options] { convert(options); });
 }
@@ -145,8 +186,11 @@ int runCommandLine(int argc, char** argv) {
     addInput(info, info_input);
     info.footer(infoHelp);
     info.final_callback([&info_input] { printInfo(info_input); });
-    app.add_subcommand("formats", "List the formats, and what the library does with them")
-        ->final_callback(printFormats);
+    std::string formats_backend;
+    CLI::App& formats =
+        *app.add_subcommand("formats", "List the formats, and what the library does with them");
+    addBackend(formats, formats_backend);
+    formats.final_callback([&formats_backend] { printFormats(formats_backend); });
 
     try {
         app.parse(argc, argv);

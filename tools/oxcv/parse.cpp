@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <optional>
+#include <type_traits>
 
 #include "failure.h"
 #include "routes.h"
@@ -18,21 +20,56 @@ constexpr std::string_view formatPrefix = "frame_";
 /// Indexed by `ox::ResizeMethod`.
 constexpr std::array<std::string_view, 3> methodNames{"nearest", "bilinear", "area"};
 
-/// The whole text as a number of at least `least`.
+/// The whole text as a number, which is finite.
 template <class Number>
-std::optional<Number> parseNumber(std::string_view text, Number least) {
+std::optional<Number> parseNumber(std::string_view text) {
     Number number = 0;
     char const* const end = text.data() + text.size();
     auto const [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || stop != end || number < least) {
+    if (error != std::errc() || stop != end) {
         return std::nullopt;
+    }
+    if constexpr (std::is_floating_point_v<Number>) {
+        return std::isfinite(number) ? std::optional(number) : std::nullopt;
     }
     return number;
 }
 
+/// A number of at least 1.
+template <class Number>
+std::optional<Number> parsePositive(std::string_view text) {
+    std::optional<Number> const number = parseNumber<Number>(text);
+    return number.value_or(0) > 0 ? number : std::nullopt;
+}
+
+/// So many numbers with commas between them.
+template <class Number, std::size_t Count>
+std::optional<std::array<Number, Count>> parseList(std::string_view text) {
+    std::array<Number, Count> numbers{};
+    for (std::size_t i = 0; i < Count; ++i) {
+        bool const last = i + 1 == Count;
+        std::size_t const comma = text.find(',');
+        auto const number = parseNumber<Number>(text.substr(0, comma));
+        if (!number || last != (comma == std::string_view::npos)) {
+            return std::nullopt;
+        }
+        numbers[i] = *number;
+        text.remove_prefix(last ? text.size() : comma + 1);
+    }
+    return numbers;
+}
+
 /// A positive side, or 0 for an empty text.
 std::optional<int> parseSide(std::string_view text) {
-    return text.empty() ? std::optional<int>(0) : parseNumber(text, 1);
+    return text.empty() ? std::optional<int>(0) : parsePositive<int>(text);
+}
+
+std::optional<ox::ResizeMethod> methodByName(std::string const& name) {
+    auto const* const method = std::find(methodNames.begin(), methodNames.end(), toLower(name));
+    if (method == methodNames.end()) {
+        return std::nullopt;
+    }
+    return static_cast<ox::ResizeMethod>(method - methodNames.begin());
 }
 
 int scaledSide(int side, int other, int other_scaled) {
@@ -68,23 +105,18 @@ ox::Size parseSize(std::string const& text) {
 }
 
 ox::Rect parseRect(std::string const& text) {
-    std::array<int, 4> numbers{};
-    std::string_view rest(text);
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-        bool const last = i + 1 == numbers.size();
-        std::size_t const comma = rest.find(',');
-        auto const number = parseNumber(rest.substr(0, comma), i < 2 ? 0 : 1);
-        if (!number || last != (comma == std::string_view::npos)) {
-            throw UsageError("'" + text + "' is no region X,Y,W,H such as 16,0,320,240");
+    auto const numbers = parseList<int, 4>(text);
+    if (numbers) {
+        auto const [x, y, w, h] = *numbers;
+        if (x >= 0 && y >= 0 && w > 0 && h > 0) {
+            return {x, y, w, h};
         }
-        numbers[i] = *number;
-        rest.remove_prefix(last ? rest.size() : comma + 1);
     }
-    return {numbers[0], numbers[1], numbers[2], numbers[3]};
+    throw UsageError("'" + text + "' is no region X,Y,W,H such as 16,0,320,240");
 }
 
 std::int64_t parseCount(std::string const& text) {
-    auto const count = parseNumber<std::int64_t>(text, 1);
+    auto const count = parsePositive<std::int64_t>(text);
     if (!count) {
         throw UsageError("'" + text + "' is no positive number");
     }
@@ -92,11 +124,38 @@ std::int64_t parseCount(std::string const& text) {
 }
 
 ox::ResizeMethod parseMethod(std::string const& name) {
-    auto const* const method = std::find(methodNames.begin(), methodNames.end(), toLower(name));
-    if (method == methodNames.end()) {
+    auto const method = methodByName(name);
+    if (!method) {
         throw UsageError("there is no method '" + name + "', only nearest, bilinear and area");
     }
-    return static_cast<ox::ResizeMethod>(method - methodNames.begin());
+    return *method;
+}
+
+ox::ResizeMethod parseWarpMethod(std::string const& name) {
+    auto const method = methodByName(name);
+    if (!method || *method == ox::ResizeArea) {
+        throw UsageError("there is no warp method '" + name + "', only nearest and bilinear");
+    }
+    return *method;
+}
+
+Matrix parseMatrix(std::string const& text) {
+    auto const matrix = parseList<float, 6>(text);
+    if (!matrix) {
+        throw UsageError("'" + text + "' is no matrix A,B,C,D,E,F such as 1,0,16,0,1,-8.5");
+    }
+    if (!isInvertible(*matrix)) {
+        throw UsageError("the matrix '" + text + "' can't be inverted");
+    }
+    return *matrix;
+}
+
+double parseAngle(std::string const& text) {
+    auto const degrees = parseNumber<double>(text);
+    if (!degrees) {
+        throw UsageError("'" + text + "' is no number of degrees such as 90 or -7.5");
+    }
+    return *degrees;
 }
 
 ox::Size resolveSize(SizeRequest const& request, ox::Size source) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "affine.h"
 #include "ox_core/ox_frame_format.h"
 #include "ox_core/ox_geometry.h"
 #include "ox_cv/ox_cv_backend.h"
@@ -35,6 +36,16 @@ std::int64_t parseCount(std::string const& text);
 /// "nearest", "bilinear" or "area".
 /// @throws UsageError
 ox::ResizeMethod parseMethod(std::string const& name);
+/// "nearest" or "bilinear".
+/// @throws UsageError
+ox::ResizeMethod parseWarpMethod(std::string const& name);
+
+/// "A,B,C,D,E,F".
+/// @throws UsageError also for a matrix that doesn't lead back
+Matrix parseMatrix(std::string const& text);
+/// Degrees, of either sign.
+/// @throws UsageError
+double parseAngle(std::string const& text);
 
 /// The size asked for, with an open side rounded, and at least 1.
 /// @throws Failure if it is too large

@@ -2,101 +2,101 @@
 
 #include <string>
 
-#include "failure.h"
-#include "ox_core/ox_exception.h"
+#include "library_calls.h"
 #include "ox_cv/ox_cv_helpers.h"
-#include "routes.h"
+#include "working_formats.h"
 
 namespace oxcv {
 
 namespace {
 
-/// Property of a backend that holds its `ResizeMethod`.
-constexpr int methodProperty = 1;
-
-/// A new frame is cleared: some conversions never write the second sample of the last pair of
-/// pixels in rows of odd width.
-void prepare(ox::Frame& frame, ox::FrameFormat format, ox::Size size) {
-    if (frame.format() != format || frame.size() != size) {
-        frame.reuse(format, size, ox::DeviceContext(), 0);
-        frame.setZero();
-    }
-}
-
-/// The region to name for a whole frame. Without one, NV12 takes the quick way to BGR24, which
-/// works in blocks of eight columns and two rows and leaves the rest unwritten; with the frame's
-/// own rectangle it is converted in full.
-ox::Rect wholeFrame(ox::Frame const& frame, ox::FrameFormat dst_format) {
-    constexpr int blockColumns = 8;
-    constexpr int blockRows = 2;
-    bool const quick = frame.format() == ox::FRAME_NV12 && dst_format == ox::FRAME_BGR24;
-    bool const whole_blocks = frame.width() % blockColumns == 0 && frame.height() % blockRows == 0;
-    return quick && !whole_blocks ? ox::Rect{0, 0, frame.width(), frame.height()} : ox::emptyRoi();
-}
-
-/// Says what the library was asked for when it refuses.
-template <class Call>
-void attempt(std::string const& what, Call call) {
-    try {
-        call();
-    } catch (ox::Exception const& refusal) {
-        throw Failure(what + ": " + refusal.what());
-    }
+/// The option that asks for a warp; nothing if none does.
+char const* warpOption(Steps const& steps) {
+    char const* const warp = steps.warp ? "--warp" : nullptr;
+    return steps.rotate ? "--rotate" : warp;
 }
 
 }  // namespace
 
-ox::Frame Conversion::run(ox::Frame const& frame, ox::FrameFormat format) {
-    if (_from != frame.format() || _to != format || _size != frame.size()) {
-        _route = findRoute(frame.format(), format, frame.size(), _backend.converts);
-        _frames.assign(_route.size(), ox::Frame());
-        _from = frame.format();
-        _to = format;
-        _size = frame.size();
-    }
-    ox::Frame current = frame;
-    for (std::size_t i = 0; i < _route.size(); ++i) {
-        attempt(shortName(current.format()) + " to " + shortName(_route[i]), [&] {
-            prepare(_frames[i], _route[i], current.size());
-            _backend.operations->colorCvt(current, _frames[i], wholeFrame(current, _route[i]));
-        });
-        current = _frames[i];
-    }
-    return current;
-}
-
-Pipeline::Pipeline(Steps const& steps, Backend const& backend,
+Pipeline::Pipeline(Steps const& steps, Backend& backend,
                    ox::FrameFormat (*stored_as)(ox::FrameFormat))
     : _steps(steps),
       _backend(backend),
       _stored_as(stored_as),
+      _before_scaling(backend),
+      _before_warp(backend),
       _conversion(backend),
       _output_conversion(backend) {
-    _backend.operations->setIntProperty(methodProperty, static_cast<int>(steps.method));
+    char const* const option = warpOption(steps);
+    if (option != nullptr && !backend.offer().warps) {
+        throw UsageError(std::string(option) + ": the pipeline backend has no warps, only " +
+                         backendNames().front() + " has");
+    }
+    backend.setMethods(steps.method, steps.warp_method);
 }
 
 ox::Frame Pipeline::run(ox::Frame& frame) {
     ox::Frame current = frame;
+    ox::FrameFormat const target = targetOf(frame.format());
     if (_steps.roi) {
         attempt("--roi", [&] { current = ox::getRegion(frame, *_steps.roi); });
     }
     if (_steps.size) {
-        attempt("--size", [&] { current = resized(current); });
+        current = resized(current);
     }
-    current = _conversion.run(current, _steps.format.value_or(current.format()));
-    if (_steps.mul) {
-        attempt("--mul", [&] { _backend.operations->mul(current, *_steps.mul, ox::emptyRoi()); });
+    if (warpOption(_steps) != nullptr) {
+        current = warped(current, target);
     }
-    if (_steps.add) {
-        attempt("--add", [&] { _backend.operations->add(current, *_steps.add, ox::emptyRoi()); });
-    }
+    current = _conversion.run(current, target);
+    arithmetic(current);
     return _output_conversion.run(current, _stored_as(current.format()));
 }
 
+/// What no step asks for is converted to the stored format at once, not by way of its own.
+ox::FrameFormat Pipeline::targetOf(ox::FrameFormat source) const {
+    bool const arithmetic_comes = _steps.mul || _steps.add;
+    return _steps.format.value_or(arithmetic_comes ? source : _stored_as(source));
+}
+
 ox::Frame Pipeline::resized(ox::Frame const& frame) {
-    prepare(_resized, frame.format(), resolveSize(*_steps.size, frame.size()));
-    _backend.operations->resize(frame, _resized, ox::emptyRoi(), ox::emptyRoi());
+    ox::Size const size = resolveSize(*_steps.size, frame.size());
+    if (size == frame.size()) {
+        return frame;
+    }
+    ox::Frame const source = _before_scaling.run(frame, formatToScaleIn(frame.format()));
+    if (_scaler == nullptr) {
+        _scaler = &_backend.forScaling("--size", source.format(), _steps.method);
+    }
+    attempt("--size", [&] {
+        prepare(_resized, source.format(), size);
+        _scaler->resize(source, _resized, ox::emptyRoi(), ox::emptyRoi());
+    });
     return _resized;
+}
+
+ox::Frame Pipeline::warped(ox::Frame const& frame, ox::FrameFormat target) {
+    std::string const option = warpOption(_steps);
+    ox::Frame const source = _before_warp.run(frame, formatToWarpIn(frame.format(), target));
+    if (_warper == nullptr) {
+        _warper = &_backend.forWarp(option, source.layout());
+    }
+    Matrix const m = _steps.rotate ? rotation(*_steps.rotate, source.size()) : *_steps.warp;
+    float const rows[2][3] = {{m[0], m[1], m[2]}, {m[3], m[4], m[5]}};
+    attempt(option, [&] {
+        prepare(_warped, source.format(), source.size());
+        _warper->warpAffine(source, _warped, rows, ox::emptyRoi(), _steps.invert);
+    });
+    return _warped;
+}
+
+void Pipeline::arithmetic(ox::Frame& frame) {
+    ox::ICvBackend& operations = _backend.forArithmetic();
+    if (_steps.mul) {
+        attempt("--mul", [&] { operations.mul(frame, *_steps.mul, ox::emptyRoi()); });
+    }
+    if (_steps.add) {
+        attempt("--add", [&] { operations.add(frame, *_steps.add, ox::emptyRoi()); });
+    }
 }
 
 }  // namespace oxcv

@@ -4,9 +4,10 @@
 #pragma once
 
 #include <optional>
-#include <vector>
 
+#include "affine.h"
 #include "backends.h"
+#include "conversion.h"
 #include "ox_core/ox_frame.h"
 #include "parse.h"
 
@@ -17,26 +18,13 @@ struct Steps {
     std::optional<ox::Rect> roi;
     std::optional<SizeRequest> size;
     ox::ResizeMethod method = ox::ResizeBilinear;
+    std::optional<Matrix> warp;  ///< from source to destination pixels
+    bool invert = false;         ///< the other way round
+    std::optional<double> rotate;
+    ox::ResizeMethod warp_method = ox::ResizeBilinear;
     std::optional<ox::FrameFormat> format;
     std::optional<float> mul;
     std::optional<float> add;
-};
-
-/// Brings frames to one format, in as many steps as it takes.
-class Conversion {
-  public:
-    explicit Conversion(Backend const& backend) : _backend(backend) {}
-
-    /// The frame itself if it has the format, else one that stays valid until the next call.
-    ox::Frame run(ox::Frame const& frame, ox::FrameFormat format);
-
-  private:
-    Backend const& _backend;
-    ox::FrameFormat _from = ox::FRAME_FORMAT_NONE;
-    ox::FrameFormat _to = ox::FRAME_FORMAT_NONE;
-    ox::Size _size;
-    std::vector<ox::FrameFormat> _route;
-    std::vector<ox::Frame> _frames;  ///< one per step of the route
 };
 
 /// Each step is one call of the library. The frames between the steps are kept, so that a stream
@@ -44,20 +32,29 @@ class Conversion {
 class Pipeline {
   public:
     /// @param stored_as the format in which the output stores frames of a format
-    Pipeline(Steps const& steps, Backend const& backend,
-             ox::FrameFormat (*stored_as)(ox::FrameFormat));
+    /// @throws UsageError for a step that the backend never does
+    Pipeline(Steps const& steps, Backend& backend, ox::FrameFormat (*stored_as)(ox::FrameFormat));
 
     /// `frame` may be changed; the result stays valid until the next call, and as long as `frame`.
+    /// All frames have one format and size.
     /// @throws ox::Exception, Failure
     ox::Frame run(ox::Frame& frame);
 
   private:
+    ox::FrameFormat targetOf(ox::FrameFormat source) const;
     ox::Frame resized(ox::Frame const& frame);
+    ox::Frame warped(ox::Frame const& frame, ox::FrameFormat target);
+    void arithmetic(ox::Frame& frame);
 
     Steps _steps;
-    Backend const& _backend;
+    Backend& _backend;
     ox::FrameFormat (*_stored_as)(ox::FrameFormat);
+    ox::ICvBackend* _scaler = nullptr;  ///< settled by the first frame, as `_warper`
+    ox::ICvBackend* _warper = nullptr;
     ox::Frame _resized;
+    ox::Frame _warped;
+    Conversion _before_scaling;
+    Conversion _before_warp;
     Conversion _conversion;
     Conversion _output_conversion;
 };

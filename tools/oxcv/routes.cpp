@@ -74,7 +74,7 @@ bool convertsInPipeline(ox::FrameFormat src, ox::FrameFormat dst, ox::Size /*siz
     return src == dst || succeeds([&] { tryConversion(src, dst); });
 }
 
-bool scales(ox::FrameFormat format, ox::ResizeMethod method) {
+bool scalesInPipeline(ox::FrameFormat format, ox::ResizeMethod method) {
     return succeeds([&] {
         ox::Frame const source = blankFrame(format, trialSize);
         ox::Frame target = blankFrame(format, trialScaledSize);

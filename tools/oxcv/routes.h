@@ -19,8 +19,11 @@ using Converts = bool (*)(ox::FrameFormat src, ox::FrameFormat dst, ox::Size siz
 /// The pipeline's conversions, which take every size.
 bool convertsInPipeline(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size);
 
-/// True if the library's scaler of that method takes the format.
-bool scales(ox::FrameFormat format, ox::ResizeMethod method);
+/// Whether a backend scales frames of a format.
+using Scales = bool (*)(ox::FrameFormat format, ox::ResizeMethod method);
+
+/// True if the pipeline's scaler of that method takes the format.
+bool scalesInPipeline(ox::FrameFormat format, ox::ResizeMethod method);
 
 /// The formats to convert frames of a size to, one after the other: none if the formats are equal,
 /// one if the backend converts in one step, else two, through `FRAME_BGR24` if that will do.

@@ -1,0 +1,33 @@
+/// @file
+/// How the tool calls the library.
+
+#pragma once
+
+#include <string>
+
+#include "failure.h"
+#include "ox_core/ox_exception.h"
+#include "ox_core/ox_frame.h"
+
+namespace oxcv {
+
+/// Gives a frame a format and a size. A new one is cleared: some conversions never write the second
+/// sample of the last pair of pixels in rows of odd width.
+inline void prepare(ox::Frame& frame, ox::FrameFormat format, ox::Size size) {
+    if (frame.format() != format || frame.size() != size) {
+        frame.reuse(format, size, ox::DeviceContext(), 0);
+        frame.setZero();
+    }
+}
+
+/// Says what the library was asked for when it refuses.
+template <class Call>
+void attempt(std::string const& what, Call call) {
+    try {
+        call();
+    } catch (ox::Exception const& refusal) {
+        throw Failure(what + ": " + refusal.what());
+    }
+}
+
+}  // namespace oxcv

@@ -1,0 +1,23 @@
+/// @file
+/// Remarks on standard error, for those who asked for them.
+
+#pragma once
+
+#include <set>
+#include <string>
+
+namespace oxcv {
+
+/// Says each remark once, however many frames it holds for.
+class Notes {
+  public:
+    explicit Notes(bool wanted) : _wanted(wanted) {}
+
+    void say(std::string const& remark);
+
+  private:
+    bool _wanted;
+    std::set<std::string> _said;
+};
+
+}  // namespace oxcv
