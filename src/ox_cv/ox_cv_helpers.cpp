@@ -27,9 +27,48 @@ void clearUnwritten(Frame const& src, Frame& dst) {
 
 constexpr char file[] = "src/ox_cv/ox_cv_helpers";
 
+struct ByteRange {
+    std::uintptr_t begin;
+    std::uintptr_t end;
+};
+
+/// Addresses from a plane's first byte to behind its last one.
+ByteRange rangeOf(Frame const& frame, int plane) {
+    FramePlane const& p = frame.layout().plane[plane];
+    auto const begin = reinterpret_cast<std::uintptr_t>(frame.planeData(plane));
+    auto const rows = static_cast<std::uint64_t>(p.height);
+    return {begin, rows == 0
+                       ? begin
+                       : begin + (rows - 1) * static_cast<std::uint64_t>(p.stride) + p.rowBytes};
+}
+
+bool overlap(Frame const& a, Frame const& b) {
+    for (int i = 0; i < a.layout().planeCount; ++i) {
+        for (int j = 0; j < b.layout().planeCount; ++j) {
+            ByteRange const first = rangeOf(a, i);
+            ByteRange const second = rangeOf(b, j);
+            if (first.begin < second.end && second.begin < first.end) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+/// `source`, or a copy of it where `dst` has kept pixels that are among its own.
+Frame apartFrom(Frame const& dst, Frame const& source) {
+    if (!overlap(source, dst)) {
+        return source;
+    }
+    Frame copy;
+    source.copyTo(copy);
+    return copy;
+}
+
 /// Strides of elements of twice the size.
 TensorSize doubled(TensorSize strides) {
-    for (std::int32_t& stride : strides.values) {
+    for (std::uint64_t i = 0; i < strides.count; ++i) {
+        std::int32_t& stride = strides.values[i];
         if (stride > std::numeric_limits<std::int32_t>::max() / 2) {
             throw Exception(nullptr, StatusCapacityExceeded, "tensorFp16ToFp32", file, __LINE__,
                             "Stride %d is too large.", stride);
@@ -101,8 +140,9 @@ void colorConvert(Frame const& src, FrameFormat format, Frame& dst) {
     }
     CvBackendSimd backend;
     dst.reuse(format, source.size(), DeviceContext(), 0);
-    clearUnwritten(source, dst);
-    backend.colorCvt(source, dst, Rect{});
+    Frame const pixels = apartFrom(dst, source);
+    clearUnwritten(pixels, dst);
+    backend.colorCvt(pixels, dst, Rect{});
 }
 
 void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod method) {
@@ -118,7 +158,7 @@ void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod me
     CvBackendSimd backend;
     backend.setIntProperty(1, static_cast<int>(method));
     dst.reuse(source.format(), size, DeviceContext(), 0);
-    backend.resize(source, dst, Rect{}, Rect{});
+    backend.resize(apartFrom(dst, source), dst, Rect{}, Rect{});
 }
 
 void tensorFp16ToFp32(Tensor const& src, Tensor& dst) {

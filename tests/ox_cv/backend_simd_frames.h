@@ -12,6 +12,7 @@ namespace ox {
 class CvBackendSimdProbe {
   public:
     static Frame const& colorFrame(CvBackendSimd const& backend) { return backend._color_frame; }
+    static Frame const& resizeFrame(CvBackendSimd const& backend) { return backend._resize_frame; }
 };
 
 }  // namespace ox
