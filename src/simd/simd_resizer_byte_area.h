@@ -50,9 +50,9 @@ class ResizerByteArea2x2 : public ResizerByteArea {
 
 namespace Simd::Neon {
 
-/// Weights of rows wrap at 16 bits, and results of three and four channels saturate where the scalar
-/// class keeps the low byte; both on purpose. Weights of a cell add up to a little more than the
-/// range where a side grows tens of thousands of times, and there alone the classes differ.
+/// Weights of rows wrap at 16 bits, and results of three and four channels saturate where the
+/// scalar class keeps the low byte; both on purpose. Weights of a cell add up to a little more than
+/// the range where a side grows tens of thousands of times, and there alone the classes differ.
 class ResizerByteArea1x1 : public Base::ResizerByteArea1x1 {
   public:
     using Base::ResizerByteArea1x1::ResizerByteArea1x1;
