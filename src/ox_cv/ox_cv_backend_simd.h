@@ -25,11 +25,11 @@ class OX_API CvBackendSimd : public ICvBackend {
     /// width mod 8 columns unwritten; with a region, if only the frame's own rectangle, the pair is
     /// converted in full. The float formats hold 0 to 255, in the channel order of the other side.
     void colorCvt(Frame const& src, Frame& dst, Rect src_roi) override;
-    /// For formats of 8 and 32 bits a channel, plane by plane, by the method of property 1. A region
-    /// of width or height 1 goes to the nearest sample. Float formats aren't averaged by area:
-    /// `StatusNotSupported`. Rows have at most 2^31 - 1 bytes: `StatusCapacityExceeded`. Bilinear
-    /// floats take strides in whole floats: the low two bits don't count, on purpose, and rows so
-    /// set apart are taken a little before their start, inside the plane.
+    /// For formats of 8 and 32 bits a channel, plane by plane, by the method of property 1. A
+    /// region of width or height 1 goes to the nearest sample. Float formats aren't averaged by
+    /// area: `StatusNotSupported`. Rows have at most 2^31 - 1 bytes: `StatusCapacityExceeded`.
+    /// Bilinear floats take strides in whole floats: the low two bits don't count, on purpose, and
+    /// rows so set apart are taken a little before their start, inside the plane.
     void resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) override;
     /// Scales first, in `src`'s format, then converts; only what of the two is needed. A pair that
     /// `colorCvt` refuses is refused after the scaling.

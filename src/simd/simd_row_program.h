@@ -12,8 +12,7 @@ namespace Simd {
 struct RowProgram {
     AlignedArray<std::int32_t> offsets;
     AlignedArray<std::uint8_t> tables;
-    AlignedArray<std::uint8_t>
-        scratch;  ///< for rows, or their ends, that are shorter than a window
+    AlignedArray<std::uint8_t> scratch;     ///< where a row, or its end, is shorter than a window
     std::uint8_t const* weights = nullptr;  ///< the owner's, of bilinear rows of bytes
     std::uint64_t steps = 0;
     std::uint64_t rowBytes = 0;  ///< of the source
