@@ -32,8 +32,10 @@ template <std::size_t bytes, std::size_t ahead, For purpose = For::reading>
 HWY_INLINE void prefetch(void const* at) {
     auto const address = reinterpret_cast<std::uintptr_t>(at) + ahead;
     for (std::size_t line = 0; line < bytes; line += 64) {
-        __builtin_prefetch(reinterpret_cast<void const*>(address + line),
-                           purpose == For::writing ? 1 : 0);
+        // An address that no pointer of the row's may be moved to.
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
+        auto const* const target = reinterpret_cast<void const*>(address + line);
+        __builtin_prefetch(target, purpose == For::writing ? 1 : 0);
     }
 }
 

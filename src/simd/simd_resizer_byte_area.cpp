@@ -122,10 +122,11 @@ void averageRows(ResizerParam const& param, AreaTables const& tables, Rows sourc
                  std::uint8_t* dst, std::size_t dst_stride) {
     std::uint32_t* const by = tables.by;
     for (std::uint64_t r = 0; r < param.dstH; ++r, dst += dst_stride) {
+        auto const first = static_cast<std::uint64_t>(tables.iy[r]);
         std::int32_t const rows = tables.iy[r + 1] - tables.iy[r];
         for (std::int32_t j = 0; j <= rows; ++j) {
             std::uint32_t const weight = Rule::rowWeight(rowWeight(tables.ay, r, j, rows));
-            auto const row = static_cast<std::uint64_t>(tables.iy[r] + j);
+            std::uint64_t const row = first + static_cast<std::uint64_t>(j);
             if (j == 0) {
                 source.template visit<channels>(
                     row, [=](std::uint64_t k, std::uint32_t sample) { by[k] = sample * weight; });
@@ -183,13 +184,18 @@ void fillArea(std::uint64_t src, std::uint64_t dst, std::int32_t range, std::int
 }
 
 void ResizerByteArea::buildTables(std::uint64_t width, std::uint64_t height, std::int32_t range) {
-    auto const boundaries = [](std::uint64_t cells) { return cells == 0 ? 0 : cells + 1; };
-    ay.Resize(boundaries(param.dstH), tableAlign);
-    iy.Resize(boundaries(param.dstH), tableAlign);
-    fillArea(height, param.dstH, range, ay.data, iy.data);
-    ax.Resize(boundaries(param.dstW), tableAlign);
-    ix.Resize(boundaries(param.dstW), tableAlign);
-    fillArea(width, param.dstW, range, ax.data, ix.data);
+    auto const fill = [range](std::uint64_t src, std::uint64_t dst,
+                              AlignedArray<std::int32_t>& alpha,
+                              AlignedArray<std::int32_t>& index) {
+        std::uint64_t const boundaries = dst + 1;
+        if (boundaries > 1) {
+            alpha.Resize(boundaries, tableAlign);
+            index.Resize(boundaries, tableAlign);
+            fillArea(src, dst, range, alpha.data, index.data);
+        }
+    };
+    fill(height, param.dstH, ay, iy);
+    fill(width, param.dstW, ax, ix);
 }
 
 ResizerByteArea1x1::ResizerByteArea1x1(ResizerParam const& record) : ResizerByteArea(record) {

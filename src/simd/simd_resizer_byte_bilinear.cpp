@@ -22,7 +22,8 @@ struct SinglePrecision {
         return static_cast<float>(double{scale} * double{centre} - 0.5);
     }
     static std::int32_t weight(float fraction) {
-        return static_cast<std::int32_t>(fraction * float{range} + 0.5F);
+        float const raised = fraction * float{range} + 0.5F;
+        return static_cast<std::int32_t>(raised);
     }
 };
 
@@ -31,7 +32,8 @@ struct DoublePrecision {
         return static_cast<float>((i + 0.5) * double{scale} - 0.5);
     }
     static std::int32_t weight(float fraction) {
-        return static_cast<std::int32_t>(double{fraction * float{range}} + 0.5);
+        double const raised = double{fraction * float{range}} + 0.5;
+        return static_cast<std::int32_t>(raised);
     }
 };
 
@@ -165,8 +167,9 @@ std::uint64_t fillBlocks(ResizerParam const& param, std::int32_t const* index, G
         block->src = start;
         block->dst = 2 * x;
         // All eight are set, though some may be the next block's.
-        for (std::int32_t i = 0; i < most_pairs; ++i) {
-            auto const place = static_cast<std::uint32_t>(index[x + i] - start);
+        std::int32_t const* const pixels = index + x;
+        for (std::size_t i = 0; i < most_pairs; ++i) {
+            auto const place = static_cast<std::uint32_t>(pixels[i] - start);
             auto const pair = static_cast<std::uint16_t>(place * 0x0101U + 0x0100U);
             std::memcpy(block->shuffle + 2 * i, &pair, sizeof pair);
         }

@@ -13,7 +13,8 @@ std::uint32_t clampIndex(std::int32_t index, std::int32_t last) {
 /// Of a coordinate that isn't negative, with its whole part.
 std::uint32_t secondWeight(float position, std::int32_t whole) {
     float const part = (position - static_cast<float>(whole)) * static_cast<float>(warpRange);
-    return static_cast<std::uint32_t>(part + 0.5F);
+    float const raised = part + 0.5F;
+    return static_cast<std::uint32_t>(raised);
 }
 
 template <std::size_t channels>
