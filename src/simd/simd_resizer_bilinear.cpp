@@ -159,8 +159,8 @@ ResizerBilinear<T>::ResizerBilinear(ResizerParam const& record) : Resizer(record
 template <class T>
 void ResizerBilinear<T>::Run(std::uint8_t const* src, std::size_t srcStride, std::uint8_t* dst,
                              std::size_t dstStride) {
-    Run(reinterpret_cast<T const*>(src), srcStride / sizeof(T), reinterpret_cast<T*>(dst),
-        dstStride / sizeof(T));
+    Run(static_cast<T const*>(static_cast<void const*>(src)), srcStride / sizeof(T),
+        static_cast<T*>(static_cast<void*>(dst)), dstStride / sizeof(T));
 }
 
 template class ResizerBilinear<float>;

@@ -221,8 +221,8 @@ void WarpAffineByteBilinear::Init() {
 
 void WarpAffineByteBilinear::BuildRowRanges(WarpPolygon const& polygon, std::int32_t const* limit,
                                             std::int32_t* beg, std::int32_t* end) {
-    buildBilinearRanges(polygon, param.dstW, param.dstH, reinterpret_cast<float*>(buffer.data),
-                        limit, beg, end);
+    buildBilinearRanges(polygon, param.dstW, param.dstH,
+                        static_cast<float*>(static_cast<void*>(buffer.data)), limit, beg, end);
 }
 
 }  // namespace Simd::Base
