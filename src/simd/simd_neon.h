@@ -45,6 +45,7 @@ struct Routines {
     BlendTaps* blendWarpTaps;
     CompilePixels* compilePixels;
     CopyPixels* copyPixels;
+    FillByteSamples* fillByteSamples;
     CompileBytePairs* compileBytePairs;
     BlendBytePairs* blendBytePairs;
     BlendByteRows* blendByteRows;

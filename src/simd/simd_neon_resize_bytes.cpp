@@ -81,6 +81,44 @@ void copyPixels(RowProgram& program, std::uint8_t const* src, std::uint8_t* dst)
     }
 }
 
+/// A number and a half, truncated. The sum is never rounded: whether the fraction reaches a half is
+/// asked instead.
+template <class D, class V>
+HWY_INLINE hn::Vec<hn::RebindToSigned<D>> roundExactly(D d, V number) {
+    hn::RebindToSigned<D> const integer;
+    auto const whole = hn::ConvertTo(integer, number);
+    auto const rest = hn::Sub(number, hn::ConvertTo(d, whole));
+    auto const is_more = hn::RebindMask(integer, hn::Ge(rest, hn::Set(d, 0.5F)));
+    return hn::Add(whole, hn::IfThenElseZero(is_more, hn::Set(integer, 1)));
+}
+
+void fillByteSamples(ByteAxis const& axis, std::int32_t* index, std::int32_t* weight) {
+    constexpr std::int32_t range = 16;
+    hn::ScalableTag<float> const d;
+    hn::RebindToSigned<decltype(d)> const integer;
+    auto const scale = hn::Set(d, static_cast<float>(axis.src) / static_cast<float>(axis.dst));
+    auto const last = hn::Set(integer, static_cast<std::int32_t>(axis.src) - 1);
+    auto const half = hn::Set(d, 0.5F);
+    auto const first = hn::Iota(integer, 0);  // once, since it is slow
+    std::size_t const lanes = hn::Lanes(d);
+    for (std::size_t block = 0; block < axis.dst; block += lanes) {
+        std::size_t const i = std::min<std::size_t>(block, axis.dst - lanes);
+        auto const pixel = hn::Add(first, hn::Set(integer, static_cast<std::int32_t>(i)));
+        auto const centre = hn::Add(hn::ConvertTo(d, pixel), half);
+        auto const raw = hn::MulSub(scale, centre, half);
+        auto const position = hn::IfThenElseZero(hn::Gt(raw, hn::Zero(d)), raw);
+        auto const whole = hn::ConvertTo(integer, position);
+        auto const fraction = hn::Mul(hn::Sub(position, hn::ConvertTo(d, whole)),
+                                      hn::Set(d, static_cast<float>(range)));
+        auto const share = axis.exact ? roundExactly(d, fraction)
+                                      : hn::ConvertTo(integer, hn::Add(fraction, half));
+        auto const is_inside = hn::Lt(whole, last);
+        hn::StoreU(hn::IfThenElse(is_inside, whole, hn::Sub(last, hn::Set(integer, 1))), integer,
+                   index + i);
+        hn::StoreU(hn::IfThenElse(is_inside, share, hn::Set(integer, range)), integer, weight + i);
+    }
+}
+
 constexpr std::size_t pairsOfWindow = windowBytes / 2;
 
 /// Steps that `pairs` can need at most: a step ends when it has as many entries as fit, or when the
@@ -122,6 +160,20 @@ HWY_INLINE std::int32_t firstByte(BytePairs const& pairs, std::uint64_t x) {
     return std::max(pairs.index[x], 0) * static_cast<std::int32_t>(channels);
 }
 
+/// Bytes of the pixels from `x` to before `end` in the window that starts at `start`.
+template <std::size_t channels>
+HWY_INLINE void placePixels(BytePairs const& pairs, std::uint64_t x, std::uint64_t end,
+                            std::int32_t start, std::uint8_t* bytes) {
+    hn::ScalableTag<std::int32_t> const d;
+    hn::Rebind<std::uint8_t, decltype(d)> const narrow;
+    auto const origin = hn::Set(d, start);
+    for (; x < end; x += hn::Lanes(d), bytes += hn::Lanes(d)) {
+        auto const pixels = hn::Max(hn::LoadU(d, pairs.index + x), hn::Zero(d));
+        auto const offsets = hn::Mul(pixels, hn::Set(d, static_cast<std::int32_t>(channels)));
+        hn::StoreU(hn::DemoteTo(narrow, hn::Sub(offsets, origin)), narrow, bytes);
+    }
+}
+
 template <std::size_t channels>
 void compilePairs(BytePairs const& pairs, RowProgram& program) {
     constexpr auto last_start = static_cast<std::int32_t>(windowBytes - 2 * channels);
@@ -138,22 +190,17 @@ void compilePairs(BytePairs const& pairs, RowProgram& program) {
         std::int32_t const start = std::min(firstByte<channels>(pairs, x), last_window);
         step[0] = start;
         step[1] = static_cast<std::int32_t>(x * channels + phase);
-        std::uint64_t const end =
-            std::min(x + (phase + pairsOfWindow - 1) / channels + 1, pairs.width);
-        std::uint64_t pixel = x;
-        for (; pixel < end; ++pixel) {
-            std::int32_t const byte = firstByte<channels>(pairs, pixel) - start;
-            if (byte > last_start) {
-                break;
-            }
-            first[pixel - x] = static_cast<std::uint8_t>(byte);
+        std::uint64_t end = std::min(x + (phase + pairsOfWindow - 1) / channels + 1, pairs.width);
+        while (firstByte<channels>(pairs, end - 1) - start > last_start) {
+            --end;
         }
+        placePixels<channels>(pairs, x, end, start, first);
         PairTables const& table = tables.phase[phase];
         hn::Store(hn::Add(PermuteWindow(hn::Load(d, first), hn::Load(d, table.pixel)),
                           hn::Load(d, table.behind)),
                   d, places);
         std::uint64_t const entries =
-            std::min<std::uint64_t>((pixel - x) * channels - phase, pairsOfWindow);
+            std::min<std::uint64_t>((end - x) * channels - phase, pairsOfWindow);
         x += (phase + entries) / channels;
         phase = (phase + entries) % channels;
         step += 2;
@@ -241,6 +288,7 @@ void takeRoutines([[maybe_unused]] Routines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.compilePixels = compilePixels;
     routines.copyPixels = copyPixels;
+    routines.fillByteSamples = fillByteSamples;
     routines.compileBytePairs = compileBytePairs;
     routines.blendBytePairs = blendBytePairs;
     routines.blendByteRows = blendByteRows;

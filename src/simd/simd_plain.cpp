@@ -104,6 +104,7 @@ Neon::Routines routines() {
         .blendWarpTaps = Base::BlendWarpTaps,
         .compilePixels = [](PixelColumns const&, RowProgram&) { return false; },
         .copyPixels = nullptr,
+        .fillByteSamples = nullptr,
         .compileBytePairs = compileBytePairs,
         .blendBytePairs = blendBytePairs,
         .blendByteRows = blendByteRows,

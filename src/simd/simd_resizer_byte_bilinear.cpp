@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include "simd/simd_bilinear_rows.h"
 #include "simd/simd_neon.h"
@@ -37,9 +38,9 @@ struct DoublePrecision {
     }
 };
 
-/// Index and weight of each destination index along an axis.
+/// Index and weight of each destination index along an axis, one by one.
 template <class Precision>
-void fillSamples(std::uint64_t src, std::uint64_t dst, std::int32_t* index, std::int32_t* weight) {
+void fillOneByOne(std::uint64_t src, std::uint64_t dst, std::int32_t* index, std::int32_t* weight) {
     float const scale = static_cast<float>(src) / static_cast<float>(dst);
     auto const last = static_cast<std::int32_t>(src) - 1;
     constexpr float limit = 2147483520.0F;  // the largest float that the conversion takes
@@ -50,6 +51,16 @@ void fillSamples(std::uint64_t src, std::uint64_t dst, std::int32_t* index, std:
         std::int32_t const share = Precision::weight(position - static_cast<float>(whole));
         index[i] = whole >= last ? last - 1 : whole;
         weight[i] = whole >= last ? range : share;
+    }
+}
+
+template <class Precision>
+void fillSamples(std::uint64_t src, std::uint64_t dst, std::int32_t* index, std::int32_t* weight) {
+    FillByteSamples* const fill = Neon::KernelsEnabled ? Neon::routines().fillByteSamples : nullptr;
+    if (fill != nullptr && dst >= leastVectorSamples && std::max(src, dst) <= mostVectorSamples) {
+        fill({src, dst, std::is_same_v<Precision, DoublePrecision>}, index, weight);
+    } else {
+        fillOneByOne<Precision>(src, dst, index, weight);
     }
 }
 

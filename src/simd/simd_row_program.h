@@ -32,9 +32,24 @@ struct PixelColumns {
 using CompilePixels = bool(PixelColumns const& columns, RowProgram& program);
 using CopyPixels = void(RowProgram& program, std::uint8_t const* src, std::uint8_t* dst);
 
+/// An axis of a bilinear resizer of bytes.
+struct ByteAxis {
+    std::uint64_t src;  ///< samples
+    std::uint64_t dst;
+    bool exact;  ///< whether weights are rounded from the exact fraction or from a float sum
+};
+
+/// For each destination index, the first sample and the weight of the second, for axes of at
+/// least `leastVectorSamples` indices and at most `mostVectorSamples` indices and samples.
+using FillByteSamples = void(ByteAxis const& axis, std::int32_t* index, std::int32_t* weight);
+constexpr std::uint64_t leastVectorSamples = 16;
+/// Up to here the centres of pixels are exact floats.
+constexpr std::uint64_t mostVectorSamples = std::uint64_t{1} << 23;
+
 /// What a bilinear row of bytes is made of.
 struct BytePairs {
-    std::int32_t const* index;  ///< first source pixel of each pixel, -1 for none
+    std::int32_t const*
+        index;  ///< first source pixel of each pixel, -1 for none; with 64 bytes of room
     std::uint8_t const* alpha;  ///< the two weights of each entry, with 64 bytes of room; kept
     std::uint64_t width;        ///< pixels of the result
     std::uint64_t channels;
