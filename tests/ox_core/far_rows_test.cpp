@@ -1,11 +1,10 @@
 // Rows that lie more than 32 bits apart.
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-
 #include <cstring>
 
 #include "ox_core/ox_float_planes.h"
 #include "ox_core/ox_frame.h"
+#include "support/sparse_memory.h"
 
 namespace ox::test {
 
@@ -17,25 +16,6 @@ class FarRows : public ::testing::Test {
     static constexpr int rows = 5;
     static constexpr int stride = 1 << 30;
     static constexpr std::size_t bytes = std::size_t{rows - 1} * stride + 64;
-
-    FarRows() {
-        void* const mapping = mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
-                                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        _memory = mapping == MAP_FAILED ? nullptr : static_cast<unsigned char*>(mapping);
-    }
-    FarRows(FarRows const&) = delete;
-    FarRows& operator=(FarRows const&) = delete;
-    ~FarRows() override {
-        if (_memory != nullptr) {
-            munmap(_memory, bytes);
-        }
-    }
-
-    void SetUp() override {
-        if (_memory == nullptr) {
-            GTEST_SKIP() << "this machine gives no sparse memory";
-        }
-    }
 
     unsigned char* row(int y) const { return _memory + std::int64_t{y} * stride; }
 
@@ -55,7 +35,8 @@ class FarRows : public ::testing::Test {
     }
 
   private:
-    unsigned char* _memory;
+    SparseMemory _sparse{bytes};
+    unsigned char* const _memory = _sparse.data();
 };
 
 TEST_F(FarRows, OfFrames) {

@@ -1,11 +1,10 @@
 // Rows that lie further apart than 32 bits tell: nothing goes the ways that take strides as such.
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-
 #include <cstring>
 
 #include "model/vector_colour.h"
 #include "ox_cv/backend_simd_frames.h"
+#include "support/sparse_memory.h"
 
 namespace ox::test {
 
@@ -17,25 +16,6 @@ class CvBackendSimdFarRows : public testing::Test {
     static constexpr std::int64_t stride = std::int64_t{3} << 30;
     static constexpr std::size_t bytes = std::size_t{stride} + 4096;
     static constexpr int apart = 1024;  // bytes from plane to plane
-
-    CvBackendSimdFarRows() {
-        void* const mapping = mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
-                                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        _memory = mapping == MAP_FAILED ? nullptr : static_cast<unsigned char*>(mapping);
-    }
-    CvBackendSimdFarRows(CvBackendSimdFarRows const&) = delete;
-    CvBackendSimdFarRows& operator=(CvBackendSimdFarRows const&) = delete;
-    ~CvBackendSimdFarRows() override {
-        if (_memory != nullptr) {
-            munmap(_memory, bytes);
-        }
-    }
-
-    void SetUp() override {
-        if (_memory == nullptr) {
-            GTEST_SKIP() << "this machine gives no sparse memory";
-        }
-    }
 
     // A frame with an image's pixels.
     Frame frameOf(model::Image const& image) const {
@@ -55,7 +35,8 @@ class CvBackendSimdFarRows : public testing::Test {
     CvBackendSimd backend;
 
   private:
-    unsigned char* _memory;
+    SparseMemory _sparse{bytes};
+    unsigned char* const _memory = _sparse.data();
 };
 
 TEST_F(CvBackendSimdFarRows, Nv12ToBgr) {

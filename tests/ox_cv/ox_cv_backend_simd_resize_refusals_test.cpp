@@ -1,7 +1,5 @@
 // What the vector backend's resizing refuses, in which order it looks, and that nothing is written.
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-
 #include <limits>
 #include <optional>
 
@@ -12,6 +10,7 @@
 #include "ox_cv/resized_image.h"
 #include "simd/vector_targets.h"
 #include "support/exceptions.h"
+#include "support/sparse_memory.h"
 
 namespace ox::test {
 
@@ -157,25 +156,6 @@ class CvBackendSimdLongRows : public testing::Test {
     static constexpr std::int64_t stride = std::int64_t{6} << 30;
     static constexpr std::size_t bytes = 2 * std::size_t{stride};
 
-    CvBackendSimdLongRows() {
-        void* const mapping = mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
-                                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        _memory = mapping == MAP_FAILED ? nullptr : static_cast<unsigned char*>(mapping);
-    }
-    CvBackendSimdLongRows(CvBackendSimdLongRows const&) = delete;
-    CvBackendSimdLongRows& operator=(CvBackendSimdLongRows const&) = delete;
-    ~CvBackendSimdLongRows() override {
-        if (_memory != nullptr) {
-            munmap(_memory, bytes);
-        }
-    }
-
-    void SetUp() override {
-        if (_memory == nullptr) {
-            GTEST_SKIP() << "this machine gives no sparse memory";
-        }
-    }
-
     // Planes lie half a stride apart.
     Frame frameOf(FrameFormat format, int width) const {
         FrameLayout layout(format, {width, 2}, 1);
@@ -190,7 +170,8 @@ class CvBackendSimdLongRows : public testing::Test {
     CvBackendSimd backend;
 
   private:
-    unsigned char* _memory;
+    SparseMemory _sparse{bytes};
+    unsigned char* const _memory = _sparse.data();
 };
 
 constexpr int longestRow = std::numeric_limits<int>::max();  // in bytes
