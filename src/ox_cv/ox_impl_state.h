@@ -36,6 +36,16 @@ void resizeTable(std::vector<Entry>& table, std::int64_t count, char const* file
     }
 }
 
+/// Room for entries that are appended one by one.
+template <class Entry>
+void reserveTable(std::vector<Entry>& table, std::int64_t count, char const* file) {
+    try {
+        table.reserve(static_cast<std::size_t>(count));
+    } catch (std::bad_alloc const&) {
+        throwMemoryExhausted("reuse", file);
+    }
+}
+
 /// Runs the part of a `reuse` that rebuilds tables; if it fails, the window is emptied, so that
 /// nothing can be produced through tables that are half done.
 template <class Prepare>
@@ -55,15 +65,22 @@ inline void checkArmed(RowWindow& window) {
     }
 }
 
+/// Lets a failure of `action` go on under the name of the function that it happened in.
+template <class Action>
+void passOnFailure(char const* function, char const* file, Action action) {
+    try {
+        action();
+    } catch (Exception const& cause) {
+        throw Exception(&cause, cause.status, function, file, __LINE__, "%s", cause.what());
+    }
+}
+
 /// Arms a window; after a failure it is empty, so that no stale row can be read, and the failure
 /// goes on under the owner's name.
 template <class Source>
 void armWindow(RowWindow& window, Source& source, int window_size, char const* file) {
     try {
-        window.reuse(source, window_size);
-    } catch (Exception const& cause) {
-        window.clear();
-        throw Exception(&cause, cause.status, "reuse", file, __LINE__, "%s", cause.what());
+        passOnFailure("reuse", file, [&] { window.reuse(source, window_size); });
     } catch (...) {  // a source of the caller's own may throw anything
         window.clear();
         throw;

@@ -38,9 +38,13 @@ constexpr std::size_t permutePeriod = 16;
 /// What resizing takes at a time: what one byte permute reaches.
 constexpr std::size_t windowBytes = blockBytes == 64 ? 64 : 16;
 
+/// In a table of places, a byte of which nothing comes.
+constexpr std::uint8_t emptyPlace = 0x80;
+
 using Tag8 = hn::CappedTag<std::uint8_t, blockBytes>;
 using Tag16 = hn::RepartitionToWide<Tag8>;
 using TagS16 = hn::RebindToSigned<Tag16>;
+using BlockTagS32 = hn::RebindToSigned<hn::RepartitionToWide<Tag16>>;
 using HalfTag8 = hn::Half<Tag8>;
 using BlockTagF32 = hn::Repartition<float, Tag8>;
 using WindowTag = hn::CappedTag<std::uint8_t, windowBytes>;
@@ -48,6 +52,7 @@ using WindowTag16 = hn::RepartitionToWide<WindowTag>;
 using WindowTagS32 = hn::RebindToSigned<hn::RepartitionToWide<WindowTag16>>;
 using V8 = hn::Vec<Tag8>;
 using V16 = hn::Vec<TagS16>;
+using V32 = hn::Vec<BlockTagS32>;
 using VF = hn::Vec<BlockTagF32>;
 
 /// The channels of a block of pixels.

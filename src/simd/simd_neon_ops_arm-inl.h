@@ -139,6 +139,77 @@ HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
                    vmull_high_u8(bytes.raw, weights.raw)));
 }
 
+constexpr std::size_t spreadWindowBytes = 8;
+
+HWY_INLINE V16 SpreadWindow(std::uint8_t const* p, V8 places) {
+    uint8x16_t const window = vcombine_u8(vld1_u8(p), vdup_n_u8(0));
+    return V16(vreinterpretq_s16_u8(vqtbl1q_u8(window, places.raw)));
+}
+
+/// Of the first and of the second half of the words.
+struct WordSums {
+    int32x4_t lower;
+    int32x4_t upper;
+};
+
+HWY_INLINE WordSums NoWordSums() {
+    return {vdupq_n_s32(0), vdupq_n_s32(0)};
+}
+
+HWY_INLINE WordSums AddWordProducts(WordSums sums, V16 words, V16 weights) {
+    return {vmlal_s16(sums.lower, vget_low_s16(words.raw), vget_low_s16(weights.raw)),
+            vmlal_high_s16(sums.upper, words.raw, weights.raw)};
+}
+
+HWY_INLINE V32 TotalOf(WordSums sums) {
+    return V32(vpaddq_s32(sums.lower, sums.upper));
+}
+
+HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
+    return V32(vpaddq_s32(a.raw, b.raw));
+}
+
+template <std::size_t channels>
+HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
+    hn::Rebind<std::uint8_t, BlockTagS32> const d;
+    hn::StoreU(hn::DemoteTo(d, v), d, p);  // of three channels, a pixel and a byte
+}
+
+struct FourSums {
+    int32x4_t s0;
+    int32x4_t s1;
+    int32x4_t s2;
+    int32x4_t s3;
+};
+
+HWY_INLINE FourSums NoFourSums() {
+    int32x4_t const zero = vdupq_n_s32(0);
+    return {zero, zero, zero, zero};
+}
+
+HWY_INLINE FourSums AddRow(FourSums sums, V8 row, std::int16_t weight) {
+    int16x8_t const lower = vreinterpretq_s16_u16(vmovl_u8(vget_low_u8(row.raw)));
+    int16x8_t const upper = vreinterpretq_s16_u16(vmovl_high_u8(row.raw));
+    return {vmlal_n_s16(sums.s0, vget_low_s16(lower), weight),
+            vmlal_high_n_s16(sums.s1, lower, weight),
+            vmlal_n_s16(sums.s2, vget_low_s16(upper), weight),
+            vmlal_high_n_s16(sums.s3, upper, weight)};
+}
+
+HWY_INLINE FourSums AddTwoRows(FourSums sums, V8 a, V8 b, std::int16_t weight_a,
+                               std::int16_t weight_b) {
+    return AddRow(AddRow(sums, a, weight_a), b, weight_b);
+}
+
+HWY_INLINE V8 BytesOf(FourSums sums, int shift) {
+    int32x4_t const left = vdupq_n_s32(-shift);
+    auto const words = [&](int32x4_t a, int32x4_t b) HWY_ATTR {
+        return vcombine_s16(vqmovn_s32(vshlq_s32(a, left)), vqmovn_s32(vshlq_s32(b, left)));
+    };
+    return V8(
+        vcombine_u8(vqmovun_s16(words(sums.s0, sums.s1)), vqmovun_s16(words(sums.s2, sums.s3))));
+}
+
 /// The bytes of two sums, in pairs.
 template <ChannelWeights first, ChannelWeights second>
 HWY_INLINE V8 WeightedPairs(PixelHalf p) {

@@ -337,6 +337,99 @@ HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
 #endif
 }
 
+#if HWY_TARGET == HWY_AVX3_DL
+constexpr std::size_t spreadWindowBytes = 32;
+#else
+constexpr std::size_t spreadWindowBytes = 16;
+#endif
+
+HWY_INLINE V16 SpreadWindow(std::uint8_t const* p, V8 places) {
+#if HWY_TARGET == HWY_AVX3_DL
+    __m512i const window = _mm512_castsi256_si512(hn::LoadU(HalfTag8(), p).raw);
+    return V16{_mm512_maskz_permutexvar_epi8(0x5555555555555555U, places.raw, window)};
+#else
+    V8 const window = hn::LoadDup128(Tag8(), p);
+    return hn::BitCast(TagS16(), hn::TableLookupBytes(window, places));
+#endif
+}
+
+using WordSums = V32;
+
+HWY_INLINE WordSums NoWordSums() {
+    return hn::Zero(BlockTagS32());
+}
+
+HWY_INLINE WordSums AddWordProducts(WordSums sums, V16 words, V16 weights) {
+#if HWY_TARGET == HWY_AVX3_DL
+    return hn::Add(sums, V32{_mm512_madd_epi16(words.raw, weights.raw)});
+#else
+    return hn::Add(sums, V32{_mm256_madd_epi16(words.raw, weights.raw)});
+#endif
+}
+
+HWY_INLINE V32 TotalOf(WordSums sums) {
+    return sums;
+}
+
+HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
+#if HWY_TARGET == HWY_AVX3_DL
+    BlockTagS32 const d;
+    return hn::Add(hn::ConcatEven(d, b, a), hn::ConcatOdd(d, b, a));
+#else
+    return V32{_mm256_permute4x64_epi64(_mm256_hadd_epi32(a.raw, b.raw), 0xD8)};
+#endif
+}
+
+template <std::size_t channels>
+HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
+    hn::Rebind<std::uint8_t, BlockTagS32> const d;
+    auto bytes = hn::DemoteTo(d, v);
+    if constexpr (channels == 3) {
+        bytes.raw = _mm_shuffle_epi8(
+            bytes.raw, _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+    }
+    hn::StoreU(bytes, d, p);
+}
+
+struct FourSums {
+    V32 s0;
+    V32 s1;
+    V32 s2;
+    V32 s3;
+};
+
+HWY_INLINE FourSums NoFourSums() {
+    V32 const zero = hn::Zero(BlockTagS32());
+    return {zero, zero, zero, zero};
+}
+
+HWY_INLINE FourSums AddTwoRows(FourSums sums, V8 a, V8 b, std::int16_t weight_a,
+                               std::int16_t weight_b) {
+    TagS16 const words;
+    Tag8 const d;
+    V8 const zero = hn::Zero(d);
+    V8 const lower = hn::InterleaveLower(a, b);
+    V8 const upper = hn::InterleaveUpper(d, a, b);
+    V16 const weights = hn::BitCast(
+        words, hn::Set(BlockTagS32(),
+                       static_cast<std::int32_t>(static_cast<std::uint32_t>(weight_b) << 16U |
+                                                 static_cast<std::uint16_t>(weight_a))));
+    auto const add = [&](V32 sum, V8 pairs) HWY_ATTR {
+        return AddWordProducts(sum, hn::BitCast(words, pairs), weights);
+    };
+    return {add(sums.s0, hn::InterleaveLower(lower, zero)),
+            add(sums.s1, hn::InterleaveUpper(d, lower, zero)),
+            add(sums.s2, hn::InterleaveLower(upper, zero)),
+            add(sums.s3, hn::InterleaveUpper(d, upper, zero))};
+}
+
+HWY_INLINE V8 BytesOf(FourSums sums, int shift) {
+    TagS16 const words;
+    auto const shifted = [&](V32 v) HWY_ATTR { return hn::ShiftRightSame(v, shift); };
+    return PackUnsigned(hn::ReorderDemote2To(words, shifted(sums.s0), shifted(sums.s1)),
+                        hn::ReorderDemote2To(words, shifted(sums.s2), shifted(sums.s3)));
+}
+
 /// The bytes of two sums, in pairs.
 template <ChannelWeights first, ChannelWeights second>
 HWY_INLINE V8 WeightedPairs(PixelHalf p) {

@@ -65,7 +65,7 @@ std::uint64_t compileEntries(AreaColumns const& columns, std::uint64_t entry,
             start = tap.left > 0 ? std::min(start, tap.at) : start;
         }
         *window = static_cast<std::int32_t>(start);
-        std::memset(table, 0x80, windowBytes);
+        std::memset(table, emptyPlace, windowBytes);
         std::memset(table + windowBytes, 0, windowBytes);
         for (std::size_t i = 0; i < entriesOfWindow; ++i) {
             AreaTaps& tap = taps[i];

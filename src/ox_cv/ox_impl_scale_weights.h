@@ -1,0 +1,56 @@
+/// @file
+/// How a continuous filter becomes weights of fixed point.
+
+#pragma once
+
+#include <cstdint>
+
+#include "ox_cv/ox_scale_kernel.h"
+
+namespace ox::impl {
+
+/// log2 of what the weights of a filter add up to: a weight has one more bit, and its sign.
+template <class Weight>
+constexpr int unitShift = 8 * static_cast<int>(sizeof(Weight)) - 2;
+
+/// The integral of the filter over [lower, upper] by the trapezoid rule in sixteenths of a pixel, in
+/// single precision. The filter's window begins at `phase`.
+/// @throws Exception `StatusNullPointer`
+float _computeIntegral(IKernel* _p_kernel, float phase, float lower, float upper);
+
+/// The weights of the source pixels under a window that begins `phase` behind the first one's edge.
+/// Each is the filter's mean over a pixel; all are scaled to a sum of `maxAperture` and rounded,
+/// and what is then too much or too little is taken off or added one by one from the middle
+/// outwards, in a single pass.
+/// @param p_weights, p_weight_buffer `weight_capacity` elements each; those past the taps become 0
+/// @return how many taps there are
+/// @throws Exception `StatusNullPointer`, also for a filter without weight; `StatusOutOfRange`;
+///         `StatusCapacityExceeded` for more taps than fit
+template <class Weight>
+int _computeWeights(IKernel& kernel, float phase, Weight* p_weights, float* p_weight_buffer,
+                    int weight_capacity);
+
+/// Taps of which some lie outside the source.
+struct BorderTaps {
+    std::int32_t count;     ///< at most `maxAperture`
+    std::int32_t start;     ///< source index of the first, any
+    std::int32_t src_size;  ///< positive
+};
+
+/// Folds the taps outside back into the source, by half-sample symmetry at both ends.
+///
+/// Only the first `taps.count` elements of `p_borderWieghts` are cleared before: what an earlier
+/// row left behind them goes on, on purpose.
+/// @param p_borderWieghts `capacity` elements
+/// @return the source index that the folded taps begin at, never negative
+/// @throws Exception `StatusNullPointer`, `StatusOutOfRange`
+template <class Weight>
+std::int32_t _reflectWeights(Weight const* weights, BorderTaps taps, Weight* p_borderWieghts,
+                             int capacity);
+
+extern template int _computeWeights(IKernel&, float, signed char*, float*, int);
+extern template int _computeWeights(IKernel&, float, short*, float*, int);
+extern template std::int32_t _reflectWeights(signed char const*, BorderTaps, signed char*, int);
+extern template std::int32_t _reflectWeights(short const*, BorderTaps, short*, int);
+
+}  // namespace ox::impl

@@ -1,0 +1,64 @@
+/// @file
+/// The continuous filters that `ScalerConvolutional` scales by.
+
+#pragma once
+
+#include "ox_core/ox_api.h"
+
+namespace ox {
+
+/// A filter as a function of the distance from its centre. A scaler asks it while it is armed and
+/// never afterwards, but remembers its address: as long as the address and the sizes stay, a later
+/// `reuse` keeps the weights of before, whatever has become of the filter.
+///
+/// Only distances of up to half the aperture are asked for. Weights are scaled to a fixed sum, so
+/// the filter needn't have an integral of 1, but it must not be 0.
+class OX_API IKernel {
+  public:
+    /// Adjusts the filter to a plane.
+    /// @param scale source extent over destination extent along the axis, at least 1
+    virtual void setScale(float scale) = 0;
+    /// @param x distance from the centre, in source pixels
+    virtual float value(float x) = 0;
+    /// Full width in source pixels, at the last scale set.
+    virtual float aperture() = 0;
+    virtual ~IKernel();
+
+  protected:
+    IKernel() = default;
+    IKernel(IKernel const&) = default;
+    IKernel& operator=(IKernel const&) = default;
+};
+
+/// The mean of the source pixels that a destination pixel covers.
+class OX_API BoxKernel : public IKernel {
+  public:
+    BoxKernel() = default;
+    BoxKernel(BoxKernel const&) = default;
+    BoxKernel& operator=(BoxKernel const&) = default;
+    ~BoxKernel() override;
+
+    void setScale(float scale) override;
+    /// 1 up to a thousandth of a pixel outside the box, so that both edges count; else 0.
+    float value(float x) override;
+    float aperture() override;
+
+  private:
+    float _width = 0.0F;
+    float _aperture = 0.0F;
+};
+
+namespace impl {
+
+/// What the weights of a filter add up to, and the most taps that it may have: 64 for `signed char`
+/// and 16384 for `short`.
+/// @tparam Weight one of these two
+template <class Weight>
+OX_API int maxAperture();
+
+extern template OX_API int maxAperture<signed char>();
+extern template OX_API int maxAperture<short>();
+
+}  // namespace impl
+
+}  // namespace ox
