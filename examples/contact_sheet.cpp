@@ -17,6 +17,7 @@
 
 #include "glyphs.h"
 #include "ox_core/ox_core.h"
+#include "ox_cv/ox_classic_kernels.h"
 #include "ox_cv/ox_cv.h"
 
 namespace {
@@ -28,7 +29,7 @@ constexpr int frameWidth = 2;  ///< of the line around the region
 constexpr ox::Size cellSize{384, 256};
 constexpr ox::Size thumbnailSize{96, 64};
 constexpr int columns = 4;
-constexpr int rows = 5;
+constexpr int rows = 7;
 constexpr ox::Size sheetSize{columns * (cellSize.width + margin) + margin,
                              rows*(cellSize.height + captionHeight + margin) + margin};
 constexpr double tilt = 20;  ///< degrees
@@ -64,6 +65,15 @@ ox::Frame scaled(ox::ICvBackend& backend, ox::Frame const& frame, ox::Size size,
     ox::Frame result = makeFrame(frame.format(), size);
     backend.setIntProperty(scalingMethod, static_cast<int>(method));
     backend.resize(frame, result, ox::emptyRoi(), ox::emptyRoi());
+    return result;
+}
+
+ox::Frame filtered(ox::Frame const& frame, ox::Size size, ox::IKernel& kernel,
+                   ox::ScalerPrecision precision) {
+    ox::ScalerConvolutional scaler;
+    scaler.reuse(kernel, frame, size, precision);
+    ox::Frame result;
+    ox::produceFrame(scaler, result);
     return result;
 }
 
@@ -202,6 +212,29 @@ void layOutSizes(Sheet& sheet, int column, NamedBackend const& by, ox::Frame con
     }
 }
 
+/// Thumbnails by each filter, on the last two rows.
+void layOutFilters(Sheet& sheet, ox::ICvBackend& enlarger, ox::Frame const& photo) {
+    int cell = (rows - 2) * columns;
+    auto const place = [&](ox::IKernel& kernel, ox::ScalerPrecision precision, char const* name) {
+        ox::Frame const small = filtered(photo, thumbnailSize, kernel, precision);
+        sheet.place(cell % columns, cell / columns,
+                    scaled(enlarger, small, cellSize, ox::ResizeNearestNeighbour),
+                    std::string("SHRUNK, ") + name);
+        ++cell;
+    };
+    ox::BoxKernel box;
+    ox::TriangleKernel triangle;
+    ox::MitchellNetravaliKernel mitchell;
+    ox::CatmullRomKernel catmull_rom;
+    ox::Lanczos3Kernel lanczos;
+    place(box, ox::OX_SCALER_FIXED_POINT_16S, "BOX");
+    place(triangle, ox::OX_SCALER_FIXED_POINT_16S, "TRIANGLE");
+    place(mitchell, ox::OX_SCALER_FIXED_POINT_16S, "MITCHELL");
+    place(catmull_rom, ox::OX_SCALER_FIXED_POINT_16S, "CATMULL ROM");
+    place(lanczos, ox::OX_SCALER_FIXED_POINT_16S, "LANCZOS");
+    place(lanczos, ox::OX_SCALER_FIXED_POINT_8S, "LANCZOS, EIGHT BITS");
+}
+
 void layOut(Sheet& sheet, ox::CvBackendBase& pipeline, ox::CvBackendSimd& vectors, ox::Frame photo,
             ox::Rect region) {
     sheet.place(0, 0, outlined(sheet, photo, region), "ORIGINAL");
@@ -218,6 +251,7 @@ void layOut(Sheet& sheet, ox::CvBackendBase& pipeline, ox::CvBackendSimd& vector
         layOutSizes(sheet, column, by, photo, crop);
         ++column;
     }
+    layOutFilters(sheet, pipeline, photo);
 }
 
 bool readRows(ox::Frame& frame) {

@@ -93,8 +93,14 @@ ox::ICvBackend& Backend::choose(std::string const& step, std::string_view refusa
     if (refusal.empty()) {
         return _vector;
     }
-    _notes.say(step + ": done by the pipeline backend, since " + std::string(refusal));
+    leaveToPipeline(step, refusal);
     return _pipeline;
+}
+
+void Backend::leaveToPipeline(std::string const& step, std::string_view reason) {
+    if (_offer.vectors) {
+        _notes.say(step + ": done by the pipeline backend, since " + std::string(reason));
+    }
 }
 
 }  // namespace oxcv

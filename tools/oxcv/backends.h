@@ -49,6 +49,9 @@ class Backend {
     ox::ICvBackend& forWarp(std::string const& step, ox::FrameLayout const& layout);
     ox::ICvBackend& forArithmetic();
 
+    /// Remarks that a step is the pipeline's in any case, unless that was asked for.
+    void leaveToPipeline(std::string const& step, std::string_view reason);
+
   private:
     ox::ICvBackend& choose(std::string const& step, std::string_view refusal);
 

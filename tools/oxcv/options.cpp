@@ -42,6 +42,10 @@ mostly BGR24. A result that the output's kind can't hold is converted at the end
 for png, jpeg and npy, to the y4m format with the same chroma or else I420.
 --roi is in pixels of the input; on half-size planes an odd origin is rounded down.
 --size takes YUYV and UYVY as NV16, and converts them back unless --format says otherwise.
+--kernel makes --size reduce by a filter: box, triangle, mitchell (Mitchell-Netravali),
+catmull-rom or lanczos3, from smooth to sharp, with weights of 8 or 16 bits. Filters take
+channels of 8 bits, sides of up to 8192 and reductions by 1 to 32; RGB24 and planar RGB go
+through BGR24 and back.
 NV12 frames of whole blocks of 8 x 2 pixels take the library's quick way to BGR24, whose
 values differ a little from those of other sizes.
 
@@ -67,6 +71,7 @@ Examples:
   oxcv convert cat.png eye.png --roi 150,80,64,48 --size 640x --method nearest
   oxcv convert cat.png small-mirror.png --size 100x --warp -1,0,99,0,1,0
   oxcv convert cat.png - --output-kind raw --format I420 | player
+  oxcv convert cat.png thumb.png --size 96x --kernel lanczos3
   oxcv convert film.y4m frame.png --frames 1
   oxcv convert film.y4m film.npy --size 224x224 --format BGR_32F --mul 0.0039 --add -0.5
 
@@ -145,13 +150,29 @@ void addBackend(CLI::App& app, std::string& backend) {
         ->capture_default_str();
 }
 
+void addScaling(CLI::App& app, Steps& steps) {
+    CLI::Option* const size = addParsed(app, "--size", parseSizeRequest, steps.size,
+                                        "Scale; 640x or x480 keep the aspect", "WxH");
+    CLI::Option* const method = addParsed(app, "--method", parseMethod, steps.method,
+                                          "How to scale: nearest, bilinear, area", "NAME")
+                                    ->default_str("bilinear");
+    CLI::Option* const kernel =
+        app.add_option_function<std::string>(
+               "--kernel", [&steps](std::string const& name) { steps.kernel = makeKernel(name); },
+               "Reduce by a filter instead")
+            ->check(CLI::IsMember(kernelNames(), CLI::ignore_case))
+            ->type_name("NAME")
+            ->needs(size)
+            ->excludes(method);
+    addParsed(app, "--precision", parsePrecision, steps.precision,
+              "Bits of a filter's weights: 8, 16", "BITS")
+        ->default_str("16")
+        ->needs(kernel);
+}
+
 void addSteps(CLI::App& app, Steps& steps) {
     addParsed(app, "--roi", parseRect, steps.roi, "Take a region", "X,Y,W,H");
-    addParsed(app, "--size", parseSizeRequest, steps.size, "Scale; 640x or x480 keep the aspect",
-              "WxH");
-    addParsed(app, "--method", parseMethod, steps.method, "How to scale: nearest, bilinear, area",
-              "NAME")
-        ->default_str("bilinear");
+    addScaling(app, steps);
     addWarp(app, steps);
     addParsed(app, "--format", parseFormat, steps.format, "Convert; 'oxcv formats' lists the names",
               "NAME");

@@ -131,6 +131,15 @@ ox::ResizeMethod parseMethod(std::string const& name) {
     return *method;
 }
 
+ox::ScalerPrecision parsePrecision(std::string const& text) {
+    for (auto const precision : {ox::OX_SCALER_FIXED_POINT_8S, ox::OX_SCALER_FIXED_POINT_16S}) {
+        if (text == std::to_string(static_cast<unsigned>(precision))) {
+            return precision;
+        }
+    }
+    throw UsageError("weights have 8 or 16 bits, not '" + text + "'");
+}
+
 ox::ResizeMethod parseWarpMethod(std::string const& name) {
     auto const method = methodByName(name);
     if (!method || *method == ox::ResizeArea) {

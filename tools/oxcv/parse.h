@@ -11,6 +11,7 @@
 #include "ox_core/ox_frame_format.h"
 #include "ox_core/ox_geometry.h"
 #include "ox_cv/ox_cv_backend.h"
+#include "ox_cv/ox_scaler_area.h"
 
 namespace oxcv {
 
@@ -36,6 +37,9 @@ std::int64_t parseCount(std::string const& text);
 /// "nearest", "bilinear" or "area".
 /// @throws UsageError
 ox::ResizeMethod parseMethod(std::string const& name);
+/// "8" or "16".
+/// @throws UsageError
+ox::ScalerPrecision parsePrecision(std::string const& text);
 /// "nearest" or "bilinear".
 /// @throws UsageError
 ox::ResizeMethod parseWarpMethod(std::string const& name);

@@ -63,6 +63,15 @@ ox::Frame Pipeline::resized(ox::Frame const& frame) {
     if (size == frame.size()) {
         return frame;
     }
+    if (_steps.kernel) {
+        reduce(frame, size);
+    } else {
+        scale(frame, size);
+    }
+    return _resized;
+}
+
+void Pipeline::scale(ox::Frame const& frame, ox::Size size) {
     ox::Frame const source = _before_scaling.run(frame, formatToScaleIn(frame.format()));
     if (_scaler == nullptr) {
         _scaler = &_backend.forScaling("--size", source.format(), _steps.method);
@@ -71,7 +80,13 @@ ox::Frame Pipeline::resized(ox::Frame const& frame) {
         prepare(_resized, source.format(), size);
         _scaler->resize(source, _resized, ox::emptyRoi(), ox::emptyRoi());
     });
-    return _resized;
+}
+
+void Pipeline::reduce(ox::Frame const& frame, ox::Size size) {
+    ox::Frame const source = _before_scaling.run(frame, formatToFilterIn(frame.format()));
+    _backend.leaveToPipeline("--kernel", "the vector backend has no filters");
+    attempt("--kernel", [&] { prepare(_resized, source.format(), size); });
+    oxcv::reduce("--kernel", source, _resized, *_steps.kernel, _steps.precision);
 }
 
 ox::Frame Pipeline::warped(ox::Frame const& frame, ox::FrameFormat target) {

@@ -3,11 +3,13 @@
 
 #pragma once
 
+#include <memory>
 #include <optional>
 
 #include "affine.h"
 #include "backends.h"
 #include "conversion.h"
+#include "filter.h"
 #include "ox_core/ox_frame.h"
 #include "parse.h"
 
@@ -18,6 +20,8 @@ struct Steps {
     std::optional<ox::Rect> roi;
     std::optional<SizeRequest> size;
     ox::ResizeMethod method = ox::ResizeBilinear;
+    std::shared_ptr<ox::IKernel> kernel;  ///< scales in place of the method, if there is one
+    ox::ScalerPrecision precision = ox::OX_SCALER_FIXED_POINT_16S;  ///< of the kernel's weights
     std::optional<Matrix> warp;  ///< from source to destination pixels
     bool invert = false;         ///< the other way round
     std::optional<double> rotate;
@@ -43,6 +47,8 @@ class Pipeline {
   private:
     ox::FrameFormat targetOf(ox::FrameFormat source) const;
     ox::Frame resized(ox::Frame const& frame);
+    void scale(ox::Frame const& frame, ox::Size size);
+    void reduce(ox::Frame const& frame, ox::Size size);
     ox::Frame warped(ox::Frame const& frame, ox::FrameFormat target);
     void arithmetic(ox::Frame& frame);
 

@@ -18,6 +18,17 @@ ox::FrameFormat formatToScaleIn(ox::FrameFormat format) {
     return packed_pairs ? ox::FRAME_NV16 : format;
 }
 
+ox::FrameFormat formatToFilterIn(ox::FrameFormat format) {
+    switch (format) {
+        case ox::FRAME_RGB24:
+        case ox::FRAME_RGB_PLANAR:
+        case ox::FRAME_BGR_PLANAR:
+            return ox::FRAME_BGR24;
+        default:
+            return formatToScaleIn(format);
+    }
+}
+
 ox::FrameFormat formatToWarpIn(ox::FrameFormat format, ox::FrameFormat target) {
     if (!isYuv(format)) {
         return format;

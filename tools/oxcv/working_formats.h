@@ -11,6 +11,10 @@ namespace oxcv {
 /// and chroma; `FRAME_NV16` holds the same samples.
 ox::FrameFormat formatToScaleIn(ox::FrameFormat format);
 
+/// Filters take packed pixels rather than planes of colours, and no red-first ones; `FRAME_BGR24`
+/// holds the same samples. Packed 4:2:2 as above.
+ox::FrameFormat formatToFilterIn(ox::FrameFormat format);
+
 /// A warp moves each plane by the same matrix in the plane's own coordinates, so that subsampled
 /// chroma would move too far, and fills what the picture leaves free with zeros, which are black in
 /// gray and RGB formats and green in YUV. YUV pictures are therefore warped as `FRAME_BGR24`, or

@@ -1,0 +1,72 @@
+#include "filter.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+#include "library_calls.h"
+#include "ox_cv/ox_classic_kernels.h"
+#include "ox_cv/ox_scaler_convolutional.h"
+#include "parse.h"
+
+namespace oxcv {
+
+namespace {
+
+template <class Kernel>
+std::shared_ptr<ox::IKernel> make() {
+    return std::make_shared<Kernel>();
+}
+
+struct KernelChoice {
+    char const* name;
+    std::shared_ptr<ox::IKernel> (*make)();
+};
+
+constexpr std::array choices{
+    KernelChoice{"box", make<ox::BoxKernel>},
+    KernelChoice{"triangle", make<ox::TriangleKernel>},
+    KernelChoice{"mitchell", make<ox::MitchellNetravaliKernel>},
+    KernelChoice{"catmull-rom", make<ox::CatmullRomKernel>},
+    KernelChoice{"lanczos3", make<ox::Lanczos3Kernel>},
+};
+
+}  // namespace
+
+std::vector<std::string> kernelNames() {
+    std::vector<std::string> names;
+    std::transform(choices.begin(), choices.end(), std::back_inserter(names),
+                   [](KernelChoice const& choice) { return choice.name; });
+    return names;
+}
+
+std::shared_ptr<ox::IKernel> makeKernel(std::string const& name) {
+    std::string const wanted = toLower(name);
+    auto const* const choice =
+        std::find_if(choices.begin(), choices.end(),
+                     [&](KernelChoice const& c) { return wanted == c.name; });
+    if (choice == choices.end()) {
+        throw UsageError("there is no kernel '" + name + "'");
+    }
+    return choice->make();
+}
+
+void reduce(std::string const& step, ox::Frame const& frame, ox::Frame& result,
+            ox::IKernel& kernel, ox::ScalerPrecision precision) {
+    if (frame.layout().plane[0].bits != 8) {
+        throw Failure(step + ": " + shortName(frame.format()) +
+                      ": filters take channels of 8 bits only");
+    }
+    if (result.width() > frame.width() || result.height() > frame.height()) {
+        throw Failure(step + ": filters only reduce: " + toText(frame.size()) + " to " +
+                      toText(result.size()));
+    }
+    attempt(step, [&] {
+        // One per frame: a second pass of the same object loses its first step down.
+        ox::ScalerConvolutional scaler;
+        scaler.reuse(kernel, frame, result.size(), precision);
+        ox::produceFrame(scaler, result);
+    });
+}
+
+}  // namespace oxcv
