@@ -56,9 +56,9 @@ double CubicKernel::shape(double t) const {
                 (6.0 - 2.0 * b)) /
                6.0;
     }
-    return ((-b - 6.0 * c) * t * t * t +         //
-            (6.0 * b + 30.0 * c) * t * t +       //
-            (-12.0 * b - 48.0 * c) * t +         //
+    return ((-b - 6.0 * c) * t * t * t +    //
+            (6.0 * b + 30.0 * c) * t * t +  //
+            (-12.0 * b - 48.0 * c) * t +    //
             (8.0 * b + 24.0 * c)) /
            6.0;
 }

@@ -3,7 +3,6 @@
 
 #pragma once
 
-
 #include "ox_cv/ox_impl_scale_data.h"
 #include "ox_cv/ox_impl_tap_columns.h"
 #include "ox_cv/ox_row_window.h"

@@ -13,8 +13,8 @@ namespace {
 
 constexpr char file[] = "src/ox_cv/ox_impl_scale_conv_y";
 
-/// Formats of bytes that can be scaled but for `FRAME_BGR_PLANAR`; among them those of packed pairs,
-/// which the horizontal pass refuses.
+/// Formats of bytes that can be scaled but for `FRAME_BGR_PLANAR`; among them those of packed
+/// pairs, which the horizontal pass refuses.
 constexpr bool takesFormat(FrameFormat format) {
     return isScalable(format) && format != FRAME_BGR_PLANAR && factsOf(format).planes[0].bits == 8;
 }

@@ -47,13 +47,13 @@ class ScaleY : public IRowProducer {
     ScaleSource sourceOf(int plane) const;
 
     RowIndex _row_index;
-    std::int32_t _src_row = 0;  ///< first source row of the current row's taps
+    std::int32_t _src_row = 0;         ///< first source row of the current row's taps
     IKernel const* _kernel = nullptr;  ///< known by its address only
     FrameLayout _src_layout;
     FrameLayout _dst_layout;
     RowWindow _window;
-    ScaleData<Weight> _scale_data[4];  ///< one per plane
-    std::vector<unsigned char const*> _rows;       ///< a plane's rows in the window
+    ScaleData<Weight> _scale_data[4];         ///< one per plane
+    std::vector<unsigned char const*> _rows;  ///< a plane's rows in the window
 };
 
 extern template class ScaleY<signed char>;

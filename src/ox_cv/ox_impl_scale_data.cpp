@@ -123,8 +123,8 @@ void ScaleData<Weight>::_build(IKernel& kernel, int src_size, int dst_size) {
         int index = border ? -1 : _kernels.findInnerKernel(phase);
         int first = start;
         if (index < 0) {
-            int const count = _computeWeights(kernel, phase, scratch.weights, scratch.unnormalised,
-                                              capacity);
+            int const count =
+                _computeWeights(kernel, phase, scratch.weights, scratch.unnormalised, capacity);
             if (border) {
                 first = _reflectWeights(scratch.weights, {count, start, src_size}, scratch.border,
                                         capacity);
@@ -134,8 +134,7 @@ void ScaleData<Weight>::_build(IKernel& kernel, int src_size, int dst_size) {
             }
             _aperture = std::max(_aperture, count);
         }
-        _sources.push_back(
-            {static_cast<std::uint16_t>(first), static_cast<std::uint16_t>(index)});
+        _sources.push_back({static_cast<std::uint16_t>(first), static_cast<std::uint16_t>(index)});
     }
 }
 

@@ -70,8 +70,7 @@ void checkBuffers(void const* p_weights, void const* p_weight_buffer, int weight
 }
 
 [[noreturn]] void refuseZeroSum() {
-    refuseWeights(StatusNullPointer,
-                  "Failure in computeWeights(...): Kernel has zero weight sum.");
+    refuseWeights(StatusNullPointer, "Failure in computeWeights(...): Kernel has zero weight sum.");
 }
 
 /// Adds or takes off one at a time, from the middle outwards, until the sum is `unit`. Callers
@@ -144,8 +143,8 @@ int _computeWeights(IKernel& kernel, float phase, Weight* p_weights, float* p_we
     float sum = 0.0F;
     for (int j = 0; j < count; ++j) {
         auto const left = static_cast<float>(j);
-        p_weight_buffer[j] = _computeIntegral(&kernel, phase, std::max(phase, left),
-                                              std::min(left + 1.0F, end));
+        p_weight_buffer[j] =
+            _computeIntegral(&kernel, phase, std::max(phase, left), std::min(left + 1.0F, end));
         sum += p_weight_buffer[j];
     }
     if (double{sum} < leastSum) {

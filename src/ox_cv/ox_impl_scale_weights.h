@@ -13,8 +13,8 @@ namespace ox::impl {
 template <class Weight>
 constexpr int unitShift = 8 * static_cast<int>(sizeof(Weight)) - 2;
 
-/// The integral of the filter over [lower, upper] by the trapezoid rule in sixteenths of a pixel, in
-/// single precision. The filter's window begins at `phase`.
+/// The integral of the filter over [lower, upper] by the trapezoid rule in sixteenths of a pixel,
+/// in single precision. The filter's window begins at `phase`.
 /// @throws Exception `StatusNullPointer`
 float _computeIntegral(IKernel* _p_kernel, float phase, float lower, float upper);
 

@@ -53,9 +53,9 @@ class TapColumns {
     rows::ColumnTaps _taps{};
     std::vector<rows::TapStart> _starts;
     Buffer _weights;
-    std::size_t _whole = 0;            ///< pixels before the last ones
-    std::uint64_t _tail_begin = 0;     ///< byte of the row that the copy begins with
-    std::uint64_t _tail_copied = 0;    ///< bytes of the row that are copied
+    std::size_t _whole = 0;          ///< pixels before the last ones
+    std::uint64_t _tail_begin = 0;   ///< byte of the row that the copy begins with
+    std::uint64_t _tail_copied = 0;  ///< bytes of the row that are copied
     std::uint64_t _tail_dst_bytes = 0;
     std::uint64_t _whole_dst_bytes = 0;
     Buffer _tail_src;

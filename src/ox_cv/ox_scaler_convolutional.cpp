@@ -51,8 +51,7 @@ struct ScalerConvolutional::State {
                 case OX_SCALER_FIXED_POINT_16S:
                     return passes16.arm(kernel, source, dst_size);
                 default:
-                    refuse(StatusInvalidParameter, "reuse",
-                           "Parameter 'precision' is incorrect.");
+                    refuse(StatusInvalidParameter, "reuse", "Parameter 'precision' is incorrect.");
             }
         });
     }

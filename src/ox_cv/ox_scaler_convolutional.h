@@ -15,8 +15,9 @@ namespace ox {
 /// truncated.
 ///
 /// Takes `FRAME_GRAY8`, `FRAME_BGR24`, the YUV formats but the packed 4:2:2 ones, and the formats
-/// of bytes without colour; per plane and axis up to 8192 source samples, reduced by 1 to 32. All
-/// other formats are found out at the first `produce`.
+/// of bytes without colour; per plane and axis up to 8192 source samples, reduced by 1 to 32; and
+/// at least as many rows as the filter has taps. All other formats are found out at the first
+/// `produce`.
 ///
 /// An object that goes on to another frame keeps its weights while the filter's address, format and
 /// the sizes that they depend on stay, and three oddities that are kept on purpose: its second
@@ -37,8 +38,8 @@ class OX_API ScalerConvolutional : public IRowProducer {
     /// address.
     /// @throws Exception `StatusInputNotInitialized` for a source without planes or an empty size;
     ///         `StatusInvalidParameter` for a precision other than 8 and 16;
-    ///         `StatusOutOfRange` for sizes out of the limits; `StatusNullPointer` for a filter that
-    ///         is 0; `StatusCapacityExceeded` for one of too many taps
+    ///         `StatusOutOfRange` for sizes out of the limits; `StatusNullPointer` for a filter
+    ///         that is 0; `StatusCapacityExceeded` for one of too many taps
     void reuse(IKernel& kernel, Frame const& src_frame, Size dst_size, ScalerPrecision precision);
     void reuse(IKernel& kernel, IRowProducer& src_producer, Size dst_size,
                ScalerPrecision precision);

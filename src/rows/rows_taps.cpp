@@ -49,9 +49,8 @@ constexpr std::array<std::uint8_t, blockBytes> wordPlaces() {
     for (std::size_t word = 0; word < words; ++word) {
         std::size_t const channel = word / stepTaps<channels>;
         std::size_t const tap = word % stepTaps<channels>;
-        places[2 * word] = channel < channels
-                               ? static_cast<std::uint8_t>(tap * channels + channel)
-                               : emptyPlace;
+        places[2 * word] =
+            channel < channels ? static_cast<std::uint8_t>(tap * channels + channel) : emptyPlace;
         places[2 * word + 1] = emptyPlace;
     }
     return places;
@@ -114,8 +113,12 @@ void sumColumns(ColumnTaps const& taps, std::uint8_t const* src, std::uint8_t* d
 
 template <std::size_t channels>
 constexpr TapShape tapShape() {
-    return {sumColumns<channels>, arrangeWeights<channels>, batchPixels<channels>,
-            stepTaps<channels>,   words,                    spreadWindowBytes};
+    return {sumColumns<channels>,
+            arrangeWeights<channels>,
+            batchPixels<channels>,
+            stepTaps<channels>,
+            words,
+            spreadWindowBytes};
 }
 
 // Rows. Two rows at a time: their bytes as words side by side, times the two weights.

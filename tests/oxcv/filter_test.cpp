@@ -69,10 +69,9 @@ TEST_F(FilterTest, EveryKernelAndPrecisionGivesTheLibrarysBytes) {
 // A scaler that is used again loses a step.
 TEST_F(FilterTest, AllFramesOfAStreamAreScaledAlike) {
     ox::Frame const frame = randomFrame(ox::FRAME_GRAY8, {24, 24});
-    std::string const out =
-        converted(bytesOf(frame) + bytesOf(frame),
-                  join(rawInput(ox::FRAME_GRAY8, {24, 24}), {"--size", "8x8", "--kernel", "box"}),
-                  "out.raw");
+    std::string const out = converted(
+        bytesOf(frame) + bytesOf(frame),
+        join(rawInput(ox::FRAME_GRAY8, {24, 24}), {"--size", "8x8", "--kernel", "box"}), "out.raw");
     ASSERT_EQ(out.size(), 128U);
     EXPECT_EQ(out.substr(0, 64), out.substr(64));
 }
@@ -82,9 +81,9 @@ TEST_F(FilterTest, RedFirstFormatsGoThroughBgr) {
     ox::TriangleKernel kernel;
     ox::Frame small = blankFrame(ox::FRAME_BGR24, {10, 9});
     setBytes(small, byLibrary(bgr, {10, 9}, kernel, ox::OX_SCALER_FIXED_POINT_16S));
-    EXPECT_EQ(reduced(channelsReversed(bgr, ox::FRAME_RGB24),
-                      {"--size", "10x9", "--kernel", "triangle"}),
-              bytesOf(channelsReversed(small, ox::FRAME_RGB24)));
+    EXPECT_EQ(
+        reduced(channelsReversed(bgr, ox::FRAME_RGB24), {"--size", "10x9", "--kernel", "triangle"}),
+        bytesOf(channelsReversed(small, ox::FRAME_RGB24)));
 }
 
 TEST_F(FilterTest, PackedPairsGoThroughPlanes) {
@@ -144,8 +143,8 @@ TEST_F(FilterTest, WhatFiltersDoNotTakeIsToldInPlainWords) {
                {"--size", "8x8", "--kernel", "box", "--method", "area"},
                "oxcv: --method excludes --kernel; 'oxcv --help' tells the rest\n",
                2}}) {
-        Result const result = run(join(
-            join({"convert", input, path("out.raw")}, rawInput(format, {96, 96})), options));
+        Result const result = run(
+            join(join({"convert", input, path("out.raw")}, rawInput(format, {96, 96})), options));
         EXPECT_EQ(result.status, status) << said;
         EXPECT_EQ(result.err, said);
     }

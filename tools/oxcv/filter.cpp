@@ -42,17 +42,16 @@ std::vector<std::string> kernelNames() {
 
 std::shared_ptr<ox::IKernel> makeKernel(std::string const& name) {
     std::string const wanted = toLower(name);
-    auto const* const choice =
-        std::find_if(choices.begin(), choices.end(),
-                     [&](KernelChoice const& c) { return wanted == c.name; });
+    auto const* const choice = std::find_if(
+        choices.begin(), choices.end(), [&](KernelChoice const& c) { return wanted == c.name; });
     if (choice == choices.end()) {
         throw UsageError("there is no kernel '" + name + "'");
     }
     return choice->make();
 }
 
-void reduce(std::string const& step, ox::Frame const& frame, ox::Frame& result,
-            ox::IKernel& kernel, ox::ScalerPrecision precision) {
+void reduce(std::string const& step, ox::Frame const& frame, ox::Frame& result, ox::IKernel& kernel,
+            ox::ScalerPrecision precision) {
     if (frame.layout().plane[0].bits != 8) {
         throw Failure(step + ": " + shortName(frame.format()) +
                       ": filters take channels of 8 bits only");

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "ox_core/ox_frame.h"
-#include "ox_cv/ox_scaler_area.h"
 #include "ox_cv/ox_scale_kernel.h"
+#include "ox_cv/ox_scaler_area.h"
 
 namespace oxcv {
 
@@ -22,7 +22,7 @@ std::shared_ptr<ox::IKernel> makeKernel(std::string const& name);
 /// Scales `frame` into `result`, which has the same format.
 /// @param step what people know it by
 /// @throws Failure if the library refuses, or `result` is larger than `frame`
-void reduce(std::string const& step, ox::Frame const& frame, ox::Frame& result,
-            ox::IKernel& kernel, ox::ScalerPrecision precision);
+void reduce(std::string const& step, ox::Frame const& frame, ox::Frame& result, ox::IKernel& kernel,
+            ox::ScalerPrecision precision);
 
 }  // namespace oxcv
