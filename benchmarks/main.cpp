@@ -84,6 +84,9 @@ int main(int count, char** arguments) {
         for (Operation const& operation : resampleOperations(size)) {
             add(operation, label);
         }
+        for (Operation const& operation : convolutionOperations(size)) {
+            add(operation, label);
+        }
     }
     TableReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);

@@ -30,5 +30,7 @@ std::vector<Operation> colourOperations(Size size);
 std::vector<Operation> floatOperations(Size size);
 /// Resizing and turning, of frames of the size.
 std::vector<Operation> resampleOperations(Size size);
+/// Reductions to a third by filters.
+std::vector<Operation> convolutionOperations(Size size);
 
 }  // namespace ox::benchmarks
