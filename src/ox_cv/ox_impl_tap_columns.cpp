@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <limits>
+#include <new>
 
 #include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_scale_weights.h"
 #include "ox_cv/ox_impl_state.h"
+#include "rows/rows_channels.h"
+#include "rows/rows_routines.h"
 
 namespace ox::impl {
 
@@ -27,10 +29,11 @@ Sample unitsOf(Sum sum, int shift) {
         std::clamp<Sum>(sum >> shift, 0, static_cast<Sum>(std::numeric_limits<Sample>::max())));
 }
 
-/// Pixels that the last ones are at least, so that what a vector loop overwrites behind the pixels
-/// before them still lies in the row.
-constexpr std::size_t leastTail = 2;
-constexpr std::uint64_t overwrittenBytes = 4;
+/// The planes of a buffer that they share.
+std::array<unsigned char*, 4> planesOf(Buffer const& buffer, std::uint64_t plane_bytes) {
+    return {buffer.data, buffer.data + plane_bytes, buffer.data + 2 * plane_bytes,
+            buffer.data + 3 * plane_bytes};
+}
 
 }  // namespace
 
@@ -80,15 +83,12 @@ struct TapColumns<Weight>::PlainLoops {
 template <class Weight>
 void TapColumns<Weight>::sumByVectors(TapColumns& columns, unsigned char const* src,
                                       unsigned char* dst) {
-    rows::SumColumns* const sum = columns._shape.sum;
-    rows::ColumnTaps taps = columns._taps;
-    taps.count = columns._whole;
-    sum(taps, src, dst);
-    std::memcpy(columns._tail_src.data, src + columns._tail_begin, columns._tail_copied);
-    taps.starts = columns._starts.data() + columns._whole;
-    taps.count = columns._starts.size() - columns._whole;
-    sum(taps, columns._tail_src.data, columns._tail_dst.data);
-    std::memcpy(dst + columns._whole_dst_bytes, columns._tail_dst.data, columns._tail_dst_bytes);
+    rows::TapProgram const& program = columns._program;
+    auto const src_planes = planesOf(columns._src_planes, program.src_bytes);
+    auto const dst_planes = planesOf(columns._dst_planes, program.pixels);
+    rows::splitChannels(src, columns._src_pixels, columns._channels, src_planes.data());
+    rows::routines().sum_taps(program, columns._channels, src_planes.data(), dst_planes.data());
+    rows::mergeChannels(dst_planes.data(), columns._data->sources().size(), columns._channels, dst);
 }
 
 template <class Weight>
@@ -100,86 +100,46 @@ void TapColumns<Weight>::plan(ScaleData<Weight> const& data, ScaleElement elemen
     }
     _data = &data;
     _row_bytes = row_bytes;
-    auto const channels = static_cast<std::uint32_t>(element.channels);
-    _shape = element.bits == 8 ? rows::routines().columns[channels - 1] : rows::TapShape{};
-    if (_shape.sum != nullptr && data.aperture() > 0) {
-        planVectors(channels);
-        _sum = sumByVectors;
-    } else {
-        _sum = pickRowFunction<PlainLoops>(element);
-    }
+    auto const channels = static_cast<std::size_t>(element.channels);
+    bool const whole_pixels = row_bytes % channels == 0;
+    bool const by_vectors = element.bits == 8 && whole_pixels && data.aperture() > 0 &&
+                            rows::routines().compile_taps != nullptr && planVectors(channels);
+    _sum = by_vectors ? sumByVectors : pickRowFunction<PlainLoops>(element);
 }
 
+/// Each row of weights that a pixel takes, as words.
 template <class Weight>
-void TapColumns<Weight>::planVectors(std::uint32_t channels) {
-    auto const taps = static_cast<std::size_t>(_data->aperture());
-    _taps.steps = (taps - 1) / _shape.step_taps + 1;
-    _taps.shift = unitShift<Weight>;
-    resizeTable(_starts, std::ssize(_data->sources()), file);
-    arrangeWeights();
-    for (std::size_t i = 0; i < _starts.size(); ++i) {
-        _starts[i].source = _data->sources()[i].src_start * channels;
-    }
-    planTail(channels);
-    _taps.starts = _starts.data();
-}
-
-/// Only the rows that are used, in the order of their first use.
-template <class Weight>
-void TapColumns<Weight>::arrangeWeights() {
-    constexpr std::uint32_t unplaced = std::numeric_limits<std::uint32_t>::max();
-    auto const taps = static_cast<std::size_t>(_data->aperture());
-    std::uint64_t const row_words = _taps.steps * _shape.step_words;
-    std::vector<std::uint32_t> places;
-    std::vector<std::int16_t> row;
-    resizeTable(places, _data->kernels().rowCount(), file);
-    resizeTable(row, _data->aperture(), file);
-    std::fill(places.begin(), places.end(), unplaced);
-    _weights.resize(multiplyBytes(places.size(), row_words * sizeof(std::int16_t)), false);
-    auto* const arranged = reinterpret_cast<std::int16_t*>(_weights.data);
-    std::uint64_t used = 0;
-    for (std::size_t i = 0; i < _starts.size(); ++i) {
-        std::uint32_t& place = places[_data->sources()[i].kernel_index];
-        if (place == unplaced) {
-            place = static_cast<std::uint32_t>(used);
-            std::copy_n(_data->kernels().row(_data->sources()[i].kernel_index), taps, row.begin());
-            _shape.arrange(row.data(), taps, arranged + used);
-            used += row_words;
+rows::TapAxis TapColumns<Weight>::axis() const {
+    rows::TapAxis axis;
+    axis.taps = static_cast<std::size_t>(_data->aperture());
+    axis.shift = unitShift<Weight>;
+    axis.kernels.resize(static_cast<std::size_t>(_data->kernels().rowCount()));
+    for (ScaleSource const source : _data->sources()) {
+        axis.starts.push_back({source.src_start, source.kernel_index});
+        std::vector<std::int16_t>& kernel = axis.kernels[source.kernel_index];
+        if (kernel.empty()) {
+            Weight const* const weights = _data->kernels().row(source.kernel_index);
+            kernel.assign(weights, weights + axis.taps);
         }
-        _starts[i].weights = place;
     }
-    _taps.weights = arranged;
+    return axis;
 }
 
 template <class Weight>
-void TapColumns<Weight>::planTail(std::uint32_t channels) {
-    std::size_t const count = _starts.size();
-    std::uint64_t const reach =
-        (_taps.steps - 1) * _shape.step_taps * channels + _shape.window_bytes;
-    auto const leaves = [&](rows::TapStart start) { return start.source + reach > _row_bytes; };
-    auto const first_to_leave = std::find_if(_starts.begin(), _starts.end(), leaves);
-    auto const inside = static_cast<std::size_t>(first_to_leave - _starts.begin());
-    _whole = std::min(inside, std::max(count, leastTail) - leastTail);
-    _whole -= _whole % _shape.batch;
-    _whole_dst_bytes = _whole * channels;
-    _tail_dst_bytes = (count - _whole) * channels;
-
-    std::uint64_t const padded = roundUpBytes(count - _whole, _shape.batch);
-    resizeTable(_starts, static_cast<std::int64_t>(_whole + padded), file);
-    std::fill(_starts.begin() + static_cast<std::ptrdiff_t>(count), _starts.end(),
-              _starts[count - 1]);
-    auto const tail = _starts.begin() + static_cast<std::ptrdiff_t>(_whole);
-    auto const by_source = [](auto a, auto b) { return a.source < b.source; };
-    auto const [first, last] = std::minmax_element(tail, _starts.end(), by_source);
-    std::uint64_t const first_byte = first->source;
-    _tail_begin = std::min(first_byte, _row_bytes);
-    _tail_copied = std::min(_row_bytes - _tail_begin, last->source + reach - first_byte);
-    _tail_src.resize(last->source + reach - first_byte, false);
-    _tail_src.setZero();
-    _tail_dst.resize(padded * channels + overwrittenBytes, false);
-    std::for_each(tail, _starts.end(), [&](rows::TapStart& start) {
-        start.source -= static_cast<std::uint32_t>(first_byte);
-    });
+bool TapColumns<Weight>::planVectors(std::size_t channels) {
+    try {
+        if (!rows::routines().compile_taps(axis(), _program)) {
+            return false;
+        }
+    } catch (std::bad_alloc const&) {
+        throwMemoryExhausted("reuse", file);
+    }
+    _channels = channels;
+    _src_pixels = std::min<std::uint64_t>(_row_bytes / channels, _program.src_bytes);
+    _src_planes.resize(multiplyBytes(_program.src_bytes, channels), false);
+    _src_planes.setZero();
+    _dst_planes.resize(multiplyBytes(_program.pixels, channels), false);
+    return true;
 }
 
 template class TapColumns<signed char>;

@@ -9,7 +9,7 @@
 #include "ox_core/ox_buffer.h"
 #include "ox_cv/ox_impl_scale_data.h"
 #include "ox_cv/ox_impl_scale_elements.h"
-#include "rows/rows_routines.h"
+#include "rows/rows_taps.h"
 
 namespace ox::impl {
 
@@ -39,27 +39,19 @@ class TapColumns {
     struct PlainLoops;
     static void sumByVectors(TapColumns& columns, unsigned char const* src, unsigned char* dst);
 
-    void arrangeWeights();
-    void planVectors(std::uint32_t channels);
-    void planTail(std::uint32_t channels);
+    bool planVectors(std::size_t channels);
+    rows::TapAxis axis() const;
 
     ScaleData<Weight> const* _data = nullptr;
     std::uint64_t _row_bytes = 0;
     Sum _sum = nullptr;
 
-    // Of the vector loop. The last pixels, whose windows would leave the row, are summed out of a
-    // copy of its end, with zeros behind, into memory of their own.
-    rows::TapShape _shape{};
-    rows::ColumnTaps _taps{};
-    std::vector<rows::TapStart> _starts;
-    Buffer _weights;
-    std::size_t _whole = 0;          ///< pixels before the last ones
-    std::uint64_t _tail_begin = 0;   ///< byte of the row that the copy begins with
-    std::uint64_t _tail_copied = 0;  ///< bytes of the row that are copied
-    std::uint64_t _tail_dst_bytes = 0;
-    std::uint64_t _whole_dst_bytes = 0;
-    Buffer _tail_src;
-    Buffer _tail_dst;
+    // Of the vector loop, which works on a plane for each channel.
+    rows::TapProgram _program;
+    std::size_t _channels = 0;
+    std::size_t _src_pixels = 0;
+    Buffer _src_planes;  ///< with zeros behind the pixels
+    Buffer _dst_planes;
 };
 
 extern template class TapColumns<signed char>;

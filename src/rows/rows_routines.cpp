@@ -9,7 +9,8 @@ namespace ox::rows {
 Routines findRoutines() {
     Routines found{};
 #ifdef OX_WITH_HIGHWAY
-    takeTapRoutines(found);
+    takeTapColumnRoutines(found);
+    takeTapRowRoutines(found);
 #endif
     return found;
 }

@@ -18,6 +18,14 @@
 #include <cstddef>
 #include <cstdint>
 
+#if HWY_TARGET == HWY_AVX3_DL
+// Highway looks for AVX512-VNNI before it takes this target, but doesn't name it to the compiler.
+#undef HWY_TARGET_STR
+#define HWY_TARGET_STR  \
+    HWY_TARGET_STR_AVX3 \
+    ",vpclmulqdq,avx512vbmi,avx512vbmi2,vaes,avxvnni,avx512vnni,avx512bitalg,avx512vpopcntdq"
+#endif
+
 HWY_BEFORE_NAMESPACE();
 namespace Simd::Neon::HWY_NAMESPACE {
 

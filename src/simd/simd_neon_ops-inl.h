@@ -18,7 +18,6 @@
 /// | `PermuteToWords` | the same for even bytes, whose neighbours become 0; theirs are above 127 |
 /// | `MulAddWords` | sums of products of neighbours, of signed words |
 /// | `MulAddWindowPairs` | sums of products of neighbours, bytes by weights below 128 |
-/// | `SpreadWindow` | loads `spreadWindowBytes`, and takes the bytes at the given even places as
 /// words | | `AddWordProducts` | adds products of words to `WordSums`, whose `TotalOf` is by
 /// neighbours | | `AddNeighbours` | sums of neighbours of both registers, in order | |
 /// `StoreLaneBytes` | clamps lanes to bytes; of four lanes a pixel, three channels keep three | |

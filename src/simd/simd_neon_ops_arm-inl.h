@@ -139,13 +139,6 @@ HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
                    vmull_high_u8(bytes.raw, weights.raw)));
 }
 
-constexpr std::size_t spreadWindowBytes = 8;
-
-HWY_INLINE V16 SpreadWindow(std::uint8_t const* p, V8 places) {
-    uint8x16_t const window = vcombine_u8(vld1_u8(p), vdup_n_u8(0));
-    return V16(vreinterpretq_s16_u8(vqtbl1q_u8(window, places.raw)));
-}
-
 /// Of the first and of the second half of the words.
 struct WordSums {
     int32x4_t lower;
@@ -167,12 +160,6 @@ HWY_INLINE V32 TotalOf(WordSums sums) {
 
 HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
     return V32(vpaddq_s32(a.raw, b.raw));
-}
-
-template <std::size_t channels>
-HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
-    hn::Rebind<std::uint8_t, BlockTagS32> const d;
-    hn::StoreU(hn::DemoteTo(d, v), d, p);  // of three channels, a pixel and a byte
 }
 
 struct FourSums {

@@ -338,20 +338,10 @@ HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
 }
 
 #if HWY_TARGET == HWY_AVX3_DL
-constexpr std::size_t spreadWindowBytes = 32;
-#else
-constexpr std::size_t spreadWindowBytes = 16;
-#endif
-
-HWY_INLINE V16 SpreadWindow(std::uint8_t const* p, V8 places) {
-#if HWY_TARGET == HWY_AVX3_DL
-    __m512i const window = _mm512_castsi256_si512(hn::LoadU(HalfTag8(), p).raw);
-    return V16{_mm512_maskz_permutexvar_epi8(0x5555555555555555U, places.raw, window)};
-#else
-    V8 const window = hn::LoadDup128(Tag8(), p);
-    return hn::BitCast(TagS16(), hn::TableLookupBytes(window, places));
-#endif
+HWY_INLINE V32 AddByteProducts(V32 sums, V8 unsigned_bytes, V8 signed_bytes) {
+    return V32{_mm512_dpbusd_epi32(sums.raw, unsigned_bytes.raw, signed_bytes.raw)};
 }
+#endif
 
 using WordSums = V32;
 
@@ -361,7 +351,7 @@ HWY_INLINE WordSums NoWordSums() {
 
 HWY_INLINE WordSums AddWordProducts(WordSums sums, V16 words, V16 weights) {
 #if HWY_TARGET == HWY_AVX3_DL
-    return hn::Add(sums, V32{_mm512_madd_epi16(words.raw, weights.raw)});
+    return V32{_mm512_dpwssd_epi32(sums.raw, words.raw, weights.raw)};
 #else
     return hn::Add(sums, V32{_mm256_madd_epi16(words.raw, weights.raw)});
 #endif
@@ -378,17 +368,6 @@ HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
 #else
     return V32{_mm256_permute4x64_epi64(_mm256_hadd_epi32(a.raw, b.raw), 0xD8)};
 #endif
-}
-
-template <std::size_t channels>
-HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
-    hn::Rebind<std::uint8_t, BlockTagS32> const d;
-    auto bytes = hn::DemoteTo(d, v);
-    if constexpr (channels == 3) {
-        bytes.raw = _mm_shuffle_epi8(
-            bytes.raw, _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
-    }
-    hn::StoreU(bytes, d, p);
 }
 
 struct FourSums {

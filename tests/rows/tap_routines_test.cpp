@@ -16,6 +16,9 @@ namespace ox::test {
 
 namespace {
 
+// Where weights are split into bytes, larger ones don't fit.
+constexpr int mostOfVectors = 127 * 256 + 127;
+
 // A sum modulo 2^32, shifted and clamped.
 class Total {
   public:
@@ -29,16 +32,28 @@ class Total {
     std::int64_t _sum = 0;
 };
 
-// Weights as filters have them, or as large as they get.
-std::int16_t drawWeight(Random& random, bool large) {
-    return static_cast<std::int16_t>(large ? random.between(-32768, 32767)
-                                           : random.between(-20, 60));
+// Weights as filters have them for 8 and 16 bits, or as large as they get.
+enum class Weights { Small, Usual, Large };
+
+std::int16_t drawWeight(Random& random, Weights weights) {
+    switch (weights) {
+        case Weights::Small:
+            return static_cast<std::int16_t>(random.between(-20, 60));
+        case Weights::Usual:
+            return static_cast<std::int16_t>(random.between(-3000, 9000));
+        default:
+            return static_cast<std::int16_t>(random.between(-32768, mostOfVectors));
+    }
 }
 
-std::vector<std::int16_t> drawWeights(Random& random, std::size_t count, bool large) {
-    std::vector<std::int16_t> weights(count);
-    std::generate(weights.begin(), weights.end(), [&] { return drawWeight(random, large); });
-    return weights;
+std::vector<std::int16_t> drawWeights(Random& random, std::size_t count, Weights weights) {
+    std::vector<std::int16_t> drawn(count);
+    std::generate(drawn.begin(), drawn.end(), [&] { return drawWeight(random, weights); });
+    return drawn;
+}
+
+int shiftOf(Weights weights) {
+    return weights == Weights::Small ? 6 : 14;
 }
 
 class TapRoutines : public testing::TestWithParam<std::string> {
@@ -49,68 +64,68 @@ class TapRoutines : public testing::TestWithParam<std::string> {
         Simd::Neon::UseTarget(nullptr);
     }
 
-    void checkColumns(std::size_t channels, std::size_t taps, bool large, Guard guard);
-    void checkRows(std::size_t bytes, std::size_t taps, bool large, Guard guard);
+    rows::TapAxis drawAxis(std::size_t pixels, float scale, std::size_t taps, Weights weights);
+    void checkColumns(rows::TapAxis const& axis, std::size_t planes, Guard guard);
+    void checkRows(std::size_t bytes, std::size_t taps, Weights weights, Guard guard);
 
     rows::Routines routines{};
     Random random{11};
 };
 
-void TapRoutines::checkColumns(std::size_t channels, std::size_t taps, bool large, Guard guard) {
-    rows::TapShape const& shape = routines.columns[channels - 1];
-    std::size_t const steps = (taps - 1) / shape.step_taps + 1;
-    std::size_t const reach = (steps - 1) * shape.step_taps * channels + shape.window_bytes;
-    std::size_t const count = 3 * shape.batch;
-    constexpr std::size_t kernels = 5;
-
-    std::size_t const words = steps * shape.step_words;
-    std::vector<std::vector<std::int16_t>> weights;
-    std::vector<std::int16_t> storage(kernels * words + 32);
-    void* aligned = storage.data();
-    std::size_t room = storage.size() * sizeof(std::int16_t);
-    std::align(64, kernels * words * sizeof(std::int16_t), aligned, room);
-    auto* const arranged = static_cast<std::int16_t*>(aligned);
-    for (std::size_t k = 0; k < kernels; ++k) {
-        weights.push_back(drawWeights(random, taps, large));
-        shape.arrange(weights[k].data(), taps, arranged + k * words);
+// The last pixels go back a little, as at a border.
+rows::TapAxis TapRoutines::drawAxis(std::size_t pixels, float scale, std::size_t taps,
+                                    Weights weights) {
+    rows::TapAxis axis;
+    axis.taps = taps;
+    axis.shift = shiftOf(weights);
+    constexpr int kernels = 5;
+    for (int k = 0; k < kernels; ++k) {
+        axis.kernels.push_back(drawWeights(random, taps, weights));
     }
-
-    std::size_t const pixels = count + 7;
-    GuardedMemory src(pixels * channels + reach, guard);
-    GuardedMemory dst(count * channels + 4, guard);
-    std::generate_n(src.data(), src.size(), [&] { return random.byte(); });
-    std::vector<rows::TapStart> starts(count);
-    std::vector<std::size_t> kernel_of(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        // The first and the last place among them.
-        std::size_t const pixel = i == 0 ? 0
-                                  : i == 1
-                                      ? pixels
-                                      : static_cast<std::size_t>(random.between(0, 1000)) % pixels;
-        kernel_of[i] = random.next() % kernels;
-        starts[i] = {static_cast<std::uint32_t>(pixel * channels),
-                     static_cast<std::uint32_t>(kernel_of[i] * words)};
+    axis.kernels[1].clear();
+    for (std::size_t i = 0; i < pixels; ++i) {
+        auto const place = static_cast<int>(static_cast<float>(i) * scale);
+        int const first = i + 2 < pixels ? place : std::max(place - random.between(0, 3), 0);
+        int const kernel = random.between(1, kernels - 1);
+        axis.starts.push_back({static_cast<std::uint16_t>(first),
+                               static_cast<std::uint16_t>(kernel == 1 ? 0 : kernel)});
     }
-    int const shift = large ? 14 : 6;
-    shape.sum({starts.data(), count, arranged, steps, shift}, src.data(), dst.data());
-
-    for (std::size_t i = 0; i < count; ++i) {
-        for (std::size_t c = 0; c < channels; ++c) {
-            Total total;
-            for (std::size_t k = 0; k < taps; ++k) {
-                std::size_t const at = starts[i].source + k * channels + c;
-                total.add(at < src.size() ? src.data()[at] : 0, weights[kernel_of[i]][k]);
-            }
-            ASSERT_EQ(dst.data()[i * channels + c], total.byte(shift))
-                << "pixel " << i << ", channel " << c << " of " << channels << ", " << taps
-                << " taps";
-        }
-    }
-    EXPECT_EQ(src.touched(), 0);
-    EXPECT_EQ(dst.touched(), 0);
+    return axis;
 }
 
-void TapRoutines::checkRows(std::size_t bytes, std::size_t taps, bool large, Guard guard) {
+void TapRoutines::checkColumns(rows::TapAxis const& axis, std::size_t planes, Guard guard) {
+    rows::TapProgram program;
+    ASSERT_TRUE(routines.compile_taps(axis, program));
+    ASSERT_GE(program.pixels, axis.starts.size());
+    std::vector<std::unique_ptr<GuardedMemory>> src;
+    std::vector<std::unique_ptr<GuardedMemory>> dst;
+    std::vector<std::uint8_t const*> src_planes;
+    std::vector<std::uint8_t*> dst_planes;
+    for (std::size_t plane = 0; plane < planes; ++plane) {
+        src.push_back(std::make_unique<GuardedMemory>(program.src_bytes, guard));
+        dst.push_back(std::make_unique<GuardedMemory>(program.pixels, guard));
+        src_planes.push_back(src[plane]->data());
+        dst_planes.push_back(dst[plane]->data());
+        std::generate_n(src[plane]->data(), src[plane]->size(), [&] { return random.byte(); });
+    }
+    routines.sum_taps(program, planes, src_planes.data(), dst_planes.data());
+    for (std::size_t plane = 0; plane < planes; ++plane) {
+        for (std::size_t i = 0; i < axis.starts.size(); ++i) {
+            Total total;
+            for (std::size_t k = 0; k < axis.taps; ++k) {
+                total.add(src_planes[plane][axis.starts[i].first + k],
+                          axis.kernels[axis.starts[i].kernel][k]);
+            }
+            ASSERT_EQ(dst_planes[plane][i], total.byte(axis.shift))
+                << "pixel " << i << " of " << axis.starts.size() << ", plane " << plane << ", "
+                << axis.taps << " taps";
+        }
+        EXPECT_EQ(src[plane]->touched(), 0);
+        EXPECT_EQ(dst[plane]->touched(), 0);
+    }
+}
+
+void TapRoutines::checkRows(std::size_t bytes, std::size_t taps, Weights weights, Guard guard) {
     GuardedMemory src(bytes * taps, guard);
     GuardedMemory dst(bytes, guard);
     std::generate_n(src.data(), src.size(), [&] { return random.byte(); });
@@ -118,39 +133,27 @@ void TapRoutines::checkRows(std::size_t bytes, std::size_t taps, bool large, Gua
     for (std::size_t k = 0; k < taps; ++k) {
         rows.push_back(src.data() + k * bytes);
     }
-    std::vector<std::int16_t> const weights = drawWeights(random, taps, large);
-    int const shift = large ? 14 : 6;
-    routines.sum_rows({rows.data(), weights.data(), taps, shift}, bytes, dst.data());
+    std::vector<std::int16_t> const words = drawWeights(random, taps, weights);
+    int const shift = shiftOf(weights);
+    routines.sum_rows({rows.data(), words.data(), taps, shift}, bytes, dst.data());
     for (std::size_t i = 0; i < bytes; ++i) {
         Total total;
         for (std::size_t k = 0; k < taps; ++k) {
-            total.add(rows[k][i], weights[k]);
+            total.add(rows[k][i], words[k]);
         }
         ASSERT_EQ(dst.data()[i], total.byte(shift)) << "byte " << i << ", " << taps << " rows";
     }
     EXPECT_EQ(dst.touched(), 0);
 }
 
-TEST_P(TapRoutines, Columns) {
-    for (std::size_t channels = 1; channels <= 4; ++channels) {
-        for (std::size_t taps = 1; taps <= 70; ++taps) {
-            for (bool const large : {false, true}) {
-                for (Guard const guard : {Guard::AtEnd, Guard::AtStart}) {
-                    checkColumns(channels, taps, large, guard);
-                    if (HasFatalFailure()) {
-                        return;
-                    }
-                }
-            }
-        }
-    }
-}
+constexpr Weights allWeights[]{Weights::Small, Weights::Usual, Weights::Large};
 
-TEST_P(TapRoutines, Rows) {
-    for (std::size_t more = 0; more <= 70; ++more) {
-        std::size_t const bytes = routines.least_row_bytes + more;
-        for (std::size_t const taps : {1U, 2U, 3U, 4U, 7U, 18U, 64U}) {
-            checkRows(bytes, taps, more % 2 == 0, more % 3 == 0 ? Guard::AtStart : Guard::AtEnd);
+TEST_P(TapRoutines, ColumnsOfEveryScaleAndTapCount) {
+    for (float const scale : {1.0F, 1.5F, 2.5F, 3.0F, 3.9F, 5.3F, 8.0F, 11.0F, 32.0F}) {
+        for (std::size_t taps = 1; taps <= 140; taps += taps < 36 ? 1 : 13) {
+            Weights const weights = allWeights[taps % 3];
+            Guard const guard = taps % 2 == 0 ? Guard::AtStart : Guard::AtEnd;
+            checkColumns(drawAxis(37, scale, taps, weights), 1 + taps % 4, guard);
             if (HasFatalFailure()) {
                 return;
             }
@@ -158,11 +161,53 @@ TEST_P(TapRoutines, Rows) {
     }
 }
 
-// More than 2^32 in sums.
+TEST_P(TapRoutines, ColumnsOfEveryWidth) {
+    for (std::size_t pixels = 1; pixels <= 80; ++pixels) {
+        for (Weights const weights : allWeights) {
+            checkColumns(drawAxis(pixels, 2.7F, 9, weights), 2, Guard::AtEnd);
+            if (HasFatalFailure()) {
+                return;
+            }
+        }
+    }
+}
+
+TEST_P(TapRoutines, ColumnsInAnyOrder) {
+    rows::TapAxis axis = drawAxis(50, 1.0F, 12, Weights::Usual);
+    for (rows::TapStart& start : axis.starts) {
+        start.first = static_cast<std::uint16_t>(random.between(0, 8191));
+    }
+    checkColumns(axis, 3, Guard::AtEnd);
+}
+
+// No program, or the right one.
+TEST_P(TapRoutines, WeightsThatAreTooLargeToBeSplit) {
+    rows::TapAxis axis = drawAxis(20, 2.0F, 5, Weights::Large);
+    axis.kernels[3][2] = mostOfVectors + 1;
+    rows::TapProgram program;
+    if (routines.compile_taps(axis, program)) {
+        checkColumns(axis, 1, Guard::AtEnd);
+    } else {
+        EXPECT_EQ(GetParam(), "AVX3_DL");
+    }
+}
+
+TEST_P(TapRoutines, Rows) {
+    for (std::size_t more = 0; more <= 70; ++more) {
+        std::size_t const bytes = routines.least_row_bytes + more;
+        for (std::size_t const taps : {1U, 2U, 3U, 4U, 5U, 7U, 18U, 64U}) {
+            checkRows(bytes, taps, allWeights[(more + taps) % 3],
+                      more % 2 == 0 ? Guard::AtStart : Guard::AtEnd);
+            if (HasFatalFailure()) {
+                return;
+            }
+        }
+    }
+}
+
 TEST_P(TapRoutines, SumsWrap) {
-    checkColumns(1, 3000, true, Guard::AtEnd);
-    checkColumns(3, 3000, true, Guard::AtEnd);
-    checkRows(routines.least_row_bytes, 3000, true, Guard::AtEnd);
+    checkColumns(drawAxis(3, 1.0F, 3000, Weights::Large), 1, Guard::AtEnd);
+    checkRows(routines.least_row_bytes, 3000, Weights::Large, Guard::AtEnd);
 }
 
 bool hasVectors(std::string const& target) {
@@ -183,9 +228,8 @@ INSTANTIATE_TEST_SUITE_P(, TapRoutines, testing::ValuesIn(vectorTargets()),
 TEST(TapRoutinesOfThisBuild, AreThereWhereThereIsVectorCode) {
     bool const vectors = hasVectors(Simd::Neon::Targets().front());
     EXPECT_EQ(rows::routines().sum_rows != nullptr, vectors);
-    for (rows::TapShape const& shape : rows::routines().columns) {
-        EXPECT_EQ(shape.sum != nullptr, vectors);
-    }
+    EXPECT_EQ(rows::routines().compile_taps != nullptr, vectors);
+    EXPECT_EQ(rows::routines().sum_taps != nullptr, vectors);
 }
 
 }  // namespace

@@ -1,0 +1,53 @@
+#include "rows/rows_channels.h"
+
+#include <cstring>
+
+#include "simd/simd_kernels.h"
+
+namespace ox::rows {
+
+void splitChannels(std::uint8_t const* row, std::size_t pixels, std::size_t channels,
+                   std::uint8_t* const* planes) {
+    switch (channels) {
+        case 1:
+            std::memcpy(planes[0], row, pixels);
+            return;
+        case 2:
+            Simd::SplitTwoPlanes(row, 2 * pixels, pixels, 1, planes[0], pixels, planes[1], pixels);
+            return;
+        case 3:
+            Simd::SplitThreePlanes(row, 3 * pixels, pixels, 1, planes[0], pixels, planes[1], pixels,
+                                   planes[2], pixels);
+            return;
+        default:
+            for (std::size_t i = 0; i < pixels; ++i) {
+                for (std::size_t c = 0; c < channels; ++c) {
+                    planes[c][i] = row[i * channels + c];
+                }
+            }
+    }
+}
+
+void mergeChannels(std::uint8_t const* const* planes, std::size_t pixels, std::size_t channels,
+                   std::uint8_t* row) {
+    switch (channels) {
+        case 1:
+            std::memcpy(row, planes[0], pixels);
+            return;
+        case 2:
+            Simd::MergeTwoPlanes(planes[0], pixels, planes[1], pixels, pixels, 1, row, 2 * pixels);
+            return;
+        case 3:
+            Simd::MergeThreePlanes(planes[0], pixels, planes[1], pixels, planes[2], pixels, pixels,
+                                   1, row, 3 * pixels);
+            return;
+        default:
+            for (std::size_t i = 0; i < pixels; ++i) {
+                for (std::size_t c = 0; c < channels; ++c) {
+                    row[i * channels + c] = planes[c][i];
+                }
+            }
+    }
+}
+
+}  // namespace ox::rows
