@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "ox_cv/ox_impl_format_converter.h"
+#include "rows/rows_routines.h"
 
 namespace ox {
 
@@ -25,13 +26,46 @@ void storeBgr(Byte* dst, Byte y, Byte u, Byte v) {
     dst[2] = clampByte(luma + 408 * cv);
 }
 
+using Samples = rows::YuvSamples<Byte const>;
+
+template <int LumaStep, int ChromaStep, int PixelsPerChroma>
+rows::YuvLayout layoutOf(Samples src) {
+    using enum rows::YuvLayout;
+    if constexpr (PixelsPerChroma == 1) {
+        return LumaStep == 1 ? FullPlanes : PackedYuv;
+    } else if constexpr (LumaStep == 2) {
+        return src.y < src.u ? PackedYuyv : PackedUyvy;
+    } else if constexpr (ChromaStep == 2) {
+        return src.u < src.v ? PairsUv : PairsVu;
+    } else {
+        return HalfPlanes;
+    }
+}
+
+/// Converts all pixels but the last few by vectors, if it can.
+/// @return how many are done
+template <int LumaStep, int ChromaStep, int PixelsPerChroma>
+std::int64_t convertByVectors(Samples src, Byte* dst, int width) {
+    rows::Routines const& routines = rows::routines();
+    auto const layout = layoutOf<LumaStep, ChromaStep, PixelsPerChroma>(src);
+    rows::YuvToBgr* const convert = routines.yuv_to_bgr[static_cast<std::size_t>(layout)];
+    auto const pixels = static_cast<std::size_t>(width / PixelsPerChroma * PixelsPerChroma);
+    if (convert == nullptr || pixels < routines.least_pixels) {
+        return 0;
+    }
+    convert(src, pixels, dst);
+    return static_cast<std::int64_t>(pixels);
+}
+
 /// Where the samples of a row begin, and the bytes between them.
 template <int LumaStep, int ChromaStep, int PixelsPerChroma>
 void row(Byte const* y, Byte const* u, Byte const* v, Byte* dst, int width) {
     if (dst == nullptr) {
         return;
     }
-    for (std::int64_t x = 0; x < width; ++x) {
+    std::int64_t const converted =
+        convertByVectors<LumaStep, ChromaStep, PixelsPerChroma>({y, u, v}, dst, width);
+    for (std::int64_t x = converted; x < width; ++x) {
         std::int64_t const chroma = x / PixelsPerChroma * ChromaStep;
         storeBgr(dst + 3 * x, y[x * LumaStep], u[chroma], v[chroma]);
     }

@@ -117,7 +117,7 @@ void ScaleY<Weight>::producePlane(int plane, unsigned char* dst) {
 template <class Weight>
 bool ScaleY<Weight>::next() {
     _row_index.next();
-    if (_row_index.plane_row[0] >= _dst_layout.size.height) {
+    if (!_window.initialized() || _row_index.plane_row[0] >= _dst_layout.size.height) {
         return false;
     }
     int const start = sourceOf(0).src_start;

@@ -11,6 +11,7 @@ Routines findRoutines() {
 #ifdef OX_WITH_HIGHWAY
     takeTapColumnRoutines(found);
     takeTapRowRoutines(found);
+    takeYuvToBgrRoutines(found);
 #endif
     return found;
 }

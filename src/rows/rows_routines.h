@@ -4,7 +4,10 @@
 
 #pragma once
 
+#include <array>
+
 #include "rows/rows_taps.h"
+#include "rows/rows_yuv.h"
 
 namespace ox::rows {
 
@@ -14,6 +17,8 @@ struct Routines {
     SumTaps* sum_taps;
     SumRows* sum_rows;
     std::size_t least_row_bytes;
+    std::array<YuvToBgr*, yuvLayouts> yuv_to_bgr;
+    std::size_t least_pixels;
 };
 
 /// Those of the best instruction set of this processor.

@@ -10,5 +10,6 @@ namespace ox::rows {
 // Nothing is put in where the best instruction set of this processor has no vector code.
 void takeTapColumnRoutines(Routines& routines);
 void takeTapRowRoutines(Routines& routines);
+void takeYuvToBgrRoutines(Routines& routines);
 
 }  // namespace ox::rows

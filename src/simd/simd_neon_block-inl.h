@@ -70,6 +70,15 @@ struct ThreeChannels {
     V8 c2;
 };
 
+/// The bytes at even and at odd positions, widened.
+HWY_INLINE V16 EvenBytes(V8 v) {
+    return hn::And(hn::BitCast(TagS16(), v), hn::Set(TagS16(), 0xff));
+}
+
+HWY_INLINE V16 OddBytes(V8 v) {
+    return hn::BitCast(TagS16(), hn::ShiftRight<8>(hn::BitCast(Tag16(), v)));
+}
+
 #endif  // HWY_SCALAR
 
 }  // namespace Simd::Neon::HWY_NAMESPACE

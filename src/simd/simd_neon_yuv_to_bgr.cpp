@@ -110,15 +110,6 @@ struct DirectMatrix {
     }
 };
 
-/// The bytes at even and at odd positions, widened.
-HWY_INLINE V16 evenBytes(V8 v) {
-    return hn::And(hn::BitCast(TagS16(), v), constant(0xff));
-}
-
-HWY_INLINE V16 oddBytes(V8 v) {
-    return hn::BitCast(TagS16(), hn::ShiftRight<8>(hn::BitCast(Tag16(), v)));
-}
-
 struct BlueFirst {
     static HWY_INLINE ThreeChannels order(V8 b, V8 g, V8 r) { return {b, g, r}; }
 };
@@ -130,8 +121,8 @@ struct RedFirst {
 /// Converts a block of pixels of one row; `even` and `odd` are chroma's terms for its columns.
 template <class Matrix, class Order>
 HWY_INLINE void storeBlock(Bytes dst, V8 y, ChromaTerms const& even, ChromaTerms const& odd) {
-    LumaTerm const first = Matrix::luma(evenBytes(y));
-    LumaTerm const second = Matrix::luma(oddBytes(y));
+    LumaTerm const first = Matrix::luma(EvenBytes(y));
+    LumaTerm const second = Matrix::luma(OddBytes(y));
     StoreThreePixels(dst,
                      Order::order(PackPixels(channelOf(first, even.b), channelOf(second, odd.b)),
                                   PackPixels(channelOf(first, even.g), channelOf(second, odd.g)),
@@ -166,8 +157,8 @@ struct PairedChroma {
     template <class Matrix>
     HWY_INLINE ChromaTerms terms(std::size_t x) const {
         V8 const pairs = hn::LoadU(Tag8(), uv + x);
-        return v_first ? Matrix::chroma(oddBytes(pairs), evenBytes(pairs))
-                       : Matrix::chroma(evenBytes(pairs), oddBytes(pairs));
+        return v_first ? Matrix::chroma(OddBytes(pairs), EvenBytes(pairs))
+                       : Matrix::chroma(EvenBytes(pairs), OddBytes(pairs));
     }
     void next() { uv += stride; }
 };
@@ -274,8 +265,8 @@ void ConvertYuv444ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::s
             V8 const u_block = hn::LoadU(d, u + x);
             V8 const v_block = hn::LoadU(d, v + x);
             storeBlock<Matrix, BlueFirst>(bgr + 3 * x, hn::LoadU(d, y + x),
-                                          Matrix::chroma(evenBytes(u_block), evenBytes(v_block)),
-                                          Matrix::chroma(oddBytes(u_block), oddBytes(v_block)));
+                                          Matrix::chroma(EvenBytes(u_block), EvenBytes(v_block)),
+                                          Matrix::chroma(OddBytes(u_block), OddBytes(v_block)));
         });
         y += y_stride;
         u += u_stride;

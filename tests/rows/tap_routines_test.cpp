@@ -1,14 +1,11 @@
 // The vector routines of convolutional scaling, of every instruction set that this processor has.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "rows/rows_routines.h"
-#include "simd/simd_targets.h"
+#include "rows/row_targets.h"
 #include "support/guarded_memory.h"
 #include "support/random.h"
 
@@ -56,19 +53,12 @@ int shiftOf(Weights weights) {
     return weights == Weights::Small ? 6 : 14;
 }
 
-class TapRoutines : public testing::TestWithParam<std::string> {
+class TapRoutines : public RowRoutines {
   protected:
-    TapRoutines() {
-        Simd::Neon::UseTarget(GetParam().c_str());
-        routines = rows::findRoutines();
-        Simd::Neon::UseTarget(nullptr);
-    }
-
     rows::TapAxis drawAxis(std::size_t pixels, float scale, std::size_t taps, Weights weights);
     void checkColumns(rows::TapAxis const& axis, std::size_t planes, Guard guard);
     void checkRows(std::size_t bytes, std::size_t taps, Weights weights, Guard guard);
 
-    rows::Routines routines{};
     Random random{11};
 };
 
@@ -210,26 +200,16 @@ TEST_P(TapRoutines, SumsWrap) {
     checkRows(routines.least_row_bytes, 3000, Weights::Large, Guard::AtEnd);
 }
 
-bool hasVectors(std::string const& target) {
-    return target != "plain" && target != "SCALAR";
-}
-
-std::vector<std::string> vectorTargets() {
-    std::vector<char const*> const all = Simd::Neon::Targets();
-    std::vector<std::string> targets;
-    std::copy_if(all.begin(), all.end(), std::back_inserter(targets), hasVectors);
-    return targets;
-}
-
 INSTANTIATE_TEST_SUITE_P(, TapRoutines, testing::ValuesIn(vectorTargets()),
                          [](auto const& parameter) { return parameter.param; });
 
 // So that an empty table doesn't pass for a fast one.
-TEST(TapRoutinesOfThisBuild, AreThereWhereThereIsVectorCode) {
+TEST(RowRoutinesOfThisBuild, AreThereWhereThereIsVectorCode) {
     bool const vectors = hasVectors(Simd::Neon::Targets().front());
     EXPECT_EQ(rows::routines().sum_rows != nullptr, vectors);
     EXPECT_EQ(rows::routines().compile_taps != nullptr, vectors);
     EXPECT_EQ(rows::routines().sum_taps != nullptr, vectors);
+    EXPECT_EQ(rows::routines().yuv_to_bgr[0] != nullptr, vectors);
 }
 
 }  // namespace

@@ -1,0 +1,34 @@
+/// @file
+/// Rows of YUV samples, to and from packed B,G,R.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace ox::rows {
+
+/// How the samples of a row lie.
+enum class YuvLayout {
+    HalfPlanes,  ///< a chroma sample for two pixels; three planes
+    PairsUv,     ///< the same, with chroma as pairs
+    PairsVu,
+    PackedYuyv,  ///< two pixels in four bytes
+    PackedUyvy,
+    FullPlanes,  ///< a chroma sample for each pixel
+    PackedYuv,   ///< three bytes a pixel
+};
+constexpr std::size_t yuvLayouts = 7;
+
+/// Where the first samples of a row are.
+template <class Byte>
+struct YuvSamples {
+    Byte* y;
+    Byte* u;
+    Byte* v;
+};
+
+/// A row of `width` pixels, at least `Routines::least_pixels`, and even where pixels share chroma.
+using YuvToBgr = void(YuvSamples<std::uint8_t const> src, std::size_t width, std::uint8_t* bgr);
+
+}  // namespace ox::rows
