@@ -1,6 +1,7 @@
 // Rows of packed B,G,R to gray and to YUV: integer coefficients, no rounding beyond the constants.
 
 #include "ox_cv/ox_impl_format_converter.h"
+#include "rows/rows_routines.h"
 
 namespace ox {
 
@@ -58,89 +59,137 @@ void sampleRow(Byte const* upper, Byte const* lower, Byte* dst, int step, int wi
     }
 }
 
-/// The same for a plane that may get no row on this step.
-template <class Component, int Columns>
-void samplePlane(Byte const* src, Byte* plane, int offset, int step, int width) {
-    if (plane != nullptr) {
-        sampleRow<Component, Columns, 1>(src, nullptr, plane + offset, step, width);
+/// One sample per group for each component whose address isn't null.
+template <int LumaStep, int ChromaStep, int Columns>
+struct SampleRows {
+    using Samples = rows::YuvSamples<Byte>;
+
+    static rows::YuvLayout layoutOf(Samples dst) {
+        using enum rows::YuvLayout;
+        if constexpr (Columns == 1) {
+            return LumaStep == 1 ? FullPlanes : PackedYuv;
+        } else if constexpr (LumaStep == 2) {
+            return dst.y < dst.u ? PackedYuyv : PackedUyvy;
+        } else if constexpr (ChromaStep == 2) {
+            return dst.u < dst.v ? PairsUv : PairsVu;
+        } else {
+            return HalfPlanes;
+        }
     }
+
+    /// Converts all pixels but the last few by vectors, if it can.
+    /// @return how many are done
+    static int convertByVectors(rows::BgrRows src, Samples dst, int width) {
+        rows::Routines const& routines = rows::routines();
+        rows::BgrToYuv* const convert =
+            routines.bgr_to_yuv[static_cast<std::size_t>(layoutOf(dst))];
+        bool const all = dst.y != nullptr && dst.u != nullptr && dst.v != nullptr;
+        bool const luma_alone = LumaStep == 1 && Columns == 2 && dst.y != nullptr &&
+                                dst.u == nullptr && dst.v == nullptr;
+        int const pixels = width / Columns * Columns;
+        if (convert == nullptr || !(all || luma_alone) ||
+            pixels < static_cast<int>(routines.least_pixels)) {
+            return 0;
+        }
+        convert(src, static_cast<std::size_t>(pixels), dst);
+        return pixels;
+    }
+
+    template <class Component, int Step, int Group>
+    static void sample(rows::BgrRows src, Byte* dst, std::int64_t first, int width) {
+        if (dst == nullptr || first == width) {
+            return;
+        }
+        Byte const* const upper = src.upper + first * pixelBytes;
+        Byte* const from = dst + first / Group * Step;
+        auto const rest = static_cast<int>(width - first);
+        if (Group == 2 && src.lower != nullptr) {
+            sampleRow<Component, Group, 2>(upper, src.lower + first * pixelBytes, from, Step, rest);
+        } else {
+            sampleRow<Component, Group, 1>(upper, nullptr, from, Step, rest);
+        }
+    }
+
+    static void convert(rows::BgrRows src, Samples dst, int width) {
+        int const done = convertByVectors(src, dst, width);
+        sample<Luma, LumaStep, 1>({src.upper, nullptr}, dst.y, done, width);
+        sample<ChromaU, ChromaStep, Columns>(src, dst.u, done, width);
+        sample<ChromaV, ChromaStep, Columns>(src, dst.v, done, width);
+    }
+};
+
+/// Chroma of 4:2:0 takes the next row as well; the last row of an odd height stands alone.
+rows::BgrRows twoRows(RowData const* const* rows) {
+    return {(*rows[0])[0], rows[1] != nullptr ? (*rows[1])[0] : nullptr};
 }
 
-/// Chroma of a 4:2:0 row; the last row of an odd height stands alone.
-template <class Component>
-void sampleQuarter(RowData const* const* rows, Byte* dst, int step, int width) {
-    Byte const* const upper = (*rows[0])[0];
-    if (rows[1] != nullptr) {
-        sampleRow<Component, 2, 2>(upper, (*rows[1])[0], dst, step, width);
-    } else {
-        sampleRow<Component, 2, 1>(upper, nullptr, dst, step, width);
-    }
+rows::BgrRows oneRow(RowData const* const* rows) {
+    return {(*rows[0])[0], nullptr};
+}
+
+/// A sample's address in a plane that may get no row on this step.
+Byte* at(Byte* plane, int offset) {
+    return plane != nullptr ? plane + offset : nullptr;
 }
 
 }  // namespace
 
 void bgr24ToGray(RowData const* const* rows, RowData& dst, int width, ImplFormatConverter const*) {
-    samplePlane<Gray, 1>((*rows[0])[0], dst[0], 0, 1, width);
+    if (dst[0] == nullptr) {
+        return;
+    }
+    Byte const* const src = (*rows[0])[0];
+    rows::Routines const& routines = rows::routines();
+    if (routines.bgr_to_gray != nullptr && width >= static_cast<int>(routines.least_pixels)) {
+        routines.bgr_to_gray(src, static_cast<std::size_t>(width), dst[0]);
+    } else {
+        sampleRow<Gray, 1, 1>(src, nullptr, dst[0], 1, width);
+    }
 }
 
 void bgr24ToYuv420Planar(RowData const* const* rows, RowData& dst, int width,
                          ImplFormatConverter const* context) {
-    samplePlane<Luma, 1>((*rows[0])[0], dst[0], 0, 1, width);
-    if (dst[1] != nullptr && dst[2] != nullptr) {
-        sampleQuarter<ChromaU>(rows, dst[context->dst.u_plane], 1, width);
-        sampleQuarter<ChromaV>(rows, dst[context->dst.v_plane], 1, width);
-    }
+    bool const chroma = dst[1] != nullptr && dst[2] != nullptr;
+    SampleRows<1, 1, 2>::convert(twoRows(rows),
+                                 {dst[0], chroma ? dst[context->dst.u_plane] : nullptr,
+                                  chroma ? dst[context->dst.v_plane] : nullptr},
+                                 width);
 }
 
 void bgr24ToYuv420SemiPlanar(RowData const* const* rows, RowData& dst, int width,
                              ImplFormatConverter const* context) {
-    samplePlane<Luma, 1>((*rows[0])[0], dst[0], 0, 1, width);
-    if (dst[1] != nullptr) {
-        sampleQuarter<ChromaU>(rows, dst[1] + context->dst.u_offset, 2, width);
-        sampleQuarter<ChromaV>(rows, dst[1] + context->dst.v_offset, 2, width);
-    }
+    SampleRows<1, 2, 2>::convert(
+        twoRows(rows),
+        {dst[0], at(dst[1], context->dst.u_offset), at(dst[1], context->dst.v_offset)}, width);
 }
 
 void bgr24ToYv16(RowData const* const* rows, RowData& dst, int width, ImplFormatConverter const*) {
-    Byte const* const src = (*rows[0])[0];
-    samplePlane<Luma, 1>(src, dst[0], 0, 1, width);
-    samplePlane<ChromaV, 2>(src, dst[1], 0, 1, width);
-    samplePlane<ChromaU, 2>(src, dst[2], 0, 1, width);
+    SampleRows<1, 1, 2>::convert(oneRow(rows), {dst[0], dst[2], dst[1]}, width);
 }
 
 void bgr24ToYuv422Packed(RowData const* const* rows, RowData& dst, int width,
                          ImplFormatConverter const* context) {
-    Byte const* const src = (*rows[0])[0];
     FormatInfo const& info = context->dst;
-    samplePlane<Luma, 1>(src, dst[0], info.y_offset, 2, width);
-    samplePlane<ChromaU, 2>(src, dst[0], info.u_offset, 4, width);
-    samplePlane<ChromaV, 2>(src, dst[0], info.v_offset, 4, width);
+    SampleRows<2, 4, 2>::convert(
+        oneRow(rows),
+        {at(dst[0], info.y_offset), at(dst[0], info.u_offset), at(dst[0], info.v_offset)}, width);
     if (dst[0] != nullptr && width % 2 != 0) {
         dst[0][info.y_offset + std::int64_t{2} * width] = 0;  // a row is whole macro-pixels
     }
 }
 
 void bgr24ToNv16(RowData const* const* rows, RowData& dst, int width, ImplFormatConverter const*) {
-    Byte const* const src = (*rows[0])[0];
-    samplePlane<Luma, 1>(src, dst[0], 0, 1, width);
-    samplePlane<ChromaU, 2>(src, dst[1], 0, 2, width);
-    samplePlane<ChromaV, 2>(src, dst[1], 1, 2, width);
+    SampleRows<1, 2, 2>::convert(oneRow(rows), {dst[0], dst[1], at(dst[1], 1)}, width);
 }
 
 void bgr24ToYuv444(RowData const* const* rows, RowData& dst, int width,
                    ImplFormatConverter const*) {
-    Byte const* const src = (*rows[0])[0];
-    samplePlane<Luma, 1>(src, dst[0], 0, 3, width);
-    samplePlane<ChromaU, 1>(src, dst[0], 1, 3, width);
-    samplePlane<ChromaV, 1>(src, dst[0], 2, 3, width);
+    SampleRows<3, 3, 1>::convert(oneRow(rows), {dst[0], at(dst[0], 1), at(dst[0], 2)}, width);
 }
 
 void bgr24ToYuv444Planar(RowData const* const* rows, RowData& dst, int width,
                          ImplFormatConverter const*) {
-    Byte const* const src = (*rows[0])[0];
-    samplePlane<Luma, 1>(src, dst[0], 0, 1, width);
-    samplePlane<ChromaU, 1>(src, dst[1], 0, 1, width);
-    samplePlane<ChromaV, 1>(src, dst[2], 0, 1, width);
+    SampleRows<1, 1, 1>::convert(oneRow(rows), {dst[0], dst[1], dst[2]}, width);
 }
 
 }  // namespace ox

@@ -45,16 +45,16 @@ rows::YuvLayout layoutOf(Samples src) {
 /// Converts all pixels but the last few by vectors, if it can.
 /// @return how many are done
 template <int LumaStep, int ChromaStep, int PixelsPerChroma>
-std::int64_t convertByVectors(Samples src, Byte* dst, int width) {
+int convertByVectors(Samples src, Byte* dst, int width) {
     rows::Routines const& routines = rows::routines();
     auto const layout = layoutOf<LumaStep, ChromaStep, PixelsPerChroma>(src);
     rows::YuvToBgr* const convert = routines.yuv_to_bgr[static_cast<std::size_t>(layout)];
-    auto const pixels = static_cast<std::size_t>(width / PixelsPerChroma * PixelsPerChroma);
-    if (convert == nullptr || pixels < routines.least_pixels) {
+    int const pixels = width / PixelsPerChroma * PixelsPerChroma;
+    if (convert == nullptr || pixels < static_cast<int>(routines.least_pixels)) {
         return 0;
     }
-    convert(src, pixels, dst);
-    return static_cast<std::int64_t>(pixels);
+    convert(src, static_cast<std::size_t>(pixels), dst);
+    return pixels;
 }
 
 /// Where the samples of a row begin, and the bytes between them.
@@ -63,7 +63,7 @@ void row(Byte const* y, Byte const* u, Byte const* v, Byte* dst, int width) {
     if (dst == nullptr) {
         return;
     }
-    std::int64_t const converted =
+    int const converted =
         convertByVectors<LumaStep, ChromaStep, PixelsPerChroma>({y, u, v}, dst, width);
     for (std::int64_t x = converted; x < width; ++x) {
         std::int64_t const chroma = x / PixelsPerChroma * ChromaStep;

@@ -9,6 +9,7 @@ namespace ox::rows {
 Routines findRoutines() {
     Routines found{};
 #ifdef OX_WITH_HIGHWAY
+    takeBgrToYuvRoutines(found);
     takeTapColumnRoutines(found);
     takeTapRowRoutines(found);
     takeYuvToBgrRoutines(found);

@@ -18,7 +18,9 @@ struct Routines {
     SumRows* sum_rows;
     std::size_t least_row_bytes;
     std::array<YuvToBgr*, yuvLayouts> yuv_to_bgr;
-    std::size_t least_pixels;
+    std::array<BgrToYuv*, yuvLayouts> bgr_to_yuv;
+    BgrToGray* bgr_to_gray;
+    std::size_t least_pixels;  ///< of the colour routines
 };
 
 /// Those of the best instruction set of this processor.

@@ -31,4 +31,15 @@ struct YuvSamples {
 /// A row of `width` pixels, at least `Routines::least_pixels`, and even where pixels share chroma.
 using YuvToBgr = void(YuvSamples<std::uint8_t const> src, std::size_t width, std::uint8_t* bgr);
 
+/// Rows of packed B,G,R.
+struct BgrRows {
+    std::uint8_t const* upper;
+    std::uint8_t const* lower;  ///< averaged with the upper one for chroma; may be null
+};
+
+/// As `YuvToBgr`. Chroma is averaged over the pixels that share it, in the two rows if there are
+/// two; without an address for U and V it isn't made.
+using BgrToYuv = void(BgrRows src, std::size_t width, YuvSamples<std::uint8_t> dst);
+using BgrToGray = void(std::uint8_t const* bgr, std::size_t width, std::uint8_t* gray);
+
 }  // namespace ox::rows

@@ -162,6 +162,37 @@ HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
     return V32(vpaddq_s32(a.raw, b.raw));
 }
 
+using ColourHalf = PixelHalf;
+
+HWY_INLINE ColourHalf LowerColours(ThreeChannels v) {
+    return LowerHalf(v);
+}
+
+HWY_INLINE ColourHalf UpperColours(ThreeChannels v) {
+    return UpperHalf(v);
+}
+
+template <ChannelWeights weights>
+HWY_INLINE V16 SumModulo(ColourHalf p) {
+    return V16(SumOf<weights>(p));
+}
+
+HWY_INLINE V8 HighBytes(V16 lower, V16 upper) {
+    return V8(vuzp2q_u8(vreinterpretq_u8_s16(lower.raw), vreinterpretq_u8_s16(upper.raw)));
+}
+
+template <ChannelWeights weights, int shift>
+HWY_INLINE V16 MeanWords(V16 b, V16 g, V16 r) {
+    auto const sum = [](int16x4_t blue, int16x4_t green, int16x4_t red) HWY_ATTR {
+        int32x4_t v = vdupq_n_s32(128 << shift);
+        v = vmlal_n_s16(v, blue, weights.b);
+        v = vmlal_n_s16(v, green, weights.g);
+        return vshrn_n_s32(vmlal_n_s16(v, red, weights.r), shift);
+    };
+    return V16(vcombine_s16(sum(vget_low_s16(b.raw), vget_low_s16(g.raw), vget_low_s16(r.raw)),
+                            sum(vget_high_s16(b.raw), vget_high_s16(g.raw), vget_high_s16(r.raw))));
+}
+
 struct FourSums {
     int32x4_t s0;
     int32x4_t s1;

@@ -370,6 +370,71 @@ HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
 #endif
 }
 
+/// Half a block of pixels, ready for `SumModulo`: pairs of blue and green, of green and red.
+struct ColourHalf {
+    V8 blue_green;
+    V8 green_red;
+};
+
+HWY_INLINE ColourHalf LowerColours(ThreeChannels v) {
+    return {hn::InterleaveLower(v.c0, v.c1), hn::InterleaveLower(v.c1, v.c2)};
+}
+
+HWY_INLINE ColourHalf UpperColours(ThreeChannels v) {
+    Tag8 const d;
+    return {hn::InterleaveUpper(d, v.c0, v.c1), hn::InterleaveUpper(d, v.c1, v.c2)};
+}
+
+/// Whether the sum of two weighted bytes, which saturates, fits 16 bits.
+constexpr bool fitsPair(int even, int odd) {
+    int const positive = (even > 0 ? even : 0) + (odd > 0 ? odd : 0);
+    int const negative = (even < 0 ? even : 0) + (odd < 0 ? odd : 0);
+    return positive <= 128 && negative >= -128 && even < 128 && odd < 128;
+}
+
+/// The part of green's weight that goes with blue.
+constexpr int greenWithBlue(ChannelWeights weights) {
+    for (int part = -128; part < 128; ++part) {
+        if (fitsPair(weights.b, part) && fitsPair(weights.g - part, weights.r)) {
+            return part;
+        }
+    }
+    throw "no split of these weights fits";
+}
+
+template <ChannelWeights weights>
+HWY_INLINE V16 SumModulo(ColourHalf p) {
+    constexpr int part = greenWithBlue(weights);
+    return hn::Add(MulAddBytePairs(p.blue_green, static_cast<std::int8_t>(weights.b),
+                                   static_cast<std::int8_t>(part)),
+                   MulAddBytePairs(p.green_red, static_cast<std::int8_t>(weights.g - part),
+                                   static_cast<std::int8_t>(weights.r)));
+}
+
+HWY_INLINE V8 HighBytes(V16 lower, V16 upper) {
+    Tag16 const d;
+    TagS16 const words;
+    return PackUnsigned(hn::BitCast(words, hn::ShiftRight<8>(hn::BitCast(d, lower))),
+                        hn::BitCast(words, hn::ShiftRight<8>(hn::BitCast(d, upper))));
+}
+
+template <ChannelWeights weights, int shift>
+HWY_INLINE V16 MeanWords(V16 b, V16 g, V16 r) {
+    TagS16 const d;
+    auto const pair = [](int first, int second) HWY_ATTR {
+        return hn::BitCast(TagS16(), hn::Set(BlockTagS32(), second * 65536 + (first & 0xffff)));
+    };
+    // The offset is a product too: 128 times as many as are averaged.
+    V16 const one = hn::Set(d, std::int16_t{1} << shift);
+    auto const sum = [&](V16 blue_green, V16 red_one) HWY_ATTR {
+        V32 const offset = AddWordProducts(NoWordSums(), red_one, pair(weights.r, 128));
+        return hn::ShiftRight<shift>(
+            AddWordProducts(offset, blue_green, pair(weights.b, weights.g)));
+    };
+    return hn::ReorderDemote2To(d, sum(hn::InterleaveLower(b, g), hn::InterleaveLower(r, one)),
+                                sum(hn::InterleaveUpper(d, b, g), hn::InterleaveUpper(d, r, one)));
+}
+
 struct FourSums {
     V32 s0;
     V32 s1;
