@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ox_cv/ox_impl_format_converter.h"
+#include "rows/rows_yuv_runs.h"
 
 namespace ox {
 
@@ -89,6 +90,116 @@ constexpr AverageFunction averageTable[2][2][2] = {
      {averageChroma<2, 2, 1>, averageChroma<2, 2, 2>}},
 };
 
+/// How the samples of a record lie.
+rows::YuvLayout layoutOf(FormatInfo const& info) {
+    using enum rows::YuvLayout;
+    if (info.x_subsampling == 1) {
+        return info.y_step == 1 ? FullPlanes : PackedYuv;
+    }
+    if (info.y_step == 2) {
+        return info.y_offset < info.u_offset ? PackedYuyv : PackedUyvy;
+    }
+    if (info.u_step == 2) {
+        return info.u_offset < info.v_offset ? PairsUv : PairsVu;
+    }
+    return HalfPlanes;
+}
+
+rows::YuvSamples<Byte const> samplesOf(RowData const& row, FormatInfo const& info) {
+    return {row[info.y_plane] + info.y_offset, row[info.u_plane] + info.u_offset,
+            row[info.v_plane] + info.v_offset};
+}
+
+/// Chroma that a run is to be written with.
+struct RunChroma {
+    rows::YuvRun::Room u;
+    rows::YuvRun::Room v;
+};
+
+/// Averages or repeats the chroma of a run for a layout that shares it otherwise, or in two rows.
+void adaptChroma(rows::YuvLayout from, rows::YuvLayout to, rows::YuvRun& run,
+                 rows::YuvRun const* lower, std::size_t pixels, RunChroma& room) {
+    auto const adapt = [&](Byte const* upper, Byte const* below, Byte* dst) {
+        if (sharesChroma(from) == sharesChroma(to)) {
+            rows::averageRows(upper, below, sharesChroma(from) ? pixels / 2 : pixels, dst);
+        } else if (sharesChroma(to)) {
+            rows::averagePairs(upper, below, pixels / 2, dst);
+        } else {
+            rows::repeatSamples(upper, pixels / 2, dst);
+        }
+    };
+    if (sharesChroma(from) == sharesChroma(to) && lower == nullptr) {
+        return;
+    }
+    adapt(run.u, lower != nullptr ? lower->u : nullptr, room.u.data());
+    adapt(run.v, lower != nullptr ? lower->v : nullptr, room.v.data());
+    run.u = room.u.data();
+    run.v = room.v.data();
+}
+
+/// A row of YUV pixels in runs, from layout to layout.
+struct RunConversion {
+    rows::YuvLayout from;
+    rows::YuvLayout to;
+    rows::YuvSamples<Byte const> upper;
+    rows::YuvSamples<Byte const> lower;  ///< null: one row
+    rows::YuvSamples<Byte> dst;
+    bool chroma;
+
+    void convert(std::size_t first, std::size_t pixels) const {
+        rows::YuvRun run;
+        rows::YuvRun below;
+        RunChroma room;
+        rows::gatherRun(from, samplesAt(from, upper, first), pixels, chroma, run);
+        if (chroma) {
+            bool const two_rows = lower.u != nullptr;
+            if (two_rows) {
+                rows::gatherRun(from, samplesAt(from, lower, first), pixels, true, below);
+            }
+            adaptChroma(from, to, run, two_rows ? &below : nullptr, pixels, room);
+        }
+        rows::scatterRun(to, run, pixels, chroma, samplesAt(to, dst, first));
+    }
+};
+
+/// Converts all pixels but the last of an odd width in runs; none where a stale record limits them,
+/// or one of the planes gets no row.
+/// @return how many are done
+int convertRuns(RowData const* const* rows, RowData const& dst, int width,
+                ImplFormatConverter const& context, bool two_rows) {
+    FormatInfo const& to = context.dst;
+    bool const chroma = hasChroma(dst, to);
+    bool const no_chroma = dst[to.u_plane] == nullptr && dst[to.v_plane] == nullptr;
+    if (context.dst_limited || dst[to.y_plane] == nullptr || !(chroma || no_chroma)) {
+        return 0;
+    }
+    RunConversion row{layoutOf(context.src),
+                      layoutOf(to),
+                      samplesOf(*rows[0], context.src),
+                      {},
+                      {dst[to.y_plane] + to.y_offset, nullptr, nullptr},
+                      chroma};
+    if (chroma) {
+        row.dst.u = dst[to.u_plane] + to.u_offset;
+        row.dst.v = dst[to.v_plane] + to.v_offset;
+    }
+    // The two rows of a source with half-height planes show the same chroma.
+    if (two_rows && (*rows[1])[context.src.u_plane] != (*rows[0])[context.src.u_plane]) {
+        row.lower = samplesOf(*rows[1], context.src);
+    }
+    int const pixels = width / 2 * 2;
+    int const most = static_cast<int>(rows::YuvRun::mostPixels);
+    for (int first = 0; first < pixels; first += most) {
+        row.convert(static_cast<std::size_t>(first),
+                    static_cast<std::size_t>(std::min(pixels - first, most)));
+    }
+    return std::max(pixels, 0);
+}
+
+Samples after(Samples samples, std::int64_t count) {
+    return {samples.first + count * samples.step, samples.step, samples.count - count};
+}
+
 }  // namespace
 
 void yuvToGray(RowData const* const* rows, RowData& dst, int width,
@@ -121,21 +232,28 @@ void yuvToYuv(RowData const* const* rows, RowData& dst, int width,
     if (to.x_subsampling <= 0) {
         return;  // no destination has been described yet
     }
-    copySamples((*rows[0])[from.y_plane] + from.y_offset, from.y_step,
-                lumaDestination(dst, *context, width));
+    int const row_count = to.y_subsampling == 2 && rows[1] != nullptr ? 2 : 1;
+    int const done = convertRuns(rows, dst, width, *context, row_count == 2);
+    if (done == width) {
+        return;
+    }
+    copySamples((*rows[0])[from.y_plane] + from.y_offset + std::int64_t{done} * from.y_step,
+                from.y_step, after(lumaDestination(dst, *context, width), done));
     if (!hasChroma(dst, to)) {
         return;
     }
-    int const row_count = to.y_subsampling == 2 && rows[1] != nullptr ? 2 : 1;
     AverageFunction const average =
         averageTable[from.x_subsampling - 1][to.x_subsampling - 1][row_count - 1];
     for (bool const u : {true, false}) {
         int const plane = u ? from.u_plane : from.v_plane;
-        int const offset = u ? from.u_offset : from.v_offset;
+        std::int64_t const step = u ? from.u_step : from.v_step;
+        std::int64_t const offset =
+            (u ? from.u_offset : from.v_offset) + done / from.x_subsampling * step;
         ChromaRows const src{
             {(*rows[0])[plane] + offset, row_count == 2 ? (*rows[1])[plane] + offset : nullptr},
-            u ? from.u_step : from.v_step};
-        average(src, chromaDestination(dst, *context, u, width), width);
+            step};
+        average(src, after(chromaDestination(dst, *context, u, width), done / to.x_subsampling),
+                width - done);
     }
 }
 

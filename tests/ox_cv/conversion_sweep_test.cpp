@@ -104,6 +104,20 @@ TEST_F(ConversionSweep, LargerSizes) {
     }
 }
 
+// Rows that vector code takes in several pieces, with and without a rest.
+TEST_F(ConversionSweep, WideRows) {
+    for (FrameFormat const format : allFormats()) {
+        auto const from = static_cast<int>(format);
+        for (int const to : destinations()) {
+            int const width = emulated() ? 1027 : _random.between(1000, 2200);
+            run({from, width, _random.between(2, 4)}, to, SourceKind::Frame);
+            if (HasFailure()) {
+                return;
+            }
+        }
+    }
+}
+
 // All values of one channel against some of the others, so that each clamp and shift is met.
 TEST_F(ConversionSweep, AllValues) {
     for (int const to : {model::Gray8, model::I420, model::Yuv444, model::Bgr32f}) {
