@@ -5,6 +5,8 @@
 #include <cstring>
 
 #include "ox_cv/ox_impl_format_converter.h"
+#include "rows/rows_channels.h"
+#include "rows/rows_routines.h"
 
 namespace ox {
 
@@ -33,26 +35,57 @@ Byte lowByte(float value) {
     return static_cast<Byte>(value < limit ? static_cast<std::uint32_t>(value) : ~0U);
 }
 
+/// Numbers from 0 to 255.
+void bytesToFloats(Byte const* src, std::size_t count, Byte* dst) {
+    rows::Routines const& routines = rows::routines();
+    if (routines.bytes_to_floats != nullptr && count >= routines.least_floats) {
+        return routines.bytes_to_floats(src, count, dst);
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        storeFloat(dst, static_cast<std::int64_t>(i), src[i]);
+    }
+}
+
+/// 0 for widths that aren't positive.
+std::size_t pixelsOf(int width) {
+    return static_cast<std::size_t>(std::max(width, 0));
+}
+
+/// Channels of a few pixels.
+using Room = std::array<Byte, 1024>;
+
+/// Calls visit(first, pixels, planes) for runs of a row whose channels have been taken apart.
+template <class Visitor>
+void forEachSplitRun(Byte const* src, std::size_t width, Visitor visit) {
+    std::array<Room, 3> room;
+    std::array<Byte*, 3> const planes{room[0].data(), room[1].data(), room[2].data()};
+    for (std::size_t first = 0; first < width; first += Room().size()) {
+        std::size_t const pixels = std::min(width - first, Room().size());
+        rows::splitChannels(src + 3 * first, pixels, 3, planes.data());
+        visit(first, pixels, planes);
+    }
+}
+
 }  // namespace
 
 void grayToBgr24(RowData const* const* rows, RowData& dst, int width, ImplFormatConverter const*) {
-    Byte const* const src = (*rows[0])[0];
-    for (std::int64_t x = 0; dst[0] != nullptr && x < width; ++x) {
-        std::fill_n(dst[0] + 3 * x, 3, src[x]);
+    if (dst[0] != nullptr) {
+        rows::repeatThrice((*rows[0])[0], pixelsOf(width), dst[0]);
     }
 }
 
 void swapRedBlue(RowData const* const* rows, RowData& dst, int width, ImplFormatConverter const*) {
-    Byte const* const src = (*rows[0])[0];
-    for (std::int64_t x = 0; dst[0] != nullptr && x < width; ++x) {
-        std::array<Byte, 3> const swapped{src[3 * x + 2], src[3 * x + 1], src[3 * x]};
-        std::copy(swapped.begin(), swapped.end(), dst[0] + 3 * x);
+    if (dst[0] != nullptr) {
+        rows::swapRedBlue((*rows[0])[0], pixelsOf(width), dst[0]);
     }
 }
 
 void bgr24ToBgrPlanar(RowData const* const* rows, RowData& dst, int width,
                       ImplFormatConverter const*) {
     Byte const* const src = (*rows[0])[0];
+    if (dst[0] != nullptr && dst[1] != nullptr && dst[2] != nullptr) {
+        return rows::splitChannels(src, pixelsOf(width), 3, dst.plane);
+    }
     for (int c = 0; c < 3; ++c) {
         for (std::int64_t x = 0; dst[c] != nullptr && x < width; ++x) {
             dst[c][x] = src[3 * x + c];
@@ -62,37 +95,44 @@ void bgr24ToBgrPlanar(RowData const* const* rows, RowData& dst, int width,
 
 void planarToPacked(RowData const* const* rows, RowData& dst, int width,
                     ImplFormatConverter const*) {
-    RowData const src = *rows[0];
-    for (std::int64_t x = 0; dst[0] != nullptr && x < width; ++x) {
-        for (int c = 0; c < 3; ++c) {
-            dst[0][3 * x + c] = src[c][x];
-        }
+    if (dst[0] != nullptr) {
+        rows::mergeChannels((*rows[0]).plane, pixelsOf(width), 3, dst[0]);
     }
 }
 
 void bgr24ToBgr32f(RowData const* const* rows, RowData& dst, int width,
                    ImplFormatConverter const*) {
-    Byte const* const src = (*rows[0])[0];
-    for (std::int64_t i = 0; dst[0] != nullptr && i < std::int64_t{3} * width; ++i) {
-        storeFloat(dst[0], i, src[i]);
+    if (dst[0] != nullptr) {
+        bytesToFloats((*rows[0])[0], 3 * pixelsOf(width), dst[0]);
     }
 }
 
 void bgr24ToBgr32fPlanar(RowData const* const* rows, RowData& dst, int width,
                          ImplFormatConverter const*) {
-    Byte const* const src = (*rows[0])[0];
-    for (int c = 0; c < 3; ++c) {
-        for (std::int64_t x = 0; dst[c] != nullptr && x < width; ++x) {
-            storeFloat(dst[c], x, src[3 * x + c]);
-        }
-    }
+    forEachSplitRun((*rows[0])[0], pixelsOf(width),
+                    [&](std::size_t first, std::size_t pixels, auto const& planes) {
+                        for (int c = 0; c < 3; ++c) {
+                            if (dst[c] != nullptr) {
+                                bytesToFloats(planes[static_cast<std::size_t>(c)], pixels,
+                                              dst[c] + first * sizeof(float));
+                            }
+                        }
+                    });
 }
 
 void bgr32fToBgr24(RowData const* const* rows, RowData& dst, int width,
                    ImplFormatConverter const*) {
+    if (dst[0] == nullptr) {
+        return;
+    }
     Byte const* const src = (*rows[0])[0];
-    for (std::int64_t i = 0; dst[0] != nullptr && i < std::int64_t{3} * width; ++i) {
-        dst[0][i] = lowByte(loadFloat(src, i));
+    std::size_t const count = 3 * pixelsOf(width);
+    rows::Routines const& routines = rows::routines();
+    if (routines.floats_to_low_bytes != nullptr && count >= routines.least_floats) {
+        return routines.floats_to_low_bytes(src, count, dst[0]);
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        dst[0][i] = lowByte(loadFloat(src, static_cast<std::int64_t>(i)));
     }
 }
 

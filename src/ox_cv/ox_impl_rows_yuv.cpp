@@ -1,6 +1,7 @@
 // Rows among gray and the YUV formats, which differ only in where their samples lie.
 
 #include <algorithm>
+#include <cstring>
 
 #include "ox_cv/ox_impl_format_converter.h"
 #include "rows/rows_yuv_runs.h"
@@ -137,6 +138,16 @@ void adaptChroma(rows::YuvLayout from, rows::YuvLayout to, rows::YuvRun& run,
     run.v = room.v.data();
 }
 
+/// Calls visit(first, pixels) for the runs of a row.
+template <class Visitor>
+void forEachRun(int width, Visitor visit) {
+    constexpr int most = static_cast<int>(rows::YuvRun::mostPixels);
+    for (int first = 0; first < width; first += most) {
+        visit(static_cast<std::size_t>(first),
+              static_cast<std::size_t>(std::min(width - first, most)));
+    }
+}
+
 /// A row of YUV pixels in runs, from layout to layout.
 struct RunConversion {
     rows::YuvLayout from;
@@ -187,13 +198,25 @@ int convertRuns(RowData const* const* rows, RowData const& dst, int width,
     if (two_rows && (*rows[1])[context.src.u_plane] != (*rows[0])[context.src.u_plane]) {
         row.lower = samplesOf(*rows[1], context.src);
     }
-    int const pixels = width / 2 * 2;
-    int const most = static_cast<int>(rows::YuvRun::mostPixels);
-    for (int first = 0; first < pixels; first += most) {
-        row.convert(static_cast<std::size_t>(first),
-                    static_cast<std::size_t>(std::min(pixels - first, most)));
-    }
-    return std::max(pixels, 0);
+    int done = 0;
+    forEachRun(width / 2 * 2, [&](std::size_t first, std::size_t pixels) {
+        row.convert(first, pixels);
+        done += static_cast<int>(pixels);
+    });
+    return done;
+}
+
+/// Copies the luma of all pixels but the last of an odd width.
+/// @return how many are done
+int copyLumaRuns(rows::YuvSamples<Byte const> src, rows::YuvLayout layout, Byte* dst, int width) {
+    int done = 0;
+    forEachRun(width / 2 * 2, [&](std::size_t first, std::size_t pixels) {
+        rows::YuvRun run;
+        rows::gatherRun(layout, samplesAt(layout, src, first), pixels, false, run);
+        std::memcpy(dst + first, run.y, pixels);
+        done += static_cast<int>(pixels);
+    });
+    return done;
 }
 
 Samples after(Samples samples, std::int64_t count) {
@@ -204,10 +227,13 @@ Samples after(Samples samples, std::int64_t count) {
 
 void yuvToGray(RowData const* const* rows, RowData& dst, int width,
                ImplFormatConverter const* context) {
-    FormatInfo const& info = context->src;
-    if (dst[0] != nullptr) {
-        copySamples((*rows[0])[info.y_plane] + info.y_offset, info.y_step, {dst[0], 1, width});
+    if (dst[0] == nullptr) {
+        return;
     }
+    FormatInfo const& info = context->src;
+    int const done = copyLumaRuns(samplesOf(*rows[0], info), layoutOf(info), dst[0], width);
+    copySamples((*rows[0])[info.y_plane] + info.y_offset + std::int64_t{done} * info.y_step,
+                info.y_step, {dst[0] + done, 1, width - done});
 }
 
 void grayToYuv(RowData const* const* rows, RowData& dst, int width,

@@ -50,4 +50,12 @@ void mergeChannels(std::uint8_t const* const* planes, std::size_t pixels, std::s
     }
 }
 
+void swapRedBlue(std::uint8_t const* row, std::size_t pixels, std::uint8_t* dst) {
+    Simd::SwapRedBlue(row, pixels, 1, 3 * pixels, dst, 3 * pixels);
+}
+
+void repeatThrice(std::uint8_t const* row, std::size_t pixels, std::uint8_t* dst) {
+    Simd::ExpandGrayToBgr(row, pixels, 1, pixels, dst, 3 * pixels);
+}
+
 }  // namespace ox::rows

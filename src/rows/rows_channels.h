@@ -17,4 +17,10 @@ void splitChannels(std::uint8_t const* row, std::size_t pixels, std::size_t chan
 void mergeChannels(std::uint8_t const* const* planes, std::size_t pixels, std::size_t channels,
                    std::uint8_t* row);
 
+/// The first and the third of three channels change places.
+void swapRedBlue(std::uint8_t const* row, std::size_t pixels, std::uint8_t* dst);
+
+/// Each sample as three.
+void repeatThrice(std::uint8_t const* row, std::size_t pixels, std::uint8_t* dst);
+
 }  // namespace ox::rows

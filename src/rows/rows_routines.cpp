@@ -10,6 +10,7 @@ Routines findRoutines() {
     Routines found{};
 #ifdef OX_WITH_HIGHWAY
     takeBgrToYuvRoutines(found);
+    takeFloatRoutines(found);
     takeTapColumnRoutines(found);
     takeTapRowRoutines(found);
     takeYuvToBgrRoutines(found);

@@ -6,6 +6,7 @@
 
 #include <array>
 
+#include "rows/rows_floats.h"
 #include "rows/rows_taps.h"
 #include "rows/rows_yuv.h"
 
@@ -21,6 +22,9 @@ struct Routines {
     std::array<BgrToYuv*, yuvLayouts> bgr_to_yuv;
     BgrToGray* bgr_to_gray;
     std::size_t least_pixels;  ///< of the colour routines
+    BytesToFloats* bytes_to_floats;
+    FloatsToLowBytes* floats_to_low_bytes;
+    std::size_t least_floats;
 };
 
 /// Those of the best instruction set of this processor.

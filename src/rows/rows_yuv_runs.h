@@ -15,8 +15,8 @@ constexpr bool sharesChroma(YuvLayout layout) {
     return layout != YuvLayout::FullPlanes && layout != YuvLayout::PackedYuv;
 }
 
-/// The samples at a pixel of a row; the pixel is even where pixels share chroma. What has no address
-/// gets none.
+/// The samples at a pixel of a row; the pixel is even where pixels share chroma. What has no
+/// address gets none.
 template <class Byte>
 YuvSamples<Byte> samplesAt(YuvLayout layout, YuvSamples<Byte> row, std::size_t pixel) {
     constexpr std::array<std::size_t, yuvLayouts> halves_of_luma{2, 2, 2, 4, 4, 2, 6};

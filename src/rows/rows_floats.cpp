@@ -1,0 +1,89 @@
+#include "rows/rows_floats.h"
+
+#include "simd/simd_neon_targets.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "rows/rows_floats.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "rows/rows_targets.h"
+#include "simd/simd_neon_block-inl.h"
+#include "simd/simd_neon_walk-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ox::rows::HWY_NAMESPACE {
+namespace {
+
+using namespace Simd::Neon::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+using Floats = BlockTagF32;
+using Bytes = hn::Rebind<std::uint8_t, Floats>;
+constexpr std::size_t lanes = blockBytes / sizeof(float);
+
+// Beyond a page's end, where processors stop to fetch on their own. Measured.
+constexpr std::size_t bytesAhead = 6144;
+
+HWY_INLINE auto loadFloats(std::uint8_t const* at) {
+    return hn::BitCast(Floats(), hn::LoadU(Tag8(), at));
+}
+
+void convertBytes(std::uint8_t const* src, std::size_t count, std::uint8_t* floats) {
+    walkBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
+        std::uint8_t* const target = floats + sizeof(float) * i;
+        prefetch<blockBytes, bytesAhead, For::writing>(target);
+        auto const numbers = hn::PromoteTo(BlockTagS32(), hn::LoadU(Bytes(), src + i));
+        hn::StoreU(hn::BitCast(Tag8(), hn::ConvertTo(Floats(), numbers)), Tag8(), target);
+    });
+}
+
+/// Numbers of 2^31 and more lose that much, whose low byte is 0, before they are converted; what
+/// is then still 2^31 saturates.
+HWY_INLINE auto lowBytesOf(hn::Vec<Floats> v) {
+    Floats const d;
+    BlockTagS32 const d32;
+    auto const half = hn::Set(d, 2147483648.0F);
+    auto const positive = hn::IfThenElseZero(hn::Gt(v, hn::Zero(d)), v);
+    auto const rest = hn::IfThenElse(hn::Ge(positive, half), hn::Sub(positive, half), positive);
+    auto const all = hn::Set(d32, -1);
+    auto const saturates = hn::RebindMask(d32, hn::Ge(rest, half));
+    auto const numbers = hn::IfThenElse(saturates, all, hn::ConvertTo(d32, rest));
+    // Highway's own truncation to bytes takes the wrong ones on AVX3_DL.
+    return hn::DemoteTo(Bytes(), hn::And(numbers, hn::Set(d32, 0xff)));
+}
+
+void convertFloats(std::uint8_t const* floats, std::size_t count, std::uint8_t* dst) {
+    walkBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
+        std::uint8_t const* const source = floats + sizeof(float) * i;
+        prefetch<blockBytes, bytesAhead>(source);
+        hn::StoreU(lowBytesOf(loadFloats(source)), Bytes(), dst + i);
+    });
+}
+
+#endif
+
+void takeRoutines([[maybe_unused]] Routines& routines) {
+#if HWY_TARGET != HWY_SCALAR
+    routines.bytes_to_floats = convertBytes;
+    routines.floats_to_low_bytes = convertFloats;
+    routines.least_floats = lanes;
+#endif
+}
+
+}  // namespace
+}  // namespace ox::rows::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace ox::rows {
+
+HWY_EXPORT(takeRoutines);
+
+void takeFloatRoutines(Routines& routines) {
+    HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
+}
+
+}  // namespace ox::rows
+#endif  // HWY_ONCE
