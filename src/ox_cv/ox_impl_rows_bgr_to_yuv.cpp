@@ -64,25 +64,12 @@ template <int LumaStep, int ChromaStep, int Columns>
 struct SampleRows {
     using Samples = rows::YuvSamples<Byte>;
 
-    static rows::YuvLayout layoutOf(Samples dst) {
-        using enum rows::YuvLayout;
-        if constexpr (Columns == 1) {
-            return LumaStep == 1 ? FullPlanes : PackedYuv;
-        } else if constexpr (LumaStep == 2) {
-            return dst.y < dst.u ? PackedYuyv : PackedUyvy;
-        } else if constexpr (ChromaStep == 2) {
-            return dst.u < dst.v ? PairsUv : PairsVu;
-        } else {
-            return HalfPlanes;
-        }
-    }
-
     /// Converts all pixels but the last few by vectors, if it can.
     /// @return how many are done
     static int convertByVectors(rows::BgrRows src, Samples dst, int width) {
         rows::Routines const& routines = rows::routines();
-        rows::BgrToYuv* const convert =
-            routines.bgr_to_yuv[static_cast<std::size_t>(layoutOf(dst))];
+        auto const layout = rows::yuvLayoutOf(dst, LumaStep, ChromaStep, Columns);
+        rows::BgrToYuv* const convert = routines.bgr_to_yuv[static_cast<std::size_t>(layout)];
         bool const all = dst.y != nullptr && dst.u != nullptr && dst.v != nullptr;
         bool const luma_alone = LumaStep == 1 && Columns == 2 && dst.y != nullptr &&
                                 dst.u == nullptr && dst.v == nullptr;

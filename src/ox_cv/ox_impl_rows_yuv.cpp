@@ -91,24 +91,15 @@ constexpr AverageFunction averageTable[2][2][2] = {
      {averageChroma<2, 2, 1>, averageChroma<2, 2, 2>}},
 };
 
-/// How the samples of a record lie.
-rows::YuvLayout layoutOf(FormatInfo const& info) {
-    using enum rows::YuvLayout;
-    if (info.x_subsampling == 1) {
-        return info.y_step == 1 ? FullPlanes : PackedYuv;
-    }
-    if (info.y_step == 2) {
-        return info.y_offset < info.u_offset ? PackedYuyv : PackedUyvy;
-    }
-    if (info.u_step == 2) {
-        return info.u_offset < info.v_offset ? PairsUv : PairsVu;
-    }
-    return HalfPlanes;
-}
-
 rows::YuvSamples<Byte const> samplesOf(RowData const& row, FormatInfo const& info) {
     return {row[info.y_plane] + info.y_offset, row[info.u_plane] + info.u_offset,
             row[info.v_plane] + info.v_offset};
+}
+
+/// How the samples of a row lie, by its record.
+template <class AnyByte>
+rows::YuvLayout layoutOf(rows::YuvSamples<AnyByte> row, FormatInfo const& info) {
+    return rows::yuvLayoutOf(row, info.y_step, info.u_step, info.x_subsampling);
 }
 
 /// Chroma that a run is to be written with.
@@ -138,14 +129,17 @@ void adaptChroma(rows::YuvLayout from, rows::YuvLayout to, rows::YuvRun& run,
     run.v = room.v.data();
 }
 
-/// Calls visit(first, pixels) for the runs of a row.
+/// Calls visit(first, pixels) for the runs of all pixels but the last of an odd width.
+/// @return how many pixels these are
 template <class Visitor>
-void forEachRun(int width, Visitor visit) {
+int forEachRun(int width, Visitor visit) {
     constexpr int most = static_cast<int>(rows::YuvRun::mostPixels);
-    for (int first = 0; first < width; first += most) {
+    int const pixels = std::max(width, 0) / 2 * 2;
+    for (int first = 0; first < pixels; first += most) {
         visit(static_cast<std::size_t>(first),
-              static_cast<std::size_t>(std::min(width - first, most)));
+              static_cast<std::size_t>(std::min(pixels - first, most)));
     }
+    return pixels;
 }
 
 /// A row of YUV pixels in runs, from layout to layout.
@@ -173,50 +167,70 @@ struct RunConversion {
     }
 };
 
-/// Converts all pixels but the last of an odd width in runs; none where a stale record limits them,
-/// or one of the planes gets no row.
-/// @return how many are done
-int convertRuns(RowData const* const* rows, RowData const& dst, int width,
-                ImplFormatConverter const& context, bool two_rows) {
+/// The samples of a destination row that is written in runs, with null for chroma where that gets
+/// no row; all null where a stale record limits the row, or one plane of several gets none.
+rows::YuvSamples<Byte> runDestination(RowData const& dst, ImplFormatConverter const& context) {
     FormatInfo const& to = context.dst;
     bool const chroma = hasChroma(dst, to);
     bool const no_chroma = dst[to.u_plane] == nullptr && dst[to.v_plane] == nullptr;
     if (context.dst_limited || dst[to.y_plane] == nullptr || !(chroma || no_chroma)) {
+        return {nullptr, nullptr, nullptr};
+    }
+    return {dst[to.y_plane] + to.y_offset, chroma ? dst[to.u_plane] + to.u_offset : nullptr,
+            chroma ? dst[to.v_plane] + to.v_offset : nullptr};
+}
+
+/// Converts all pixels but the last of an odd width in runs, if that can be done.
+/// @return how many are done
+int convertRuns(RowData const* const* rows, RowData const& dst, int width,
+                ImplFormatConverter const& context, bool two_rows) {
+    auto const target = runDestination(dst, context);
+    if (target.y == nullptr) {
         return 0;
     }
-    RunConversion row{layoutOf(context.src),
-                      layoutOf(to),
-                      samplesOf(*rows[0], context.src),
-                      {},
-                      {dst[to.y_plane] + to.y_offset, nullptr, nullptr},
-                      chroma};
-    if (chroma) {
-        row.dst.u = dst[to.u_plane] + to.u_offset;
-        row.dst.v = dst[to.v_plane] + to.v_offset;
-    }
+    FormatInfo const& from = context.src;
+    auto const source = samplesOf(*rows[0], from);
+    RunConversion row{layoutOf(source, from), layoutOf(target, context.dst), source, {}, target,
+                      target.u != nullptr};
     // The two rows of a source with half-height planes show the same chroma.
-    if (two_rows && (*rows[1])[context.src.u_plane] != (*rows[0])[context.src.u_plane]) {
-        row.lower = samplesOf(*rows[1], context.src);
+    if (two_rows && (*rows[1])[from.u_plane] != (*rows[0])[from.u_plane]) {
+        row.lower = samplesOf(*rows[1], from);
     }
-    int done = 0;
-    forEachRun(width / 2 * 2, [&](std::size_t first, std::size_t pixels) {
-        row.convert(first, pixels);
-        done += static_cast<int>(pixels);
+    return forEachRun(width,
+                      [&](std::size_t first, std::size_t pixels) { row.convert(first, pixels); });
+}
+
+/// 0 and not 128: a gray picture comes out greenish, on purpose.
+constexpr Byte grayChroma = 0;
+
+/// As `convertRuns`.
+int writeGrayRuns(Byte const* src, RowData const& dst, int width,
+                  ImplFormatConverter const& context) {
+    auto const target = runDestination(dst, context);
+    if (target.y == nullptr) {
+        return 0;
+    }
+    rows::YuvLayout const layout = layoutOf(target, context.dst);
+    rows::YuvRun run;
+    run.room[0].fill(grayChroma);
+    run.u = run.room[0].data();
+    run.v = run.room[0].data();
+    return forEachRun(width, [&](std::size_t first, std::size_t pixels) {
+        run.y = src + first;
+        rows::scatterRun(layout, run, pixels, target.u != nullptr,
+                         samplesAt(layout, target, first));
     });
-    return done;
 }
 
 /// Copies the luma of all pixels but the last of an odd width.
 /// @return how many are done
-int copyLumaRuns(rows::YuvSamples<Byte const> src, rows::YuvLayout layout, Byte* dst, int width) {
-    int done = 0;
-    forEachRun(width / 2 * 2, [&](std::size_t first, std::size_t pixels) {
+int copyLumaRuns(rows::YuvSamples<Byte const> src, FormatInfo const& info, Byte* dst, int width) {
+    rows::YuvLayout const layout = layoutOf(src, info);
+    return forEachRun(width, [&](std::size_t first, std::size_t pixels) {
         rows::YuvRun run;
         rows::gatherRun(layout, samplesAt(layout, src, first), pixels, false, run);
         std::memcpy(dst + first, run.y, pixels);
-        done += static_cast<int>(pixels);
     });
-    return done;
 }
 
 Samples after(Samples samples, std::int64_t count) {
@@ -231,22 +245,27 @@ void yuvToGray(RowData const* const* rows, RowData& dst, int width,
         return;
     }
     FormatInfo const& info = context->src;
-    int const done = copyLumaRuns(samplesOf(*rows[0], info), layoutOf(info), dst[0], width);
+    int const done = copyLumaRuns(samplesOf(*rows[0], info), info, dst[0], width);
     copySamples((*rows[0])[info.y_plane] + info.y_offset + std::int64_t{done} * info.y_step,
                 info.y_step, {dst[0] + done, 1, width - done});
 }
 
 void grayToYuv(RowData const* const* rows, RowData& dst, int width,
                ImplFormatConverter const* context) {
-    copySamples((*rows[0])[0], 1, lumaDestination(dst, *context, width));
+    Byte const* const src = (*rows[0])[0];
+    int const done = writeGrayRuns(src, dst, width, *context);
+    if (done == width) {
+        return;
+    }
+    copySamples(src + done, 1, after(lumaDestination(dst, *context, width), done));
     if (!hasChroma(dst, context->dst)) {
         return;
     }
     for (bool const u : {true, false}) {
-        // 0 and not 128: a gray picture comes out greenish, on purpose.
-        Samples const chroma = chromaDestination(dst, *context, u, width);
+        Samples const chroma =
+            after(chromaDestination(dst, *context, u, width), done / context->dst.x_subsampling);
         for (std::int64_t i = 0; i < chroma.count; ++i) {
-            chroma.first[i * chroma.step] = 0;
+            chroma.first[i * chroma.step] = grayChroma;
         }
     }
 }

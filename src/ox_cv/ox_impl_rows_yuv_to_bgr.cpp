@@ -28,26 +28,12 @@ void storeBgr(Byte* dst, Byte y, Byte u, Byte v) {
 
 using Samples = rows::YuvSamples<Byte const>;
 
-template <int LumaStep, int ChromaStep, int PixelsPerChroma>
-rows::YuvLayout layoutOf(Samples src) {
-    using enum rows::YuvLayout;
-    if constexpr (PixelsPerChroma == 1) {
-        return LumaStep == 1 ? FullPlanes : PackedYuv;
-    } else if constexpr (LumaStep == 2) {
-        return src.y < src.u ? PackedYuyv : PackedUyvy;
-    } else if constexpr (ChromaStep == 2) {
-        return src.u < src.v ? PairsUv : PairsVu;
-    } else {
-        return HalfPlanes;
-    }
-}
-
 /// Converts all pixels but the last few by vectors, if it can.
 /// @return how many are done
 template <int LumaStep, int ChromaStep, int PixelsPerChroma>
 int convertByVectors(Samples src, Byte* dst, int width) {
     rows::Routines const& routines = rows::routines();
-    auto const layout = layoutOf<LumaStep, ChromaStep, PixelsPerChroma>(src);
+    auto const layout = rows::yuvLayoutOf(src, LumaStep, ChromaStep, PixelsPerChroma);
     rows::YuvToBgr* const convert = routines.yuv_to_bgr[static_cast<std::size_t>(layout)];
     int const pixels = width / PixelsPerChroma * PixelsPerChroma;
     if (convert == nullptr || pixels < static_cast<int>(routines.least_pixels)) {

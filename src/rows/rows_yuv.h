@@ -28,6 +28,23 @@ struct YuvSamples {
     Byte* v;
 };
 
+/// The layout of samples that lie so. Addresses are compared only where they are of one plane.
+/// @param luma_step, chroma_step bytes between samples
+/// @param pixels that share a chroma sample
+template <class Byte>
+YuvLayout yuvLayoutOf(YuvSamples<Byte> row, int luma_step, int chroma_step, int pixels) {
+    if (pixels == 1) {
+        return luma_step == 1 ? YuvLayout::FullPlanes : YuvLayout::PackedYuv;
+    }
+    if (luma_step == 2) {
+        return row.y < row.u ? YuvLayout::PackedYuyv : YuvLayout::PackedUyvy;
+    }
+    if (chroma_step == 2) {
+        return row.u < row.v ? YuvLayout::PairsUv : YuvLayout::PairsVu;
+    }
+    return YuvLayout::HalfPlanes;
+}
+
 /// A row of `width` pixels, at least `Routines::least_pixels`, and even where pixels share chroma.
 using YuvToBgr = void(YuvSamples<std::uint8_t const> src, std::size_t width, std::uint8_t* bgr);
 
