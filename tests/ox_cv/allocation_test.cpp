@@ -37,16 +37,31 @@ class Allocation : public testing::TestWithParam<StageClass> {
     // Calls check(source frame, target) for each task that the class can do.
     template <class Check>
     void forEachTask(Check check) {
+        int done = 0;
         for (Task const& task : tasks) {
             Random random;
             TestFrame const source(task.format, task.size, random);
             SCOPED_TRACE(describe(task.format, task.size));
-            check(source.frame(), GetParam().targetFor(source.layout(), task.wanted));
+            Target const target = GetParam().targetFor(source.layout(), task.wanted);
+            if (canDo(source.frame(), target)) {
+                check(source.frame(), target);
+                ++done;
+            }
+        }
+        EXPECT_GE(done, 4);  // words aren't for all
+    }
+
+    static bool canDo(Frame const& source, Target const& target) {
+        try {
+            expectedOf(source, target);
+            return true;
+        } catch (Exception const&) {
+            return false;
         }
     }
 
     // What an object that never saw a failure yields.
-    Frame expectedOf(Frame const& source, Target const& target) {
+    static Frame expectedOf(Frame const& source, Target const& target) {
         std::unique_ptr<Stage> const stage = GetParam().make();
         stage->arm(source, target);
         Frame frame;
@@ -162,7 +177,7 @@ bool armsWithout(Stage& stage, Source& source, Target const& target, std::uint64
 }
 
 TEST_P(Allocation, AFailureInReuseLeavesAnObjectThatCanBeArmed) {
-    forEachTask([this](Frame const& source, Target const& target) {
+    forEachTask([](Frame const& source, Target const& target) {
         Frame const expected = expectedOf(source, target);
         std::unique_ptr<Stage> const stage = GetParam().make();
         stage->destroy();
@@ -187,7 +202,7 @@ TEST_P(Allocation, AFailureInALaterReuseLeavesAnObjectThatCanBeArmed) {
     Random random;
     TestFrame const before(FRAME_YV12, {16, 14}, random);
     Target const earlier = GetParam().targetFor(before.layout(), {FRAME_BGR24, {10, 8}});
-    forEachTask([&, this](Frame const& source, Target const& target) {
+    forEachTask([&](Frame const& source, Target const& target) {
         Frame const expected = expectedOf(source, target);
         Frame const expected_before = expectedOf(before.frame(), earlier);
         std::unique_ptr<Stage> const stage = GetParam().make();

@@ -80,6 +80,9 @@ TEST_P(ProducerContracts, OverFrames) {
     std::unique_ptr<Stage> const stage = GetParam().make();
     forEachTask([&](Frame const& source, Target const& target) {
         ProducerContract contract = contractFor(source.format(), target, [&]() -> IRowProducer& {
+            if (GetParam().remembers) {
+                stage->construct();
+            }
             stage->arm(source, target);
             return stage->producer();
         });

@@ -11,6 +11,7 @@
 #include "ox_cv/ox_scaler.h"
 #include "ox_cv/ox_scaler_area.h"
 #include "ox_cv/ox_scaler_bilinear.h"
+#include "ox_cv/ox_scaler_convolutional.h"
 #include "ox_cv/ox_scaler_nn.h"
 
 namespace ox::test {
@@ -46,16 +47,18 @@ struct Changes {
 
 enum class Inside { Window, Chain };
 enum class Sources { Any, Frames };
+enum class Streams { Independent, Traced };
 
 template <class Producer, class Arm>
 StageClass stage(char const* name, Changes changes, Arm, Sources sources = Sources::Any,
-                 Inside inside = Inside::Window) {
+                 Inside inside = Inside::Window, Streams streams = Streams::Independent) {
     return {name,
             changes.format,
             changes.width,
             changes.height,
             sources == Sources::Any,
             inside == Inside::Chain,
+            streams == Streams::Traced,
             StageOf<Producer, Arm>::make};
 }
 
@@ -80,6 +83,19 @@ struct ArmAreaXY {
     }
 };
 
+// The scaler knows its filter by the address.
+struct BoxScaler : ScalerConvolutional {
+    BoxKernel kernel;
+};
+
+template <ScalerPrecision Precision>
+struct ArmConvolutional {
+    template <class Source>
+    void operator()(BoxScaler& scaler, Source& source, Target const& target) const {
+        scaler.reuse(scaler.kernel, source, target.size, Precision);
+    }
+};
+
 template <ScaleMethod Method>
 struct ArmScaler {
     template <class Source>
@@ -93,6 +109,12 @@ constexpr Changes format{true, false, false};
 constexpr Changes width{false, true, false};
 constexpr Changes height{false, false, true};
 constexpr Changes both{false, true, true};
+
+template <ScalerPrecision Precision>
+StageClass convolutional(char const* name) {
+    return stage<BoxScaler>(name, both, ArmConvolutional<Precision>(), Sources::Any, Inside::Chain,
+                            Streams::Traced);
+}
 
 }  // namespace
 
@@ -120,6 +142,8 @@ std::vector<StageClass> const& stageClasses() {
         stage<ScalerAreaY>("ScalerAreaY8", height, ArmArea<OX_SCALER_FIXED_POINT_8S>()),
         stage<ScalerAreaY>("ScalerAreaY16", height, ArmArea<OX_SCALER_FIXED_POINT_16S>()),
         stage<scaleAreaXY>("scaleAreaXY", both, ArmAreaXY(), Sources::Frames),
+        convolutional<OX_SCALER_FIXED_POINT_8S>("ScalerConvolutional8"),
+        convolutional<OX_SCALER_FIXED_POINT_16S>("ScalerConvolutional16"),
         stage<Scaler>("ScalerNearest", both, ArmScaler<OX_SCALE_NEAREST>()),
         stage<Scaler>("ScalerBilinear", both, ArmScaler<OX_SCALE_BILINEAR>()),
         stage<Scaler>("ScalerArea", both, ArmScaler<OX_SCALE_AREA>(), Sources::Any, Inside::Chain),

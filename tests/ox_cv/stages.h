@@ -35,6 +35,9 @@ struct StageClass {
     bool takes_producers;
     // A window over a producer lies inside, which skips no rows once it has served a stream.
     bool chained;
+    // A second stream shows traces of the first, on purpose: whoever compares streams takes a new
+    // object for each.
+    bool remembers;
     std::unique_ptr<Stage> (*make)();  // with an object constructed
 
     // `wanted` with the source's own values where the class changes nothing.
