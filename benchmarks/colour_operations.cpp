@@ -1,10 +1,9 @@
 #include <utility>
 
 #include "operation.h"
-#include "ox_cv/ox_cv_backend_simd.h"
 #include "peers.h"
 #include "pictures.h"
-#include "simd/simd.h"
+#include "roads.h"
 
 namespace ox::benchmarks {
 
@@ -35,26 +34,19 @@ namespace {
 
 /// A conversion, with the frames that all contestants share.
 struct Conversion {
-    std::shared_ptr<Frame> src;
-    std::shared_ptr<Frame> dst;
+    Picture src;
+    Picture dst;
     Operation operation;
 
     Conversion(char const* name, FrameFormat src_format, FrameFormat dst_format, Size size,
-               Rect roi = {})
+               Rect roi = {}, Family family = Family::Colour)
         : src(randomPicture(src_format, size)), dst(blankPicture(dst_format, size)) {
-        auto const backend = std::make_shared<CvBackendSimd>();
         operation.name = name;
+        operation.family = family;
         operation.bytes = pixelBytes(*src) + pixelBytes(*dst);
-        operation.ours = [src = src, dst = dst, backend, roi] {
-            backend->colorCvt(*src, *dst, roi);
-        };
-        operation.is_right = [src = src, dst = dst, backend, roi] {
-            auto const expected = blankPicture(dst->format(), dst->size());
-            Simd::Neon::KernelsEnabled = false;
-            backend->colorCvt(*src, *expected, roi);
-            Simd::Neon::KernelsEnabled = true;
-            return equalPixels(*dst, *expected);
-        };
+        operation.roads = roadsOf(src, dst, [roi](ICvBackend& backend, auto& from, auto& to) {
+            backend.colorCvt(from, to, roi);
+        });
     }
 
     void add(char const* peer, void (*run)(Frame const& src, Frame& dst)) {
@@ -109,8 +101,7 @@ Operation nv12ToBgrDirectly(Size size) {
     Operation operation = nv12ToBgr(size);
     Conversion const direct("NV12 to BGR24, whole frame", FRAME_NV12, FRAME_BGR24, size);
     operation.name = direct.operation.name;
-    operation.ours = direct.operation.ours;
-    operation.is_right = direct.operation.is_right;
+    operation.roads = direct.operation.roads;
     return operation;
 }
 
@@ -228,7 +219,7 @@ Operation bgrToGray(Size size) {
 }
 
 Operation grayToBgr(Size size) {
-    Conversion c("GRAY8 to BGR24", FRAME_GRAY8, FRAME_BGR24, size);
+    Conversion c("GRAY8 to BGR24", FRAME_GRAY8, FRAME_BGR24, size, {}, Family::Copy);
 #ifdef OX_PEER_OPENCV
     c.addOpenCv(cv::COLOR_GRAY2BGR, CV_8UC1, CV_8UC3);
 #endif
@@ -276,7 +267,7 @@ Operation yuv444ToBgr(Size size) {
 }
 
 Operation swapRedBlue(Size size) {
-    Conversion c("RGB24 to BGR24", FRAME_RGB24, FRAME_BGR24, size);
+    Conversion c("RGB24 to BGR24", FRAME_RGB24, FRAME_BGR24, size, {}, Family::Copy);
 #ifdef OX_PEER_LIBYUV
     c.add("libyuv", [](Frame const& s, Frame& d) {
         libyuv::RAWToRGB24(s.planeData(0), strideOf(s, 0), d.planeData(0), strideOf(d, 0),
@@ -293,7 +284,7 @@ Operation swapRedBlue(Size size) {
 }
 
 Operation splitPixels(Size size) {
-    Conversion c("BGR24 to BGR_PLANAR", FRAME_BGR24, FRAME_BGR_PLANAR, size);
+    Conversion c("BGR24 to BGR_PLANAR", FRAME_BGR24, FRAME_BGR_PLANAR, size, {}, Family::Copy);
 #ifdef OX_PEER_LIBYUV
     c.add("libyuv", [](Frame const& s, Frame& d) {
         libyuv::SplitRGBPlane(s.planeData(0), strideOf(s, 0), d.planeData(0), strideOf(d, 0),
@@ -314,7 +305,7 @@ Operation splitPixels(Size size) {
 }
 
 Operation mergePixels(Size size) {
-    Conversion c("BGR_PLANAR to BGR24", FRAME_BGR_PLANAR, FRAME_BGR24, size);
+    Conversion c("BGR_PLANAR to BGR24", FRAME_BGR_PLANAR, FRAME_BGR24, size, {}, Family::Copy);
 #ifdef OX_PEER_LIBYUV
     c.add("libyuv", [](Frame const& s, Frame& d) {
         libyuv::MergeRGBPlane(s.planeData(0), strideOf(s, 0), s.planeData(1), strideOf(s, 1),
@@ -336,7 +327,7 @@ Operation mergePixels(Size size) {
 }
 
 Operation splitChroma(Size size) {
-    Conversion c("NV12 to I420", FRAME_NV12, FRAME_I420, size);
+    Conversion c("NV12 to I420", FRAME_NV12, FRAME_I420, size, {}, Family::Copy);
 #ifdef OX_PEER_LIBYUV
     c.add("libyuv", [](Frame const& s, Frame& d) {
         libyuv::NV12ToI420(s.planeData(0), strideOf(s, 0), s.planeData(1), strideOf(s, 1),
@@ -351,7 +342,7 @@ Operation splitChroma(Size size) {
 }
 
 Operation mergeChroma(Size size) {
-    Conversion c("I420 to NV12", FRAME_I420, FRAME_NV12, size);
+    Conversion c("I420 to NV12", FRAME_I420, FRAME_NV12, size, {}, Family::Copy);
 #ifdef OX_PEER_LIBYUV
     c.add("libyuv", [](Frame const& s, Frame& d) {
         libyuv::I420ToNV12(s.planeData(0), strideOf(s, 0), s.planeData(1), strideOf(s, 1),
@@ -365,13 +356,126 @@ Operation mergeChroma(Size size) {
     return c.operation;
 }
 
+// Pairs that only the pipeline has.
+
+#ifdef OX_PEER_LIBYUV
+/// YUYV or UYVY to BGR24, a row at a time by way of ARGB.
+void libyuvPackedToBgr(Frame const& s, Frame& d, bool uyvy) {
+    std::vector<unsigned char> argb(static_cast<std::size_t>(s.width()) * 4);
+    int const argb_stride = static_cast<int>(argb.size());
+    auto* const convert = uyvy ? libyuv::UYVYToARGB : libyuv::YUY2ToARGB;
+    for (int y = 0; y < s.height(); ++y) {
+        convert(s.planeData(0) + y * strideOf(s, 0), strideOf(s, 0), argb.data(), argb_stride,
+                s.width(), 1);
+        libyuv::ARGBToRGB24(argb.data(), argb_stride, d.planeData(0) + y * strideOf(d, 0),
+                            strideOf(d, 0), s.width(), 1);
+    }
+}
+#endif
+
+Operation packedToBgr(Size size, bool uyvy) {
+    Conversion c(uyvy ? "UYVY to BGR24" : "YUYV to BGR24", uyvy ? FRAME_UYVY : FRAME_YUYV,
+                 FRAME_BGR24, size);
+#ifdef OX_PEER_LIBYUV
+    c.operation.peers.push_back(
+        {"libyuv", [s = c.src, d = c.dst, uyvy] { libyuvPackedToBgr(*s, *d, uyvy); }});
+#endif
+#ifdef OX_PEER_OPENCV
+    c.addOpenCv(uyvy ? cv::COLOR_YUV2BGR_UYVY : cv::COLOR_YUV2BGR_YUYV, CV_8UC2, CV_8UC3);
+#endif
+#ifdef OX_PEER_SWSCALE
+    c.addSwscale(uyvy ? AV_PIX_FMT_UYVY422 : AV_PIX_FMT_YUYV422, AV_PIX_FMT_BGR24);
+#endif
+    return c.operation;
+}
+
+Operation packedToGray(Size size, bool uyvy) {
+    Conversion c(uyvy ? "UYVY to GRAY8" : "YUYV to GRAY8", uyvy ? FRAME_UYVY : FRAME_YUYV,
+                 FRAME_GRAY8, size, {}, Family::Copy);
+#ifdef OX_PEER_LIBYUV
+    if (!uyvy) {
+        c.add("libyuv", [](Frame const& s, Frame& d) {
+            libyuv::YUY2ToY(s.planeData(0), strideOf(s, 0), d.planeData(0), strideOf(d, 0),
+                            s.width(), s.height());
+        });
+    }
+#endif
+#ifdef OX_PEER_OPENCV
+    c.addOpenCv(uyvy ? cv::COLOR_YUV2GRAY_UYVY : cv::COLOR_YUV2GRAY_YUYV, CV_8UC2, CV_8UC1);
+#endif
+#ifdef OX_PEER_SWSCALE
+    c.addSwscale(uyvy ? AV_PIX_FMT_UYVY422 : AV_PIX_FMT_YUYV422, AV_PIX_FMT_GRAY8);
+#endif
+    return c.operation;
+}
+
+Operation yv12ToBgr(Size size) {
+    Conversion c("YV12 to BGR24", FRAME_YV12, FRAME_BGR24, size);
+#ifdef OX_PEER_LIBYUV
+    c.add("libyuv", [](Frame const& s, Frame& d) {
+        libyuv::I420ToRGB24(s.planeData(0), strideOf(s, 0), s.planeData(2), strideOf(s, 2),
+                            s.planeData(1), strideOf(s, 1), d.planeData(0), strideOf(d, 0),
+                            s.width(), s.height());
+    });
+#endif
+#ifdef OX_PEER_OPENCV
+    c.addOpenCv(cv::COLOR_YUV2BGR_YV12, CV_8UC1, CV_8UC3);
+#endif
+    return c.operation;
+}
+
+Operation yv16ToBgr(Size size) {
+    Conversion c("YV16 to BGR24", FRAME_YV16, FRAME_BGR24, size);
+#ifdef OX_PEER_LIBYUV
+    c.add("libyuv", [](Frame const& s, Frame& d) {
+        libyuv::I422ToRGB24(s.planeData(0), strideOf(s, 0), s.planeData(2), strideOf(s, 2),
+                            s.planeData(1), strideOf(s, 1), d.planeData(0), strideOf(d, 0),
+                            s.width(), s.height());
+    });
+#endif
+    return c.operation;
+}
+
+Operation nv16ToBgr(Size size) {
+    Conversion c("NV16 to BGR24", FRAME_NV16, FRAME_BGR24, size);
+#ifdef OX_PEER_SWSCALE
+    c.addSwscale(AV_PIX_FMT_NV16, AV_PIX_FMT_BGR24);
+#endif
+    return c.operation;
+}
+
+Operation bgrToYuyv(Size size) {
+    Conversion c("BGR24 to YUYV", FRAME_BGR24, FRAME_YUYV, size);
+#ifdef OX_PEER_LIBYUV
+    auto const argb = blankPicture(FRAME_C4_8U, {size.width, 1});
+    c.operation.peers.push_back({"libyuv", [s = c.src, d = c.dst, argb] {
+                                     for (int y = 0; y < s->height(); ++y) {
+                                         libyuv::RGB24ToARGB(s->planeData(0) + y * strideOf(*s, 0),
+                                                             strideOf(*s, 0), argb->planeData(0),
+                                                             strideOf(*argb, 0), s->width(), 1);
+                                         libyuv::ARGBToYUY2(argb->planeData(0), strideOf(*argb, 0),
+                                                            d->planeData(0) + y * strideOf(*d, 0),
+                                                            strideOf(*d, 0), s->width(), 1);
+                                     }
+                                 }});
+#endif
+#ifdef OX_PEER_SWSCALE
+    c.addSwscale(AV_PIX_FMT_BGR24, AV_PIX_FMT_YUYV422);
+#endif
+    return c.operation;
+}
+
 }  // namespace
 
 std::vector<Operation> colourOperations(Size size) {
-    return {nv12ToBgr(size),   nv12ToBgrDirectly(size), nv12ToRgb(size),   i420ToBgr(size),
-            i420ToRgb(size),   bgrToI420(size),         bgrToNv12(size),   bgrToGray(size),
-            grayToBgr(size),   bgrToYuv444(size),       yuv444ToBgr(size), swapRedBlue(size),
-            splitPixels(size), mergePixels(size),       splitChroma(size), mergeChroma(size)};
+    return {nv12ToBgr(size),           nv12ToBgrDirectly(size),  nv12ToRgb(size),
+            i420ToBgr(size),           i420ToRgb(size),          bgrToI420(size),
+            bgrToNv12(size),           bgrToGray(size),          grayToBgr(size),
+            bgrToYuv444(size),         yuv444ToBgr(size),        swapRedBlue(size),
+            splitPixels(size),         mergePixels(size),        splitChroma(size),
+            mergeChroma(size),         packedToBgr(size, false), packedToBgr(size, true),
+            packedToGray(size, false), packedToGray(size, true), yv12ToBgr(size),
+            yv16ToBgr(size),           nv16ToBgr(size),          bgrToYuyv(size)};
 }
 
 }  // namespace ox::benchmarks

@@ -18,8 +18,6 @@ namespace ox::benchmarks {
 
 namespace {
 
-using Picture = std::shared_ptr<Frame>;
-
 /// The tap loops as one would first write them, on a frame of three channels: what the library's
 /// are measured against.
 template <class Weight>
@@ -150,20 +148,27 @@ Operation convolution(std::string const& name, Size from, Size to, ScalerPrecisi
     Picture const dst = blankPicture(FRAME_BGR24, to);
     auto const kernel = std::make_shared<Kernel>();
     std::string const bits = std::to_string(static_cast<unsigned>(precision)) + " bits";
+    auto const scaler = std::make_shared<ScalerConvolutional>();
+    // What is armed again for the next frame differs a little; a new object gives what is checked.
+    auto const is_right = [=] {
+        Picture const made = blankPicture(FRAME_BGR24, to);
+        Picture const expected = blankPicture(FRAME_BGR24, to);
+        ScalerConvolutional fresh;
+        fresh.reuse(*kernel, *src, to, precision);
+        produceFrame(fresh, *made);
+        runScalarLoops(*kernel, *src, *expected, precision);
+        return equalPixels(*made, *expected);
+    };
     Operation operation{"BGR24 " + name + " to " + std::to_string(to.width) + "x" +
                             std::to_string(to.height) + ", " + bits,
+                        Family::Convolution,
                         pixelBytes(*src) + pixelBytes(*dst),
-                        // Armed anew for each frame, as a second pass differs.
-                        [=] {
-                            ScalerConvolutional scaler;
-                            scaler.reuse(*kernel, *src, to, precision);
-                            produceFrame(scaler, *dst);
-                        },
-                        [=] {
-                            Picture const expected = blankPicture(FRAME_BGR24, to);
-                            runScalarLoops(*kernel, *src, *expected, precision);
-                            return equalPixels(*dst, *expected);
-                        },
+                        {{pipelineRoad,
+                          [=] {
+                              scaler->reuse(*kernel, *src, to, precision);
+                              produceFrame(*scaler, *dst);
+                          },
+                          is_right}},
                         {}};
     Picture const scalar = blankPicture(FRAME_BGR24, to);
     operation.peers.push_back(

@@ -1,11 +1,12 @@
 #include <cmath>
 
 #include "operation.h"
+#include "ox_cv/ox_cv_backend_base.h"
 #include "ox_cv/ox_cv_backend_simd.h"
 #include "ox_cv/ox_cv_helpers.h"
 #include "peers.h"
 #include "pictures.h"
-#include "simd/simd.h"
+#include "roads.h"
 
 #ifdef OX_PEER_ZIMG
 #include <zimg.h>
@@ -23,20 +24,34 @@ float* floatsOf(Frame const& frame) {
     return reinterpret_cast<float*>(frame.planeData(0));
 }
 
-Operation conversion(char const* name, std::shared_ptr<Frame> const& src,
-                     std::shared_ptr<Frame> const& dst) {
-    auto const backend = std::make_shared<CvBackendSimd>();
+Operation conversion(char const* name, Picture const& src, Picture const& dst) {
     return {name,
+            Family::Copy,
             pixelBytes(*src) + pixelBytes(*dst),
-            [=] { backend->colorCvt(*src, *dst, Rect{}); },
-            [=] {
-                auto const expected = blankPicture(dst->format(), dst->size());
-                Simd::Neon::KernelsEnabled = false;
-                backend->colorCvt(*src, *expected, Rect{});
-                Simd::Neon::KernelsEnabled = true;
-                return equalPixels(*dst, *expected);
-            },
+            roadsOf(src, dst,
+                    [](ICvBackend& backend, auto& from, auto& to) {
+                        backend.colorCvt(from, to, Rect{});
+                    }),
             {}};
+}
+
+/// Arithmetic in place, by both backends: the number is chosen so that repeated runs leave it in
+/// range.
+template <class Work, class Expected>
+Operation arithmetic(char const* name, Picture const& frame, Work work, Expected expected) {
+    Operation operation{name, Family::Copy, 2 * pixelBytes(*frame), {}, {}};
+    auto const add = [&](char const* road, std::shared_ptr<ICvBackend> const& backend) {
+        operation.roads.push_back({road, [=] { work(*backend, *frame); },
+                                   [=] {
+                                       float const& last = floatsOf(*frame)[samplesOf(*frame) - 1];
+                                       float const before = last;
+                                       work(*backend, *frame);
+                                       return last == expected(before);
+                                   }});
+    };
+    add(vectorRoad, std::make_shared<CvBackendSimd>());
+    add(pipelineRoad, std::make_shared<CvBackendBase>());
+    return operation;
 }
 
 Operation bytesToFloats(Size size) {
@@ -71,19 +86,12 @@ Operation floatsToBytes(Size size) {
     return operation;
 }
 
-/// Work in place: the number is chosen so that repeated runs leave it in range.
 Operation addConstant(Size size) {
     auto const frame = randomPicture(FRAME_BGR_32F, size);
-    auto const backend = std::make_shared<CvBackendSimd>();
-    Operation operation{"add to BGR_32F",
-                        2 * pixelBytes(*frame),
-                        [=] { backend->add(*frame, 0.25F, Rect{}); },
-                        [=] {
-                            float const before = floatsOf(*frame)[samplesOf(*frame) - 1];
-                            backend->add(*frame, 0.25F, Rect{});
-                            return floatsOf(*frame)[samplesOf(*frame) - 1] == before + 0.25F;
-                        },
-                        {}};
+    Operation operation = arithmetic(
+        "add to BGR_32F", frame,
+        [](ICvBackend& backend, Frame& floats) { backend.add(floats, 0.25F, Rect{}); },
+        [](float before) { return before + 0.25F; });
 #ifdef OX_PEER_OPENCV
     operation.peers.push_back({"opencv", [=] {
                                    cv::Mat picture = matOf(*frame, CV_32FC3);
@@ -95,16 +103,10 @@ Operation addConstant(Size size) {
 
 Operation multiply(Size size) {
     auto const frame = randomPicture(FRAME_BGR_32F, size);
-    auto const backend = std::make_shared<CvBackendSimd>();
-    Operation operation{"mul of BGR_32F",
-                        2 * pixelBytes(*frame),
-                        [=] { backend->mul(*frame, -1.0F, Rect{}); },
-                        [=] {
-                            float const before = floatsOf(*frame)[samplesOf(*frame) - 1];
-                            backend->mul(*frame, -1.0F, Rect{});
-                            return floatsOf(*frame)[samplesOf(*frame) - 1] == -before;
-                        },
-                        {}};
+    Operation operation = arithmetic(
+        "mul of BGR_32F", frame,
+        [](ICvBackend& backend, Frame& floats) { backend.mul(floats, -1.0F, Rect{}); },
+        [](float before) { return -before; });
 #ifdef OX_PEER_OPENCV
     operation.peers.push_back({"opencv", [=] {
                                    cv::Mat picture = matOf(*frame, CV_32FC3);
@@ -154,15 +156,17 @@ std::uint16_t* halvesOf(Frame const& frame) {
 Operation floatsToHalves(Size size) {
     auto const src = randomPicture(FRAME_GRAY_32F, size);
     auto const dst = blankPicture(FRAME_C1_16U, size);
-    Operation operation{"floats to halves",
-                        pixelBytes(*src) + pixelBytes(*dst),
-                        [=] { convertFp32ToFp16(floatsOf(*src), samplesOf(*src), halvesOf(*dst)); },
-                        [=] {
-                            float back[4];
-                            convertFp16ToFp32(halvesOf(*dst), 4, back);
-                            return std::abs(back[3] - floatsOf(*src)[3]) < 0.25F;
-                        },
-                        {}};
+    Operation operation{
+        "floats to halves",
+        Family::Copy,
+        pixelBytes(*src) + pixelBytes(*dst),
+        {{vectorRoad, [=] { convertFp32ToFp16(floatsOf(*src), samplesOf(*src), halvesOf(*dst)); },
+          [=] {
+              float back[4];
+              convertFp16ToFp32(halvesOf(*dst), 4, back);
+              return std::abs(back[3] - floatsOf(*src)[3]) < 0.25F;
+          }}},
+        {}};
 #ifdef OX_PEER_OPENCV
     operation.peers.push_back({"opencv", [=] {
                                    cv::Mat to = matOf(*dst, CV_16SC1);
@@ -180,11 +184,13 @@ Operation halvesToFloats(Size size) {
     auto const dst = blankPicture(FRAME_GRAY_32F, size);
     auto const numbers = randomPicture(FRAME_GRAY_32F, size);
     convertFp32ToFp16(floatsOf(*numbers), samplesOf(*numbers), halvesOf(*src));
-    Operation operation{"halves to floats",
-                        pixelBytes(*src) + pixelBytes(*dst),
-                        [=] { convertFp16ToFp32(halvesOf(*src), samplesOf(*dst), floatsOf(*dst)); },
-                        [=] { return std::abs(floatsOf(*dst)[3] - floatsOf(*numbers)[3]) < 0.25F; },
-                        {}};
+    Operation operation{
+        "halves to floats",
+        Family::Copy,
+        pixelBytes(*src) + pixelBytes(*dst),
+        {{vectorRoad, [=] { convertFp16ToFp32(halvesOf(*src), samplesOf(*dst), floatsOf(*dst)); },
+          [=] { return std::abs(floatsOf(*dst)[3] - floatsOf(*numbers)[3]) < 0.25F; }}},
+        {}};
 #ifdef OX_PEER_OPENCV
     operation.peers.push_back({"opencv", [=] {
                                    cv::Mat to = matOf(*dst, CV_32FC1);

@@ -1,7 +1,6 @@
-#include "table_reporter.h"
+#include "median_reporter.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace ox::benchmarks {
 
@@ -15,63 +14,32 @@ double median(std::vector<double> times) {
 
 }  // namespace
 
-bool TableReporter::ReportContext(Context const& /*context*/) {
+bool MedianReporter::ReportContext(Context const& /*context*/) {
     return true;
 }
 
-TableReporter::Row& TableReporter::rowOf(std::string const& name) {
-    auto const row =
-        std::find_if(_rows.begin(), _rows.end(), [&](Row const& r) { return r.name == name; });
-    if (row != _rows.end()) {
-        return *row;
-    }
-    return _rows.emplace_back(Row{name, {}, {}});
-}
-
-void TableReporter::ReportRuns(std::vector<Run> const& runs) {
+void MedianReporter::ReportRuns(std::vector<Run> const& runs) {
     for (Run const& run : runs) {
-        if (run.run_type != Run::RT_Iteration) {
-            continue;
+        if (run.run_type == Run::RT_Iteration) {
+            std::string const& name = run.run_name.function_name;
+            std::size_t const slash = name.rfind('/');
+            _times[name.substr(0, slash)][name.substr(slash + 1)].push_back(
+                run.GetAdjustedRealTime());
         }
-        std::string const& name = run.run_name.function_name;
+    }
+}
+
+std::vector<Measurement> MedianReporter::measurements() const {
+    std::vector<Measurement> all;
+    for (auto const& [name, contestants] : _times) {
         std::size_t const slash = name.rfind('/');
-        Row& row = rowOf(name.substr(0, slash));
-        std::string const contestant = name.substr(slash + 1);
-        if (row.times[contestant].empty()) {
-            row.contestants.push_back(contestant);
+        Measurement measurement{name.substr(0, slash), name.substr(slash + 1), {}};
+        for (auto const& [contestant, times] : contestants) {
+            measurement.medians[contestant] = median(times);
         }
-        row.times[contestant].push_back(run.GetAdjustedRealTime());
+        all.push_back(measurement);
     }
-}
-
-void TableReporter::Finalize() {
-    std::sort(_rows.begin(), _rows.end(),
-              [](Row const& a, Row const& b) { return a.name < b.name; });
-    std::printf("%-36s %9s %9s %8s   %-22s %8s\n", "operation", "ours/us", "memcpy", "/memcpy",
-                "best peer/us", "/peer");
-    for (Row const& row : _rows) {
-        print(row);
-    }
-}
-
-void TableReporter::print(Row const& row) {
-    double const ours = median(row.times.at("ours"));
-    double const copy = median(row.times.at("memcpy"));
-    std::string best;
-    double best_time = 0.0;
-    for (std::string const& contestant : row.contestants) {
-        double const time = median(row.times.at(contestant));
-        if (contestant != "ours" && contestant != "memcpy" && (best.empty() || time < best_time)) {
-            best = contestant;
-            best_time = time;
-        }
-    }
-    std::printf("%-36s %9.1f %9.1f %8.2f   ", row.name.c_str(), ours, copy, ours / copy);
-    if (best.empty()) {
-        std::printf("%-22s %8s\n", "-", "-");
-    } else {
-        std::printf("%-12s %9.1f %8.2f\n", best.c_str(), best_time, ours / best_time);
-    }
+    return all;
 }
 
 }  // namespace ox::benchmarks

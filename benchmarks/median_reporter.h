@@ -1,5 +1,5 @@
 /// @file
-/// The table of medians and ratios.
+/// Medians out of interleaved runs.
 
 #pragma once
 
@@ -11,25 +11,25 @@
 
 namespace ox::benchmarks {
 
-/// Takes benchmarks named "operation/size/contestant", of which "ours" and "memcpy" are two.
-class TableReporter : public benchmark::BenchmarkReporter {
+/// Microseconds of each contestant of an operation at a size; our own roads and memcpy are
+/// contestants, too.
+struct Measurement {
+    std::string operation;
+    std::string size;
+    std::map<std::string, double> medians;
+};
+
+/// Takes benchmarks named "operation/size/contestant".
+class MedianReporter : public benchmark::BenchmarkReporter {
   public:
     bool ReportContext(Context const& context) override;
     void ReportRuns(std::vector<Run> const& runs) override;
-    /// Prints the table: medians in microseconds, and ours over memcpy and over the best peer.
-    void Finalize() override;
+
+    /// In the order of names.
+    std::vector<Measurement> measurements() const;
 
   private:
-    struct Row {
-        std::string name;
-        std::vector<std::string> contestants;  ///< in the order of their registration
-        std::map<std::string, std::vector<double>> times;
-    };
-
-    Row& rowOf(std::string const& name);
-    static void print(Row const& row);
-
-    std::vector<Row> _rows;
+    std::map<std::string, std::map<std::string, std::vector<double>>> _times;
 };
 
 }  // namespace ox::benchmarks

@@ -12,7 +12,30 @@
 
 namespace ox::benchmarks {
 
-/// One library's way to do an operation. Everything that can be set up before is.
+/// Operations that are alike in what can be expected of them.
+enum class Family {
+    Colour,
+    Copy,
+    Nearest,
+    Bilinear,
+    FloatBilinear,
+    Area,
+    Warp,
+    Convolution,
+    Tensor
+};
+
+/// One of the library's own ways. Everything that can be set up before is.
+struct Road {
+    char const* name;  ///< one of the two below
+    std::function<void()> run;
+    std::function<bool()> is_right;  ///< of the output, after a run
+};
+
+constexpr char const* vectorRoad = "vectors";
+constexpr char const* pipelineRoad = "pipeline";
+
+/// Another library's way.
 struct Contestant {
     std::string name;
     std::function<void()> run;
@@ -20,9 +43,9 @@ struct Contestant {
 
 struct Operation {
     std::string name;
+    Family family = Family::Colour;
     std::size_t bytes = 0;  ///< read and written; a memcpy that moves as many stands beside it
-    std::function<void()> ours;
-    std::function<bool()> is_right;  ///< of our output, after a run of it
+    std::vector<Road> roads;
     std::vector<Contestant> peers;
 };
 
@@ -32,5 +55,7 @@ std::vector<Operation> floatOperations(Size size);
 std::vector<Operation> resampleOperations(Size size);
 /// Reductions to a third by filters.
 std::vector<Operation> convolutionOperations(Size size);
+/// Frames of the size made into what networks take.
+std::vector<Operation> tensorOperations(Size size);
 
 }  // namespace ox::benchmarks

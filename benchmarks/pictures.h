@@ -11,10 +11,12 @@
 
 namespace ox::benchmarks {
 
+using Picture = std::shared_ptr<Frame>;
+
 /// A frame without gaps between its rows. Byte formats are random, float formats random from -20 to
 /// 280.
-std::shared_ptr<Frame> randomPicture(FrameFormat format, Size size);
-std::shared_ptr<Frame> blankPicture(FrameFormat format, Size size);
+Picture randomPicture(FrameFormat format, Size size);
+Picture blankPicture(FrameFormat format, Size size);
 
 /// Bytes of all pixels.
 std::size_t pixelBytes(Frame const& frame);

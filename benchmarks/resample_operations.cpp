@@ -3,37 +3,35 @@
 #include <utility>
 
 #include "operation.h"
-#include "ox_cv/ox_cv_backend_simd.h"
 #include "peers.h"
 #include "pictures.h"
-#include "simd/simd.h"
+#include "roads.h"
 
 namespace ox::benchmarks {
 
 namespace {
 
-/// An operation of a backend from one frame to another of the same format.
-using Work = std::function<void(CvBackendSimd& backend, Frame const& src, Frame& dst)>;
-
-/// What the backend makes with its vector routines switched off.
-std::shared_ptr<Frame> scalarResult(CvBackendSimd& backend, Work const& work, Frame const& src,
-                                    Frame const& dst) {
-    auto const expected = blankPicture(dst.format(), dst.size());
-    Simd::Neon::KernelsEnabled = false;
-    work(backend, src, *expected);
-    Simd::Neon::KernelsEnabled = true;
-    return expected;
+Family familyOf(FrameFormat format, int method) {
+    switch (method) {
+        case ResizeNearestNeighbour:
+            return Family::Nearest;
+        case ResizeArea:
+            return Family::Area;
+        default:
+            return format == FRAME_GRAY_32F ? Family::FloatBilinear : Family::Bilinear;
+    }
 }
 
-Operation operationOf(std::string name, std::shared_ptr<Frame> const& src,
-                      std::shared_ptr<Frame> const& dst, int property, int method,
-                      Work const& work) {
-    auto const backend = std::make_shared<CvBackendSimd>();
-    backend->setIntProperty(property, method);
+Operation operationOf(std::string name, Family family, Picture const& src, Picture const& dst,
+                      int property, int method, Work const& work) {
+    auto const by_method = [=](ICvBackend& backend, Frame const& from, Frame& to) {
+        backend.setIntProperty(property, method);
+        work(backend, from, to);
+    };
     return {std::move(name),
+            family,
             pixelBytes(*src) + pixelBytes(*dst),
-            [=] { work(*backend, *src, *dst); },
-            [=] { return equalPixels(*dst, *scalarResult(*backend, work, *src, *dst)); },
+            roadsOf(src, dst, by_method),
             {}};
 }
 
@@ -104,8 +102,8 @@ Operation resizing(FrameFormat format, Size from, Size to, int method) {
                              nameOf(method) + " to " + std::to_string(to.width) + "x" +
                              std::to_string(to.height);
     Operation operation = operationOf(
-        name, src, dst, 1, method,
-        [](CvBackendSimd& backend, auto& s, auto& d) { backend.resize(s, d, Rect{}, Rect{}); });
+        name, familyOf(format, method), src, dst, 1, method,
+        [](ICvBackend& backend, auto& s, auto& d) { backend.resize(s, d, Rect{}, Rect{}); });
 #ifdef OX_PEER_OPENCV
     addOpencvResize(operation, src, dst, method);
 #endif
@@ -139,10 +137,10 @@ Operation turning(FrameFormat format, Size size, int method) {
     Matrix const matrix{{{c, s, x - c * x - s * y}, {-s, c, y + s * x - c * y}}};
     std::string const name =
         std::string(toString(format) + std::string("FRAME_").size()) + " turned, " + nameOf(method);
-    Operation operation =
-        operationOf(name, src, dst, 2, method, [=](CvBackendSimd& backend, auto& from, auto& to) {
-            backend.warpAffine(from, to, matrix.rows, Rect{}, false);
-        });
+    Operation operation = operationOf(name, Family::Warp, src, dst, 2, method,
+                                      [=](ICvBackend& backend, auto& from, auto& to) {
+                                          backend.warpAffine(from, to, matrix.rows, Rect{}, false);
+                                      });
 #ifdef OX_PEER_OPENCV
     operation.peers.push_back(
         {"opencv", [=] {

@@ -6,6 +6,15 @@
 
 namespace ox::rows {
 
+namespace {
+
+Routines& chosenRoutines() {
+    static Routines chosen = findRoutines();
+    return chosen;
+}
+
+}  // namespace
+
 Routines findRoutines() {
     Routines found{};
 #ifdef OX_WITH_HIGHWAY
@@ -19,8 +28,11 @@ Routines findRoutines() {
 }
 
 Routines const& routines() {
-    static Routines const found = findRoutines();
-    return found;
+    return chosenRoutines();
+}
+
+void useRoutines(Routines const& wanted) {
+    chosenRoutines() = wanted;
 }
 
 }  // namespace ox::rows

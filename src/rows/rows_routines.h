@@ -33,4 +33,8 @@ Routines const& routines();
 /// The same, looked up anew: for tests, which try one instruction set after another.
 Routines findRoutines();
 
+/// Takes these from now on. For tests and benchmarks, and not while rows are on their way: what is
+/// armed may go on with what it has chosen.
+void useRoutines(Routines const& wanted);
+
 }  // namespace ox::rows
