@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "rows/rows_targets.h"
 #include "simd/simd_neon_ops-inl.h"
@@ -22,29 +23,36 @@ using namespace Simd::Neon::HWY_NAMESPACE;
 /// Pixels that are written at a time.
 constexpr std::size_t lanes = blockBytes / 4;
 
+/// A register of sums for each of a few planes, which share weights.
+template <std::size_t planes>
+struct PlaneSums {
+    V32 plane[planes];
+};
+
 /// The sums of a register's pixels, in order, out of registers that hold `lane_sums` for each.
 template <std::size_t lane_sums, class SumOfRegister>
-HWY_INLINE V32 sumPixels(SumOfRegister const& sum, std::size_t first) {
+HWY_INLINE auto sumPixels(SumOfRegister const& sum, std::size_t first) {
     if constexpr (lane_sums == 1) {
         return sum(first);
     } else {
-        return AddNeighbours(sumPixels<lane_sums / 2>(sum, first),
-                             sumPixels<lane_sums / 2>(sum, first + lane_sums / 2));
+        auto sums = sumPixels<lane_sums / 2>(sum, first);
+        auto const more = sumPixels<lane_sums / 2>(sum, first + lane_sums / 2);
+        for (std::size_t p = 0; p < std::size(sums.plane); ++p) {
+            sums.plane[p] = AddNeighbours(sums.plane[p], more.plane[p]);
+        }
+        return sums;
     }
 }
 
-/// As many pixels as registers are made of, for all planes.
-/// @param sum sum(plane, i) is register i
+/// All pixels of a few planes.
+/// @param sum sum(i) is register i of each plane
 template <std::size_t lane_sums, class SumOfRegister>
-HWY_INLINE void sumAll(TapProgram const& program, std::size_t planes, std::uint8_t* const* dst,
+HWY_INLINE void sumAll(TapProgram const& program, std::uint8_t* const* dst,
                        SumOfRegister const& sum) {
-    hn::Rebind<std::uint8_t, BlockTagS32> const bytes;
     for (std::size_t x = 0; x < program.pixels; x += lanes) {
-        for (std::size_t plane = 0; plane < planes; ++plane) {
-            auto const sum_of = [&](std::size_t i) HWY_ATTR { return sum(plane, i); };
-            V32 const sums = sumPixels<lane_sums>(sum_of, x / lanes * lane_sums);
-            hn::StoreU(hn::DemoteTo(bytes, hn::ShiftRightSame(sums, program.shift)), bytes,
-                       dst[plane] + x);
+        auto const sums = sumPixels<lane_sums>(sum, x / lanes * lane_sums);
+        for (std::size_t p = 0; p < std::size(sums.plane); ++p) {
+            StoreLaneBytes(hn::ShiftRightSame(sums.plane[p], program.shift), dst[p] + x);
         }
     }
 }
@@ -64,10 +72,8 @@ HWY_INLINE void sumAll(TapProgram const& program, std::size_t planes, std::uint8
 constexpr std::size_t windowPixels = 64;
 constexpr std::size_t laneTaps = 4;
 
-/// Pixels that a register is shared by.
-std::size_t registerPixels(TapProgram const& program) {
-    return lanes / program.lane_sums;
-}
+/// Reductions to a thirty-second are the most.
+constexpr std::size_t leastRegisterPixels = 2;
 
 /// Its pixels; the last register may have fewer.
 struct RegisterPixels {
@@ -160,8 +166,11 @@ bool compileTaps(TapAxis const& axis, TapProgram& program) {
         return false;
     }
     std::size_t pixels = lanes;
-    while (!sharesWindows(axis, pixels)) {
+    while (pixels >= leastRegisterPixels && !sharesWindows(axis, pixels)) {
         pixels /= 2;
+    }
+    if (pixels < leastRegisterPixels) {
+        return false;
     }
     bool const has_high = needsHighParts(axis);
     program.lane_sums = lanes / pixels;
@@ -184,42 +193,64 @@ bool compileTaps(TapAxis const& axis, TapProgram& program) {
     return true;
 }
 
-template <std::size_t lane_sums, bool has_high>
-void sumTapsBy(TapProgram const& program, std::size_t planes, std::uint8_t const* const* src,
+template <std::size_t lane_sums, std::size_t planes>
+void sumTapsBy(TapProgram const& program, bool has_high, std::uint8_t const* const* src,
                std::uint8_t* const* dst) {
     std::size_t const table_count = tablesOf(program.steps, has_high);
-    sumAll<lane_sums>(program, planes, dst, [&](std::size_t plane, std::size_t i) HWY_ATTR {
+    sumAll<lane_sums>(program, dst, [&](std::size_t i) HWY_ATTR {
         RegisterBytes const* table = program.tables.data() + i * table_count;
-        std::uint8_t const* window = src[plane] + program.offsets[i];
+        std::size_t window = program.offsets[i];
         Tag8 const d;
         V8 const places = hn::Load(d, table++->bytes.data());
-        V32 low = hn::Zero(BlockTagS32());
-        V32 high = low;
+        PlaneSums<planes> low;
+        PlaneSums<planes> high;
+        for (std::size_t p = 0; p < planes; ++p) {
+            low.plane[p] = hn::Zero(BlockTagS32());
+            high.plane[p] = hn::Zero(BlockTagS32());
+        }
         for (std::size_t k = 0; k < program.steps; ++k, window += lane_sums * laneTaps) {
-            V8 const taps = PermuteWindow(hn::LoadU(d, window), places);
-            low = AddByteProducts(low, taps, hn::Load(d, table++->bytes.data()));
-            if constexpr (has_high) {
-                high = AddByteProducts(high, taps, hn::Load(d, table++->bytes.data()));
+            V8 const low_weights = hn::Load(d, table++->bytes.data());
+            V8 const high_weights = has_high ? hn::Load(d, table++->bytes.data()) : hn::Zero(d);
+            for (std::size_t p = 0; p < planes; ++p) {
+                V8 const taps = PermuteWindow(hn::LoadU(d, src[p] + window), places);
+                low.plane[p] = AddByteProducts(low.plane[p], taps, low_weights);
+                if (has_high) {
+                    high.plane[p] = AddByteProducts(high.plane[p], taps, high_weights);
+                }
             }
         }
-        return has_high ? hn::Add(low, hn::ShiftLeft<8>(high)) : low;
+        for (std::size_t p = 0; p < planes; ++p) {
+            low.plane[p] = hn::Add(low.plane[p], hn::ShiftLeft<8>(high.plane[p]));
+        }
+        return low;
     });
 }
 
-template <bool has_high>
-void sumTapsByParts(TapProgram const& program, std::size_t planes, std::uint8_t const* const* src,
-                    std::uint8_t* const* dst) {
-    switch (program.lane_sums) {
+/// Planes are taken together where the weights are many.
+void sumTogether(TapProgram const& program, bool has_high, std::size_t planes,
+                 std::uint8_t const* const* src, std::uint8_t* const* dst) {
+    switch (planes) {
+        case 0:
+            return;
         case 1:
-            return sumTapsBy<1, has_high>(program, planes, src, dst);
+            return sumTapsBy<1, 1>(program, has_high, src, dst);
         case 2:
-            return sumTapsBy<2, has_high>(program, planes, src, dst);
-        case 4:
-            return sumTapsBy<4, has_high>(program, planes, src, dst);
-        case 8:
-            return sumTapsBy<8, has_high>(program, planes, src, dst);
+            return sumTapsBy<1, 2>(program, has_high, src, dst);
         default:
-            return sumTapsBy<16, has_high>(program, planes, src, dst);
+            sumTapsBy<1, 3>(program, has_high, src, dst);
+            return sumTogether(program, has_high, planes - 3, src + 3, dst + 3);
+    }
+}
+
+void sumPlane(TapProgram const& program, bool has_high, std::uint8_t const* const* src,
+              std::uint8_t* const* dst) {
+    switch (program.lane_sums) {
+        case 2:
+            return sumTapsBy<2, 1>(program, has_high, src, dst);
+        case 4:
+            return sumTapsBy<4, 1>(program, has_high, src, dst);
+        default:
+            return sumTapsBy<8, 1>(program, has_high, src, dst);
     }
 }
 
@@ -227,10 +258,11 @@ void sumTaps(TapProgram const& program, std::size_t planes, std::uint8_t const* 
              std::uint8_t* const* dst) {
     std::size_t const registers = program.offsets.size();
     bool const has_high = program.tables.size() != registers * tablesOf(program.steps, false);
-    if (has_high) {
-        sumTapsByParts<true>(program, planes, src, dst);
-    } else {
-        sumTapsByParts<false>(program, planes, src, dst);
+    if (program.lane_sums == 1) {
+        return sumTogether(program, has_high, planes, src, dst);
+    }
+    for (std::size_t plane = 0; plane < planes; ++plane) {
+        sumPlane(program, has_high, src + plane, dst + plane);
     }
 }
 
@@ -267,10 +299,9 @@ bool compileTaps(TapAxis const& axis, TapProgram& program) {
     return true;
 }
 
-void sumTaps(TapProgram const& program, std::size_t planes, std::uint8_t const* const* src,
-             std::uint8_t* const* dst) {
-    sumAll<lanes>(program, planes, dst, [&](std::size_t plane, std::size_t i) HWY_ATTR {
-        std::uint8_t const* taps = src[plane] + program.offsets[2 * i];
+void sumPlane(TapProgram const& program, std::uint8_t const* src, std::uint8_t* const* dst) {
+    sumAll<lanes>(program, dst, [&](std::size_t i) HWY_ATTR {
+        std::uint8_t const* taps = src + program.offsets[2 * i];
         RegisterBytes const* table = program.tables.data() + program.offsets[2 * i + 1];
         WordSums sums = NoWordSums();
         for (std::size_t k = 0; k < program.steps; ++k, taps += registerTaps, ++table) {
@@ -278,8 +309,15 @@ void sumTaps(TapProgram const& program, std::size_t planes, std::uint8_t const* 
             V16 const words = hn::PromoteTo(TagS16(), hn::LoadU(HalfTag8(), taps));
             sums = AddWordProducts(sums, words, hn::BitCast(TagS16(), weights));
         }
-        return TotalOf(sums);
+        return PlaneSums<1>{{TotalOf(sums)}};
     });
+}
+
+void sumTaps(TapProgram const& program, std::size_t planes, std::uint8_t const* const* src,
+             std::uint8_t* const* dst) {
+    for (std::size_t plane = 0; plane < planes; ++plane) {
+        sumPlane(program, src[plane], dst + plane);
+    }
 }
 
 #endif

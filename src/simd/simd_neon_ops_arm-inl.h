@@ -158,6 +158,11 @@ HWY_INLINE V32 TotalOf(WordSums sums) {
     return V32(vpaddq_s32(sums.lower, sums.upper));
 }
 
+HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
+    hn::Rebind<std::uint8_t, BlockTagS32> const d;
+    hn::StoreU(hn::DemoteTo(d, v), d, p);
+}
+
 HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
     return V32(vpaddq_s32(a.raw, b.raw));
 }

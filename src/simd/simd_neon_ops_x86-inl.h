@@ -361,6 +361,16 @@ HWY_INLINE V32 TotalOf(WordSums sums) {
     return sums;
 }
 
+HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
+    hn::Rebind<std::uint8_t, BlockTagS32> const d;
+#if HWY_TARGET == HWY_AVX3_DL
+    V32 const positive = hn::Max(v, hn::Zero(BlockTagS32()));
+    hn::StoreU(hn::Vec<decltype(d)>{_mm512_cvtusepi32_epi8(positive.raw)}, d, p);
+#else
+    hn::StoreU(hn::DemoteTo(d, v), d, p);
+#endif
+}
+
 HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
 #if HWY_TARGET == HWY_AVX3_DL
     BlockTagS32 const d;
