@@ -436,12 +436,9 @@ Operation yv16ToBgr(Size size) {
     return c.operation;
 }
 
+/// No other library of these has it.
 Operation nv16ToBgr(Size size) {
-    Conversion c("NV16 to BGR24", FRAME_NV16, FRAME_BGR24, size);
-#ifdef OX_PEER_SWSCALE
-    c.addSwscale(AV_PIX_FMT_NV16, AV_PIX_FMT_BGR24);
-#endif
-    return c.operation;
+    return Conversion("NV16 to BGR24", FRAME_NV16, FRAME_BGR24, size).operation;
 }
 
 Operation bgrToYuyv(Size size) {

@@ -23,8 +23,8 @@ namespace {
 
 using namespace ox::benchmarks;
 
-constexpr int repetitions = 15;
-constexpr double secondsPerRun = 0.05;
+constexpr int repetitions = 11;
+constexpr double secondsPerRun = 0.03;
 
 void add(std::string const& name, std::function<void()> const& run) {
     benchmark::RegisterBenchmark(name.c_str(),

@@ -87,6 +87,15 @@ inline void storeSample(unsigned char* row, std::int64_t index, Value value) {
     std::memcpy(row + index * std::int64_t{sizeof(Sample)}, &sample, sizeof sample);
 }
 
+/// Whether the rows of two sources are alike.
+inline bool sameRows(FrameLayout const& a, FrameLayout const& b) {
+    return a.format == b.format && a.planeCount == b.planeCount &&
+           std::equal(a.plane, a.plane + a.planeCount, b.plane,
+                      [](FramePlane const& p, FramePlane const& q) {
+                          return p.width == q.width && p.rowBytes == q.rowBytes;
+                      });
+}
+
 /// How a row of elements lies in a source and a destination plane.
 ///
 /// Elements may leave the row at its end: the macro-pixel formats have rows shorter than their

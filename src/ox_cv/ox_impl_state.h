@@ -27,23 +27,25 @@ std::unique_ptr<State> makeState(char const* file) {
     return state;
 }
 
-template <class Entry>
-void resizeTable(std::vector<Entry>& table, std::int64_t count, char const* file) {
+/// Reports what the standard library says of exhausted memory as everything else is.
+template <class Action>
+auto withMemory(char const* file, Action action) {
     try {
-        table.resize(static_cast<std::size_t>(count));
+        return action();
     } catch (std::bad_alloc const&) {
         throwMemoryExhausted("reuse", file);
     }
 }
 
+template <class Entry>
+void resizeTable(std::vector<Entry>& table, std::int64_t count, char const* file) {
+    withMemory(file, [&] { table.resize(static_cast<std::size_t>(count)); });
+}
+
 /// Room for entries that are appended one by one.
 template <class Entry>
 void reserveTable(std::vector<Entry>& table, std::int64_t count, char const* file) {
-    try {
-        table.reserve(static_cast<std::size_t>(count));
-    } catch (std::bad_alloc const&) {
-        throwMemoryExhausted("reuse", file);
-    }
+    withMemory(file, [&] { table.reserve(static_cast<std::size_t>(count)); });
 }
 
 /// Runs the part of a `reuse` that rebuilds tables; if it fails, the window is emptied, so that

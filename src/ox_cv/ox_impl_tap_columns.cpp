@@ -1,15 +1,10 @@
 #include "ox_cv/ox_impl_tap_columns.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
-#include <new>
 
-#include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_scale_weights.h"
 #include "ox_cv/ox_impl_state.h"
-#include "rows/rows_channels.h"
-#include "rows/rows_routines.h"
 
 namespace ox::impl {
 
@@ -27,12 +22,6 @@ template <class Sample, class Sum>
 Sample unitsOf(Sum sum, int shift) {
     return static_cast<Sample>(
         std::clamp<Sum>(sum >> shift, 0, static_cast<Sum>(std::numeric_limits<Sample>::max())));
-}
-
-/// The planes of a buffer that they share.
-std::array<unsigned char*, 4> planesOf(Buffer const& buffer, std::uint64_t plane_bytes) {
-    return {buffer.data, buffer.data + plane_bytes, buffer.data + 2 * plane_bytes,
-            buffer.data + 3 * plane_bytes};
 }
 
 }  // namespace
@@ -83,12 +72,7 @@ struct TapColumns<Weight>::PlainLoops {
 template <class Weight>
 void TapColumns<Weight>::sumByVectors(TapColumns& columns, unsigned char const* src,
                                       unsigned char* dst) {
-    rows::TapProgram const& program = columns._program;
-    auto const src_planes = planesOf(columns._src_planes, program.src_bytes);
-    auto const dst_planes = planesOf(columns._dst_planes, program.pixels);
-    rows::splitChannels(src, columns._src_pixels, columns._channels, src_planes.data());
-    rows::routines().sum_taps(program, columns._channels, src_planes.data(), dst_planes.data());
-    rows::mergeChannels(dst_planes.data(), columns._data->sources().size(), columns._channels, dst);
+    columns._planes.sum(src, dst);
 }
 
 template <class Weight>
@@ -102,8 +86,9 @@ void TapColumns<Weight>::plan(ScaleData<Weight> const& data, ScaleElement elemen
     _row_bytes = row_bytes;
     auto const channels = static_cast<std::size_t>(element.channels);
     bool const whole_pixels = row_bytes % channels == 0;
-    bool const by_vectors = element.bits == 8 && whole_pixels && data.aperture() > 0 &&
-                            rows::routines().compile_taps != nullptr && planVectors(channels);
+    bool const by_vectors = element.bits == 8 && whole_pixels &&
+                            _planes.plan(withMemory(file, [&] { return axis(); }), channels,
+                                         row_bytes / channels, file);
     _sum = by_vectors ? sumByVectors : pickRowFunction<PlainLoops>(element);
 }
 
@@ -114,6 +99,7 @@ rows::TapAxis TapColumns<Weight>::axis() const {
     axis.taps = static_cast<std::size_t>(_data->aperture());
     axis.shift = unitShift<Weight>;
     axis.kernels.resize(static_cast<std::size_t>(_data->kernels().rowCount()));
+    axis.starts.reserve(_data->sources().size());
     for (ScaleSource const source : _data->sources()) {
         axis.starts.push_back({source.src_start, source.kernel_index});
         std::vector<std::int16_t>& kernel = axis.kernels[source.kernel_index];
@@ -123,23 +109,6 @@ rows::TapAxis TapColumns<Weight>::axis() const {
         }
     }
     return axis;
-}
-
-template <class Weight>
-bool TapColumns<Weight>::planVectors(std::size_t channels) {
-    try {
-        if (!rows::routines().compile_taps(axis(), _program)) {
-            return false;
-        }
-    } catch (std::bad_alloc const&) {
-        throwMemoryExhausted("reuse", file);
-    }
-    _channels = channels;
-    _src_pixels = std::min<std::uint64_t>(_row_bytes / channels, _program.src_bytes);
-    _src_planes.resize(multiplyBytes(_program.src_bytes, channels), false);
-    _src_planes.setZero();
-    _dst_planes.resize(multiplyBytes(_program.pixels, channels), false);
-    return true;
 }
 
 template class TapColumns<signed char>;

@@ -6,10 +6,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "ox_core/ox_buffer.h"
 #include "ox_cv/ox_impl_scale_data.h"
 #include "ox_cv/ox_impl_scale_elements.h"
-#include "rows/rows_taps.h"
+#include "ox_cv/ox_impl_tap_planes.h"
 
 namespace ox::impl {
 
@@ -39,19 +38,12 @@ class TapColumns {
     struct PlainLoops;
     static void sumByVectors(TapColumns& columns, unsigned char const* src, unsigned char* dst);
 
-    bool planVectors(std::size_t channels);
     rows::TapAxis axis() const;
 
     ScaleData<Weight> const* _data = nullptr;
     std::uint64_t _row_bytes = 0;
     Sum _sum = nullptr;
-
-    // Of the vector loop, which works on a plane for each channel.
-    rows::TapProgram _program;
-    std::size_t _channels = 0;
-    std::size_t _src_pixels = 0;
-    Buffer _src_planes;  ///< with zeros behind the pixels
-    Buffer _dst_planes;
+    TapPlanes _planes;  ///< of the vector loop
 };
 
 extern template class TapColumns<signed char>;

@@ -6,8 +6,10 @@
 
 #include "ox_cv/ox_impl_area_checks.h"
 #include "ox_cv/ox_impl_area_rows.h"
+#include "ox_cv/ox_impl_area_taps.h"
 #include "ox_cv/ox_impl_scale_tables.h"
 #include "ox_cv/ox_impl_state.h"
+#include "ox_cv/ox_impl_tap_planes.h"
 
 namespace ox {
 
@@ -32,10 +34,19 @@ struct ScalerAreaX::State {
     impl::AreaTable _weights;
     int _shift = initialShift;
     impl::PlaneRows<impl::SumColumns<impl::AreaDown>> _planes;
+    impl::TapPlanes _taps[3];  ///< of the planes that vector code sums
+    bool _has_taps[3] = {};
+    FrameLayout _taps_layout;  ///< of the source that they were made for
+    int _taps_shift = 0;
 
     impl::AreaAxis axis() const { return {_weights.weights.data(), _weights.full_weight, _shift}; }
     void prepare(FrameLayout const& src_layout, int dst_width, ScalerPrecision precision);
+    bool scalesUp(int plane) const {
+        return _dst_layout.plane[plane].width >= _src_layout.plane[0].width;
+    }
     void planPlanes();
+    void planTaps();
+    bool planTaps(int plane);
 
     template <class Source>
     void arm(Source& source, FrameLayout const& src_layout, int dst_width,
@@ -49,18 +60,39 @@ struct ScalerAreaX::State {
 void ScalerAreaX::State::planPlanes() {
     using Down = impl::SumColumns<impl::AreaDown>;
     using Up = impl::SumColumns<impl::AreaUp>;
-    auto const up = [&](int plane) {
-        return _dst_layout.plane[plane].width >= _src_layout.plane[0].width;
-    };
     _planes.plan(_src_layout, _dst_layout, _weights.weights.size(), [&](int plane, std::int64_t i) {
-        return up(plane) ? Up::lastElement(axis(), i) : Down::lastElement(axis(), i);
+        return scalesUp(plane) ? Up::lastElement(axis(), i) : Down::lastElement(axis(), i);
     });
     for (int i = 0; i < 3; ++i) {
-        if (up(i)) {
+        if (scalesUp(i)) {
             _planes.planes[static_cast<std::size_t>(i)].function =
                 impl::pickRowFunction<Up>(impl::scaleElement(_dst_layout.format, i));
         }
     }
+}
+
+/// A plane of bytes that is scaled down, all of whose cells lie in the row.
+bool ScalerAreaX::State::planTaps(int plane) {
+    impl::ScaleElement const element = impl::scaleElement(_dst_layout.format, plane);
+    impl::RowPlan const& row = _planes.planes[static_cast<std::size_t>(plane)].plan;
+    if (element.channels == 0 || element.bits != 8 || scalesUp(plane) ||
+        row.whole * element.channels != row.dst_samples ||
+        row.src_samples % element.channels != 0) {
+        return false;
+    }
+    rows::TapAxis taps;
+    return impl::withMemory(file,
+                            [&] { return impl::describeAreaTaps(axis(), row.whole, taps); }) &&
+           _taps[plane].plan(taps, static_cast<std::size_t>(element.channels),
+                             static_cast<std::uint64_t>(row.src_samples / element.channels), file);
+}
+
+void ScalerAreaX::State::planTaps() {
+    for (int i = 0; i < 3; ++i) {
+        _has_taps[i] = planTaps(i);
+    }
+    _taps_layout = _src_layout;
+    _taps_shift = _shift;
 }
 
 void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
@@ -78,6 +110,10 @@ void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
     _dst_layout =
         FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::defaultAlignment);
     planPlanes();
+    if (!same_table || _taps_shift != _shift || !impl::sameRows(_taps_layout, src_layout)) {
+        _taps_layout.clear();
+        planTaps();
+    }
 }
 
 ScalerAreaX::ScalerAreaX() : _state(impl::makeState<State>(file)) {}
@@ -115,7 +151,11 @@ void ScalerAreaX::produce(RowData& dst) {
     }
     impl::refuseUnscalable(layout.format, "ScalerAreaX");
     _state->_planes.forEach(dst, [&](int i, auto const& plane) {
-        plane.function(plane.plan, _state->axis(), src[i], dst[i]);
+        if (_state->_has_taps[i]) {
+            _state->_taps[i].sum(src[i], dst[i]);
+        } else {
+            plane.function(plane.plan, _state->axis(), src[i], dst[i]);
+        }
     });
     impl::refuseWritten(layout.format, "ScalerAreaX");
 }
@@ -133,6 +173,7 @@ struct ScalerAreaY::State {
     impl::AreaTable _weights;
     int _shift = initialShift;
     Buffer _accumulator;
+    impl::AreaRowTaps _taps;
     bool _subsampled = false;
     impl::PlaneRows<impl::SumRows> _planes;
 
@@ -198,6 +239,7 @@ void ScalerAreaY::State::prepare(FrameLayout const& src_layout, int dst_height,
     _subsampled =
         _dst_layout.planeCount >= 2 && _dst_layout.plane[0].height != _dst_layout.plane[1].height;
     impl::resizeTable(_rows, rowCount(), file);
+    _taps.reserve(rowCount() + std::int64_t{2}, file);
     planPlanes();
 }
 
@@ -273,8 +315,11 @@ void ScalerAreaY::produce(RowData& dst) {
     impl::refuseUnscalable(layout.format, "ScalerAreaY");
     window.rowData(0);  // keeps pace with a producer, whatever planes are asked for
     _state->_planes.forEach(dst, [&](int i, auto const& plane) {
-        plane.function(_state->cutPlane(i), plane.plan.dst_samples, _state->_accumulator.data,
-                       dst[i]);
+        impl::SumRows::Cut const cut = _state->cutPlane(i);
+        bool const bytes = layout.plane[i].bits == 8;
+        if (!bytes || !_state->_taps.sum(cut, plane.plan.dst_samples, dst[i])) {
+            plane.function(cut, plane.plan.dst_samples, _state->_accumulator.data, dst[i]);
+        }
     });
     impl::refuseWritten(layout.format, "ScalerAreaY");
 }

@@ -1,5 +1,6 @@
 #include "ox_cv/ox_scaler_nn.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -7,6 +8,7 @@
 #include "ox_cv/ox_impl_scale_elements.h"
 #include "ox_cv/ox_impl_scale_tables.h"
 #include "ox_cv/ox_impl_state.h"
+#include "rows/rows_routines.h"
 
 namespace ox {
 
@@ -27,6 +29,37 @@ struct Gather {
     }
 };
 
+/// The vector loop of a plane, all of whose elements lie in the row.
+class GatherProgram {
+  public:
+    /// @return false if there is none; then the plain loop does it
+    bool plan(impl::RowPlan const& row, impl::ScaleElement element,
+              std::vector<std::uint16_t> const& table) {
+        rows::Routines const& routines = rows::routines();
+        auto const pixel_bytes = static_cast<std::size_t>(element.channels * element.bits / 8);
+        if (routines.compile_pixels == nullptr || element.channels == 0 ||
+            row.whole * element.channels != row.dst_samples ||
+            !std::is_sorted(table.begin(), table.end())) {
+            return false;
+        }
+        impl::resizeTable(_offsets, row.whole, file);
+        std::transform(table.begin(), table.begin() + row.whole, _offsets.begin(),
+                       [=](std::uint16_t x) { return static_cast<std::int32_t>(x * pixel_bytes); });
+        auto const row_bytes = static_cast<std::uint64_t>(row.src_samples * element.bits / 8);
+        return routines.compile_pixels(
+            {_offsets.data(), static_cast<std::uint64_t>(row.whole), pixel_bytes, row_bytes},
+            _program);
+    }
+
+    void copy(unsigned char const* src, unsigned char* dst) {
+        rows::routines().copy_pixels(_program, src, dst);
+    }
+
+  private:
+    std::vector<std::int32_t> _offsets;
+    Simd::RowProgram _program;
+};
+
 }  // namespace
 
 struct ScalerNearestNeighbor::State {
@@ -38,11 +71,15 @@ struct ScalerNearestNeighbor::State {
     std::int32_t _src_width = 0;
     std::int32_t _src_height = 0;
     impl::PlaneRows<Gather> _planes;
+    GatherProgram _programs[3];
+    bool _has_program[3] = {};
+    FrameLayout _programs_layout;  ///< of the source that they were made for
 
     template <class Source>
     void arm(Source& source, FrameLayout const& src_layout, Size dst_size);
     void prepare(FrameLayout const& src_layout, Size dst_size);
     void buildTables(Size src_size, Size dst_size);
+    void planPrograms(FrameLayout const& src_layout);
 };
 
 void ScalerNearestNeighbor::State::buildTables(Size src_size, Size dst_size) {
@@ -55,8 +92,19 @@ void ScalerNearestNeighbor::State::buildTables(Size src_size, Size dst_size) {
                    "_src_ys[dst_size.height - 1] < src_size.height", file);
 }
 
+void ScalerNearestNeighbor::State::planPrograms(FrameLayout const& src_layout) {
+    _programs_layout.clear();
+    for (int i = 0; i < 3; ++i) {
+        _has_program[i] = _programs[i].plan(_planes.planes[static_cast<std::size_t>(i)].plan,
+                                            impl::scaleElement(_dst_layout.format, i), _src_xs);
+    }
+    _programs_layout = src_layout;
+}
+
 void ScalerNearestNeighbor::State::prepare(FrameLayout const& src_layout, Size dst_size) {
-    if (src_layout.size != Size{_src_width, _src_height} || dst_size != _dst_layout.size) {
+    bool const same_tables =
+        src_layout.size == Size{_src_width, _src_height} && dst_size == _dst_layout.size;
+    if (!same_tables) {
         buildTables(src_layout.size, dst_size);
     }
     _dst_layout = FrameLayout(src_layout.format, dst_size, impl::defaultAlignment);
@@ -64,6 +112,9 @@ void ScalerNearestNeighbor::State::prepare(FrameLayout const& src_layout, Size d
                  [this](int, std::int64_t i) -> std::int64_t {
                      return _src_xs[static_cast<std::size_t>(i)];
                  });
+    if (!same_tables || !impl::sameRows(_programs_layout, src_layout)) {
+        planPrograms(src_layout);
+    }
     _dst_row = 0;
     _src_width = src_layout.size.width;
     _src_height = src_layout.size.height;
@@ -115,7 +166,11 @@ void ScalerNearestNeighbor::produce(RowData& dst) {
                         "format.");
     }
     _state->_planes.forEach(dst, [&](int i, auto const& plane) {
-        plane.function(plane.plan, _state->_src_xs.data(), src[i], dst[i]);
+        if (_state->_has_program[i]) {
+            _state->_programs[i].copy(src[i], dst[i]);
+        } else {
+            plane.function(plane.plan, _state->_src_xs.data(), src[i], dst[i]);
+        }
     });
 }
 

@@ -2,6 +2,7 @@
 
 #ifdef OX_WITH_HIGHWAY
 #include "rows/rows_targets.h"
+#include "simd/simd_neon.h"
 #endif
 
 namespace ox::rows {
@@ -23,6 +24,8 @@ Routines findRoutines() {
     takeTapColumnRoutines(found);
     takeTapRowRoutines(found);
     takeYuvToBgrRoutines(found);
+    found.compile_pixels = Simd::Neon::routines().compilePixels;
+    found.copy_pixels = Simd::Neon::routines().copyPixels;
 #endif
     return found;
 }

@@ -9,6 +9,7 @@
 #include "rows/rows_floats.h"
 #include "rows/rows_taps.h"
 #include "rows/rows_yuv.h"
+#include "simd/simd_row_program.h"
 
 namespace ox::rows {
 
@@ -21,7 +22,9 @@ struct Routines {
     std::array<YuvToBgr*, yuvLayouts> yuv_to_bgr;
     std::array<BgrToYuv*, yuvLayouts> bgr_to_yuv;
     BgrToGray* bgr_to_gray;
-    std::size_t least_pixels;  ///< of the colour routines
+    std::size_t least_pixels;             ///< of the colour routines
+    Simd::CompilePixels* compile_pixels;  ///< whole pixels, gathered
+    Simd::CopyPixels* copy_pixels;
     BytesToFloats* bytes_to_floats;
     FloatsToLowBytes* floats_to_low_bytes;
     std::size_t least_floats;

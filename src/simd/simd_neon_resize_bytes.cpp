@@ -28,6 +28,11 @@ bool compilePixels(PixelColumns const& columns, RowProgram& program) {
     program.offsets.Resize(2 * (of_source + of_pixels + 2), windowBytes);
     program.tables.Resize(windowBytes * (of_source + of_pixels + 2), windowBytes);
     program.entries = columns.width * size;
+    program.scratch.Resize(program.entries + windowBytes, windowBytes);
+    if (program.offsets.data == nullptr || program.tables.data == nullptr ||
+        program.scratch.data == nullptr) {
+        return false;
+    }
     auto const last_window = static_cast<std::int32_t>(columns.rowBytes - windowBytes);
     std::int32_t* step = program.offsets.data;
     std::uint8_t* places = program.tables.data;
@@ -50,7 +55,6 @@ bool compilePixels(PixelColumns const& columns, RowProgram& program) {
         used += size;
     }
     program.steps = static_cast<std::uint64_t>(step - program.offsets.data) / 2 + 1;
-    program.scratch.Resize(program.entries + windowBytes, windowBytes);
     return true;
 }
 

@@ -28,7 +28,7 @@ struct PixelColumns {
     std::uint64_t rowBytes;      ///< of the source
 };
 
-/// @return false if the instruction set has no program for such columns
+/// @return false if the instruction set has no program for such columns, or there is no memory
 using CompilePixels = bool(PixelColumns const& columns, RowProgram& program);
 using CopyPixels = void(RowProgram& program, std::uint8_t const* src, std::uint8_t* dst);
 

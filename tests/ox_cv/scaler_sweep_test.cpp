@@ -117,6 +117,18 @@ TEST_P(ScalerSweep, LargerSizes) {
     }
 }
 
+// Rows of several registers.
+TEST_P(ScalerSweep, WideRows) {
+    for (FrameFormat const format : allFormats()) {
+        for (int i = 0; i < draws(6); ++i) {
+            runTwice(drawCase(format, {_random.between(100, 400), _random.between(2, 12)}, 500));
+            if (HasFailure()) {
+                return;
+            }
+        }
+    }
+}
+
 // Sizes that stay while the format changes.
 TEST_P(ScalerSweep, ChangingFormats) {
     std::vector<FrameFormat> const formats = allFormats();
