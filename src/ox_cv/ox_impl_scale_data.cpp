@@ -75,7 +75,7 @@ struct Scratch {
         buffer.setZero();
         // The widest elements first, so that all are aligned.
         unnormalised = reinterpret_cast<float*>(buffer.data);
-        weights = reinterpret_cast<Weight*>(unnormalised + count);
+        weights = static_cast<Weight*>(static_cast<void*>(unnormalised + count));
         border = weights + count;
     }
 };

@@ -115,11 +115,13 @@ float _computeIntegral(IKernel* _p_kernel, float phase, float lower, float upper
     }
     float f1 = f(x1);
     float sum = f(lower) + f1;
-    for (float x2 = x1 + step; upper > x2; x2 = x1 + step) {
+    float x2 = x1 + step;
+    while (upper > x2) {
         float const f2 = f(x2);
         sum += f1 + f2;
         x1 = x2;
         f1 = f2;
+        x2 = x1 + step;
     }
     sum *= step / 2;
     return std::fma((f(upper) + f1) * (upper - x1), 0.5F, sum);
