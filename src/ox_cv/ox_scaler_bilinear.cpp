@@ -6,6 +6,7 @@
 
 #include "ox_core/ox_impl_assert.h"
 #include "ox_cv/ox_impl_bilinear_rows.h"
+#include "ox_cv/ox_impl_blend_planes.h"
 #include "ox_cv/ox_impl_scale_tables.h"
 #include "ox_cv/ox_impl_state.h"
 
@@ -56,16 +57,49 @@ VerticalCut verticalCut(RowWindow& window, Coordinates const& table, std::int32_
 
 /// The row that planes blend with. Planes 1 and 2 take the row two on whatever their format is; a
 /// window of two has none, so they aren't blended there. On purpose.
-RowData const& lowerRow(RowWindow& window, int window_row, int plane) {
+int lowerRow(RowWindow const& window, int window_row, int plane) {
     int const distance = plane == 0 ? 1 : 2;
     bool const reaches = window_row < window.windowSize() - distance;
-    return *window.rowData(reaches ? window_row + distance : window_row);
+    return reaches ? window_row + distance : window_row;
 }
 
 [[noreturn]] void throwUnsupported(char const* name) {
     throw Exception(nullptr, StatusNotSupported, "produce", file, __LINE__,
                     "Failure in %s::produce(...) : unsupported frame format.", name);
 }
+
+/// The planes whose columns vector code blends; the others are done by plain loops.
+class BlendPlanes {
+  public:
+    /// Plans anew unless nothing has changed.
+    void plan(FrameLayout const& src, FrameLayout const& dst, Coordinates const& table,
+              bool same_table, auto const& planes) {
+        if (same_table && impl::sameRows(_src, src)) {
+            return;
+        }
+        _src.clear();
+        for (int i = 0; i < 3; ++i) {
+            _has[i] = _planes[i].plan(planes[static_cast<std::size_t>(i)].plan,
+                                      impl::scaleElement(dst.format, i), table.data(), file);
+        }
+        _src = src;
+    }
+
+    /// Before another picture.
+    void restart() {
+        for (impl::BlendPlane& plane : _planes) {
+            plane.restart();
+        }
+    }
+
+    /// Null if there is none.
+    impl::BlendPlane* find(int plane) { return _has[plane] ? &_planes[plane] : nullptr; }
+
+  private:
+    impl::BlendPlane _planes[3];
+    bool _has[3] = {};
+    FrameLayout _src;
+};
 
 /// Where the elements of a destination row end in the source.
 auto lastElements(FrameLayout const& src, Coordinates const& table) {
@@ -93,6 +127,7 @@ struct ScalerBilinearX::State {
     Coordinates _src_xs;
     RowWindow _window;
     impl::PlaneRows<impl::BlendColumns> _planes;
+    BlendPlanes _blends;
 
     void prepare(FrameLayout const& src_layout, int dst_width);
 
@@ -117,6 +152,7 @@ void ScalerBilinearX::State::prepare(FrameLayout const& src_layout, int dst_widt
     _dst_layout =
         FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::defaultAlignment);
     _planes.plan(_src_layout, _dst_layout, _src_xs.size(), lastElements(_src_layout, _src_xs));
+    _blends.plan(_src_layout, _dst_layout, _src_xs, same_table, _planes.planes);
 }
 
 ScalerBilinearX::ScalerBilinearX() : _state(impl::makeState<State>(file)) {}
@@ -153,7 +189,11 @@ void ScalerBilinearX::produce(RowData& dst) {
         throwUnsupported("ScalerBilinearX");
     }
     _state->_planes.forEach(dst, [&](int i, auto const& plane) {
-        plane.function(plane.plan, _state->_src_xs.data(), src[i], dst[i]);
+        if (impl::BlendPlane* const blend = _state->_blends.find(i)) {
+            blend->columns(src[i], dst[i]);
+        } else {
+            plane.function(plane.plan, _state->_src_xs.data(), src[i], dst[i]);
+        }
     });
 }
 
@@ -230,9 +270,15 @@ void ScalerBilinearY::produce(RowData& dst) {
         throwUnsupported("ScalerBilinearY");
     }
     RowData const& upper = *window.rowData(cut.window_row);
+    FrameLayout const& layout = _state->_dst_layout;
     _state->_planes.forEach(dst, [&](int i, auto const& plane) {
-        plane.function(plane.plan, upper[i], lowerRow(window, cut.window_row, i)[i], cut.weight,
-                       dst[i]);
+        unsigned char const* const lower =
+            (*window.rowData(lowerRow(window, cut.window_row, i)))[i];
+        if (layout.plane[i].bits != 8 ||
+            !impl::blendRowsByVectors(upper[i], lower, cut.weight, plane.plan.dst_samples,
+                                      dst[i])) {
+            plane.function(plane.plan, upper[i], lower, cut.weight, dst[i]);
+        }
     });
 }
 
@@ -248,6 +294,7 @@ struct ScalerBilinearXY::State {
     Coordinates _src_ys;
     std::int32_t _dst_row = 0;
     impl::PlaneRows<impl::BlendColumnsAndRows> _planes;
+    BlendPlanes _blends;
 
     void buildTables(Size src_size, Size dst_size);
     void prepare(FrameLayout const& src_layout, Size dst_size);
@@ -272,13 +319,16 @@ void ScalerBilinearXY::State::buildTables(Size src_size, Size dst_size) {
 }
 
 void ScalerBilinearXY::State::prepare(FrameLayout const& src_layout, Size dst_size) {
-    if (src_layout.size != _src_layout.size || dst_size != _dst_layout.size) {
+    bool const same_tables = src_layout.size == _src_layout.size && dst_size == _dst_layout.size;
+    if (!same_tables) {
         buildTables(src_layout.size, dst_size);
     }
     _src_layout = src_layout;
     _dst_layout = FrameLayout(src_layout.format, dst_size, impl::defaultAlignment);
     _dst_row = 0;
     _planes.plan(_src_layout, _dst_layout, _src_xs.size(), lastElements(_src_layout, _src_xs));
+    _blends.plan(_src_layout, _dst_layout, _src_xs, same_tables, _planes.planes);
+    _blends.restart();
 }
 
 ScalerBilinearXY::ScalerBilinearXY() : _state(impl::makeState<State>(file)) {}
@@ -312,9 +362,16 @@ void ScalerBilinearXY::produce(RowData& dst) {
         throwUnsupported("ScalerBilinearXY");
     }
     RowData const& upper = *window.rowData(cut.window_row);
+    std::int64_t const first = window.firstRow();
     _state->_planes.forEach(dst, [&](int i, auto const& plane) {
-        plane.function(plane.plan, _state->_src_xs.data(), upper[i],
-                       lowerRow(window, cut.window_row, i)[i], cut.weight, dst[i]);
+        int const lower_row = lowerRow(window, cut.window_row, i);
+        unsigned char const* const lower = (*window.rowData(lower_row))[i];
+        if (impl::BlendPlane* const blend = _state->_blends.find(i)) {
+            blend->columnsAndRows(upper[i], first + cut.window_row, lower, first + lower_row,
+                                  cut.weight, dst[i]);
+        } else {
+            plane.function(plane.plan, _state->_src_xs.data(), upper[i], lower, cut.weight, dst[i]);
+        }
     });
 }
 

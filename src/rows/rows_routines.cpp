@@ -20,6 +20,7 @@ Routines findRoutines() {
     Routines found{};
 #ifdef OX_WITH_HIGHWAY
     takeBgrToYuvRoutines(found);
+    takeBlendRoutines(found);
     takeFloatRoutines(found);
     takeTapColumnRoutines(found);
     takeTapRowRoutines(found);

@@ -6,6 +6,7 @@
 
 #include <array>
 
+#include "rows/rows_blend.h"
 #include "rows/rows_floats.h"
 #include "rows/rows_taps.h"
 #include "rows/rows_yuv.h"
@@ -18,7 +19,10 @@ struct Routines {
     CompileTaps* compile_taps;
     SumTaps* sum_taps;
     SumRows* sum_rows;
-    std::size_t least_row_bytes;
+    CompileBlend* compile_blend;
+    BlendColumns* blend_columns;
+    BlendRows* blend_rows;
+    std::size_t least_row_bytes;  ///< of `sum_rows` and `blend_rows`
     std::array<YuvToBgr*, yuvLayouts> yuv_to_bgr;
     std::array<BgrToYuv*, yuvLayouts> bgr_to_yuv;
     BgrToGray* bgr_to_gray;

@@ -9,6 +9,7 @@ namespace ox::rows {
 
 // Nothing is put in where the best instruction set of this processor has no vector code.
 void takeBgrToYuvRoutines(Routines& routines);
+void takeBlendRoutines(Routines& routines);
 void takeFloatRoutines(Routines& routines);
 void takeTapColumnRoutines(Routines& routines);
 void takeTapRowRoutines(Routines& routines);

@@ -1,0 +1,88 @@
+#include "ox_cv/ox_impl_blend_planes.h"
+
+#include <cstring>
+
+#include "ox_cv/ox_impl_bilinear_rows.h"
+#include "ox_cv/ox_impl_state.h"
+#include "rows/rows_routines.h"
+
+namespace ox::impl {
+
+namespace {
+
+rows::BlendAxis axisOf(RowPlan const& row, ScaleElement element, std::int32_t const* table) {
+    rows::BlendAxis axis;
+    axis.channels = static_cast<std::size_t>(element.channels);
+    axis.row_bytes = static_cast<std::size_t>(row.src_samples);
+    axis.pixels.reserve(static_cast<std::size_t>(row.whole));
+    for (std::int64_t i = 0; i < row.whole; ++i) {
+        ColumnCut const cut = columnCut(table[i], row.src_width);
+        axis.pixels.push_back({static_cast<std::int32_t>(cut.left),
+                               static_cast<std::int32_t>(cut.right),
+                               static_cast<std::uint16_t>(cut.weight)});
+    }
+    return axis;
+}
+
+}  // namespace
+
+bool BlendPlane::plan(RowPlan const& row, ScaleElement element, std::int32_t const* table,
+                      char const* file) {
+    rows::Routines const& routines = rows::routines();
+    if (routines.compile_blend == nullptr || element.channels == 0 || element.bits != 8 ||
+        row.whole * element.channels != row.dst_samples ||
+        row.dst_samples < static_cast<std::int64_t>(routines.least_row_bytes)) {
+        return false;
+    }
+    if (!withMemory(
+            file, [&] { return routines.compile_blend(axisOf(row, element, table), _program); })) {
+        return false;
+    }
+    _bytes = static_cast<std::size_t>(row.dst_samples);
+    for (Buffer& kept : _rows) {
+        kept.resize(_program.row_room, false);
+    }
+    restart();
+    return true;
+}
+
+void BlendPlane::columns(unsigned char const* src, unsigned char* dst) {
+    rows::routines().blend_columns(_program, src, _rows[0].data);
+    std::memcpy(dst, _rows[0].data, _bytes);
+}
+
+/// The columns of a row, blended now if they aren't kept. The row of the other number stays.
+unsigned char const* BlendPlane::keep(unsigned char const* src, std::int64_t row,
+                                      std::int64_t other) {
+    for (std::size_t i = 0; i < _rows.size(); ++i) {
+        if (_kept[i] == row) {
+            return _rows[i].data;
+        }
+    }
+    std::size_t const place = _kept[0] == other ? 1 : 0;
+    rows::routines().blend_columns(_program, src, _rows[place].data);
+    _kept[place] = row;
+    return _rows[place].data;
+}
+
+void BlendPlane::columnsAndRows(unsigned char const* upper, std::int64_t upper_row,
+                                unsigned char const* lower, std::int64_t lower_row,
+                                std::uint32_t weight, unsigned char* dst) {
+    unsigned char const* const top = keep(upper, upper_row, lower_row);
+    unsigned char const* const bottom = keep(lower, lower_row, upper_row);
+    rows::routines().blend_rows(top, bottom, static_cast<std::uint16_t>(weight), _bytes, dst);
+}
+
+bool blendRowsByVectors(unsigned char const* upper, unsigned char const* lower,
+                        std::uint32_t weight, std::int64_t bytes, unsigned char* dst) {
+    rows::Routines const& routines = rows::routines();
+    if (routines.blend_rows == nullptr ||
+        bytes < static_cast<std::int64_t>(routines.least_row_bytes)) {
+        return false;
+    }
+    routines.blend_rows(upper, lower, static_cast<std::uint16_t>(weight),
+                        static_cast<std::size_t>(bytes), dst);
+    return true;
+}
+
+}  // namespace ox::impl

@@ -1,0 +1,53 @@
+/// @file
+/// Bilinear rows of bytes by vector code.
+
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "ox_core/ox_buffer.h"
+#include "ox_cv/ox_impl_scale_elements.h"
+#include "rows/rows_blend.h"
+
+namespace ox::impl {
+
+/// The columns of a plane, and the last two source rows that were blended: rows of an enlarged
+/// picture come from the same two again and again.
+class BlendPlane {
+  public:
+    /// @param row all of whose elements must lie in the source row
+    /// @param table 16.16 source coordinates, one per element
+    /// @param file of the owner, for failures
+    /// @return false if there is no vector code for it
+    /// @throws Exception `StatusCapacityExceeded`
+    bool plan(RowPlan const& row, ScaleElement element, std::int32_t const* table,
+              char const* file);
+
+    /// Forgets the rows; before another picture.
+    void restart() { _kept = {-1, -1}; }
+
+    /// Blends the columns of a row.
+    void columns(unsigned char const* src, unsigned char* dst);
+
+    /// Blends the columns of two rows, and then these.
+    /// @param upper_row, lower_row by which they are known
+    void columnsAndRows(unsigned char const* upper, std::int64_t upper_row,
+                        unsigned char const* lower, std::int64_t lower_row, std::uint32_t weight,
+                        unsigned char* dst);
+
+  private:
+    unsigned char const* keep(unsigned char const* src, std::int64_t row, std::int64_t other);
+
+    rows::BlendProgram _program;
+    std::size_t _bytes = 0;  ///< of a destination row
+    std::array<Buffer, 2> _rows;
+    std::array<std::int64_t, 2> _kept{-1, -1};
+};
+
+/// Blends two rows of bytes by vector code.
+/// @return false if it can't
+bool blendRowsByVectors(unsigned char const* upper, unsigned char const* lower,
+                        std::uint32_t weight, std::int64_t bytes, unsigned char* dst);
+
+}  // namespace ox::impl

@@ -1,0 +1,143 @@
+#include "rows/rows_blend.h"
+
+#include "simd/simd_neon_targets.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "rows/rows_blend.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include <algorithm>
+
+#include "rows/rows_targets.h"
+#include "simd/simd_neon_ops-inl.h"
+#include "simd/simd_neon_walk-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ox::rows::HWY_NAMESPACE {
+namespace {
+
+using namespace Simd::Neon::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+/// a + ((b - a) * weight >> 16), of weights of 16 bits. The product's high word is that of a signed
+/// weight, which is 2^16 less from 2^15 on.
+template <class D, class V>
+HWY_INLINE V blend(D /*words*/, V a, V b, V weight) {
+    V const difference = hn::Sub(b, a);
+    V const rest = hn::And(difference, hn::ShiftRight<15>(weight));
+    return hn::Add(hn::Add(a, rest), hn::MulHigh(difference, weight));
+}
+
+using WindowWords = hn::RebindToSigned<WindowTag16>;
+constexpr std::size_t entriesOfWindow = windowBytes / 2;
+
+std::size_t byteOf(BlendAxis const& axis, std::size_t entry, bool right) {
+    PixelPair const& pixel = axis.pixels[entry / axis.channels];
+    auto const place = static_cast<std::size_t>(right ? pixel.right : pixel.left);
+    return place * axis.channels + entry % axis.channels;
+}
+
+/// Entries from `entry` on whose bytes lie in the window that starts at `start`.
+std::size_t entriesInWindow(BlendAxis const& axis, std::size_t entry, std::size_t start) {
+    std::size_t const all = axis.pixels.size() * axis.channels;
+    std::size_t const most = std::min(entry + entriesOfWindow, all);
+    std::size_t end = entry;
+    while (end < most && byteOf(axis, end, false) >= start &&
+           byteOf(axis, end, true) < start + windowBytes) {
+        ++end;
+    }
+    return end - entry;
+}
+
+/// A step gathers the pairs of as many entries as lie in a window.
+bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
+    if (axis.row_bytes < windowBytes) {
+        return false;
+    }
+    std::size_t const entries = axis.pixels.size() * axis.channels;
+    program.offsets.clear();
+    program.tables.clear();
+    program.weights.assign(entries + entriesOfWindow, 0);
+    program.row_room = entries + entriesOfWindow;
+    for (std::size_t entry = 0; entry < entries; ++entry) {
+        program.weights[entry] = axis.pixels[entry / axis.channels].weight;
+    }
+    for (std::size_t entry = 0; entry < entries;) {
+        std::size_t const start =
+            std::min(byteOf(axis, entry, false), axis.row_bytes - windowBytes);
+        std::size_t const count = entriesInWindow(axis, entry, start);
+        if (count == 0) {
+            return false;
+        }
+        program.offsets.push_back(static_cast<std::uint32_t>(start));
+        program.offsets.push_back(static_cast<std::uint32_t>(entry));
+        RegisterBytes& places = program.tables.emplace_back();
+        for (std::size_t i = 0; i < count; ++i) {
+            places.bytes[2 * i] = static_cast<std::uint8_t>(byteOf(axis, entry + i, false) - start);
+            places.bytes[2 * i + 1] =
+                static_cast<std::uint8_t>(byteOf(axis, entry + i, true) - start);
+        }
+        entry += count;
+    }
+    return true;
+}
+
+void blendColumns(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
+    WindowTag const d;
+    WindowWords const words;
+    WindowTag16 const unsigned_words;
+    hn::Half<WindowTag> const half;
+    std::uint32_t const* offset = program.offsets.data();
+    for (RegisterBytes const& places : program.tables) {
+        auto const pairs =
+            PermuteWindow(hn::LoadU(d, src + offset[0]), hn::Load(d, places.bytes.data()));
+        auto const both = hn::BitCast(unsigned_words, pairs);
+        auto const left = hn::BitCast(words, hn::And(both, hn::Set(unsigned_words, 0xff)));
+        auto const right = hn::BitCast(words, hn::ShiftRight<8>(both));
+        auto const weight =
+            hn::BitCast(words, hn::LoadU(unsigned_words, program.weights.data() + offset[1]));
+        hn::StoreU(hn::DemoteTo(half, blend(words, left, right, weight)), half, dst + offset[1]);
+        offset += 2;
+    }
+}
+
+void blendRows(std::uint8_t const* upper, std::uint8_t const* lower, std::uint16_t weight,
+               std::size_t bytes, std::uint8_t* dst) {
+    TagS16 const words;
+    V16 const factor = hn::BitCast(words, hn::Set(Tag16(), weight));
+    walkBlocks(bytes, blockBytes, [&](std::size_t x) HWY_ATTR {
+        V8 const a = hn::LoadU(Tag8(), upper + x);
+        V8 const b = hn::LoadU(Tag8(), lower + x);
+        V16 const even = blend(words, EvenBytes(a), EvenBytes(b), factor);
+        V16 const odd = blend(words, OddBytes(a), OddBytes(b), factor);
+        hn::StoreU(hn::BitCast(Tag8(), hn::Or(even, hn::ShiftLeft<8>(odd))), Tag8(), dst + x);
+    });
+}
+
+#endif
+
+void takeRoutines([[maybe_unused]] Routines& routines) {
+#if HWY_TARGET != HWY_SCALAR
+    routines.compile_blend = compileBlend;
+    routines.blend_columns = blendColumns;
+    routines.blend_rows = blendRows;
+#endif
+}
+
+}  // namespace
+}  // namespace ox::rows::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace ox::rows {
+
+HWY_EXPORT(takeRoutines);
+
+void takeBlendRoutines(Routines& routines) {
+    HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
+}
+
+}  // namespace ox::rows
+#endif  // HWY_ONCE

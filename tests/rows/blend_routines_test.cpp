@@ -1,0 +1,118 @@
+// The vector routines of bilinear rows, of every instruction set that this processor has.
+#include <vector>
+
+#include "rows/row_targets.h"
+#include "support/guarded_memory.h"
+#include "support/random.h"
+
+namespace ox::test {
+
+namespace {
+
+int blended(int a, int b, std::uint16_t weight) {
+    return static_cast<int>((std::int64_t{b} * weight + std::int64_t{a} * (65536 - weight)) >> 16);
+}
+
+class BlendRoutines : public RowRoutines {
+  protected:
+    // Pixels `scale` apart, of which the last stand alone, as at a picture's right edge.
+    rows::BlendAxis drawAxis(std::size_t pixels, double scale, std::size_t channels) {
+        rows::BlendAxis axis;
+        axis.channels = channels;
+        auto const last = static_cast<std::int32_t>(static_cast<double>(pixels - 1) * scale);
+        for (std::size_t i = 0; i < pixels; ++i) {
+            auto const left = static_cast<std::int32_t>(static_cast<double>(i) * scale);
+            axis.pixels.push_back(
+                {left, std::min(left + 1, last), static_cast<std::uint16_t>(random.next())});
+        }
+        axis.row_bytes = static_cast<std::size_t>(last + 1) * channels;
+        return axis;
+    }
+
+    void checkColumns(rows::BlendAxis const& axis, Guard guard) {
+        rows::BlendProgram program;
+        if (!routines.compile_blend(axis, program)) {
+            EXPECT_LT(axis.row_bytes, 64U);  // no register of bytes is longer
+            return;
+        }
+        GuardedMemory src(axis.row_bytes, guard);
+        GuardedMemory dst(program.row_room, guard);
+        std::generate_n(src.data(), src.size(), [&] { return random.byte(); });
+        routines.blend_columns(program, src.data(), dst.data());
+        for (std::size_t i = 0; i < axis.pixels.size(); ++i) {
+            rows::PixelPair const& pixel = axis.pixels[i];
+            for (std::size_t c = 0; c < axis.channels; ++c) {
+                int const a = src.data()[static_cast<std::size_t>(pixel.left) * axis.channels + c];
+                int const b = src.data()[static_cast<std::size_t>(pixel.right) * axis.channels + c];
+                ASSERT_EQ(dst.data()[i * axis.channels + c], blended(a, b, pixel.weight))
+                    << "pixel " << i << ", channel " << c << " of " << axis.channels << ", " << a
+                    << " and " << b << " by " << pixel.weight;
+            }
+        }
+        EXPECT_EQ(dst.touched(), 0);
+    }
+
+    Random random{4};
+};
+
+TEST_P(BlendRoutines, ColumnsOfEveryScale) {
+    for (double const scale : {0.0, 0.1, 0.5, 0.7, 1.0, 1.5, 2.9, 7.0, 31.0, 100.0}) {
+        for (std::size_t channels = 1; channels <= 4; ++channels) {
+            for (std::size_t pixels = 1; pixels < 150; pixels += 1 + pixels / 8) {
+                checkColumns(drawAxis(pixels, scale, channels),
+                             pixels % 2 == 0 ? Guard::AtEnd : Guard::AtStart);
+                if (HasFatalFailure()) {
+                    return;
+                }
+            }
+        }
+    }
+}
+
+// All pairs of bytes, by weights at the ends and around the middle.
+TEST_P(BlendRoutines, RowsOfEveryPair) {
+    constexpr std::size_t values = 256;
+    std::vector<std::uint8_t> lower(values);
+    for (std::size_t i = 0; i < values; ++i) {
+        lower[i] = static_cast<std::uint8_t>(i);
+    }
+    std::vector<std::uint8_t> dst(values);
+    std::vector<std::uint16_t> const weights{0,     1,     255,   256,   21845, 32767,
+                                             32768, 32769, 43690, 65280, 65534, 65535};
+    for (std::uint16_t const weight : weights) {
+        for (std::size_t a = 0; a < values; ++a) {
+            std::vector<std::uint8_t> const upper(values, static_cast<std::uint8_t>(a));
+            routines.blend_rows(upper.data(), lower.data(), weight, values, dst.data());
+            for (std::size_t b = 0; b < values; ++b) {
+                ASSERT_EQ(dst[b], blended(static_cast<int>(a), static_cast<int>(b), weight))
+                    << a << " and " << b << " by " << weight;
+            }
+        }
+    }
+}
+
+TEST_P(BlendRoutines, RowsOfEveryWidth) {
+    for (std::size_t more = 0; more <= 140; ++more) {
+        std::size_t const bytes = routines.least_row_bytes + more;
+        Guard const guard = more % 2 == 0 ? Guard::AtEnd : Guard::AtStart;
+        GuardedMemory upper(bytes, guard);
+        GuardedMemory lower(bytes, guard);
+        GuardedMemory dst(bytes, guard);
+        std::generate_n(upper.data(), bytes, [&] { return random.byte(); });
+        std::generate_n(lower.data(), bytes, [&] { return random.byte(); });
+        auto const weight = static_cast<std::uint16_t>(random.next());
+        routines.blend_rows(upper.data(), lower.data(), weight, bytes, dst.data());
+        for (std::size_t i = 0; i < bytes; ++i) {
+            ASSERT_EQ(dst.data()[i], blended(upper.data()[i], lower.data()[i], weight)) << i;
+        }
+        EXPECT_EQ(dst.touched(), 0);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, BlendRoutines, testing::ValuesIn(vectorTargets()),
+                         [](auto const& parameter) { return parameter.param; });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(BlendRoutines);  // without vector code
+
+}  // namespace
+
+}  // namespace ox::test
