@@ -120,8 +120,14 @@ void CvBackendBase::colorCvt(Frame const& src, Frame& dst, Rect src_roi) {
                        static_cast<int>(dst.layout().plane[0].stride));
         return;
     }
-    _format_converter.reuse(temp, dst.format());
-    produceFrame(_format_converter, dst);
+    _convertFormat(temp, dst);
+}
+
+void CvBackendBase::_convertFormat(Frame const& src, Frame& dst) {
+    _format_converter.reuse(src, dst.format());
+    if (!_format_converter.produceAtOnce(dst)) {
+        produceFrame(_format_converter, dst);
+    }
 }
 
 void CvBackendBase::resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) {
@@ -148,8 +154,7 @@ void CvBackendBase::convert(Frame const& src, Frame& dst, Rect src_roi) {
     _temp.reuse(src.format(), dst.size(), DeviceContext(), 0);
     _scaler.reuse(temp, dst.size(), static_cast<ScaleMethod>(_resize_method));
     produceFrame(_scaler, _temp);
-    _format_converter.reuse(_temp, dst.format());
-    produceFrame(_format_converter, dst);
+    _convertFormat(_temp, dst);
 }
 
 void CvBackendBase::add(Frame& src_dst, float value, Rect src_roi) {

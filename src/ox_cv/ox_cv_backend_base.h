@@ -47,6 +47,8 @@ class OX_API CvBackendBase : public ICvBackend {
     DeviceContext getDeviceContext() const override;
 
   private:
+    void _convertFormat(Frame const& src, Frame& dst);
+
     FormatConverter _format_converter;
     Scaler _scaler;
     std::int32_t _resize_method = ResizeBilinear;

@@ -5,6 +5,7 @@
 #include "ox_core/ox_exception.h"
 #include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_format_converter.h"
+#include "ox_cv/ox_impl_frame_conversion.h"
 #include "ox_cv/ox_impl_state.h"
 
 namespace ox {
@@ -22,6 +23,14 @@ void checkArguments(bool initialized, char const* source, FrameFormat dst_format
         throw Exception(nullptr, StatusUnsupportedFormat, "reuse", file, __LINE__,
                         "Invalid value for parameter 'dst_format'.");
     }
+}
+
+Frame const* frameOf(Frame const& source) {
+    return &source;
+}
+
+Frame const* frameOf(IRowProducer const& /*source*/) {
+    return nullptr;
 }
 
 }  // namespace
@@ -42,6 +51,7 @@ void FormatConverter::reuse(IRowProducer& producer, FrameFormat dst_format) {
 
 template <class Source>
 void FormatConverter::_arm(Source& source, FrameLayout const& src_layout, FrameFormat dst_format) {
+    _frame = nullptr;
     if (dst_format == src_layout.format) {
         _copier.reuse(source);
         if (!_copier.initialized()) {
@@ -62,6 +72,7 @@ void FormatConverter::_arm(Source& source, FrameLayout const& src_layout, FrameF
     }
     _src_layout = &src_layout;
     _initialized = _context->initialized;
+    _frame = frameOf(source);
     _row = 0;
 }
 
@@ -100,6 +111,18 @@ void FormatConverter::produce(RowData& row) {
         _window_rows[k] = k < left ? _window.rowData(window_size - left + k) : nullptr;
     }
     _context->produce(_window_rows, row);
+}
+
+bool FormatConverter::produceAtOnce(Frame& dst) {
+    bool const is_source = _frame != nullptr && _frame->format() == _window.layout().format &&
+                           _frame->size() == _dst_layout.size;
+    if (!is_source || _row != 0 || !dst.initialized() || dst.format() != _dst_layout.format ||
+        dst.size() != _dst_layout.size) {
+        return false;
+    }
+    impl::convertFrame(*_context, *_frame, dst);
+    _row = _dst_layout.size.height;
+    return true;
 }
 
 bool FormatConverter::next() {

@@ -35,6 +35,10 @@ class OX_API FormatConverter : public IRowProducer {
     /// Nothing behind the last row.
     /// @throws Exception `StatusNotInitialized` before the first `reuse`
     void produce(RowData& row) override;
+    /// Writes all rows into a frame of the layout's format and size, as `produceFrame` does but in
+    /// one step, if the source is a frame of another format.
+    /// @return false if that can't be done; nothing is done then
+    bool produceAtOnce(Frame& dst);
     /// True after the last row as well, and false only on a call after that, on purpose.
     bool next() override;
 
@@ -44,6 +48,7 @@ class OX_API FormatConverter : public IRowProducer {
     void _yieldNothing(FrameLayout const& src_layout);
 
     bool _initialized = false;                 ///< a conversion has been armed
+    Frame const* _frame = nullptr;             ///< its source, if that is a frame
     FrameLayout const* _src_layout = nullptr;  ///< the source's; null before the first `reuse`
     FrameLayout _dst_layout;
     std::int32_t _row = 0;  ///< current row

@@ -1,7 +1,9 @@
 #include "ox_cv/ox_impl_area_taps.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
+#include <numeric>
 
 #include "ox_cv/ox_impl_state.h"
 #include "rows/rows_routines.h"
@@ -20,51 +22,91 @@ constexpr bool staysByte(std::int64_t weight_sum, int shift) {
     return (largest * weight_sum) >> shift <= largest;
 }
 
+/// A weight of less than one as blending takes it: of 2^16.
+constexpr std::uint16_t blendWeight(std::uint16_t weight, int shift) {
+    return static_cast<std::uint16_t>(weight << (16 - shift));
+}
+
+/// The elements of cell `i`.
+template <class Direction>
+AreaCut cutOf(AreaAxis const& area, AreaRow8 const& row, std::int64_t i) {
+    return Direction::cut(area.full_weight, area.weights[std::min(i, row.last_entry)],
+                          area.weights[std::min(i + 1, row.last_entry)]);
+}
+
 /// Weights of the elements of a cell, from its first one on.
-void fillWeights(AreaCut const& cut, std::uint16_t full_weight,
+void fillWeights(AreaCut const& cut, std::uint16_t full_weight, std::int64_t last_pixel,
                  std::vector<std::int64_t>& weights) {
-    weights.assign(1, cut.first_weight);
+    weights.clear();
+    std::int64_t const first = std::min(cut.first, last_pixel);
+    auto const add = [&](std::int64_t pixel, std::uint16_t weight) {
+        auto const tap = static_cast<std::size_t>(std::min(pixel, last_pixel) - first);
+        weights.resize(std::max(weights.size(), tap + 1), 0);
+        weights[tap] += weight;
+    };
+    add(cut.first, cut.first_weight);
     for (std::int64_t k = cut.first + 1; k < cut.last; ++k) {
-        weights.push_back(full_weight);
+        add(k, full_weight);
     }
     if (cut.rest != 0) {
-        auto const last = static_cast<std::size_t>(cut.last - cut.first);
-        weights.resize(std::max(weights.size(), last + 1), 0);
-        weights[last] += cut.rest;
+        add(cut.last, cut.rest);
     }
+}
+
+/// Whether sums with these weights can be had from vector code, and stay bytes.
+bool areTaps(std::vector<std::int64_t> const& weights, int shift) {
+    return std::all_of(weights.begin(), weights.end(), isWord) &&
+           staysByte(std::accumulate(weights.begin(), weights.end(), std::int64_t{0}), shift);
 }
 
 }  // namespace
 
-bool describeAreaTaps(AreaAxis const& area, std::int64_t cells, rows::TapAxis& axis) {
+bool describeAreaTaps(AreaAxis const& area, AreaRow8 const& row, rows::TapAxis& axis) {
+    if (row.cells > std::numeric_limits<std::uint16_t>::max()) {
+        return false;
+    }
     axis = {};
     axis.shift = area.shift;
-    axis.kernels.resize(static_cast<std::size_t>(cells));
-    axis.starts.reserve(static_cast<std::size_t>(cells));
+    axis.kernels.reserve(static_cast<std::size_t>(row.cells));
+    axis.starts.reserve(static_cast<std::size_t>(row.cells));
     std::vector<std::int64_t> weights;
-    for (std::int64_t i = 0; i < cells; ++i) {
-        AreaCut const cut = AreaDown::cut(area.full_weight, area.weights[i], area.weights[i + 1]);
-        if (cut.last < cut.first || cells > std::numeric_limits<std::uint16_t>::max()) {
+    for (std::int64_t i = 0; i < row.cells; ++i) {
+        AreaCut const cut = cutOf<AreaDown>(area, row, i);
+        if (cut.last < cut.first) {
             return false;
         }
-        fillWeights(cut, area.full_weight, weights);
-        std::int64_t sum = 0;
-        for (std::int64_t const weight : weights) {
-            if (!isWord(weight)) {
-                return false;
-            }
-            sum += weight;
-        }
-        if (!staysByte(sum, area.shift)) {
+        fillWeights(cut, area.full_weight, row.last_pixel, weights);
+        if (!areTaps(weights, area.shift)) {
             return false;
         }
-        axis.starts.push_back(
-            {static_cast<std::uint16_t>(cut.first), static_cast<std::uint16_t>(i)});
-        axis.kernels[static_cast<std::size_t>(i)].assign(weights.begin(), weights.end());
+        axis.starts.push_back({static_cast<std::uint16_t>(std::min(cut.first, row.last_pixel)),
+                               static_cast<std::uint16_t>(i)});
+        axis.kernels.emplace_back(weights.begin(), weights.end());
         axis.taps = std::max(axis.taps, weights.size());
     }
     for (std::vector<std::int16_t>& kernel : axis.kernels) {
         kernel.resize(axis.taps, 0);
+    }
+    return true;
+}
+
+bool describeAreaBlend(AreaAxis const& area, AreaRow8 const& row,
+                       std::vector<rows::PixelPair>& pixels) {
+    pixels.clear();
+    pixels.reserve(static_cast<std::size_t>(row.cells));
+    for (std::int64_t i = 0; i < row.cells; ++i) {
+        AreaCut const cut = cutOf<AreaUp>(area, row, i);
+        if (cut.first_weight + cut.rest != 1 << area.shift) {
+            return false;
+        }
+        auto const left = static_cast<std::int32_t>(std::min(cut.first, row.last_pixel));
+        auto const right = static_cast<std::int32_t>(std::min(cut.last, row.last_pixel));
+        if (cut.first_weight == 0) {  // the weight of `right` is one
+            pixels.push_back({right, right, 0});
+        } else {
+            pixels.push_back(
+                {left, cut.rest != 0 ? right : left, blendWeight(cut.rest, area.shift)});
+        }
     }
     return true;
 }
@@ -74,27 +116,22 @@ void AreaRowTaps::reserve(std::int64_t rows, char const* owner) {
     _weights.clear();
     reserveTable(_rows, rows, owner);
     reserveTable(_weights, rows, owner);
+    resizeTable(_words, rows, owner);
 }
 
+/// Rows without weight are left out.
 void AreaRowTaps::add(unsigned char const* row, std::uint16_t weight) {
-    _fits = _fits && isWord(weight) && _rows.size() < _rows.capacity();
-    if (_fits) {
+    if (weight != 0) {
         _rows.push_back(row);
-        _weights.push_back(static_cast<std::int16_t>(weight));
+        _weights.push_back(weight);
         _sum += weight;
     }
 }
 
-bool AreaRowTaps::sum(SumRows::Cut const& cut, std::int64_t samples, unsigned char* dst) {
-    rows::Routines const& routines = rows::routines();
-    if (routines.sum_rows == nullptr ||
-        samples < static_cast<std::int64_t>(routines.least_row_bytes)) {
-        return false;
-    }
+void AreaRowTaps::collect(SumRows::Cut const& cut) {
     _rows.clear();
     _weights.clear();
     _sum = 0;
-    _fits = true;
     add(cut.at(0), cut.first_weight);
     for (std::int64_t k = 1; k < cut.middle_end; ++k) {
         add(cut.at(k), cut.full_weight);
@@ -102,11 +139,33 @@ bool AreaRowTaps::sum(SumRows::Cut const& cut, std::int64_t samples, unsigned ch
     if (cut.rest != 0 && cut.rest_row != nullptr) {
         add(cut.rest_row, cut.rest);
     }
-    if (!_fits || !staysByte(_sum, cut.shift)) {
+}
+
+bool AreaRowTaps::sum(SumRows::Cut const& cut, std::int64_t samples, unsigned char* dst) {
+    rows::Routines const& routines = rows::routines();
+    auto const bytes = static_cast<std::size_t>(samples);
+    // A row of few bytes isn't worth it; one of a cell's that has more rows than were reserved
+    // isn't either.
+    if (routines.sum_rows == nullptr || bytes < routines.least_row_bytes ||
+        std::max<std::int64_t>(cut.middle_end, 1) + 1 > static_cast<std::int64_t>(_words.size())) {
         return false;
     }
-    routines.sum_rows({_rows.data(), _weights.data(), _rows.size(), cut.shift},
-                      static_cast<std::size_t>(samples), dst);
+    collect(cut);
+    bool const is_one = _sum == 1 << cut.shift;
+    if (is_one && _rows.size() == 1) {
+        std::memcpy(dst, _rows[0], bytes);
+        return true;
+    }
+    if (is_one && _rows.size() == 2) {
+        routines.blend_rows(_rows[0], _rows[1], blendWeight(_weights[1], cut.shift), bytes, dst);
+        return true;
+    }
+    if (_rows.empty() || !std::all_of(_weights.begin(), _weights.end(), isWord) ||
+        !staysByte(_sum, cut.shift)) {
+        return false;
+    }
+    std::copy(_weights.begin(), _weights.end(), _words.begin());
+    routines.sum_rows({_rows.data(), _words.data(), _rows.size(), cut.shift}, bytes, dst);
     return true;
 }
 

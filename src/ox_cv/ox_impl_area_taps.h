@@ -6,16 +6,30 @@
 #include <vector>
 
 #include "ox_cv/ox_impl_area_rows.h"
+#include "rows/rows_blend.h"
 #include "rows/rows_taps.h"
 
 namespace ox::impl {
 
-/// The taps of a row that is scaled down to `cells` elements.
+/// A row of bytes that vector code can do whole: elements behind its end are all its last one.
+struct AreaRow8 {
+    std::int64_t cells;       ///< destination elements
+    std::int64_t last_pixel;  ///< of the source
+    std::int64_t last_entry;  ///< of the table
+};
+
+/// The taps of a row that is scaled down.
 /// @param axis receives them
 /// @return false where they aren't words, or their sums would leave a byte, of which the plain loop
 ///         keeps the low bits
 /// @throws std::bad_alloc
-bool describeAreaTaps(AreaAxis const& area, std::int64_t cells, rows::TapAxis& axis);
+bool describeAreaTaps(AreaAxis const& area, AreaRow8 const& row, rows::TapAxis& axis);
+
+/// The pixels of a row that is scaled up.
+/// @return false where the two weights don't sum to one
+/// @throws std::bad_alloc
+bool describeAreaBlend(AreaAxis const& area, AreaRow8 const& row,
+                       std::vector<rows::PixelPair>& pixels);
 
 /// The rows of a destination row, and their weights.
 class AreaRowTaps {
@@ -28,12 +42,13 @@ class AreaRowTaps {
     bool sum(SumRows::Cut const& cut, std::int64_t samples, unsigned char* dst);
 
   private:
+    void collect(SumRows::Cut const& cut);
     void add(unsigned char const* row, std::uint16_t weight);
 
     std::vector<unsigned char const*> _rows;
-    std::vector<std::int16_t> _weights;
-    std::int64_t _sum = 0;  ///< of the weights
-    bool _fits = true;      ///< all are words
+    std::vector<std::uint16_t> _weights;
+    std::vector<std::int16_t> _words;  ///< the weights, if they are such
+    std::int64_t _sum = 0;             ///< of the weights
 };
 
 }  // namespace ox::impl

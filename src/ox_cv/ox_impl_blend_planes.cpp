@@ -8,12 +8,15 @@
 
 namespace ox::impl {
 
-namespace {
-
-rows::BlendAxis axisOf(RowPlan const& row, ScaleElement element, std::int32_t const* table) {
-    rows::BlendAxis axis;
+bool describeBilinearBlend(RowPlan const& row, ScaleElement element, std::int32_t const* table,
+                           rows::BlendAxis& axis) {
+    if (element.channels == 0 || element.bits != 8 ||
+        row.whole * element.channels != row.dst_samples) {
+        return false;
+    }
     axis.channels = static_cast<std::size_t>(element.channels);
     axis.row_bytes = static_cast<std::size_t>(row.src_samples);
+    axis.pixels.clear();
     axis.pixels.reserve(static_cast<std::size_t>(row.whole));
     for (std::int64_t i = 0; i < row.whole; ++i) {
         ColumnCut const cut = columnCut(table[i], row.src_width);
@@ -21,24 +24,17 @@ rows::BlendAxis axisOf(RowPlan const& row, ScaleElement element, std::int32_t co
                                static_cast<std::int32_t>(cut.right),
                                static_cast<std::uint16_t>(cut.weight)});
     }
-    return axis;
+    return true;
 }
 
-}  // namespace
-
-bool BlendPlane::plan(RowPlan const& row, ScaleElement element, std::int32_t const* table,
-                      char const* file) {
+bool BlendPlane::plan(rows::BlendAxis const& axis, char const* file) {
     rows::Routines const& routines = rows::routines();
-    if (routines.compile_blend == nullptr || element.channels == 0 || element.bits != 8 ||
-        row.whole * element.channels != row.dst_samples ||
-        row.dst_samples < static_cast<std::int64_t>(routines.least_row_bytes)) {
+    std::size_t const bytes = axis.pixels.size() * axis.channels;
+    if (routines.compile_blend == nullptr || bytes < routines.least_row_bytes ||
+        !withMemory(file, [&] { return routines.compile_blend(axis, _program); })) {
         return false;
     }
-    if (!withMemory(
-            file, [&] { return routines.compile_blend(axisOf(row, element, table), _program); })) {
-        return false;
-    }
-    _bytes = static_cast<std::size_t>(row.dst_samples);
+    _bytes = bytes;
     for (Buffer& kept : _rows) {
         kept.resize(_program.row_room, false);
     }

@@ -16,13 +16,10 @@ namespace ox::impl {
 /// picture come from the same two again and again.
 class BlendPlane {
   public:
-    /// @param row all of whose elements must lie in the source row
-    /// @param table 16.16 source coordinates, one per element
     /// @param file of the owner, for failures
     /// @return false if there is no vector code for it
     /// @throws Exception `StatusCapacityExceeded`
-    bool plan(RowPlan const& row, ScaleElement element, std::int32_t const* table,
-              char const* file);
+    bool plan(rows::BlendAxis const& axis, char const* file);
 
     /// Forgets the rows; before another picture.
     void restart() { _kept = {-1, -1}; }
@@ -44,6 +41,13 @@ class BlendPlane {
     std::array<Buffer, 2> _rows;
     std::array<std::int64_t, 2> _kept{-1, -1};
 };
+
+/// The pixels of a plane that is scaled by 16.16 source coordinates.
+/// @param axis receives them
+/// @return false where elements don't all lie in the source row, or aren't bytes
+/// @throws std::bad_alloc
+bool describeBilinearBlend(RowPlan const& row, ScaleElement element, std::int32_t const* table,
+                           rows::BlendAxis& axis);
 
 /// Blends two rows of bytes by vector code.
 /// @return false if it can't

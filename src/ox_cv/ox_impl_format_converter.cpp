@@ -151,6 +151,21 @@ void ImplFormatConverter::get_context(FrameFormat src_format, FrameFormat dst_fo
     *window_size = conversion.window_size;
 }
 
+void ImplFormatConverter::findJoints(FrameFormat src_format, FrameFormat dst_format,
+                                     int row_width) {
+    auto const shares = [](FrameFormat format, FormatInfo const& info, auto subsampling) {
+        return isYuv(format) && info.*subsampling == 2;
+    };
+    bool const src_rows = shares(src_format, src, &FormatInfo::y_subsampling);
+    bool const dst_rows = shares(dst_format, dst, &FormatInfo::y_subsampling);
+    bool const whole_pairs =
+        row_width % 2 == 0 || !(shares(src_format, src, &FormatInfo::x_subsampling) ||
+                                shares(dst_format, dst, &FormatInfo::x_subsampling));
+    bool const limited = function == yuvToYuv && dst_limited;
+    joins_rows = whole_pairs && !limited && !dst_rows && (!src_rows || function == yuvToGray);
+    joins_planes = whole_pairs && function == yuvToYuv && src_rows && dst_rows;
+}
+
 void ImplFormatConverter::reuse(FrameFormat src_format, FrameFormat dst_format, int row_width,
                                 int* window_size) {
     if (window_size == nullptr) {
@@ -161,6 +176,7 @@ void ImplFormatConverter::reuse(FrameFormat src_format, FrameFormat dst_format, 
     function = nullptr;
     get_context(src_format, dst_format, window_size);
     limitStaleRecord(dst_format, row_width);
+    findJoints(src_format, dst_format, row_width);
     width = row_width;
     initialized = true;
 }

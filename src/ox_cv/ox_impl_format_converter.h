@@ -70,6 +70,11 @@ class ImplFormatConverter {
     std::int32_t width = 0;
     bool initialized = false;
     ConversionFunction function = nullptr;
+    /// Each row is converted by itself, and rows that follow one another in memory are like one: no
+    /// pixels at the end of a row share chroma with those of the next.
+    bool joins_rows = false;
+    /// Luma and chroma pass by themselves, each row of theirs as `joins_rows` has it.
+    bool joins_planes = false;
     /// `dst` is the record of another format and may reach past the row.
     bool dst_limited = false;
     /// Bytes of a destination row of each plane, if `dst_limited`.
@@ -79,6 +84,7 @@ class ImplFormatConverter {
     void getFormatInfo(FrameFormat format, FormatInfo& info) const;
     void get_context(FrameFormat src_format, FrameFormat dst_format, int* window_size);
     void limitStaleRecord(FrameFormat dst_format, int row_width);
+    void findJoints(FrameFormat src_format, FrameFormat dst_format, int row_width);
 };
 
 // The conversion functions. Sums are 32-bit; stores keep the low 8 bits.

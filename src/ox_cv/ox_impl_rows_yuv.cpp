@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "ox_cv/ox_impl_format_converter.h"
+#include "rows/rows_routines.h"
 #include "rows/rows_yuv_runs.h"
 
 namespace ox {
@@ -167,46 +168,53 @@ struct RunConversion {
     }
 };
 
-/// The samples of a destination row that is written in runs, with null for chroma where that gets
-/// no row; all null where a stale record limits the row, or one plane of several gets none.
-rows::YuvSamples<Byte> runDestination(RowData const& dst, ImplFormatConverter const& context) {
+/// The samples of a destination row by layout, with null for those that get no row; all null where
+/// a stale record limits the row, or one plane of chroma gets a row and the other none.
+rows::YuvSamples<Byte> layoutDestination(RowData const& dst, ImplFormatConverter const& context) {
     FormatInfo const& to = context.dst;
     bool const chroma = hasChroma(dst, to);
     bool const no_chroma = dst[to.u_plane] == nullptr && dst[to.v_plane] == nullptr;
-    if (context.dst_limited || dst[to.y_plane] == nullptr || !(chroma || no_chroma)) {
+    if (context.dst_limited || !(chroma || no_chroma)) {
         return {nullptr, nullptr, nullptr};
     }
-    return {dst[to.y_plane] + to.y_offset, chroma ? dst[to.u_plane] + to.u_offset : nullptr,
+    return {dst[to.y_plane] != nullptr ? dst[to.y_plane] + to.y_offset : nullptr,
+            chroma ? dst[to.u_plane] + to.u_offset : nullptr,
             chroma ? dst[to.v_plane] + to.v_offset : nullptr};
 }
 
-/// Converts all pixels but the last of an odd width in runs, if that can be done.
+/// Converts all pixels but the last of an odd width by layouts, if that can be done.
 /// @return how many are done
-int convertRuns(RowData const* const* rows, RowData const& dst, int width,
-                ImplFormatConverter const& context, bool two_rows) {
-    auto const target = runDestination(dst, context);
-    if (target.y == nullptr) {
-        return 0;
-    }
+int convertByLayouts(RowData const* const* rows, RowData const& dst, int width,
+                     ImplFormatConverter const& context, bool two_rows) {
     FormatInfo const& from = context.src;
+    auto const target = layoutDestination(dst, context);
     auto const source = samplesOf(*rows[0], from);
     RunConversion row{layoutOf(source, from), layoutOf(target, context.dst), source, {}, target,
                       target.u != nullptr};
     // The two rows of a source with half-height planes show the same chroma.
-    if (two_rows && (*rows[1])[from.u_plane] != (*rows[0])[from.u_plane]) {
+    bool const two_chroma_rows = two_rows && (*rows[1])[from.u_plane] != (*rows[0])[from.u_plane];
+    int const pixels = std::max(width, 0) / 2 * 2;
+    if ((target.y != nullptr || target.u != nullptr) && !two_chroma_rows &&
+        rows::copyPlanes(row.from, row.to, source, static_cast<std::size_t>(pixels), target)) {
+        return pixels;
+    }
+    if (target.y == nullptr) {
+        return 0;
+    }
+    if (two_chroma_rows) {
         row.lower = samplesOf(*rows[1], from);
     }
     return forEachRun(width,
-                      [&](std::size_t first, std::size_t pixels) { row.convert(first, pixels); });
+                      [&](std::size_t first, std::size_t count) { row.convert(first, count); });
 }
 
 /// 0 and not 128: a gray picture comes out greenish, on purpose.
 constexpr Byte grayChroma = 0;
 
-/// As `convertRuns`.
+/// As `convertByLayouts`.
 int writeGrayRuns(Byte const* src, RowData const& dst, int width,
                   ImplFormatConverter const& context) {
-    auto const target = runDestination(dst, context);
+    auto const target = layoutDestination(dst, context);
     if (target.y == nullptr) {
         return 0;
     }
@@ -222,14 +230,36 @@ int writeGrayRuns(Byte const* src, RowData const& dst, int width,
     });
 }
 
-/// Copies the luma of all pixels but the last of an odd width.
+rows::PackedLuma* packedLumaOf(rows::YuvLayout layout) {
+    rows::Routines const& routines = rows::routines();
+    switch (layout) {
+        case rows::YuvLayout::PackedYuyv:
+            return routines.luma_of_yuyv;
+        case rows::YuvLayout::PackedUyvy:
+            return routines.luma_of_uyvy;
+        default:
+            return nullptr;
+    }
+}
+
+/// Copies the luma of all pixels, or of all but the last of an odd width.
 /// @return how many are done
-int copyLumaRuns(rows::YuvSamples<Byte const> src, FormatInfo const& info, Byte* dst, int width) {
+int copyLuma(rows::YuvSamples<Byte const> src, FormatInfo const& info, Byte* dst, int width) {
     rows::YuvLayout const layout = layoutOf(src, info);
-    return forEachRun(width, [&](std::size_t first, std::size_t pixels) {
+    auto const pixels = static_cast<std::size_t>(std::max(width, 0));
+    if (info.y_step == 1) {
+        std::memcpy(dst, src.y, pixels);
+        return width;
+    }
+    rows::PackedLuma* const packed_luma = packedLumaOf(layout);
+    if (packed_luma != nullptr && pixels >= rows::routines().least_pixels) {
+        packed_luma(src.y - info.y_offset, pixels, dst);
+        return width;
+    }
+    return forEachRun(width, [&](std::size_t first, std::size_t count) {
         rows::YuvRun run;
-        rows::gatherRun(layout, samplesAt(layout, src, first), pixels, false, run);
-        std::memcpy(dst + first, run.y, pixels);
+        rows::gatherRun(layout, samplesAt(layout, src, first), count, false, run);
+        std::memcpy(dst + first, run.y, count);
     });
 }
 
@@ -245,7 +275,7 @@ void yuvToGray(RowData const* const* rows, RowData& dst, int width,
         return;
     }
     FormatInfo const& info = context->src;
-    int const done = copyLumaRuns(samplesOf(*rows[0], info), info, dst[0], width);
+    int const done = copyLuma(samplesOf(*rows[0], info), info, dst[0], width);
     copySamples((*rows[0])[info.y_plane] + info.y_offset + std::int64_t{done} * info.y_step,
                 info.y_step, {dst[0] + done, 1, width - done});
 }
@@ -278,7 +308,7 @@ void yuvToYuv(RowData const* const* rows, RowData& dst, int width,
         return;  // no destination has been described yet
     }
     int const row_count = to.y_subsampling == 2 && rows[1] != nullptr ? 2 : 1;
-    int const done = convertRuns(rows, dst, width, *context, row_count == 2);
+    int const done = convertByLayouts(rows, dst, width, *context, row_count == 2);
     if (done == width) {
         return;
     }

@@ -31,10 +31,9 @@ bool RowReader::next() {
     if (row >= height) {
         return false;
     }
-    for (int i = 0; i < 4; ++i) {
-        if (impl::movesOnAfter(row, masks[i])) {
-            rows[i] += strides[i];
-        }
+    // Planes that aren't there come last and have no addresses.
+    for (int i = 0; i < 4 && rows[i] != nullptr; ++i) {
+        rows[i] += impl::movesOnAfter(row, masks[i]) ? strides[i] : 0;
     }
     ++row;
     return row < height;

@@ -34,11 +34,10 @@ bool RowWriter::next() {
         rows = RowData{};
         return false;
     }
-    for (int i = 0; i < 4; ++i) {
+    // Planes that aren't there come last and have no addresses.
+    for (int i = 0; i < 4 && planes[i] != nullptr; ++i) {
         bool const moves = impl::movesOnAfter(row, masks[i]);
-        if (moves) {
-            planes[i] += strides[i];
-        }
+        planes[i] += moves ? strides[i] : 0;
         rows[i] = moves ? planes[i] : nullptr;
     }
     ++row;

@@ -7,6 +7,7 @@
 #include "ox_cv/ox_impl_area_checks.h"
 #include "ox_cv/ox_impl_area_rows.h"
 #include "ox_cv/ox_impl_area_taps.h"
+#include "ox_cv/ox_impl_blend_planes.h"
 #include "ox_cv/ox_impl_scale_tables.h"
 #include "ox_cv/ox_impl_state.h"
 #include "ox_cv/ox_impl_tap_planes.h"
@@ -34,10 +35,12 @@ struct ScalerAreaX::State {
     impl::AreaTable _weights;
     int _shift = initialShift;
     impl::PlaneRows<impl::SumColumns<impl::AreaDown>> _planes;
-    impl::TapPlanes _taps[3];  ///< of the planes that vector code sums
-    bool _has_taps[3] = {};
-    FrameLayout _taps_layout;  ///< of the source that they were made for
-    int _taps_shift = 0;
+    enum class Way { Loop, Taps, Blend };
+    Way _ways[3] = {};            ///< of each plane
+    impl::TapPlanes _taps[3];     ///< of the planes that vector code sums
+    impl::BlendPlane _blends[3];  ///< and of those that it blends
+    FrameLayout _ways_layout;     ///< of the source that they were made for
+    int _ways_shift = 0;
 
     impl::AreaAxis axis() const { return {_weights.weights.data(), _weights.full_weight, _shift}; }
     void prepare(FrameLayout const& src_layout, int dst_width, ScalerPrecision precision);
@@ -45,8 +48,11 @@ struct ScalerAreaX::State {
         return _dst_layout.plane[plane].width >= _src_layout.plane[0].width;
     }
     void planPlanes();
-    void planTaps();
-    bool planTaps(int plane);
+    void chooseWays();
+    Way chooseWay(int plane);
+    bool planTaps(int plane, impl::AreaRow8 const& row, int channels);
+    bool planBlend(int plane, impl::AreaRow8 const& row, int channels);
+    void produce(int plane, unsigned char const* src, unsigned char* dst);
 
     template <class Source>
     void arm(Source& source, FrameLayout const& src_layout, int dst_width,
@@ -71,28 +77,46 @@ void ScalerAreaX::State::planPlanes() {
     }
 }
 
-/// A plane of bytes that is scaled down, all of whose cells lie in the row.
-bool ScalerAreaX::State::planTaps(int plane) {
-    impl::ScaleElement const element = impl::scaleElement(_dst_layout.format, plane);
-    impl::RowPlan const& row = _planes.planes[static_cast<std::size_t>(plane)].plan;
-    if (element.channels == 0 || element.bits != 8 || scalesUp(plane) ||
-        row.whole * element.channels != row.dst_samples ||
-        row.src_samples % element.channels != 0) {
-        return false;
-    }
-    rows::TapAxis taps;
+bool ScalerAreaX::State::planTaps(int plane, impl::AreaRow8 const& row, int channels) {
+    rows::TapAxis axis;
     return impl::withMemory(file,
-                            [&] { return impl::describeAreaTaps(axis(), row.whole, taps); }) &&
-           _taps[plane].plan(taps, static_cast<std::size_t>(element.channels),
-                             static_cast<std::uint64_t>(row.src_samples / element.channels), file);
+                            [&] { return impl::describeAreaTaps(this->axis(), row, axis); }) &&
+           _taps[plane].plan(axis, static_cast<std::size_t>(channels),
+                             static_cast<std::uint64_t>(row.last_pixel + 1), file);
 }
 
-void ScalerAreaX::State::planTaps() {
-    for (int i = 0; i < 3; ++i) {
-        _has_taps[i] = planTaps(i);
+bool ScalerAreaX::State::planBlend(int plane, impl::AreaRow8 const& row, int channels) {
+    rows::BlendAxis axis;
+    axis.channels = static_cast<std::size_t>(channels);
+    axis.row_bytes = static_cast<std::size_t>((row.last_pixel + 1) * channels);
+    return impl::withMemory(
+               file, [&] { return impl::describeAreaBlend(this->axis(), row, axis.pixels); }) &&
+           _blends[plane].plan(axis, file);
+}
+
+/// Vector code does planes of bytes whose rows are whole elements.
+ScalerAreaX::State::Way ScalerAreaX::State::chooseWay(int plane) {
+    impl::ScaleElement const element = impl::scaleElement(_dst_layout.format, plane);
+    impl::RowPlan const& row = _planes.planes[static_cast<std::size_t>(plane)].plan;
+    int const channels = element.channels;
+    if (channels == 0 || element.bits != 8 || row.dst_samples % channels != 0 ||
+        row.src_samples % channels != 0 || row.src_samples < channels) {
+        return Way::Loop;
     }
-    _taps_layout = _src_layout;
-    _taps_shift = _shift;
+    impl::AreaRow8 const whole{row.dst_samples / channels, row.src_samples / channels - 1,
+                               row.entries - 1};
+    if (scalesUp(plane)) {
+        return planBlend(plane, whole, channels) ? Way::Blend : Way::Loop;
+    }
+    return planTaps(plane, whole, channels) ? Way::Taps : Way::Loop;
+}
+
+void ScalerAreaX::State::chooseWays() {
+    for (int i = 0; i < 3; ++i) {
+        _ways[i] = chooseWay(i);
+    }
+    _ways_layout = _src_layout;
+    _ways_shift = _shift;
 }
 
 void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
@@ -110,9 +134,22 @@ void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
     _dst_layout =
         FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::defaultAlignment);
     planPlanes();
-    if (!same_table || _taps_shift != _shift || !impl::sameRows(_taps_layout, src_layout)) {
-        _taps_layout.clear();
-        planTaps();
+    if (!same_table || _ways_shift != _shift || !impl::sameRows(_ways_layout, src_layout)) {
+        _ways_layout.clear();
+        chooseWays();
+    }
+}
+
+void ScalerAreaX::State::produce(int plane, unsigned char const* src, unsigned char* dst) {
+    switch (_ways[plane]) {
+        case Way::Taps:
+            return _taps[plane].sum(src, dst);
+        case Way::Blend:
+            return _blends[plane].columns(src, dst);
+        default: {
+            auto const& row = _planes.planes[static_cast<std::size_t>(plane)];
+            return row.function(row.plan, axis(), src, dst);
+        }
     }
 }
 
@@ -150,13 +187,8 @@ void ScalerAreaX::produce(RowData& dst) {
         return;
     }
     impl::refuseUnscalable(layout.format, "ScalerAreaX");
-    _state->_planes.forEach(dst, [&](int i, auto const& plane) {
-        if (_state->_has_taps[i]) {
-            _state->_taps[i].sum(src[i], dst[i]);
-        } else {
-            plane.function(plane.plan, _state->axis(), src[i], dst[i]);
-        }
-    });
+    _state->_planes.forEach(
+        dst, [&](int i, auto const& /*plane*/) { _state->produce(i, src[i], dst[i]); });
     impl::refuseWritten(layout.format, "ScalerAreaX");
 }
 

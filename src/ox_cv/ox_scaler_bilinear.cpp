@@ -78,9 +78,14 @@ class BlendPlanes {
             return;
         }
         _src.clear();
+        rows::BlendAxis axis;
         for (int i = 0; i < 3; ++i) {
-            _has[i] = _planes[i].plan(planes[static_cast<std::size_t>(i)].plan,
-                                      impl::scaleElement(dst.format, i), table.data(), file);
+            bool const is_blend = impl::withMemory(file, [&] {
+                return impl::describeBilinearBlend(planes[static_cast<std::size_t>(i)].plan,
+                                                   impl::scaleElement(dst.format, i), table.data(),
+                                                   axis);
+            });
+            _has[i] = is_blend && _planes[i].plan(axis, file);
         }
         _src = src;
     }

@@ -39,9 +39,20 @@ void convertBytes(std::uint8_t const* src, std::size_t count, std::uint8_t* floa
     });
 }
 
+#if HWY_TARGET == HWY_AVX3_DL
+
+/// The processor's own conversion saturates.
+HWY_INLINE void storeLowBytes(hn::Vec<Floats> v, std::uint8_t* dst) {
+    auto const positive = _mm512_cmp_ps_mask(v.raw, _mm512_setzero_ps(), _CMP_GT_OQ);
+    __m512i const numbers = _mm512_maskz_cvttps_epu32(positive, v.raw);
+    _mm_storeu_si128(static_cast<__m128i*>(static_cast<void*>(dst)), _mm512_cvtepi32_epi8(numbers));
+}
+
+#else
+
 /// Numbers of 2^31 and more lose that much, whose low byte is 0, before they are converted; what
 /// is then still 2^31 saturates.
-HWY_INLINE auto lowBytesOf(hn::Vec<Floats> v) {
+HWY_INLINE void storeLowBytes(hn::Vec<Floats> v, std::uint8_t* dst) {
     Floats const d;
     BlockTagS32 const d32;
     auto const half = hn::Set(d, 2147483648.0F);
@@ -50,15 +61,16 @@ HWY_INLINE auto lowBytesOf(hn::Vec<Floats> v) {
     auto const all = hn::Set(d32, -1);
     auto const saturates = hn::RebindMask(d32, hn::Ge(rest, half));
     auto const numbers = hn::IfThenElse(saturates, all, hn::ConvertTo(d32, rest));
-    // Highway's own truncation to bytes takes the wrong ones on AVX3_DL.
-    return hn::DemoteTo(Bytes(), hn::And(numbers, hn::Set(d32, 0xff)));
+    hn::StoreU(hn::DemoteTo(Bytes(), hn::And(numbers, hn::Set(d32, 0xff))), Bytes(), dst);
 }
+
+#endif
 
 void convertFloats(std::uint8_t const* floats, std::size_t count, std::uint8_t* dst) {
     walkBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
         std::uint8_t const* const source = floats + sizeof(float) * i;
         prefetch<blockBytes, bytesAhead>(source);
-        hn::StoreU(lowBytesOf(loadFloats(source)), Bytes(), dst + i);
+        storeLowBytes(loadFloats(source), dst + i);
     });
 }
 

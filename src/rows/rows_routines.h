@@ -26,6 +26,8 @@ struct Routines {
     std::array<YuvToBgr*, yuvLayouts> yuv_to_bgr;
     std::array<BgrToYuv*, yuvLayouts> bgr_to_yuv;
     BgrToGray* bgr_to_gray;
+    PackedLuma* luma_of_yuyv;
+    PackedLuma* luma_of_uyvy;
     std::size_t least_pixels;             ///< of the colour routines
     Simd::CompilePixels* compile_pixels;  ///< whole pixels, gathered
     Simd::CopyPixels* copy_pixels;

@@ -48,6 +48,11 @@ YuvLayout yuvLayoutOf(YuvSamples<Byte> row, int luma_step, int chroma_step, int 
 /// A row of `width` pixels, at least `Routines::least_pixels`, and even where pixels share chroma.
 using YuvToBgr = void(YuvSamples<std::uint8_t const> src, std::size_t width, std::uint8_t* bgr);
 
+/// Y of a row of four bytes for two pixels.
+/// @param row its first byte
+/// @param pixels at least `Routines::least_pixels`
+using PackedLuma = void(std::uint8_t const* row, std::size_t pixels, std::uint8_t* luma);
+
 /// Rows of packed B,G,R.
 struct BgrRows {
     std::uint8_t const* upper;

@@ -20,6 +20,10 @@ void mergePairs(std::uint8_t const* first, std::uint8_t const* second, std::size
     mergeChannels(planes, count, 2, pairs);
 }
 
+bool hasPairs(YuvLayout layout) {
+    return layout == YuvLayout::PairsUv || layout == YuvLayout::PairsVu;
+}
+
 void gatherPairs(std::uint8_t const* pairs, std::size_t count, bool u_first, YuvRun& run) {
     splitPairs(pairs, count, run.room[0].data(), run.room[1].data());
     run.u = run.room[u_first ? 0 : 1].data();
@@ -106,6 +110,34 @@ void scatterRun(YuvLayout layout, YuvRun const& run, std::size_t pixels, bool ch
             std::memcpy(dst.v, run.v, count);
         }
     }
+}
+
+bool copyPlanes(YuvLayout from, YuvLayout to, YuvSamples<std::uint8_t const> src,
+                std::size_t pixels, YuvSamples<std::uint8_t> dst) {
+    bool const from_planes = from == YuvLayout::HalfPlanes;
+    bool const to_planes = to == YuvLayout::HalfPlanes;
+    if (!(from_planes && (to_planes || hasPairs(to))) && !(hasPairs(from) && to_planes)) {
+        return false;
+    }
+    if (dst.y != nullptr) {
+        std::memcpy(dst.y, src.y, pixels);
+    }
+    if (dst.u == nullptr || dst.v == nullptr) {
+        return true;
+    }
+    if (to == YuvLayout::PairsUv) {
+        mergePairs(src.u, src.v, pixels / 2, dst.u);
+    } else if (to == YuvLayout::PairsVu) {
+        mergePairs(src.v, src.u, pixels / 2, dst.v);
+    } else if (from == YuvLayout::PairsUv) {
+        splitPairs(src.u, pixels / 2, dst.u, dst.v);
+    } else if (from == YuvLayout::PairsVu) {
+        splitPairs(src.v, pixels / 2, dst.v, dst.u);
+    } else {
+        std::memcpy(dst.u, src.u, pixels / 2);
+        std::memcpy(dst.v, src.v, pixels / 2);
+    }
+    return true;
 }
 
 void averageRows(std::uint8_t const* a, std::uint8_t const* b, std::size_t count,

@@ -49,6 +49,13 @@ void gatherRun(YuvLayout layout, YuvSamples<std::uint8_t const> src, std::size_t
 void scatterRun(YuvLayout layout, YuvRun const& run, std::size_t pixels, bool chroma,
                 YuvSamples<std::uint8_t> dst);
 
+/// Copies pixels between layouts that share chroma alike and have a plane of Y, as planes: in one
+/// go, however many they are. Samples without a destination are left out.
+/// @param pixels even
+/// @return false if the layouts aren't such; nothing is done then
+bool copyPlanes(YuvLayout from, YuvLayout to, YuvSamples<std::uint8_t const> src,
+                std::size_t pixels, YuvSamples<std::uint8_t> dst);
+
 /// The truncated means of two samples each.
 void averageRows(std::uint8_t const* a, std::uint8_t const* b, std::size_t count,
                  std::uint8_t* dst);

@@ -168,6 +168,20 @@ void convertRow(Row src, std::size_t width, std::uint8_t* bgr) {
                [&](std::size_t x) HWY_ATTR { Block<layout>::convert(src, x, bgr + 3 * x); });
 }
 
+/// Its even bytes, or its odd ones.
+template <bool odd>
+void takeLuma(std::uint8_t const* row, std::size_t pixels, std::uint8_t* luma) {
+    Tag8 const d;
+    walkBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
+        std::uint8_t const* const src = row + 2 * x;
+        prefetch<2 * blockBytes, 1024>(src);
+        V8 const lower = hn::LoadU(d, src);
+        V8 const upper = hn::LoadU(d, src + blockBytes);
+        hn::StoreU(odd ? hn::ConcatOdd(d, upper, lower) : hn::ConcatEven(d, upper, lower), d,
+                   luma + x);
+    });
+}
+
 #endif
 
 void takeRoutines([[maybe_unused]] Routines& routines) {
@@ -176,6 +190,8 @@ void takeRoutines([[maybe_unused]] Routines& routines) {
                            convertRow<YuvLayout::PairsVu>,    convertRow<YuvLayout::PackedYuyv>,
                            convertRow<YuvLayout::PackedUyvy>, convertRow<YuvLayout::FullPlanes>,
                            convertRow<YuvLayout::PackedYuv>};
+    routines.luma_of_yuyv = takeLuma<false>;
+    routines.luma_of_uyvy = takeLuma<true>;
     routines.least_pixels = blockBytes;
 #endif
 }
