@@ -6,14 +6,14 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <map>
-#include <memory>
+#include <utility>
 
 #include "comparison.h"
 #include "median_reporter.h"
 #include "operation.h"
+#include "pictures.h"
 
 #ifdef OX_PEER_OPENCV
 #include <opencv2/core.hpp>
@@ -26,9 +26,14 @@ using namespace ox::benchmarks;
 constexpr int repetitions = 11;
 constexpr double secondsPerRun = 0.03;
 
-void add(std::string const& name, std::function<void()> const& run) {
+/// @param before what is to be done once, and only if a filter doesn't leave the benchmark out
+void add(std::string const& name, std::function<void()> const& before,
+         std::function<void()> const& run) {
     benchmark::RegisterBenchmark(name.c_str(),
-                                 [run](benchmark::State& state) {
+                                 [once = before, run](benchmark::State& state) mutable {
+                                     if (once) {
+                                         std::exchange(once, nullptr)();
+                                     }
                                      for (auto _ : state) {
                                          run();
                                      }
@@ -39,29 +44,24 @@ void add(std::string const& name, std::function<void()> const& run) {
         ->Unit(benchmark::kMicrosecond);
 }
 
-std::function<void()> copyOf(std::size_t bytes) {
-    auto const from = std::make_shared<std::vector<unsigned char>>(bytes / 2, 1);
-    auto const to = std::make_shared<std::vector<unsigned char>>(bytes / 2, 2);
-    return [from, to] {
-        std::memcpy(to->data(), from->data(), from->size());
-        benchmark::ClobberMemory();
-    };
+void check(std::string const& operation, Road const& road) {
+    road.run();
+    if (!road.is_right()) {
+        std::fprintf(stderr, "%s: the output by the %s is wrong\n", operation.c_str(), road.name);
+        std::exit(1);
+    }
 }
 
 void add(Operation const& operation, std::string const& size) {
     std::string const name = operation.name + "/" + size + "/";
     for (Road const& road : operation.roads) {
-        road.run();
-        if (!road.is_right()) {
-            std::fprintf(stderr, "%s: the output by the %s is wrong\n", operation.name.c_str(),
-                         road.name);
-            std::exit(1);
-        }
-        add(name + road.name, road.run);
+        auto const checked = [=] { check(operation.name, road); };
+        add(name + road.name, checked, road.run);
     }
-    add(name + "memcpy", copyOf(operation.bytes));
+    auto const copy = copyOf(operation.bytes);
+    add(name + "memcpy", copy, copy);
     for (Contestant const& peer : operation.peers) {
-        add(name + peer.name, peer.run);
+        add(name + peer.name, {}, peer.run);
     }
 }
 
@@ -71,12 +71,9 @@ std::map<std::string, Family> addAll() {
     std::map<std::string, Family> families;
     for (ox::Size const size : {ox::Size{1920, 1080}, ox::Size{320, 240}}) {
         std::string const label = std::to_string(size.width) + "x" + std::to_string(size.height);
-        for (auto const& operations : {colourOperations, floatOperations, resampleOperations,
-                                       convolutionOperations, tensorOperations}) {
-            for (Operation const& operation : operations(size)) {
-                families[operation.name] = operation.family;
-                add(operation, label);
-            }
+        for (Operation const& operation : allOperations(size)) {
+            families[operation.name] = operation.family;
+            add(operation, label);
         }
     }
     return families;

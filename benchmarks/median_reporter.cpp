@@ -1,18 +1,8 @@
 #include "median_reporter.h"
 
-#include <algorithm>
+#include "median.h"
 
 namespace ox::benchmarks {
-
-namespace {
-
-double median(std::vector<double> times) {
-    auto const middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
-}
-
-}  // namespace
 
 bool MedianReporter::ReportContext(Context const& /*context*/) {
     return true;

@@ -58,4 +58,6 @@ std::vector<Operation> convolutionOperations(Size size);
 /// Frames of the size made into what networks take.
 std::vector<Operation> tensorOperations(Size size);
 
+std::vector<Operation> allOperations(Size size);
+
 }  // namespace ox::benchmarks

@@ -1,5 +1,7 @@
 #include "pictures.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <random>
 
@@ -19,13 +21,15 @@ std::shared_ptr<Frame> randomPicture(FrameFormat format, Size size) {
     FrameLayout const& layout = frame->layout();
     for (int i = 0; i < layout.planeCount; ++i) {
         unsigned char* const data = frame->planeData(i);
+        std::uint64_t const bytes = layout.plane[i].planeBytes;
         if (layout.plane[i].bits != 32) {
-            for (std::uint64_t b = 0; b < layout.plane[i].planeBytes; ++b) {
-                data[b] = static_cast<unsigned char>(random());
+            for (std::uint64_t b = 0; b < bytes; b += sizeof(std::uint32_t)) {
+                auto const word = static_cast<std::uint32_t>(random());
+                std::memcpy(data + b, &word, std::min<std::uint64_t>(sizeof word, bytes - b));
             }
             continue;
         }
-        for (std::uint64_t b = 0; b < layout.plane[i].planeBytes; b += sizeof(float)) {
+        for (std::uint64_t b = 0; b < bytes; b += sizeof(float)) {
             float const number = numbers(random);
             std::memcpy(data + b, &number, sizeof number);
         }
@@ -39,6 +43,19 @@ std::size_t pixelBytes(Frame const& frame) {
         bytes += frame.layout().plane[i].planeBytes;
     }
     return bytes;
+}
+
+std::function<void()> copyOf(std::size_t bytes) {
+    auto const from = std::make_shared<std::vector<unsigned char>>();
+    auto const to = std::make_shared<std::vector<unsigned char>>();
+    return [=] {
+        if (from->empty()) {
+            from->resize(bytes / 2, 1);
+            to->resize(bytes / 2, 2);
+        }
+        std::memcpy(to->data(), from->data(), from->size());
+        std::atomic_signal_fence(std::memory_order_acq_rel);  // nobody reads the copy
+    };
 }
 
 bool equalPixels(Frame const& a, Frame const& b) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -20,6 +21,9 @@ Picture blankPicture(FrameFormat format, Size size);
 
 /// Bytes of all pixels.
 std::size_t pixelBytes(Frame const& frame);
+
+/// A memcpy that reads and writes that many bytes together, of memory taken at its first run.
+std::function<void()> copyOf(std::size_t bytes);
 
 bool equalPixels(Frame const& a, Frame const& b);
 

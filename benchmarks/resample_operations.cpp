@@ -152,14 +152,24 @@ Operation turning(FrameFormat format, Size size, int method) {
     return operation;
 }
 
+/// Of a frame of 16:9, in the ratios that full HD has to usual sizes; of others, what a network
+/// takes.
+std::vector<Size> targetsOf(Size size) {
+    if (size.width * 9 != size.height * 16) {
+        return {{224, 224}};
+    }
+    std::vector<Size> targets{{1280, 720}, {640, 360}, {300, 300}, {3840, 2160}};
+    for (Size& target : targets) {
+        target = {target.width * size.width / 1920, target.height * size.height / 1080};
+    }
+    return targets;
+}
+
 }  // namespace
 
 std::vector<Operation> resampleOperations(Size size) {
-    std::vector<Size> const targets =
-        size.width > 1000 ? std::vector<Size>{{1280, 720}, {640, 360}, {300, 300}, {3840, 2160}}
-                          : std::vector<Size>{{224, 224}};
     std::vector<Operation> operations;
-    for (Size const to : targets) {
+    for (Size const to : targetsOf(size)) {
         for (int const method : {ResizeNearestNeighbour, ResizeBilinear, ResizeArea}) {
             for (FrameFormat const format : {FRAME_GRAY8, FRAME_BGR24, FRAME_NV12}) {
                 operations.push_back(resizing(format, size, to, method));

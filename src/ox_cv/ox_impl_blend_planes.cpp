@@ -1,6 +1,8 @@
 #include "ox_cv/ox_impl_blend_planes.h"
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "ox_cv/ox_impl_bilinear_rows.h"
 #include "ox_cv/ox_impl_state.h"
@@ -30,20 +32,50 @@ bool describeBilinearBlend(RowPlan const& row, ScaleElement element, std::int32_
 bool BlendPlane::plan(rows::BlendAxis const& axis, char const* file) {
     rows::Routines const& routines = rows::routines();
     std::size_t const bytes = axis.pixels.size() * axis.channels;
-    if (routines.compile_blend == nullptr || bytes < routines.least_row_bytes ||
-        !withMemory(file, [&] { return routines.compile_blend(axis, _program); })) {
+    if (routines.compile_blend == nullptr || bytes < routines.least_row_bytes) {
+        return false;
+    }
+    _copies = planPixels(axis, file);
+    if (!_copies && !withMemory(file, [&] { return routines.compile_blend(axis, _program); })) {
         return false;
     }
     _bytes = bytes;
     for (Buffer& kept : _rows) {
-        kept.resize(_program.row_room, false);
+        kept.resize(_copies ? bytes : _program.row_room, false);
     }
     restart();
     return true;
 }
 
+/// Copies pixels where none has a neighbour with a weight.
+bool BlendPlane::planPixels(rows::BlendAxis const& axis, char const* file) {
+    bool const single = std::all_of(axis.pixels.begin(), axis.pixels.end(),
+                                    [](rows::PixelPair const& pair) { return pair.weight == 0; });
+    std::vector<std::int32_t> offsets;
+    if (!single) {
+        return false;
+    }
+    resizeTable(offsets, static_cast<std::int64_t>(axis.pixels.size()), file);
+    auto const channels = static_cast<std::int32_t>(axis.channels);
+    std::transform(axis.pixels.begin(), axis.pixels.end(), offsets.begin(),
+                   [=](rows::PixelPair const& pair) { return pair.left * channels; });
+    return rows::routines().compile_pixels(
+        {offsets.data(), offsets.size(), axis.channels, axis.row_bytes}, _pixels);
+}
+
+void BlendPlane::blend(unsigned char const* src, unsigned char* dst) {
+    if (_copies) {
+        rows::routines().copy_pixels(_pixels, src, dst);
+    } else {
+        rows::routines().blend_columns(_program, src, dst);
+    }
+}
+
 void BlendPlane::columns(unsigned char const* src, unsigned char* dst) {
-    rows::routines().blend_columns(_program, src, _rows[0].data);
+    if (_copies) {
+        return blend(src, dst);
+    }
+    blend(src, _rows[0].data);
     std::memcpy(dst, _rows[0].data, _bytes);
 }
 
@@ -56,7 +88,7 @@ unsigned char const* BlendPlane::keep(unsigned char const* src, std::int64_t row
         }
     }
     std::size_t const place = _kept[0] == other ? 1 : 0;
-    rows::routines().blend_columns(_program, src, _rows[place].data);
+    blend(src, _rows[place].data);
     _kept[place] = row;
     return _rows[place].data;
 }

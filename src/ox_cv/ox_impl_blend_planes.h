@@ -9,6 +9,7 @@
 #include "ox_core/ox_buffer.h"
 #include "ox_cv/ox_impl_scale_elements.h"
 #include "rows/rows_blend.h"
+#include "simd/simd_row_program.h"
 
 namespace ox::impl {
 
@@ -34,10 +35,14 @@ class BlendPlane {
                         unsigned char* dst);
 
   private:
+    bool planPixels(rows::BlendAxis const& axis, char const* file);
+    void blend(unsigned char const* src, unsigned char* dst);
     unsigned char const* keep(unsigned char const* src, std::int64_t row, std::int64_t other);
 
+    bool _copies = false;  ///< whether every pixel is one of the source's
     rows::BlendProgram _program;
-    std::size_t _bytes = 0;  ///< of a destination row
+    Simd::RowProgram _pixels;  ///< stands in for it if so
+    std::size_t _bytes = 0;    ///< of a destination row
     std::array<Buffer, 2> _rows;
     std::array<std::int64_t, 2> _kept{-1, -1};
 };

@@ -2,8 +2,8 @@
 /// The registers that the vector routines work on, once per instruction set.
 ///
 /// A block is a register of bytes, one pixel (or pair of chroma) each: 64 with AVX3_DL, 32 with
-/// AVX2 and AVX3, 16 with NEON. Registers are made of lanes of 16 bytes; widening and packing stay
-/// within them.
+/// AVX2, 16 with NEON. Registers are made of lanes of 16 bytes; widening and packing stay within
+/// them.
 
 // Included once per instruction set, so the guard is a toggle.
 #if defined(OX_SIMD_NEON_BLOCK_INL_H) == defined(HWY_TARGET_TOGGLE)

@@ -1,5 +1,5 @@
 /// @file
-/// The operations of simd_neon_ops-inl.h on AVX2, AVX3 and AVX3_DL.
+/// The operations of simd_neon_ops-inl.h on AVX2 and AVX3_DL.
 
 // Included once per instruction set, so the guard is a toggle.
 #if defined(OX_SIMD_NEON_OPS_X86_INL_H) == defined(HWY_TARGET_TOGGLE)
@@ -87,9 +87,6 @@ template <int residue>
 HWY_INLINE V8 BlendResidue(V8 a, V8 b) {
 #if HWY_TARGET == HWY_AVX3_DL
     return V8{_mm512_mask_blend_epi8(residueMask(residue), a.raw, b.raw)};
-#elif HWY_TARGET == HWY_AVX3
-    constexpr std::uint32_t mask = residueMask(residue) & 0xffff;
-    return V8{_mm256_mask_blend_epi8(mask << 16 | mask, a.raw, b.raw)};
 #else
     alignas(32) static constexpr ByteTable select = [] {
         ByteTable table{};

@@ -36,52 +36,121 @@ AreaTaps tapsOf(AreaColumns const& columns, std::uint64_t x, std::uint64_t chann
     return {at, last == 0 ? more : more + 1, ax[x], last == 0 ? ax[0] : last};
 }
 
+using Window = hn::Vec<WindowTag>;
+using Sums = hn::Vec<WindowTagS32>;
 constexpr std::size_t entriesOfWindow = windowBytes / 4;
 
-/// Writes the steps of the entries from `entry`. A step adds up to two samples to each entry, all
-/// out of one window.
+// A step adds a few samples to each entry, all out of one window. It has a table of their places,
+// and of their weights.
+
+#if HWY_TARGET == HWY_AVX3_DL
+
+/// Bytes by weights in two parts, 256 * high + low.
+struct StepSums {
+    static constexpr std::size_t samples = 4;
+    static constexpr std::size_t tableBytes = 3 * windowBytes;
+    static constexpr std::int32_t mostWeight = 127 * 256 + 127;
+
+    Sums low;
+    Sums high;
+
+    static HWY_INLINE StepSums none() {
+        return {hn::Zero(WindowTagS32()), hn::Zero(WindowTagS32())};
+    }
+
+    static void clear(std::uint8_t* table) { std::memset(table, 0, tableBytes); }
+
+    static void put(std::uint8_t* table, std::size_t sample, std::size_t place,
+                    std::int32_t weight) {
+        auto const rest = static_cast<std::int8_t>(weight);
+        table[sample] = static_cast<std::uint8_t>(place);
+        table[windowBytes + sample] = static_cast<std::uint8_t>(rest);
+        table[2 * windowBytes + sample] = static_cast<std::uint8_t>((weight - rest) / 256);
+    }
+
+    HWY_INLINE void add(Window window, std::uint8_t const* table) {
+        WindowTag const d;
+        auto const bytes = PermuteWindow(window, hn::Load(d, table));
+        low = AddByteProducts(low, bytes, hn::Load(d, table + windowBytes));
+        high = AddByteProducts(high, bytes, hn::Load(d, table + 2 * windowBytes));
+    }
+
+    HWY_INLINE Sums total() const { return hn::Add(low, hn::ShiftLeft<8>(high)); }
+};
+
+#else
+
+struct StepSums {
+    static constexpr std::size_t samples = 2;
+    static constexpr std::size_t tableBytes = 2 * windowBytes;
+    static constexpr std::int32_t mostWeight = std::numeric_limits<std::int16_t>::max();
+
+    Sums sum;
+
+    static HWY_INLINE StepSums none() { return {hn::Zero(WindowTagS32())}; }
+
+    static void clear(std::uint8_t* table) {
+        std::memset(table, emptyPlace, windowBytes);
+        std::memset(table + windowBytes, 0, windowBytes);
+    }
+
+    static void put(std::uint8_t* table, std::size_t sample, std::size_t place,
+                    std::int32_t weight) {
+        auto const word = static_cast<std::int16_t>(weight);
+        table[2 * sample] = static_cast<std::uint8_t>(place);
+        std::memcpy(table + windowBytes + 2 * sample, &word, sizeof word);
+    }
+
+    HWY_INLINE void add(Window window, std::uint8_t const* table) {
+        WindowTag const d;
+        auto const words = PermuteToWords(window, hn::Load(d, table));
+        sum = hn::Add(sum, MulAddWords(words, hn::Load(d, table + windowBytes)));
+    }
+
+    HWY_INLINE Sums total() const { return sum; }
+};
+
+#endif
+
+/// Takes the next samples of an entry that lie in the window, as many as a step adds.
+void placeTaps(AreaColumns const& columns, AreaTaps& tap, std::uint64_t start, std::size_t entry,
+               std::uint8_t* table) {
+    for (std::size_t k = 0; k < StepSums::samples; ++k) {
+        if (tap.left == 0 || tap.at - start >= windowBytes) {
+            return;
+        }
+        StepSums::put(table, StepSums::samples * entry + k,
+                      static_cast<std::size_t>(tap.at - start), tap.next);
+        tap.at += columns.channels;
+        tap.left -= 1;
+        tap.next = tap.left == 1 ? tap.last : columns.ax[0];
+    }
+}
+
+/// Writes the steps of the entries from `entry`.
 /// @return how many steps there are; 0 if that is more than `capacity`
 std::uint64_t compileEntries(AreaColumns const& columns, std::uint64_t entry,
                              std::uint64_t capacity, std::int32_t* window, std::uint8_t* table) {
     AreaTaps taps[entriesOfWindow];
-    std::uint64_t left = 0;
-    std::uint64_t x = entry / columns.channels;
-    std::uint64_t channel = entry % columns.channels;
-    for (AreaTaps& tap : taps) {
-        tap = tapsOf(columns, x, channel);
-        left += tap.left;
-        if (++channel == columns.channels) {
-            channel = 0;
-            ++x;
-        }
+    for (std::size_t i = 0; i < entriesOfWindow; ++i) {
+        taps[i] = tapsOf(columns, (entry + i) / columns.channels, (entry + i) % columns.channels);
     }
+    auto const isLeft = [](AreaTaps const& tap) { return tap.left > 0; };
     std::uint64_t steps = 0;
-    for (; left > 0; ++steps, ++window, table += 2 * windowBytes) {
+    for (; std::any_of(taps, taps + entriesOfWindow, isLeft); ++steps, ++window) {
         if (steps == capacity) {
             return 0;
         }
         std::uint64_t start = columns.rowBytes - windowBytes;
         for (AreaTaps const& tap : taps) {
-            start = tap.left > 0 ? std::min(start, tap.at) : start;
+            start = isLeft(tap) ? std::min(start, tap.at) : start;
         }
         *window = static_cast<std::int32_t>(start);
-        std::memset(table, emptyPlace, windowBytes);
-        std::memset(table + windowBytes, 0, windowBytes);
+        StepSums::clear(table);
         for (std::size_t i = 0; i < entriesOfWindow; ++i) {
-            AreaTaps& tap = taps[i];
-            for (std::size_t half = 0; half < 2; ++half) {
-                if (tap.left == 0 || tap.at - start >= windowBytes) {
-                    break;
-                }
-                table[4 * i + 2 * half] = static_cast<std::uint8_t>(tap.at - start);
-                auto const weight = static_cast<std::int16_t>(tap.next);
-                std::memcpy(table + windowBytes + 4 * i + 2 * half, &weight, sizeof weight);
-                tap.at += columns.channels;
-                tap.left -= 1;
-                tap.next = tap.left == 1 ? tap.last : columns.ax[0];
-                left -= 1;
-            }
+            placeTaps(columns, taps[i], start, i, table);
         }
+        table += StepSums::tableBytes;
     }
     return steps;
 }
@@ -93,19 +162,21 @@ std::uint64_t startOfEntries(std::uint64_t block, std::uint64_t entries) {
 /// @return false if the steps are more than `capacity`
 bool compileBlocks(AreaColumns const& columns, RowProgram& program, std::uint64_t capacity) {
     program.offsets.Resize(program.steps + capacity, windowBytes);
-    program.tables.Resize(2 * windowBytes * capacity, windowBytes);
+    program.tables.Resize(StepSums::tableBytes * capacity, windowBytes);
     std::int32_t* offset = program.offsets.data;
     std::uint8_t* table = program.tables.data;
+    program.singleSteps = true;
     for (std::uint64_t block = 0; block < program.steps; ++block) {
         std::uint64_t const steps = compileEntries(columns, startOfEntries(block, program.entries),
                                                    capacity, offset + 1, table);
         if (steps == 0) {
             return false;
         }
+        program.singleSteps = program.singleSteps && steps == 1;
         capacity -= steps;
         *offset = static_cast<std::int32_t>(steps);
         offset += steps + 1;
-        table += 2 * windowBytes * steps;
+        table += StepSums::tableBytes * steps;
     }
     return true;
 }
@@ -113,69 +184,97 @@ bool compileBlocks(AreaColumns const& columns, RowProgram& program, std::uint64_
 bool compileAreaColumns(AreaColumns const& columns, RowProgram& program) {
     std::uint64_t const entries = columns.width * columns.channels;
     if (entries < entriesOfWindow || columns.rowBytes < windowBytes ||
-        columns.ax[0] > std::numeric_limits<std::int16_t>::max()) {
+        columns.ax[0] > StepSums::mostWeight) {
         return false;
     }
     program.entries = entries;
     program.channels = columns.channels;
     program.steps = (entries - 1) / entriesOfWindow + 1;
     std::uint64_t const samples = columns.rowBytes / columns.channels / columns.width + 2;
-    std::uint64_t capacity = program.steps * (samples / 2 + 1);
+    std::uint64_t capacity = program.steps * (samples / StepSums::samples + 1);
     while (!compileBlocks(columns, program, capacity)) {
         capacity *= 2;
     }
     return true;
 }
 
-template <bool clamps>
+/// The columns of a block's cells.
+struct BlockSteps {
+    std::uint64_t count;
+    std::int32_t const* offset;
+    std::uint8_t const* table;
+};
+
+/// The sums of a block's cells in rows that weigh alike.
+HWY_INLINE Sums sumRows(BlockSteps const& steps, std::uint8_t const* row, std::size_t stride,
+                        std::uint64_t rows) {
+    StepSums sums = StepSums::none();
+    std::uint8_t const* table = steps.table;
+    for (std::uint64_t i = 0; i < steps.count; ++i, table += StepSums::tableBytes) {
+        std::uint8_t const* at = row + steps.offset[i];
+        for (std::uint64_t k = 0; k < rows; ++k, at += stride) {
+            sums.add(hn::LoadU(WindowTag(), at), table);
+        }
+    }
+    return sums.total();
+}
+
+HWY_INLINE Sums times(Sums sums, std::int32_t weight) {
+    return hn::Mul(sums, hn::Set(WindowTagS32(), weight));
+}
+
+/// Rows that weigh alike are summed before they are weighted.
+HWY_INLINE Sums weighRows(BlockSteps const& steps, AreaRows const& rows) {
+    std::uint8_t const* const second = rows.first + rows.stride;
+    std::uint64_t const inner = rows.more > 0 ? rows.more - 1 : 0;
+    Sums sum = hn::Set(WindowTagS32(), 1 << 21);
+    if (rows.weight == rows.inner) {
+        sum = hn::Add(sum, times(sumRows(steps, rows.first, rows.stride, inner + 1), rows.inner));
+    } else {
+        sum = hn::Add(sum, times(sumRows(steps, rows.first, rows.stride, 1), rows.weight));
+        if (inner > 0) {
+            sum = hn::Add(sum, times(sumRows(steps, second, rows.stride, inner), rows.inner));
+        }
+    }
+    if (rows.more > 0 && rows.outer != 0) {
+        std::uint8_t const* const last = second + inner * rows.stride;
+        sum = hn::Add(sum, times(sumRows(steps, last, rows.stride, 1), rows.outer));
+    }
+    return sum;
+}
+
+/// @tparam single each block has one step
+template <bool clamps, bool single>
 HWY_INLINE void averageRow(RowProgram const& program, AreaRows const& rows, std::uint8_t* dst) {
     WindowTagS32 const d;
-    WindowTag const d8;
     hn::Rebind<std::uint8_t, WindowTagS32> const to;
-    auto const first_weight = hn::Set(d, rows.weight);
-    auto const inner_weight = hn::Set(d, rows.inner);
-    auto const outer_weight = hn::Set(d, rows.outer);
-    auto const rounding = hn::Set(d, 1 << 21);
     std::int32_t const* offset = program.offsets.data;
     std::uint8_t const* table = program.tables.data;
     for (std::uint64_t block = 0; block < program.steps; ++block) {
-        auto const steps = static_cast<std::uint64_t>(*offset++);
-        auto const rowSum = [&](std::uint8_t const* row) HWY_ATTR {
-            auto sum = hn::Zero(d);
-            for (std::uint64_t i = 0; i < steps; ++i) {
-                std::uint8_t const* const at = table + 2 * windowBytes * i;
-                auto const words = PermuteToWords(hn::LoadU(d8, row + offset[i]), hn::Load(d8, at));
-                sum = hn::Add(sum, MulAddWords(words, hn::Load(d8, at + windowBytes)));
-            }
-            return sum;
-        };
-        std::uint8_t const* row = rows.first;
-        auto sum = hn::Mul(rowSum(row), first_weight);
-        if (rows.more > 0) {
-            auto inner = hn::Zero(d);
-            for (std::uint64_t i = 1; i < rows.more; ++i) {
-                row += rows.stride;
-                inner = hn::Add(inner, rowSum(row));
-            }
-            sum = hn::Add(sum, hn::Mul(inner, inner_weight));
-            if (rows.outer != 0) {
-                sum = hn::Add(sum, hn::Mul(rowSum(row + rows.stride), outer_weight));
-            }
-        }
-        auto const mean = hn::ShiftRight<22>(hn::Add(sum, rounding));
+        BlockSteps const steps{single ? 1 : static_cast<std::uint64_t>(*offset), offset + 1, table};
+        Sums const mean = hn::ShiftRight<22>(weighRows(steps, rows));
         std::uint8_t* const target = dst + startOfEntries(block, program.entries);
         auto const stored = clamps ? mean : hn::And(mean, hn::Set(d, 0xff));
         hn::StoreU(hn::DemoteTo(to, stored), to, target);
-        offset += steps;
-        table += 2 * windowBytes * steps;
+        offset += steps.count + 1;
+        table += StepSums::tableBytes * steps.count;
+    }
+}
+
+template <bool clamps>
+void averageRowBySteps(RowProgram const& program, AreaRows const& rows, std::uint8_t* dst) {
+    if (program.singleSteps) {
+        averageRow<clamps, true>(program, rows, dst);
+    } else {
+        averageRow<clamps, false>(program, rows, dst);
     }
 }
 
 void averageAreaRow(RowProgram const& program, AreaRows const& rows, std::uint8_t* dst) {
     if (program.channels >= 3) {
-        averageRow<true>(program, rows, dst);
+        averageRowBySteps<true>(program, rows, dst);
     } else {
-        averageRow<false>(program, rows, dst);
+        averageRowBySteps<false>(program, rows, dst);
     }
 }
 

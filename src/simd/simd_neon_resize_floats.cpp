@@ -31,7 +31,7 @@ HWY_INLINE VF32 blend(VF32 first, VF32 second, VF32 weight) {
     return hn::MulAdd(first, rest, hn::Mul(weight, second));
 }
 
-#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+#if HWY_TARGET == HWY_AVX3_DL
 
 // A step takes its samples out of two registers by one permutation.
 

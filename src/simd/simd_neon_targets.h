@@ -30,9 +30,10 @@ void takeYuvToBgrRoutines(Routines& routines);
 
 #else
 
-// AVX3_DL, AVX3 and AVX2 at run time. What is below them takes plain loops, with every compiler.
+// AVX3_DL and AVX2 at run time. The processors between them take AVX2: without permutations of
+// bytes, wider registers gain little here. What is below takes plain loops, with every compiler.
 #define HWY_WANT_AVX3_DL
 #define HWY_BROKEN_EMU128 1
-#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_SSE4)
+#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_SSE4 | HWY_AVX3)
 
 #endif

@@ -43,12 +43,9 @@ HWY_INLINE void prefetch(void const* at) {
 /// one before where the row's length isn't a multiple.
 template <class Block>
 HWY_INLINE void walkBlocks(std::size_t length, std::size_t block_length, Block block) {
-    std::size_t x = 0;
-    for (; x + block_length <= length; x += block_length) {
-        block(x);
-    }
-    if (x < length) {
-        block(length - block_length);
+    // One call, so that a block's code is there once.
+    for (std::size_t x = 0; x < length; x += block_length) {
+        block(HWY_MIN(x, length - block_length));
     }
 }
 

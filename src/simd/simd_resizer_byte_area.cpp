@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "simd/simd_neon.h"
+#include "simd/simd_resizer_axis.h"
+#include "simd/simd_resizer_nearest.h"
 
 namespace Simd {
 
@@ -225,17 +227,57 @@ void ResizerByteArea2x2::Run(std::uint8_t const* src, std::size_t srcStride, std
 
 namespace Neon {
 
+namespace {
+
+/// Whether each cell takes a single sample, with the whole weight: then it is that sample.
+bool takesSamples(std::int32_t const* alpha, std::int32_t const* index, std::uint64_t cells) {
+    for (std::uint64_t i = 0; i < cells; ++i) {
+        std::int32_t const more = index[i + 1] - index[i];
+        std::int32_t const behind = more == 0 ? alpha[i + 1] : alpha[i + 1] - alpha[0];
+        bool const single = more == 0 || (more == 1 && behind == 0);
+        if (!single || alpha[i] - behind != plainRange) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+ResizerByteArea1x1::Way ResizerByteArea1x1::chooseWay() {
+    std::uint64_t const row_bytes = param.srcW * param.channels;
+    if (param.dstH > 0 && param.dstW > 0 && takesSamples(ax.data, ix.data, param.dstW) &&
+        takesSamples(ay.data, iy.data, param.dstH)) {
+        AlignedArray<std::int32_t> offsets;
+        offsets.Resize(param.dstW, tableAlign);
+        std::transform(ix.data, ix.data + param.dstW, offsets.data,
+                       [this](std::int32_t column) { return rowOffset(column, param.channels); });
+        if (routines().compilePixels({offsets.data, param.dstW, param.channels, row_bytes},
+                                     program)) {
+            return Way::Pixels;
+        }
+    }
+    bool const columns = routines().compileAreaColumns(
+        {ax.data, ix.data, param.dstW, param.channels, row_bytes}, program);
+    return columns ? Way::Columns : Way::Plain;
+}
+
 void ResizerByteArea1x1::Run(std::uint8_t const* src, std::size_t srcStride, std::uint8_t* dst,
                              std::size_t dstStride) {
     if (param.srcW == 0 || param.srcH == 0 || param.channels == 0 || param.channels > 4) {
         return;
     }
-    if (!compiled) {
-        columns = routines().compileAreaColumns(
-            {ax.data, ix.data, param.dstW, param.channels, param.srcW * param.channels}, program);
-        compiled = true;
+    if (way == Way::Unknown) {
+        way = chooseWay();
     }
-    if (!columns) {
+    if (way == Way::Pixels) {
+        return Base::copyNearestRows(iy.data, param.dstH, src, srcStride, dst, dstStride,
+                                     param.dstW * param.channels,
+                                     [this](std::uint8_t const* from, std::uint8_t* to) {
+                                         routines().copyPixels(program, from, to);
+                                     });
+    }
+    if (way == Way::Plain) {
         average<VectorRule>(param, {ax.data, ix.data, ay.data, iy.data, by.data},
                             SingleRows{param, src, srcStride}, dst, dstStride);
         return;

@@ -60,9 +60,14 @@ class ResizerByteArea1x1 : public Base::ResizerByteArea1x1 {
              std::size_t dstStride) override;
 
   private:
-    RowProgram program;     ///< how bytes of a row are averaged, in this processor's registers
-    bool compiled = false;  ///< whether it was tried to make `program`
-    bool columns = false;   ///< whether `program` serves; plain loops do otherwise
+    /// How a run goes: `Columns` averages the bytes of a row by `program`; `Pixels`, where each
+    /// cell is a pixel's, as in a picture of twice the size, copies them by it.
+    enum class Way { Unknown, Plain, Columns, Pixels };
+
+    Way chooseWay();
+
+    RowProgram program;  ///< of the way, in this processor's registers
+    Way way = Way::Unknown;
 };
 
 }  // namespace Simd::Neon

@@ -109,16 +109,14 @@ void ResizerNearest::Run(std::uint8_t const* src, std::size_t srcStride, std::ui
         buildTables();
     }
     CopyRow const copy = chooseCopy(pixelSize);
-    for (std::uint64_t row = 0; row < param.dstH; ++row, dst += dstStride) {
-        std::uint8_t const* const from = src + static_cast<std::uint64_t>(iy[row]) * srcStride;
-        if (row > 0 && iy[row] == iy[row - 1]) {
-            std::memmove(dst, dst - dstStride, param.dstW * pixelSize);  // rows may overlap
-        } else if (hasProgram) {
-            Neon::routines().copyPixels(program, from, dst);
-        } else {
-            copy(from, ix.data, param.dstW, pixelSize, dst);
-        }
-    }
+    copyNearestRows(iy.data, param.dstH, src, srcStride, dst, dstStride, param.dstW * pixelSize,
+                    [&](std::uint8_t const* from, std::uint8_t* to) {
+                        if (hasProgram) {
+                            Neon::routines().copyPixels(program, from, to);
+                        } else {
+                            copy(from, ix.data, param.dstW, pixelSize, to);
+                        }
+                    });
 }
 
 }  // namespace Simd::Base

@@ -15,6 +15,7 @@ struct RowProgram {
     AlignedArray<std::uint8_t> scratch;     ///< where a row, or its end, is shorter than a window
     std::uint8_t const* weights = nullptr;  ///< the owner's, of bilinear rows of bytes
     std::uint64_t steps = 0;
+    bool singleSteps = false;    ///< of averaged rows: each register takes one
     std::uint64_t rowBytes = 0;  ///< of the source
     std::uint64_t entries = 0;   ///< of the result
     std::uint64_t channels = 0;
