@@ -32,3 +32,12 @@ function(ox_add_vector_sources name)
                                 PROPERTIES COMPILE_OPTIONS -fno-tree-vectorize)
   endif()
 endfunction()
+
+# ox_make_small(NAME SOURCE...): sources of the library ox_NAME that are seldom run where there is
+# vector code: they are to be small there in releases.
+function(ox_make_small name)
+  if(OX_WITH_HIGHWAY AND OX_HIGHWAY_FOUND)
+    set_source_files_properties(${ARGN} TARGET_DIRECTORY ox_${name}_objects
+                                PROPERTIES COMPILE_OPTIONS $<$<CONFIG:Release>:-Os>)
+  endif()
+endfunction()

@@ -38,6 +38,14 @@ function(ox_add_library name)
   ox_configure_target(ox_${name})
   target_include_directories(
     ox_${name} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>" "$<INSTALL_INTERFACE:include>")
+  # Code that nothing calls is left out, calls inside the library take no detour, and what it has of
+  # the standard library's templates isn't exported.
+  target_compile_options(${objects} PRIVATE -ffunction-sections -fdata-sections)
+  if(BUILD_SHARED_LIBS)
+    target_link_options(
+      ox_${name} PRIVATE LINKER:--gc-sections LINKER:-Bsymbolic-functions
+      "LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map")
+  endif()
   set_target_properties(ox_${name} PROPERTIES EXPORT_NAME ${name} LINKER_LANGUAGE CXX
                                               VERSION ${PROJECT_VERSION} SOVERSION 0)
 endfunction()

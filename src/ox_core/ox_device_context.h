@@ -18,6 +18,11 @@ class OX_API DeviceContext {
     DeviceContext() = default;
     /// The context of another device; copies share `state`.
     DeviceContext(std::uint64_t identity, std::shared_ptr<void> state);
+    DeviceContext(DeviceContext const& other);
+    DeviceContext(DeviceContext&& other) noexcept;
+    DeviceContext& operator=(DeviceContext const& other);
+    DeviceContext& operator=(DeviceContext&& other) noexcept;
+    ~DeviceContext();
 
     static DeviceContext cpuContext();
 

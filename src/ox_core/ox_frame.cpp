@@ -61,6 +61,12 @@ bool contains(Size size, Rect region) {
 
 }  // namespace
 
+Frame::Frame(Frame const& other) = default;
+Frame::Frame(Frame&& other) noexcept = default;
+Frame& Frame::operator=(Frame const& other) = default;
+Frame& Frame::operator=(Frame&& other) noexcept = default;
+Frame::~Frame() = default;
+
 Frame Frame::wrap(FrameLayout const& layout, unsigned char* const* planes) {
     if (layout.planeCount == 0) {
         fail(StatusInvalidParameter, "wrap", __LINE__, "layout has no planes.");

@@ -17,6 +17,13 @@ class OX_API Frame {
   public:
     /// A frame that isn't initialized: no planes, no storage.
     Frame() = default;
+    // Out of line, like all that counts references: their code would be many times in every
+    // program.
+    Frame(Frame const& other);
+    Frame(Frame&& other) noexcept;
+    Frame& operator=(Frame const& other);
+    Frame& operator=(Frame&& other) noexcept;
+    ~Frame();
 
     /// A frame on memory that the caller owns and keeps alive.
     /// @param layout geometry as `FrameLayout` computes it; strides may be larger, offsets and

@@ -55,7 +55,7 @@ constexpr PlaneFacts floats{1, 32};
 }  // namespace facts
 
 /// Indexed by `FrameFormat`.
-constexpr std::array formatTable{
+inline constexpr std::array formatTable{
     FormatFacts{"FRAME_FORMAT_NONE"},
     facts::packed("FRAME_GRAY8", 1, 8),
     facts::packed("FRAME_RGB24", 3, 8),

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <numeric>
 
 #include "ox_cv/ox_impl_state.h"
 #include "rows/rows_routines.h"
@@ -34,60 +33,66 @@ AreaCut cutOf(AreaAxis const& area, AreaRow8 const& row, std::int64_t i) {
                           area.weights[std::min(i + 1, row.last_entry)]);
 }
 
-/// Weights of the elements of a cell, from its first one on.
-void fillWeights(AreaCut const& cut, std::uint16_t full_weight, std::int64_t last_pixel,
-                 std::vector<std::int64_t>& weights) {
-    weights.clear();
+/// Calls add(tap, weight) for the elements of a cell, counted from its first one.
+template <class Add>
+void forEachTap(AreaCut const& cut, std::uint16_t full_weight, std::int64_t last_pixel, Add add) {
     std::int64_t const first = std::min(cut.first, last_pixel);
-    auto const add = [&](std::int64_t pixel, std::uint16_t weight) {
-        auto const tap = static_cast<std::size_t>(std::min(pixel, last_pixel) - first);
-        weights.resize(std::max(weights.size(), tap + 1), 0);
-        weights[tap] += weight;
+    auto const tapOf = [&](std::int64_t pixel) {
+        return static_cast<std::size_t>(std::min(pixel, last_pixel) - first);
     };
-    add(cut.first, cut.first_weight);
+    add(tapOf(cut.first), cut.first_weight);
     for (std::int64_t k = cut.first + 1; k < cut.last; ++k) {
-        add(k, full_weight);
+        add(tapOf(k), full_weight);
     }
     if (cut.rest != 0) {
-        add(cut.last, cut.rest);
+        add(tapOf(cut.last), cut.rest);
     }
 }
 
-/// Whether sums with these weights can be had from vector code, and stay bytes.
-bool areTaps(std::vector<std::int64_t> const& weights, int shift) {
-    return std::all_of(weights.begin(), weights.end(), isWord) &&
-           staysByte(std::accumulate(weights.begin(), weights.end(), std::int64_t{0}), shift);
-}
-
-}  // namespace
-
-bool describeAreaTaps(AreaAxis const& area, AreaRow8 const& row, rows::TapAxis& axis) {
-    if (row.cells > std::numeric_limits<std::uint16_t>::max()) {
-        return false;
-    }
-    axis = {};
-    axis.shift = area.shift;
-    axis.kernels.reserve(static_cast<std::size_t>(row.cells));
-    axis.starts.reserve(static_cast<std::size_t>(row.cells));
-    std::vector<std::int64_t> weights;
+/// Places the taps of all cells.
+/// @return false where sums would leave a byte
+bool placeTaps(AreaAxis const& area, AreaRow8 const& row, rows::TapAxis& axis) {
     for (std::int64_t i = 0; i < row.cells; ++i) {
         AreaCut const cut = cutOf<AreaDown>(area, row, i);
         if (cut.last < cut.first) {
             return false;
         }
-        fillWeights(cut, area.full_weight, row.last_pixel, weights);
-        if (!areTaps(weights, area.shift)) {
-            return false;
-        }
         axis.starts.push_back({static_cast<std::uint16_t>(std::min(cut.first, row.last_pixel)),
                                static_cast<std::uint16_t>(i)});
-        axis.kernels.emplace_back(weights.begin(), weights.end());
-        axis.taps = std::max(axis.taps, weights.size());
-    }
-    for (std::vector<std::int16_t>& kernel : axis.kernels) {
-        kernel.resize(axis.taps, 0);
+        std::int64_t sum = 0;
+        forEachTap(cut, area.full_weight, row.last_pixel,
+                   [&](std::size_t tap, std::uint16_t weight) {
+                       axis.taps = std::max(axis.taps, tap + 1);
+                       sum += weight;
+                   });
+        if (!staysByte(sum, area.shift)) {
+            return false;
+        }
     }
     return true;
+}
+
+}  // namespace
+
+bool describeAreaTaps(AreaAxis const& area, AreaRow8 const& row, rows::TapAxis& axis) {
+    axis = {};
+    axis.shift = area.shift;
+    axis.starts.reserve(static_cast<std::size_t>(row.cells));
+    if (row.cells > std::numeric_limits<std::uint16_t>::max() || !placeTaps(area, row, axis)) {
+        return false;
+    }
+    axis.weights.assign(static_cast<std::size_t>(row.cells) * axis.taps, 0);
+    bool are_words = true;
+    for (std::int64_t i = 0; i < row.cells; ++i) {
+        std::int16_t* const kernel = axis.kernel(static_cast<std::size_t>(i));
+        forEachTap(cutOf<AreaDown>(area, row, i), area.full_weight, row.last_pixel,
+                   [&](std::size_t tap, std::uint16_t weight) {
+                       int const total = kernel[tap] + weight;
+                       are_words = are_words && isWord(total);
+                       kernel[tap] = static_cast<std::int16_t>(total);
+                   });
+    }
+    return are_words;
 }
 
 bool describeAreaBlend(AreaAxis const& area, AreaRow8 const& row,

@@ -98,15 +98,12 @@ rows::TapAxis TapColumns<Weight>::axis() const {
     rows::TapAxis axis;
     axis.taps = static_cast<std::size_t>(_data->aperture());
     axis.shift = unitShift<Weight>;
-    axis.kernels.resize(static_cast<std::size_t>(_data->kernels().rowCount()));
+    axis.weights.assign(static_cast<std::size_t>(_data->kernels().rowCount()) * axis.taps, 0);
     axis.starts.reserve(_data->sources().size());
     for (ScaleSource const source : _data->sources()) {
         axis.starts.push_back({source.src_start, source.kernel_index});
-        std::vector<std::int16_t>& kernel = axis.kernels[source.kernel_index];
-        if (kernel.empty()) {
-            Weight const* const weights = _data->kernels().row(source.kernel_index);
-            kernel.assign(weights, weights + axis.taps);
-        }
+        std::copy_n(_data->kernels().row(source.kernel_index), axis.taps,
+                    axis.kernel(source.kernel_index));
     }
     return axis;
 }

@@ -120,18 +120,13 @@ SplitWeight splitWeight(std::int16_t weight) {
 }
 
 bool fitsParts(TapAxis const& axis) {
-    auto const largest = [](std::vector<std::int16_t> const& row) {
-        return row.empty() ? 0 : int{*std::max_element(row.begin(), row.end())};
-    };
-    return std::all_of(axis.kernels.begin(), axis.kernels.end(),
-                       [&](auto const& row) { return largest(row) <= largestSplitWeight; });
+    return std::all_of(axis.weights.begin(), axis.weights.end(),
+                       [](std::int16_t weight) { return weight <= largestSplitWeight; });
 }
 
 bool needsHighParts(TapAxis const& axis) {
-    return std::any_of(axis.kernels.begin(), axis.kernels.end(), [](auto const& row) {
-        return std::any_of(row.begin(), row.end(),
-                           [](std::int16_t weight) { return splitWeight(weight).high != 0; });
-    });
+    return std::any_of(axis.weights.begin(), axis.weights.end(),
+                       [](std::int16_t weight) { return splitWeight(weight).high != 0; });
 }
 
 /// Tables of a register: places, then for each step the low and, if need be, the high weights.
@@ -144,7 +139,7 @@ void fillTables(TapAxis const& axis, RegisterPixels group, std::size_t lane_sums
     std::size_t const leftmost = group.leftmost();
     for (std::size_t pixel = 0; pixel < group.count; ++pixel) {
         TapStart const start = group.first[pixel];
-        std::vector<std::int16_t> const& weights = axis.kernels[start.kernel];
+        std::int16_t const* const weights = axis.kernel(start.kernel);
         for (std::size_t i = 0; i < lane_sums * laneTaps; ++i) {
             std::size_t const byte = pixel * lane_sums * laneTaps + i;
             tables[0].bytes[byte] = static_cast<std::uint8_t>(start.first - leftmost + i);
@@ -278,13 +273,13 @@ bool compileTaps(TapAxis const& axis, TapProgram& program) {
     program.steps = (axis.taps - 1) / registerTaps + 1;
     program.pixels = (axis.starts.size() + lanes - 1) / lanes * lanes;
     program.shift = axis.shift;
-    program.tables.assign(axis.kernels.size() * program.steps, RegisterBytes{});
-    for (std::size_t kernel = 0; kernel < axis.kernels.size(); ++kernel) {
-        std::vector<std::int16_t> const& weights = axis.kernels[kernel];
-        for (std::size_t tap = 0; tap < weights.size(); tap += registerTaps) {
+    std::size_t const kernels = axis.weights.size() / axis.taps;
+    program.tables.assign(kernels * program.steps, RegisterBytes{});
+    for (std::size_t kernel = 0; kernel < kernels; ++kernel) {
+        for (std::size_t tap = 0; tap < axis.taps; tap += registerTaps) {
             std::memcpy(program.tables[kernel * program.steps + tap / registerTaps].bytes.data(),
-                        weights.data() + tap,
-                        std::min(registerTaps, weights.size() - tap) * sizeof(std::int16_t));
+                        axis.kernel(kernel) + tap,
+                        std::min(registerTaps, axis.taps - tap) * sizeof(std::int16_t));
         }
     }
     program.offsets.assign(2 * program.pixels, 0);

@@ -18,10 +18,13 @@ struct TapStart {
 
 /// How a plane is resampled along its rows.
 struct TapAxis {
-    std::vector<TapStart> starts;                    ///< of each destination pixel
-    std::vector<std::vector<std::int16_t>> kernels;  ///< empty where no pixel takes it
-    std::size_t taps = 0;                            ///< weights in a row, positive
-    int shift = 0;                                   ///< log2 of their unit
+    std::vector<TapStart> starts;       ///< of each destination pixel
+    std::vector<std::int16_t> weights;  ///< rows of `taps`; zeros where no pixel takes one
+    std::size_t taps = 0;               ///< positive
+    int shift = 0;                      ///< log2 of the weights' unit
+
+    std::int16_t* kernel(std::size_t row) { return weights.data() + row * taps; }
+    std::int16_t const* kernel(std::size_t row) const { return weights.data() + row * taps; }
 };
 
 struct alignas(64) RegisterBytes {

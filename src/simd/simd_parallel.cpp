@@ -1,7 +1,7 @@
 #include "simd/simd_parallel.h"
 
 #include <algorithm>
-#include <future>
+#include <thread>
 #include <vector>
 
 #include "simd/simd_processor_figures.h"
@@ -19,16 +19,18 @@ void Parallel(std::uint64_t begin, std::uint64_t end,
     }
     std::uint64_t const range = end - begin;
     std::uint64_t const block = (range - 1) / count + 1;
-    // Its destructor waits too, for those that have started when another can't.
-    std::vector<std::future<void>> blocks;
+    // Its destructor waits, also for those that have started when another can't.
+    std::vector<std::jthread> blocks;
     blocks.reserve(count);
     for (std::uint64_t thread = 0; thread < count && thread * block < range; ++thread) {
         std::uint64_t const block_begin = begin + thread * block;
         std::uint64_t const block_end = block_begin + std::min(block, end - block_begin);
-        blocks.push_back(std::async(std::launch::async, function, thread, block_begin, block_end));
-    }
-    for (std::future<void> const& done : blocks) {
-        done.wait();
+        blocks.emplace_back([&function, thread, block_begin, block_end] {
+            try {
+                function(thread, block_begin, block_end);
+            } catch (...) {  // nobody asks what became of a block, on purpose
+            }
+        });
     }
 }
 

@@ -80,9 +80,10 @@ rows::TapAxis TapRoutines::drawAxis(std::size_t pixels, float scale, std::size_t
     axis.shift = shiftOf(weights);
     constexpr int kernels = 5;
     for (int k = 0; k < kernels; ++k) {
-        axis.kernels.push_back(drawWeights(random, taps, weights));
+        std::vector<std::int16_t> const kernel = drawWeights(random, taps, weights);
+        axis.weights.insert(axis.weights.end(), kernel.begin(), kernel.end());
     }
-    axis.kernels[1].clear();
+    std::fill_n(axis.kernel(1), taps, std::int16_t{0});
     for (std::size_t i = 0; i < pixels; ++i) {
         auto const place = static_cast<int>(static_cast<float>(i) * scale);
         int const first = i + 2 < pixels ? place : std::max(place - random.between(0, 3), 0);
@@ -114,7 +115,7 @@ void TapRoutines::checkColumns(rows::TapAxis const& axis, std::size_t planes, Gu
             Total total;
             for (std::size_t k = 0; k < axis.taps; ++k) {
                 total.add(src_planes[plane][axis.starts[i].first + k],
-                          axis.kernels[axis.starts[i].kernel][k]);
+                          axis.kernel(axis.starts[i].kernel)[k]);
             }
             ASSERT_EQ(dst_planes[plane][i], total.byte(axis.shift))
                 << "pixel " << i << " of " << axis.starts.size() << ", plane " << plane << ", "
@@ -183,7 +184,7 @@ TEST_P(TapRoutines, ColumnsInAnyOrder) {
 
 TEST_P(TapRoutines, WeightsThatAreTooLargeToBeSplit) {
     rows::TapAxis axis = drawAxis(20, 2.0F, 5, Weights::Large);
-    axis.kernels[3][2] = mostOfVectors + 1;
+    axis.kernel(3)[2] = mostOfVectors + 1;
     checkIfThereIsAProgram(axis);
 }
 
