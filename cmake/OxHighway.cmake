@@ -14,10 +14,22 @@ endif()
 function(ox_use_highway name)
   if(OX_WITH_HIGHWAY AND OX_HIGHWAY_FOUND)
     target_compile_definitions(ox_${name}_objects PRIVATE OX_WITH_HIGHWAY)
+    # Beside vector code, plain loops needn't be unrolled and vectorised: that doubles the library.
+    target_compile_options(ox_${name}_objects PRIVATE $<$<CONFIG:Release>:-O2>)
     if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
       target_link_libraries(ox_${name}_objects PUBLIC hwy)
       target_link_libraries(ox_${name} PRIVATE hwy)
     endif()
+  endif()
+endfunction()
+
+# ox_compile_releases(NAME OPTION SOURCE...): compiles these sources of the library ox_NAME in
+# releases by an option of their own, where there is vector code.
+function(ox_compile_releases name option)
+  if(OX_WITH_HIGHWAY AND OX_HIGHWAY_FOUND)
+    set_property(
+      SOURCE ${ARGN} TARGET_DIRECTORY ox_${name}_objects
+      APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:${option}>)
   endif()
 endfunction()
 
@@ -30,14 +42,6 @@ function(ox_add_vector_sources name)
     # own.
     set_source_files_properties(${ARGN} TARGET_DIRECTORY ox_${name}_objects
                                 PROPERTIES COMPILE_OPTIONS -fno-tree-vectorize)
-  endif()
-endfunction()
-
-# ox_make_small(NAME SOURCE...): sources of the library ox_NAME that are seldom run where there is
-# vector code: they are to be small there in releases.
-function(ox_make_small name)
-  if(OX_WITH_HIGHWAY AND OX_HIGHWAY_FOUND)
-    set_source_files_properties(${ARGN} TARGET_DIRECTORY ox_${name}_objects
-                                PROPERTIES COMPILE_OPTIONS $<$<CONFIG:Release>:-Os>)
+    ox_compile_releases(${name} -O3 ${ARGN})
   endif()
 endfunction()

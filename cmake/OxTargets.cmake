@@ -25,8 +25,6 @@ function(ox_add_library name)
   # the source says so, and no option may loosen the arithmetic. Exception flags don't count as
   # results; without them more loops are vectorised.
   target_compile_options(${objects} PRIVATE -fno-fast-math -ffp-contract=off -fno-trapping-math)
-  # What is to be fast is vector code; -O3 makes twice the code of the rest, and no faster.
-  target_compile_options(${objects} PRIVATE $<$<CONFIG:Release>:-O2>)
   target_include_directories(
     ${objects} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>")
   set_target_properties(

@@ -92,9 +92,14 @@ constexpr AverageFunction averageTable[2][2][2] = {
      {averageChroma<2, 2, 1>, averageChroma<2, 2, 2>}},
 };
 
+/// A sample of a plane's row; none of a plane without a row.
+Byte* sampleAt(RowData const& row, int plane, int offset) {
+    return row[plane] != nullptr ? row[plane] + offset : nullptr;
+}
+
 rows::YuvSamples<Byte const> samplesOf(RowData const& row, FormatInfo const& info) {
-    return {row[info.y_plane] + info.y_offset, row[info.u_plane] + info.u_offset,
-            row[info.v_plane] + info.v_offset};
+    return {sampleAt(row, info.y_plane, info.y_offset), sampleAt(row, info.u_plane, info.u_offset),
+            sampleAt(row, info.v_plane, info.v_offset)};
 }
 
 /// How the samples of a row lie, by its record.
@@ -177,9 +182,9 @@ rows::YuvSamples<Byte> layoutDestination(RowData const& dst, ImplFormatConverter
     if (context.dst_limited || !(chroma || no_chroma)) {
         return {nullptr, nullptr, nullptr};
     }
-    return {dst[to.y_plane] != nullptr ? dst[to.y_plane] + to.y_offset : nullptr,
-            chroma ? dst[to.u_plane] + to.u_offset : nullptr,
-            chroma ? dst[to.v_plane] + to.v_offset : nullptr};
+    return {sampleAt(dst, to.y_plane, to.y_offset),
+            chroma ? sampleAt(dst, to.u_plane, to.u_offset) : nullptr,
+            chroma ? sampleAt(dst, to.v_plane, to.v_offset) : nullptr};
 }
 
 /// Converts all pixels but the last of an odd width by layouts, if that can be done.

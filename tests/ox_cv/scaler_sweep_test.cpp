@@ -3,6 +3,8 @@
 
 #include "ox_cv/scaler_subjects.h"
 #include "ox_cv/upstream.h"
+#include "rows/rows_routines.h"
+#include "simd/simd_targets.h"
 
 namespace ox::test {
 namespace {
@@ -16,11 +18,41 @@ struct Case {
     SourceKind kind;
 };
 
+struct Side {
+    int src;
+    int dst;
+};
+
+struct Ratio {
+    Side width;
+    Side height;
+};
+
 std::string tell(Case const& c) {
     return describe(c.src) + " to " + std::to_string(c.dst.width) + "x" +
            std::to_string(c.dst.height) + ", variant " + std::to_string(c.variant) + ", from a " +
            describe(c.kind);
 }
+
+// Those of every instruction set of this processor, and none.
+std::vector<rows::Routines> rowRoutines() {
+    std::vector<rows::Routines> found{rows::Routines{}};
+    for (char const* const target : Simd::Neon::Targets()) {
+        Simd::Neon::UseTarget(target);
+        found.push_back(rows::findRoutines());
+    }
+    Simd::Neon::UseTarget(nullptr);
+    return found;
+}
+
+// Takes routines while it lives.
+class UsedRoutines {
+  public:
+    explicit UsedRoutines(rows::Routines const& routines) { rows::useRoutines(routines); }
+    UsedRoutines(UsedRoutines const&) = delete;
+    UsedRoutines& operator=(UsedRoutines const&) = delete;
+    ~UsedRoutines() { rows::useRoutines(rows::findRoutines()); }
+};
 
 // Drives one class through its cases. The objects are kept from case to case, as a caller with many
 // frames would, and now and then made anew.
@@ -87,6 +119,19 @@ class ScalerSweep : public testing::TestWithParam<ScalerClass> {
         return c;
     }
 
+    // Sides that the class doesn't change keep their source's.
+    static Case caseOf(FrameFormat format, Ratio const& ratio, int variant) {
+        auto const& [width, height] = ratio;
+        return {{static_cast<int>(format), width.src, height.src},
+                {GetParam().changes_width ? width.dst : width.src,
+                 GetParam().changes_height ? height.dst : height.src},
+                variant,
+                SourceKind::Frame};
+    }
+
+    // What is armed may go on with the routines that it has chosen.
+    void renew() { _subject.reset(); }
+
     Random _random{7};
 
   private:
@@ -124,6 +169,27 @@ TEST_P(ScalerSweep, WideRows) {
             runTwice(drawCase(format, {_random.between(100, 400), _random.between(2, 12)}, 500));
             if (HasFailure()) {
                 return;
+            }
+        }
+    }
+}
+
+// Rows of several registers by every instruction set and without any, enlarged and reduced by plain
+// ratios, where weights recur or vanish, and by odd ones.
+TEST_P(ScalerSweep, RatiosOfEveryTarget) {
+    constexpr Ratio ratios[]{{{130, 260}, {4, 8}},  {{130, 195}, {4, 6}}, {{131, 393}, {5, 15}},
+                             {{100, 400}, {3, 12}}, {{97, 341}, {7, 25}}, {{129, 257}, {9, 17}},
+                             {{96, 128}, {3, 4}},   {{300, 200}, {9, 6}}, {{301, 100}, {12, 4}},
+                             {{640, 100}, {32, 5}}, {{337, 97}, {31, 9}}};
+    for (rows::Routines const& routines : rowRoutines()) {
+        UsedRoutines const used(routines);
+        for (std::size_t i = 0; i < std::size(ratios); i += emulated() ? 3U : 1U) {
+            for (FrameFormat const format :
+                 {FRAME_GRAY8, FRAME_NV12, FRAME_I420, FRAME_BGR24, FRAME_C4_8U, FRAME_YUYV}) {
+                for (int variant = 0; variant < 2 && !HasFailure(); ++variant) {
+                    renew();
+                    runTwice(caseOf(format, ratios[i], variant));
+                }
             }
         }
     }

@@ -37,6 +37,18 @@ class YuvToBgrRoutines : public RowRoutines {
         EXPECT_EQ(bgr.touched(), 0);
     }
 
+    // `offset` of Y in its pair of bytes.
+    void checkLuma(rows::PackedLuma* routine, std::size_t offset, std::size_t width, Guard guard) {
+        GuardedMemory src(2 * width, guard);
+        GuardedMemory luma(width, guard);
+        std::generate_n(src.data(), src.size(), [&] { return _random.byte(); });
+        routine(src.data(), width, luma.data());
+        for (std::size_t x = 0; x < width; ++x) {
+            ASSERT_EQ(luma.data()[x], src.data()[2 * x + offset]) << x << " of " << width;
+        }
+        EXPECT_EQ(luma.touched(), 0);
+    }
+
   private:
     Random _random{5};
 };
@@ -77,6 +89,14 @@ TEST_P(YuvToBgrRoutines, EveryColour) {
                 ASSERT_TRUE(right) << "Y, U, V " << x << ", " << cu << ", " << cv;
             }
         }
+    }
+}
+
+TEST_P(YuvToBgrRoutines, LumaOfEveryWidth) {
+    for (std::size_t more = 0; more <= 140; ++more) {
+        Guard const guard = more % 2 == 0 ? Guard::AtEnd : Guard::AtStart;
+        checkLuma(routines.luma_of_yuyv, 0, routines.least_pixels + more, guard);
+        checkLuma(routines.luma_of_uyvy, 1, routines.least_pixels + more, guard);
     }
 }
 

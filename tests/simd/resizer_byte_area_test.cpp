@@ -127,6 +127,25 @@ TEST(ResizerByteArea, OverflowOfHugeEnlargements) {
     });
 }
 
+// The same down a picture whose rows fill registers: each is all of one sum.
+TEST(ResizerByteArea, OverflowOfHugeHeights) {
+    constexpr std::uint64_t height = 81003;
+    onEveryTarget(directSubjects, [](ResizerSubject const& subject) {
+        for (std::uint64_t const channels : {2U, 3U}) {
+            Bytes const column = model::resized(subject.model, {0, area, 1, 1, 1, height, channels},
+                                                Bytes(channels, 255));
+            EXPECT_EQ(column[15479 * channels], subject.isVector() && channels > 2 ? 255 : 1);
+            std::uint64_t const width = 64 / channels + 1;
+            Bytes expected;
+            for (std::uint64_t r = 0; r < height; ++r) {
+                expected.insert(expected.end(), width * channels, column[r * channels]);
+            }
+            EXPECT_TRUE(resizesTo(subject, {0, area, width, 1, width, height, channels},
+                                  Bytes(width * channels, 255), expected));
+        }
+    });
+}
+
 // 2048 / scale has 16 bits and more, but no row has so large a weight: cells end in their sample,
 // or share theirs with the next.
 TEST(ResizerByteArea, ClassesAgreeWhereHeightsGrowManyTimes) {

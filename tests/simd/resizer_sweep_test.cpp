@@ -287,6 +287,24 @@ TEST(ResizerSweep, LargePlanes) {
     });
 }
 
+// Cells of one sample, of a few that weigh alike, and of more than a step takes.
+TEST(ResizerSweep, AreaRatios) {
+    constexpr Size sizes[]{{66, 3, 132, 6},   {40, 2, 160, 8}, {50, 4, 75, 6},    {44, 3, 132, 9},
+                           {150, 9, 100, 6},  {151, 9, 50, 3}, {640, 32, 100, 5}, {201, 13, 64, 4},
+                           {2640, 80, 66, 2}, {66, 4, 132, 4}, {66, 4, 66, 8},    {132, 4, 66, 8}};
+    Random random(10);
+    onEveryTarget({&byteArea1x1Resizer, &vectorByteArea1x1Resizer},
+                  [&](ResizerSubject const& subject) {
+                      for (Size const& size : sizes) {
+                          for (std::uint64_t channels = 1; channels <= 4; ++channels) {
+                              model::Resize const request{
+                                  0, 6, size.src_w, size.src_h, size.dst_w, size.dst_h, channels};
+                              ASSERT_TRUE(agrees(subject, request, random));
+                          }
+                      }
+                  });
+}
+
 struct Pair {
     ResizerSubject const& scalar;
     ResizerSubject const& vector;

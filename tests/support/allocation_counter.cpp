@@ -6,6 +6,14 @@
 #include <limits>
 #include <new>
 
+// The linker gives the library's calls to the first, and the C library's function the second name.
+extern "C" {
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the linker's own name
+int __wrap_posix_memalign(void** block, std::size_t alignment, std::size_t bytes);
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
+int __real_posix_memalign(void** block, std::size_t alignment, std::size_t bytes);
+}
+
 namespace ox::test {
 
 namespace {
@@ -48,7 +56,7 @@ void* allocate(std::size_t bytes, std::size_t alignment) noexcept {
     std::size_t const usable = std::max(bytes, std::size_t{1});
     if (alignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__) {
         block = std::malloc(usable);
-    } else if (posix_memalign(&block, alignment, usable) != 0) {
+    } else if (__real_posix_memalign(&block, alignment, usable) != 0) {
         block = nullptr;
     }
     if (block != nullptr) {
@@ -117,6 +125,11 @@ using ox::test::release;
 using std::align_val_t;
 using std::nothrow_t;
 using std::size_t;
+
+int __wrap_posix_memalign(void** block, size_t alignment, size_t bytes) {
+    ox::test::calls.fetch_add(1, std::memory_order_relaxed);
+    return __real_posix_memalign(block, alignment, bytes);
+}
 
 void* operator new(size_t bytes) {
     return allocateOrThrow(bytes, plain);

@@ -1,4 +1,5 @@
-// The global allocation functions, replaced: they count, and can be made to fail.
+// The global allocation functions, replaced: they count, and can be made to fail. `posix_memalign`,
+// which the kernels' tables come from, is counted only.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +8,7 @@ namespace ox::test {
 
 // Blocks from `operator new`, in any form, that weren't given back yet.
 std::int64_t liveAllocations();
-// How often any form of `operator new` was called.
+// How often any form of `operator new`, or `posix_memalign`, was called.
 std::uint64_t allocationCalls();
 
 // While it lives, the k-th call of `operator new` from its construction on fails, and so do all
