@@ -16,7 +16,11 @@ function(ox_use_highway name)
     target_compile_definitions(ox_${name}_objects PRIVATE OX_WITH_HIGHWAY)
     # Beside vector code, plain loops needn't be unrolled and vectorised: that doubles the library.
     target_compile_options(ox_${name}_objects PRIVATE $<$<CONFIG:Release>:-O2>)
-    if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+      # Segments begin at 64 KiB there, and this is what keeps the code before one.
+      target_compile_options(ox_${name}_objects
+                             PRIVATE $<$<CONFIG:Release>:-fno-align-functions>)
+    else()
       target_link_libraries(ox_${name}_objects PUBLIC hwy)
       target_link_libraries(ox_${name} PRIVATE hwy)
     endif()
