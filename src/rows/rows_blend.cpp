@@ -107,7 +107,7 @@ void blendRows(std::uint8_t const* upper, std::uint8_t const* lower, std::uint16
                std::size_t bytes, std::uint8_t* dst) {
     TagS16 const words;
     V16 const factor = hn::BitCast(words, hn::Set(Tag16(), weight));
-    walkBlocks(bytes, blockBytes, [&](std::size_t x) HWY_ATTR {
+    walkShortBlocks(bytes, blockBytes, [&](std::size_t x) HWY_ATTR {
         V8 const a = hn::LoadU(Tag8(), upper + x);
         V8 const b = hn::LoadU(Tag8(), lower + x);
         V16 const even = blend(words, EvenBytes(a), EvenBytes(b), factor);

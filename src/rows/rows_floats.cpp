@@ -31,7 +31,7 @@ HWY_INLINE auto loadFloats(std::uint8_t const* at) {
 }
 
 void convertBytes(std::uint8_t const* src, std::size_t count, std::uint8_t* floats) {
-    walkBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
+    walkShortBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
         std::uint8_t* const target = floats + sizeof(float) * i;
         prefetch<blockBytes, bytesAhead, For::writing>(target);
         auto const numbers = hn::PromoteTo(BlockTagS32(), hn::LoadU(Bytes(), src + i));
@@ -67,7 +67,7 @@ HWY_INLINE void storeLowBytes(hn::Vec<Floats> v, std::uint8_t* dst) {
 #endif
 
 void convertFloats(std::uint8_t const* floats, std::size_t count, std::uint8_t* dst) {
-    walkBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
+    walkShortBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
         std::uint8_t const* const source = floats + sizeof(float) * i;
         prefetch<blockBytes, bytesAhead>(source);
         storeLowBytes(loadFloats(source), dst + i);

@@ -172,7 +172,7 @@ void convertRow(Row src, std::size_t width, std::uint8_t* bgr) {
 template <bool odd>
 void takeLuma(std::uint8_t const* row, std::size_t pixels, std::uint8_t* luma) {
     Tag8 const d;
-    walkBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
+    walkShortBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
         std::uint8_t const* const src = row + 2 * x;
         prefetch<2 * blockBytes, 1024>(src);
         V8 const lower = hn::LoadU(d, src);

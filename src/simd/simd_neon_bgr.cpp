@@ -18,7 +18,7 @@ namespace {
 #if HWY_TARGET == HWY_NEON
 
 void swapRow(ConstBytes src, Bytes dst, std::size_t width) {
-    walkBlocks(width, blockBytes, [&](std::size_t x) {
+    walkShortBlocks(width, blockBytes, [&](std::size_t x) {
         ThreeChannels const v = LoadThree(src + 3 * x);
         StoreThree(dst + 3 * x, {v.c2, v.c1, v.c0});
     });
@@ -77,7 +77,7 @@ void SplitThreePlanes(ConstBytes src, std::size_t src_stride, std::size_t width,
     }
     Tag8 const d;
     for (std::size_t y = 0; y < height; ++y) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             ThreeChannels const v = LoadThree(src + 3 * x);
             hn::StoreU(v.c0, d, dst0 + x);
             hn::StoreU(v.c1, d, dst1 + x);
@@ -102,7 +102,7 @@ void MergeThreePlanes(ConstBytes src0, std::size_t src0_stride, ConstBytes src1,
     }
     Tag8 const d;
     for (std::size_t y = 0; y < height; ++y) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             StoreThree(dst + 3 * x,
                        {hn::LoadU(d, src0 + x), hn::LoadU(d, src1 + x), hn::LoadU(d, src2 + x)});
         });
@@ -123,7 +123,7 @@ void SplitTwoPlanes(ConstBytes src, std::size_t src_stride, std::size_t width, s
     }
     Tag8 const d;
     for (std::size_t y = 0; y < height; ++y) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             V8 even = hn::Zero(d);
             V8 odd = hn::Zero(d);
             hn::LoadInterleaved2(d, src + 2 * x, even, odd);
@@ -147,7 +147,7 @@ void MergeTwoPlanes(ConstBytes src0, std::size_t src0_stride, ConstBytes src1,
     }
     Tag8 const d;
     for (std::size_t y = 0; y < height; ++y) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             hn::StoreInterleaved2(hn::LoadU(d, src0 + x), hn::LoadU(d, src1 + x), d, dst + 2 * x);
         });
         src0 += src0_stride;
@@ -163,7 +163,7 @@ void ConvertBgrToGray(ConstBytes bgr, std::size_t width, std::size_t height, std
         return Base::ConvertBgrToGray(bgr, width, height, bgr_stride, gray, gray_stride);
     }
     for (std::size_t y = 0; y < height; ++y, bgr += bgr_stride, gray += gray_stride) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             prefetch<3 * blockBytes, 384>(bgr + 3 * x);
             ThreeChannels const v = LoadThree(bgr + 3 * x);
             hn::StoreU(WeightedBytes<grayWeights>(LowerHalf(v), UpperHalf(v)), Tag8(), gray + x);
@@ -178,7 +178,7 @@ void ExpandGrayToBgr(ConstBytes gray, std::size_t width, std::size_t height,
         return Base::ExpandGrayToBgr(gray, width, height, gray_stride, bgr, bgr_stride);
     }
     for (std::size_t y = 0; y < height; ++y, gray += gray_stride, bgr += bgr_stride) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             prefetch<3 * blockBytes, 3072, For::writing>(bgr + 3 * x);
             StoreThreeSame(bgr + 3 * x, hn::LoadU(Tag8(), gray + x));
         });

@@ -42,7 +42,7 @@ void ScaleBytesToFloats(ConstBytes src, std::size_t count, float const* lower, f
     TagF32 const d;
     VF32 const offset = hn::Set(d, *lower);
     VF32 const scale = hn::Set(d, (*upper - *lower) / 255.0F);
-    walkBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
+    walkShortBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
         prefetch<64, floatsAhead, For::writing>(dst + i);
         auto const bytes = hn::LoadU(TagU8(), src + i);
         VF32 const number = hn::ConvertTo(d, hn::PromoteTo(TagS32(), bytes));
@@ -71,7 +71,7 @@ void ScaleFloatsToBytes(float const* src, std::size_t count, float const* lower,
         return hn::Mul(hn::Sub(hn::Min(raised, last), first), scale);
     };
     constexpr std::size_t quarter = blockBytes / 4;
-    walkBlocks(count, blockBytes, [&](std::size_t i) HWY_ATTR {
+    walkShortBlocks(count, blockBytes, [&](std::size_t i) HWY_ATTR {
         float const* const x = src + i;
         prefetch<4 * blockBytes, floatsAhead>(x);
         hn::StoreU(TruncateFour(number(x), number(x + quarter), number(x + 2 * quarter),
@@ -84,7 +84,7 @@ void FloatsToHalves(float const* src, std::size_t count, std::uint16_t* dst) {
     if (count < lanes()) {
         return Plain::FloatsToHalves(src, count, dst);
     }
-    walkBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
+    walkShortBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
         auto const halves = hn::DemoteTo(TagF16(), hn::LoadU(TagF32(), src + i));
         hn::StoreU(hn::BitCast(TagU16(), halves), TagU16(), dst + i);
     });
@@ -94,7 +94,7 @@ void HalvesToFloats(std::uint16_t const* src, std::size_t count, float* dst) {
     if (count < lanes()) {
         return Plain::HalvesToFloats(src, count, dst);
     }
-    walkBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
+    walkShortBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
         auto const halves = hn::BitCast(TagF16(), hn::LoadU(TagU16(), src + i));
         hn::StoreU(hn::PromoteTo(TagF32(), halves), TagF32(), dst + i);
     });

@@ -272,7 +272,7 @@ HWY_INLINE void blendRowsBy(D d, std::uint16_t const* top, std::uint16_t const* 
                                       hn::Mul(hn::LoadU(wide, bottom + x), second));
         return hn::BitCast(d, hn::Add(products, rounding));
     };
-    walkBlocks(count, 2 * half, [&](std::size_t x) HWY_ATTR {
+    walkShortBlocks(count, 2 * half, [&](std::size_t x) HWY_ATTR {
         hn::StoreU(hn::ConcatOdd(d, sum(x + half), sum(x)), d, dst + x);
     });
 }

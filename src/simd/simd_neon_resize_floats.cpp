@@ -100,7 +100,7 @@ bool compileFloatColumns(FloatColumns const& columns, RowProgram& /*program*/) {
 void blendFloatColumns(RowProgram const& /*program*/, FloatColumns const& columns, float const* src,
                        float* sums) {
     TagF32 const d;
-    walkBlocks(columns.entries, lanes(), [&](std::size_t k) HWY_ATTR {
+    walkShortBlocks(columns.entries, lanes(), [&](std::size_t k) HWY_ATTR {
         auto const places = hn::LoadU(TagS32(), columns.first + k);
         VF32 const first = hn::GatherIndex(d, src, places);
         VF32 const second = hn::GatherIndex(d, src + columns.channels, places);
@@ -114,7 +114,7 @@ void blendFloatRows(float const* top, float const* bottom, float weight, std::si
                     float* dst) {
     TagF32 const d;
     VF32 const second_weight = hn::Set(d, weight);
-    walkBlocks(count, lanes(), [&](std::size_t k) HWY_ATTR {
+    walkShortBlocks(count, lanes(), [&](std::size_t k) HWY_ATTR {
         hn::StoreU(blend(hn::LoadU(d, top + k), hn::LoadU(d, bottom + k), second_weight), d,
                    dst + k);
     });

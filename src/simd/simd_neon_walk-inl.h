@@ -49,6 +49,18 @@ HWY_INLINE void walkBlocks(std::size_t length, std::size_t block_length, Block b
     }
 }
 
+/// The same for blocks that are so short that the walk itself counts: their code is there twice.
+template <class Block>
+HWY_INLINE void walkShortBlocks(std::size_t length, std::size_t block_length, Block block) {
+    std::size_t x = 0;
+    for (; x + block_length <= length; x += block_length) {
+        block(x);
+    }
+    if (x < length) {
+        block(length - block_length);
+    }
+}
+
 }  // namespace Simd::Neon::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
