@@ -149,8 +149,7 @@ void AreaRowTaps::collect(SumRows::Cut const& cut) {
 bool AreaRowTaps::sum(SumRows::Cut const& cut, std::int64_t samples, unsigned char* dst) {
     rows::Routines const& routines = rows::routines();
     auto const bytes = static_cast<std::size_t>(samples);
-    // A row of few bytes isn't worth it; one of a cell's that has more rows than were reserved
-    // isn't either.
+    // Neither for short rows, nor for cells of more rows than there is room for.
     if (routines.sum_rows == nullptr || bytes < routines.least_row_bytes ||
         std::max<std::int64_t>(cut.middle_end, 1) + 1 > static_cast<std::int64_t>(_words.size())) {
         return false;
@@ -158,7 +157,7 @@ bool AreaRowTaps::sum(SumRows::Cut const& cut, std::int64_t samples, unsigned ch
     collect(cut);
     bool const is_one = _sum == 1 << cut.shift;
     if (is_one && _rows.size() == 1) {
-        std::memcpy(dst, _rows[0], bytes);
+        std::memmove(dst, _rows[0], bytes);  // a frame may be scaled onto itself
         return true;
     }
     if (is_one && _rows.size() == 2) {

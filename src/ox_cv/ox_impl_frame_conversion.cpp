@@ -56,7 +56,7 @@ void convertPlanes(ImplFormatConverter const& conversion, Rows src, Rows dst, st
     Rows src_luma{{}, src.layout};
     src_luma.planes[conversion.src.y_plane] = src.planes[conversion.src.y_plane];
     convertEach(conversion, src_luma, luma, height);
-    std::swap(src.planes[conversion.src.y_plane], src_luma.planes[conversion.src.y_plane]);
+    src.planes[conversion.src.y_plane] = nullptr;
     convertEach(conversion, src, dst, (height + 1) / 2);
 }
 
