@@ -22,27 +22,43 @@ std::array<unsigned char*, 4> planesOf(Buffer const& buffer, std::uint64_t plane
 
 bool TapPlanes::plan(rows::TapAxis const& axis, std::size_t channels, std::uint64_t src_pixels,
                      char const* file) {
-    rows::CompileTaps* const compile = rows::routines().compile_taps;
-    if (compile == nullptr || axis.taps == 0 || axis.starts.empty()) {
+    if (rows::routines().compile_taps == nullptr || axis.taps == 0 || axis.starts.empty()) {
         return false;
     }
-    if (!withMemory(file, [&] { return compile(axis, _program); })) {
-        return false;
-    }
+    auto const compile = [&](std::size_t interleaved) {
+        return withMemory(file, [&] {
+            return rows::routines().compile_taps(axis, {interleaved, src_pixels}, _program);
+        });
+    };
     _channels = channels;
-    _src_pixels = std::min<std::uint64_t>(src_pixels, _program.src_bytes);
+    _src_pixels = src_pixels;
     _dst_pixels = axis.starts.size();
+    _as_it_is = compile(channels) && _program.src_bytes <= src_pixels * channels &&
+                _program.dst_bytes <= _dst_pixels * channels;
+    if (_as_it_is) {
+        return true;
+    }
+    if (!compile(1)) {
+        return false;
+    }
+    _src_pixels = std::min<std::uint64_t>(src_pixels, _program.src_bytes);
     _src_planes.resize(multiplyBytes(_program.src_bytes, channels), false);
     _src_planes.setZero();
-    _dst_planes.resize(multiplyBytes(_program.pixels, channels), false);
+    _dst_planes.resize(multiplyBytes(_program.dst_bytes, channels), false);
     return true;
 }
 
 void TapPlanes::sum(unsigned char const* src, unsigned char* dst) {
+    rows::SumTaps* const sum_taps = rows::routines().sum_taps;
+    if (_as_it_is) {
+        return sum_taps(_program, src, dst);
+    }
     auto const src_planes = planesOf(_src_planes, _program.src_bytes);
-    auto const dst_planes = planesOf(_dst_planes, _program.pixels);
+    auto const dst_planes = planesOf(_dst_planes, _program.dst_bytes);
     rows::splitChannels(src, _src_pixels, _channels, src_planes.data());
-    rows::routines().sum_taps(_program, _channels, src_planes.data(), dst_planes.data());
+    for (std::size_t channel = 0; channel < _channels; ++channel) {
+        sum_taps(_program, src_planes[channel], dst_planes[channel]);
+    }
     rows::mergeChannels(dst_planes.data(), _dst_pixels, _channels, dst);
 }
 

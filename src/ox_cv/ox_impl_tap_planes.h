@@ -1,5 +1,5 @@
 /// @file
-/// Rows of bytes summed by vector code, each channel as a plane of its own.
+/// Rows of bytes summed by vector code: as they are, or each channel as a plane of its own.
 
 #pragma once
 
@@ -26,6 +26,8 @@ class TapPlanes {
 
   private:
     rows::TapProgram _program;
+    bool _as_it_is =
+        false;  ///< whether the program takes interleaved rows, and no room behind them
     std::size_t _channels = 0;
     std::size_t _src_pixels = 0;
     std::size_t _dst_pixels = 0;

@@ -140,12 +140,13 @@ void RowWindow::reuse(IRowProducer& producer, int window_size) {
     _loaded_end = 0;
 }
 
-RowData* RowWindow::rowData(int row_index_in_window) {
-    OX_ASSERT(0 <= row_index_in_window && row_index_in_window < _window_size, file);
-    if (_loaded_end <= _first_row + _window_size) {
-        _update();
+/// What `rowData` does where it can't hand out a row at once.
+void RowWindow::_prepareRow(bool is_inside) {
+    if (!is_inside) {
+        impl::throwAssertion("rowData", file, __LINE__,
+                             "0 <= row_index_in_window && row_index_in_window < _window_size");
     }
-    return _rows + row_index_in_window;
+    _update();
 }
 
 void RowWindow::_update() {

@@ -52,7 +52,13 @@ class OX_API RowWindow {
     /// The band's row of that index; loads what isn't loaded yet. Valid until the band moves.
     /// @throws Exception `StatusAssertionFailed` unless the index lies in the band; what the source
     ///         throws
-    RowData* rowData(int row_index_in_window);
+    RowData* rowData(int row_index_in_window) {
+        bool const is_inside = 0 <= row_index_in_window && row_index_in_window < _window_size;
+        if (!is_inside || _loaded_end != _first_row + _window_size) {
+            _prepareRow(is_inside);
+        }
+        return _rows + row_index_in_window;
+    }
 
     /// Moves the band down by a row unless it stands at the bottom; nothing is read yet.
     bool next() {
@@ -70,6 +76,7 @@ class OX_API RowWindow {
     }
 
   private:
+    void _prepareRow(bool is_inside);
     void _update();
     void _rotate(int kept);
     void _loadFromProducer(int kept);

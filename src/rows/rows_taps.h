@@ -31,26 +31,35 @@ struct alignas(64) RegisterBytes {
     std::array<std::uint8_t, 64> bytes;
 };
 
+/// What a source row is made of.
+struct TapRow {
+    std::size_t channels;  ///< interleaved, 1 to 4; a tap is a sample of its own channel
+    std::size_t pixels;
+};
+
 /// What an instruction set makes of an axis.
 struct TapProgram {
     std::vector<std::uint32_t> offsets;  ///< of what is read, and where weights are
     std::vector<RegisterBytes> tables;
-    std::size_t steps = 0;      ///< that a sum takes
-    std::size_t lane_sums = 1;  ///< partial sums of a pixel in a register
-    std::size_t pixels = 0;     ///< that are written: whole registers
-    std::size_t src_bytes = 0;  ///< that a source plane must have, zeros behind its pixels
+    std::size_t steps = 0;         ///< that a sum takes
+    std::size_t lane_sums = 1;     ///< partial sums of an entry in a register
+    std::size_t channels = 1;      ///< interleaved
+    std::size_t entries = 0;       ///< of the result: its samples
+    std::size_t whole_groups = 0;  ///< leading registers of results whose windows end in the row
+    bool has_high = false;         ///< whether weights are more than a byte
+    std::size_t src_bytes = 0;  ///< that the source must have, zeros behind its row if that is less
+    std::size_t dst_bytes = 0;  ///< that are written
     int shift = 0;
 };
 
 /// @return false if the instruction set has no program for such an axis
 /// @throws std::bad_alloc
-using CompileTaps = bool(TapAxis const& axis, TapProgram& program);
+using CompileTaps = bool(TapAxis const& axis, TapRow row, TapProgram& program);
 
-/// clamp(sum >> shift) to 0 and 255; sums wrap in 32 bits.
-/// @param planes how many planes are summed alike, up to 4
-/// @param src, dst a row of each, with `src_bytes` and room for `pixels` bytes
-using SumTaps = void(TapProgram const& program, std::size_t planes, std::uint8_t const* const* src,
-                     std::uint8_t* const* dst);
+/// clamp(sum >> shift) to 0 and 255; sums wrap in 32 bits. Taps behind the row add nothing.
+/// @param src `src_bytes` of the program
+/// @param dst `dst_bytes`, of which those behind the entries are of no use
+using SumTaps = void(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst);
 
 /// The rows that a row is summed from.
 struct RowTaps {
