@@ -53,6 +53,7 @@ struct Routines {
     AverageAreaRow* averageAreaRow;
     CompileFloatColumns* compileFloatColumns;
     BlendFloatColumns* blendFloatColumns;
+    BlendFloatPairRows* blendFloatPairRows;
     BlendFloatRows* blendFloatRows;
 };
 

@@ -26,9 +26,47 @@ HWY_INLINE std::size_t lanes() {
     return hn::Lanes(TagF32());
 }
 
-HWY_INLINE VF32 blend(VF32 first, VF32 second, VF32 weight) {
-    VF32 const rest = hn::Sub(hn::Set(TagF32(), 1.0F), weight);
+template <class V>
+HWY_INLINE V blend(V first, V second, V weight) {
+    V const rest = hn::Sub(hn::Set(hn::DFromV<V>(), 1.0F), weight);
     return hn::MulAdd(first, rest, hn::Mul(weight, second));
+}
+
+// The two samples of an entry are neighbours in rows of one channel, and come by one load.
+
+using PairsTag = hn::Full128<float>;
+constexpr std::size_t pairsOfBlock = 4;
+
+HWY_INLINE hn::Vec<PairsTag> blendPairs(float const* src, std::int32_t const* places,
+                                        hn::Vec<PairsTag> weight) {
+    PairsTag const d;
+    auto const pair = [=](std::size_t i)
+                          HWY_ATTR { return hn::LoadU(hn::Half<PairsTag>(), src + places[i]); };
+    auto const lower = hn::Combine(d, pair(1), pair(0));
+    auto const upper = hn::Combine(d, pair(3), pair(2));
+    return blend(hn::ConcatEven(d, upper, lower), hn::ConcatOdd(d, upper, lower), weight);
+}
+
+void blendFloatPairs(FloatColumns columns, float const* src, float* sums) {
+    PairsTag const d;
+    walkShortBlocks(columns.entries, pairsOfBlock, [=](std::size_t k) HWY_ATTR {
+        auto const weight = hn::LoadU(d, columns.weight + k);
+        hn::StoreU(blendPairs(src, columns.first + k, weight), d, sums + k);
+    });
+}
+
+void blendFloatPairRows(FloatColumns const& columns, float const* top, float const* bottom,
+                        float weight, float* dst) {
+    PairsTag const d;
+    auto const second_weight = hn::Set(d, weight);
+    std::int32_t const* const first = columns.first;
+    float const* const weights = columns.weight;
+    walkShortBlocks(columns.entries, pairsOfBlock, [=](std::size_t k) HWY_ATTR {
+        auto const column_weight = hn::LoadU(d, weights + k);
+        hn::StoreU(blend(blendPairs(top, first + k, column_weight),
+                         blendPairs(bottom, first + k, column_weight), second_weight),
+                   d, dst + k);
+    });
 }
 
 #if HWY_TARGET == HWY_AVX3_DL
@@ -51,7 +89,9 @@ bool compileFloatColumns(FloatColumns const& columns, RowProgram& program) {
         columns.channels > most_channels) {
         return false;
     }
-    if (program.steps != 0) {
+    constexpr std::uint64_t sparse = 3;  // pixels apart: steps have few entries then
+    program.takesPairs = columns.channels == 1 && columns.rowElements / columns.entries >= sparse;
+    if (program.takesPairs || program.steps != 0) {
         return true;
     }
     program.offsets.Resize((2 + stepLanes) * mostSteps(columns), 64);
@@ -78,6 +118,9 @@ bool compileFloatColumns(FloatColumns const& columns, RowProgram& program) {
 
 void blendFloatColumns(RowProgram const& program, FloatColumns const& columns, float const* src,
                        float* sums) {
+    if (program.takesPairs) {
+        return blendFloatPairs(columns, src, sums);
+    }
     TagF32 const d;
     __m512i const pixel = _mm512_set1_epi32(static_cast<int>(columns.channels));
     std::int32_t const* step = program.offsets.data;
@@ -93,12 +136,16 @@ void blendFloatColumns(RowProgram const& program, FloatColumns const& columns, f
 
 #else
 
-bool compileFloatColumns(FloatColumns const& columns, RowProgram& /*program*/) {
+bool compileFloatColumns(FloatColumns const& columns, RowProgram& program) {
+    program.takesPairs = columns.channels == 1;
     return columns.entries >= lanes();
 }
 
-void blendFloatColumns(RowProgram const& /*program*/, FloatColumns const& columns, float const* src,
+void blendFloatColumns(RowProgram const& program, FloatColumns const& columns, float const* src,
                        float* sums) {
+    if (program.takesPairs) {
+        return blendFloatPairs(columns, src, sums);
+    }
     TagF32 const d;
     walkShortBlocks(columns.entries, lanes(), [&](std::size_t k) HWY_ATTR {
         auto const places = hn::LoadU(TagS32(), columns.first + k);
@@ -126,6 +173,7 @@ void takeRoutines([[maybe_unused]] Routines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.compileFloatColumns = compileFloatColumns;
     routines.blendFloatColumns = blendFloatColumns;
+    routines.blendFloatPairRows = blendFloatPairRows;
     routines.blendFloatRows = blendFloatRows;
 #endif
 }

@@ -12,8 +12,19 @@ void ResizerFloatBilinear::Run(float const* src, std::size_t srcStride, float* d
         Base::ResizerFloatBilinear::Run(src, srcStride, dst, dstStride);
         return;
     }
+    PlaneRows const source{src, srcStride};
+    PlaneRows const target{dst, dstStride};
+    // Buffered rows gain nothing where hardly any source row is used twice.
+    if (program.takesPairs && param.dstH <= param.srcH / 2) {
+        for (std::uint64_t row = 0; row < param.dstH; ++row) {
+            auto const first = static_cast<std::uint64_t>(iy[row]);
+            routines().blendFloatPairRows(columns, source[first], source[first + 1], ay[row],
+                                          target[row]);
+        }
+        return;
+    }
     walkBilinearRows(
-        param, iy, ay, PlaneRows{src, srcStride}, PlaneRows{dst, dstStride}, bx,
+        param, iy, ay, source, target, bx,
         [&](float const* row, float* sums) {
             routines().blendFloatColumns(program, columns, row, sums);
         },

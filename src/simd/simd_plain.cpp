@@ -112,6 +112,7 @@ Neon::Routines routines() {
         .averageAreaRow = nullptr,
         .compileFloatColumns = [](FloatColumns const&, RowProgram&) { return false; },
         .blendFloatColumns = nullptr,
+        .blendFloatPairRows = nullptr,
         .blendFloatRows = nullptr,
     };
 }

@@ -16,6 +16,7 @@ struct RowProgram {
     std::uint8_t const* weights = nullptr;  ///< the owner's, of bilinear rows of bytes
     std::uint64_t steps = 0;
     bool singleSteps = false;    ///< of averaged rows: each register takes one
+    bool takesPairs = false;     ///< of rows of floats: entries are loaded one by one
     std::uint64_t rowBytes = 0;  ///< of the source
     std::uint64_t entries = 0;   ///< of the result
     std::uint64_t channels = 0;
@@ -105,6 +106,9 @@ using CompileFloatColumns = bool(FloatColumns const& columns, RowProgram& progra
 /// fma(first, 1 - weight, weight * second). `sums` has 64 bytes of room behind its end.
 using BlendFloatColumns = void(RowProgram const& program, FloatColumns const& columns,
                                float const* src, float* sums);
+/// Both directions at once, of rows whose program takes pairs.
+using BlendFloatPairRows = void(FloatColumns const& columns, float const* top, float const* bottom,
+                                float weight, float* dst);
 /// fma(1 - weight, top, weight * bottom)
 using BlendFloatRows = void(float const* top, float const* bottom, float weight, std::size_t count,
                             float* dst);
