@@ -46,8 +46,8 @@ void walkBilinearRows(ResizerParam const& param, AlignedArray<std::int32_t> cons
             horizontal(src[static_cast<std::uint64_t>(row)], sums);
         }
     };
-    Sum* top = buffers[0].data;
-    Sum* bottom = buffers[1].data;
+    Sum* top = startOfLine(buffers[0].data);
+    Sum* bottom = startOfLine(buffers[1].data);
     std::int64_t held = std::numeric_limits<std::int64_t>::min();  // the source row in `top`
     for (std::uint64_t row = 0; row < param.dstH; ++row) {
         std::int64_t const wanted = iy[row];

@@ -125,6 +125,9 @@ void fillByteSamples(ByteAxis const& axis, std::int32_t* index, std::int32_t* we
 
 constexpr std::size_t pairsOfWindow = windowBytes / 2;
 
+/// A step has a table of places, and then one of weights.
+constexpr std::size_t pairTableBytes = 2 * windowBytes;
+
 /// Steps that `pairs` can need at most: a step ends when it has as many entries as fit, or when the
 /// next pixel lies about a window behind its start.
 std::uint64_t mostSteps(BytePairs const& pairs) {
@@ -203,12 +206,13 @@ void compilePairs(BytePairs const& pairs, RowProgram& program) {
         hn::Store(hn::Add(PermuteWindow(hn::Load(d, first), hn::Load(d, table.pixel)),
                           hn::Load(d, table.behind)),
                   d, places);
+        hn::Store(hn::LoadU(d, pairs.alpha + 2 * step[1]), d, places + windowBytes);
         std::uint64_t const entries =
             std::min<std::uint64_t>((end - x) * channels - phase, pairsOfWindow);
         x += (phase + entries) / channels;
         phase = (phase + entries) % channels;
         step += 2;
-        places += windowBytes;
+        places += pairTableBytes;
     }
     program.steps = static_cast<std::uint64_t>(step - program.offsets.data) / 2;
 }
@@ -216,9 +220,8 @@ void compilePairs(BytePairs const& pairs, RowProgram& program) {
 void compileBytePairs(BytePairs const& pairs, RowProgram& program) {
     program.entries = pairs.width * pairs.channels;
     program.rowBytes = pairs.rowBytes;
-    program.weights = pairs.alpha;
     program.offsets.Resize(2 * mostSteps(pairs), windowBytes);
-    program.tables.Resize(windowBytes * mostSteps(pairs), windowBytes);
+    program.tables.Resize(pairTableBytes * mostSteps(pairs), windowBytes);
     if (pairs.rowBytes < windowBytes) {
         program.scratch.Resize(windowBytes, windowBytes);
         std::memset(program.scratch.data, 0, windowBytes);
@@ -252,9 +255,10 @@ void blendBytePairs(RowProgram& program, std::uint8_t const* src, std::uint16_t*
     WindowTag const d;
     std::int32_t const* offset = program.offsets.data;
     std::uint8_t const* table = program.tables.data;
-    for (std::uint64_t i = 0; i < program.steps; ++i, offset += 2, table += windowBytes) {
+    std::uint64_t const steps = program.steps;
+    for (std::uint64_t i = 0; i < steps; ++i, offset += 2, table += pairTableBytes) {
         auto const bytes = PermuteWindow(hn::LoadU(d, src + offset[0]), hn::Load(d, table));
-        auto const sums = MulAddWindowPairs(bytes, hn::LoadU(d, program.weights + 2 * offset[1]));
+        auto const sums = MulAddWindowPairs(bytes, hn::Load(d, table + windowBytes));
         hn::StoreU(sums, WindowTag16(), row + offset[1]);
     }
 }

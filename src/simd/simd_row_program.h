@@ -12,8 +12,7 @@ namespace Simd {
 struct RowProgram {
     AlignedArray<std::int32_t> offsets;
     AlignedArray<std::uint8_t> tables;
-    AlignedArray<std::uint8_t> scratch;     ///< where a row, or its end, is shorter than a window
-    std::uint8_t const* weights = nullptr;  ///< the owner's, of bilinear rows of bytes
+    AlignedArray<std::uint8_t> scratch;  ///< where a row, or its end, is shorter than a window
     std::uint64_t steps = 0;
     bool singleSteps = false;    ///< of averaged rows: each register takes one
     bool takesPairs = false;     ///< of rows of floats: entries are loaded one by one
@@ -52,7 +51,7 @@ constexpr std::uint64_t mostVectorSamples = std::uint64_t{1} << 23;
 struct BytePairs {
     std::int32_t const*
         index;  ///< first source pixel of each pixel, -1 for none; with 64 bytes of room
-    std::uint8_t const* alpha;  ///< the two weights of each entry, with 64 bytes of room; kept
+    std::uint8_t const* alpha;  ///< the two weights of each entry, with 64 bytes of room
     std::uint64_t width;        ///< pixels of the result
     std::uint64_t channels;
     std::uint64_t rowBytes;  ///< of the source
