@@ -58,12 +58,8 @@ bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
     }
     std::size_t const entries = axis.pixels.size() * axis.channels;
     program.offsets.clear();
-    program.tables.clear();
-    program.weights.assign(entries + entriesOfWindow, 0);
+    program.steps.clear();
     program.row_room = entries + entriesOfWindow;
-    for (std::size_t entry = 0; entry < entries; ++entry) {
-        program.weights[entry] = axis.pixels[entry / axis.channels].weight;
-    }
     for (std::size_t entry = 0; entry < entries;) {
         std::size_t const start =
             std::min(byteOf(axis, entry, false), axis.row_bytes - windowBytes);
@@ -73,11 +69,12 @@ bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
         }
         program.offsets.push_back(static_cast<std::uint32_t>(start));
         program.offsets.push_back(static_cast<std::uint32_t>(entry));
-        RegisterBytes& places = program.tables.emplace_back();
+        BlendStep& step = program.steps.emplace_back();
         for (std::size_t i = 0; i < count; ++i) {
-            places.bytes[2 * i] = static_cast<std::uint8_t>(byteOf(axis, entry + i, false) - start);
-            places.bytes[2 * i + 1] =
+            step.places[2 * i] = static_cast<std::uint8_t>(byteOf(axis, entry + i, false) - start);
+            step.places[2 * i + 1] =
                 static_cast<std::uint8_t>(byteOf(axis, entry + i, true) - start);
+            step.weights[i] = axis.pixels[(entry + i) / axis.channels].weight;
         }
         entry += count;
     }
@@ -90,14 +87,13 @@ void blendColumns(BlendProgram const& program, std::uint8_t const* src, std::uin
     WindowTag16 const unsigned_words;
     hn::Half<WindowTag> const half;
     std::uint32_t const* offset = program.offsets.data();
-    for (RegisterBytes const& places : program.tables) {
+    for (BlendStep const& step : program.steps) {
         auto const pairs =
-            PermuteWindow(hn::LoadU(d, src + offset[0]), hn::Load(d, places.bytes.data()));
+            PermuteWindow(hn::LoadU(d, src + offset[0]), hn::Load(d, step.places.data()));
         auto const both = hn::BitCast(unsigned_words, pairs);
         auto const left = hn::BitCast(words, hn::And(both, hn::Set(unsigned_words, 0xff)));
         auto const right = hn::BitCast(words, hn::ShiftRight<8>(both));
-        auto const weight =
-            hn::BitCast(words, hn::LoadU(unsigned_words, program.weights.data() + offset[1]));
+        auto const weight = hn::BitCast(words, hn::Load(unsigned_words, step.weights.data()));
         hn::StoreU(hn::DemoteTo(half, blend(words, left, right, weight)), half, dst + offset[1]);
         offset += 2;
     }

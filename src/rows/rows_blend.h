@@ -3,11 +3,10 @@
 
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
-
-#include "rows/rows_taps.h"
 
 namespace ox::rows {
 
@@ -25,12 +24,17 @@ struct BlendAxis {
     std::size_t row_bytes = 0;      ///< of the source
 };
 
+/// The pairs that come out of one window.
+struct alignas(64) BlendStep {
+    std::array<std::uint8_t, 64> places;
+    std::array<std::uint16_t, 32> weights;
+};
+
 /// What an instruction set makes of an axis.
 struct BlendProgram {
     std::vector<std::uint32_t> offsets;  ///< of each step: its window, its first entry
-    std::vector<RegisterBytes> tables;
-    std::vector<std::uint16_t> weights;  ///< of each entry, with room behind
-    std::size_t row_room = 0;            ///< bytes of a row that is written, with room behind
+    std::vector<BlendStep> steps;
+    std::size_t row_room = 0;  ///< bytes of a row that is written, with room behind
 };
 
 /// @return false if the instruction set has no program for such an axis
