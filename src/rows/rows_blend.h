@@ -27,13 +27,14 @@ struct BlendAxis {
 /// The pairs that come out of one window.
 struct alignas(64) BlendStep {
     std::array<std::uint8_t, 64> places;
-    std::array<std::uint16_t, 32> weights;
+    std::array<std::uint16_t, 32> weights;  ///< as they are, or two bytes where they are 64ths
 };
 
 /// What an instruction set makes of an axis.
 struct BlendProgram {
     std::vector<std::uint32_t> offsets;  ///< of each step: its window, its first entry
     std::vector<BlendStep> steps;
+    bool of_64 = false;        ///< whether all weights are whole 64ths
     std::size_t row_room = 0;  ///< bytes of a row that is written, with room behind
 };
 

@@ -139,6 +139,17 @@ HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
                    vmull_high_u8(bytes.raw, weights.raw)));
 }
 
+/// (a * (64 - weight) + b * weight) >> 6, for weights from 0 to 64.
+HWY_INLINE V8 BlendBy64ths(V8 a, V8 b, std::int8_t weight) {
+    uint8x16_t const second = vdupq_n_u8(static_cast<std::uint8_t>(weight));
+    uint8x16_t const first = vsubq_u8(vdupq_n_u8(64), second);
+    uint16x8_t const lower = vmull_u8(vget_low_u8(a.raw), vget_low_u8(first));
+    uint16x8_t const upper = vmull_high_u8(a.raw, first);
+    return V8(
+        vshrn_high_n_u16(vshrn_n_u16(vmlal_u8(lower, vget_low_u8(b.raw), vget_low_u8(second)), 6),
+                         vmlal_high_u8(upper, b.raw, second), 6));
+}
+
 /// Of the first and of the second half of the words.
 struct WordSums {
     int32x4_t lower;

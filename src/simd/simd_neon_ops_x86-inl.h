@@ -259,6 +259,14 @@ HWY_INLINE V16 MulAddBytePairs(V8 unsigned_bytes, std::int8_t even, std::int8_t 
 #endif
 }
 
+/// (a * (64 - weight) + b * weight) >> 6, for weights from 0 to 64.
+HWY_INLINE V8 BlendBy64ths(V8 a, V8 b, std::int8_t weight) {
+    auto const rest = static_cast<std::int8_t>(64 - weight);
+    V16 const lower = MulAddBytePairs(hn::InterleaveLower(a, b), rest, weight);
+    V16 const upper = MulAddBytePairs(hn::InterleaveUpper(Tag8(), a, b), rest, weight);
+    return PackUnsigned(hn::ShiftRight<6>(lower), hn::ShiftRight<6>(upper));
+}
+
 HWY_INLINE hn::Vec<Tag16> AverageOfFour(V8 top, V8 bottom) {
     V16 const sum = hn::Add(MulAddBytePairs(top, 1, 1), MulAddBytePairs(bottom, 1, 1));
     return hn::ShiftRight<2>(hn::BitCast(Tag16(), hn::Add(sum, hn::Set(TagS16(), 2))));

@@ -16,14 +16,16 @@ int blended(int a, int b, std::uint16_t weight) {
 class BlendRoutines : public RowRoutines {
   protected:
     // Pixels `scale` apart, of which the last stand alone, as at a picture's right edge.
-    rows::BlendAxis drawAxis(std::size_t pixels, double scale, std::size_t channels) {
+    // @param unit what weights are multiples of
+    rows::BlendAxis drawAxis(std::size_t pixels, double scale, std::size_t channels, int unit) {
         rows::BlendAxis axis;
         axis.channels = channels;
         auto const last = static_cast<std::int32_t>(static_cast<double>(pixels - 1) * scale);
         for (std::size_t i = 0; i < pixels; ++i) {
             auto const left = static_cast<std::int32_t>(static_cast<double>(i) * scale);
             axis.pixels.push_back(
-                {left, std::min(left + 1, last), static_cast<std::uint16_t>(random.next())});
+                {left, std::min(left + 1, last),
+                 static_cast<std::uint16_t>(random.between(0, 65535 / unit) * unit)});
         }
         axis.row_bytes = static_cast<std::size_t>(last + 1) * channels;
         return axis;
@@ -59,12 +61,29 @@ TEST_P(BlendRoutines, ColumnsOfEveryScale) {
     for (double const scale : {0.0, 0.1, 0.5, 0.7, 1.0, 1.5, 2.9, 7.0, 31.0, 100.0}) {
         for (std::size_t channels = 1; channels <= 4; ++channels) {
             for (std::size_t pixels = 1; pixels < 150; pixels += 1 + pixels / 8) {
-                checkColumns(drawAxis(pixels, scale, channels),
-                             pixels % 2 == 0 ? Guard::AtEnd : Guard::AtStart);
+                Guard const guard = pixels % 2 == 0 ? Guard::AtEnd : Guard::AtStart;
+                checkColumns(drawAxis(pixels, scale, channels, 1), guard);
+                checkColumns(drawAxis(pixels, scale, channels, 1024), guard);
                 if (HasFatalFailure()) {
                     return;
                 }
             }
+        }
+    }
+}
+
+// Every other time, one pixel among those of whole 64ths has another weight.
+TEST_P(BlendRoutines, ColumnsOfEvery64th) {
+    constexpr std::size_t pixels = 257;
+    for (int part = 0; part < 64; ++part) {
+        rows::BlendAxis axis = drawAxis(pixels, 1.0, 1, 1);
+        for (rows::PixelPair& pair : axis.pixels) {
+            pair.weight = static_cast<std::uint16_t>(1024 * part);
+        }
+        axis.pixels.back().weight = static_cast<std::uint16_t>(part % 2);
+        checkColumns(axis, Guard::AtEnd);
+        if (HasFatalFailure()) {
+            return;
         }
     }
 }
@@ -77,8 +96,9 @@ TEST_P(BlendRoutines, RowsOfEveryPair) {
         lower[i] = static_cast<std::uint8_t>(i);
     }
     std::vector<std::uint8_t> dst(values);
-    std::vector<std::uint16_t> const weights{0,     1,     255,   256,   21845, 32767,
-                                             32768, 32769, 43690, 65280, 65534, 65535};
+    std::vector<std::uint16_t> const weights{0,     1,     255,   256,   512,   1024,
+                                             16384, 21845, 32767, 32768, 32769, 43690,
+                                             49152, 64512, 65280, 65534, 65535};
     for (std::uint16_t const weight : weights) {
         for (std::size_t a = 0; a < values; ++a) {
             std::vector<std::uint8_t> const upper(values, static_cast<std::uint8_t>(a));
