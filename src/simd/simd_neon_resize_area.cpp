@@ -41,13 +41,15 @@ using Sums = hn::Vec<WindowTagS32>;
 constexpr std::size_t entriesOfWindow = windowBytes / 4;
 
 // A step adds a few samples to each entry, all out of one window. It has a table of their places,
-// and of their weights.
+// and of their weights. Where entries lie so far apart that a window has too few for a register,
+// each of them takes two of its lanes, and a block two registers.
 
 #if HWY_TARGET == HWY_AVX3_DL
 
 /// Bytes by weights in two parts, 256 * high + low.
 struct StepSums {
     static constexpr std::size_t samples = 4;
+    static constexpr std::size_t mostLanes = 2;
     static constexpr std::size_t tableBytes = 3 * windowBytes;
     static constexpr std::int32_t mostWeight = 127 * 256 + 127;
 
@@ -82,6 +84,7 @@ struct StepSums {
 
 struct StepSums {
     static constexpr std::size_t samples = 2;
+    static constexpr std::size_t mostLanes = 1;
     static constexpr std::size_t tableBytes = 2 * windowBytes;
     static constexpr std::int32_t mostWeight = std::numeric_limits<std::int16_t>::max();
 
@@ -112,43 +115,46 @@ struct StepSums {
 
 #endif
 
-/// Takes the next samples of an entry that lie in the window, as many as a step adds.
-void placeTaps(AreaColumns const& columns, AreaTaps& tap, std::uint64_t start, std::size_t entry,
-               std::uint8_t* table) {
-    for (std::size_t k = 0; k < StepSums::samples; ++k) {
+/// Takes the next samples of an entry that lie in the window, as many as fit `samples` from
+/// `first`.
+void placeTaps(AreaColumns const& columns, AreaTaps& tap, std::uint64_t start, std::size_t first,
+               std::size_t samples, std::uint8_t* table) {
+    for (std::size_t k = 0; k < samples; ++k) {
         if (tap.left == 0 || tap.at - start >= windowBytes) {
             return;
         }
-        StepSums::put(table, StepSums::samples * entry + k,
-                      static_cast<std::size_t>(tap.at - start), tap.next);
+        StepSums::put(table, first + k, static_cast<std::size_t>(tap.at - start), tap.next);
         tap.at += columns.channels;
         tap.left -= 1;
         tap.next = tap.left == 1 ? tap.last : columns.ax[0];
     }
 }
 
-/// Writes the steps of the entries from `entry`.
+/// Writes the steps of a register: of the entries from `entry`, of `entry_lanes` lanes each.
 /// @return how many steps there are; 0 if that is more than `capacity`
 std::uint64_t compileEntries(AreaColumns const& columns, std::uint64_t entry,
-                             std::uint64_t capacity, std::int32_t* window, std::uint8_t* table) {
+                             std::size_t entry_lanes, std::uint64_t capacity, std::int32_t* window,
+                             std::uint8_t* table) {
+    std::size_t const entries = entriesOfWindow / entry_lanes;
+    std::size_t const samples = StepSums::samples * entry_lanes;
     AreaTaps taps[entriesOfWindow];
-    for (std::size_t i = 0; i < entriesOfWindow; ++i) {
+    for (std::size_t i = 0; i < entries; ++i) {
         taps[i] = tapsOf(columns, (entry + i) / columns.channels, (entry + i) % columns.channels);
     }
     auto const isLeft = [](AreaTaps const& tap) { return tap.left > 0; };
     std::uint64_t steps = 0;
-    for (; std::any_of(taps, taps + entriesOfWindow, isLeft); ++steps, ++window) {
+    for (; std::any_of(taps, taps + entries, isLeft); ++steps, ++window) {
         if (steps == capacity) {
             return 0;
         }
         std::uint64_t start = columns.rowBytes - windowBytes;
-        for (AreaTaps const& tap : taps) {
-            start = isLeft(tap) ? std::min(start, tap.at) : start;
+        for (std::size_t i = 0; i < entries; ++i) {
+            start = isLeft(taps[i]) ? std::min(start, taps[i].at) : start;
         }
         *window = static_cast<std::int32_t>(start);
         StepSums::clear(table);
-        for (std::size_t i = 0; i < entriesOfWindow; ++i) {
-            placeTaps(columns, taps[i], start, i, table);
+        for (std::size_t i = 0; i < entries; ++i) {
+            placeTaps(columns, taps[i], start, samples * i, samples, table);
         }
         table += StepSums::tableBytes;
     }
@@ -161,14 +167,17 @@ std::uint64_t startOfEntries(std::uint64_t block, std::uint64_t entries) {
 
 /// @return false if the steps are more than `capacity`
 bool compileBlocks(AreaColumns const& columns, RowProgram& program, std::uint64_t capacity) {
-    program.offsets.Resize(program.steps + capacity, windowBytes);
+    std::uint64_t const registers = program.steps * program.entryLanes;
+    program.offsets.Resize(registers + capacity, windowBytes);
     program.tables.Resize(StepSums::tableBytes * capacity, windowBytes);
     std::int32_t* offset = program.offsets.data;
     std::uint8_t* table = program.tables.data;
     program.singleSteps = true;
-    for (std::uint64_t block = 0; block < program.steps; ++block) {
-        std::uint64_t const steps = compileEntries(columns, startOfEntries(block, program.entries),
-                                                   capacity, offset + 1, table);
+    for (std::uint64_t i = 0; i < registers; ++i) {
+        std::uint64_t const first = startOfEntries(i / program.entryLanes, program.entries) +
+                                    i % program.entryLanes * (entriesOfWindow / program.entryLanes);
+        std::uint64_t const steps =
+            compileEntries(columns, first, program.entryLanes, capacity, offset + 1, table);
         if (steps == 0) {
             return false;
         }
@@ -190,23 +199,25 @@ bool compileAreaColumns(AreaColumns const& columns, RowProgram& program) {
     program.entries = entries;
     program.channels = columns.channels;
     program.steps = (entries - 1) / entriesOfWindow + 1;
+    program.entryLanes =
+        columns.rowBytes > entries * (windowBytes / entriesOfWindow) ? StepSums::mostLanes : 1;
     std::uint64_t const samples = columns.rowBytes / columns.channels / columns.width + 2;
-    std::uint64_t capacity = program.steps * (samples / StepSums::samples + 1);
+    std::uint64_t capacity = program.steps * (samples / StepSums::samples + 2);
     while (!compileBlocks(columns, program, capacity)) {
         capacity *= 2;
     }
     return true;
 }
 
-/// The columns of a block's cells.
-struct BlockSteps {
+/// The columns of a register's cells.
+struct RegisterSteps {
     std::uint64_t count;
     std::int32_t const* offset;
     std::uint8_t const* table;
 };
 
-/// The sums of a block's cells in rows that weigh alike.
-HWY_INLINE Sums sumRows(BlockSteps const& steps, std::uint8_t const* row, std::size_t stride,
+/// The sums of a register's cells in rows that weigh alike.
+HWY_INLINE Sums sumRows(RegisterSteps const& steps, std::uint8_t const* row, std::size_t stride,
                         std::uint64_t rows) {
     StepSums sums = StepSums::none();
     std::uint8_t const* table = steps.table;
@@ -224,10 +235,10 @@ HWY_INLINE Sums times(Sums sums, std::int32_t weight) {
 }
 
 /// Rows that weigh alike are summed before they are weighted.
-HWY_INLINE Sums weighRows(BlockSteps const& steps, AreaRows const& rows) {
+HWY_INLINE Sums weighRows(RegisterSteps const& steps, AreaRows const& rows, std::int32_t rounding) {
     std::uint8_t const* const second = rows.first + rows.stride;
     std::uint64_t const inner = rows.more > 0 ? rows.more - 1 : 0;
-    Sums sum = hn::Set(WindowTagS32(), 1 << 21);
+    Sums sum = hn::Set(WindowTagS32(), rounding);
     if (rows.weight == rows.inner) {
         sum = hn::Add(sum, times(sumRows(steps, rows.first, rows.stride, inner + 1), rows.inner));
     } else {
@@ -243,39 +254,52 @@ HWY_INLINE Sums weighRows(BlockSteps const& steps, AreaRows const& rows) {
     return sum;
 }
 
-/// @tparam single each block has one step
-template <bool clamps, bool single>
-HWY_INLINE void averageRow(RowProgram const& program, AreaRows const& rows, std::uint8_t* dst) {
+/// @tparam single each register has one step
+/// @tparam entry_lanes of a register: 1 or 2
+template <bool clamps, bool single, std::size_t entry_lanes>
+void averageRow(RowProgram const& program, AreaRows const& rows, std::uint8_t* dst) {
     WindowTagS32 const d;
     hn::Rebind<std::uint8_t, WindowTagS32> const to;
     std::int32_t const* offset = program.offsets.data;
     std::uint8_t const* table = program.tables.data;
+    auto const weighRegister = [&]() HWY_ATTR {
+        RegisterSteps const steps{single ? 1 : static_cast<std::uint64_t>(*offset), offset + 1,
+                                  table};
+        offset += steps.count + 1;
+        table += StepSums::tableBytes * steps.count;
+        return weighRows(steps, rows, (1 << 21) / static_cast<std::int32_t>(entry_lanes));
+    };
     for (std::uint64_t block = 0; block < program.steps; ++block) {
-        BlockSteps const steps{single ? 1 : static_cast<std::uint64_t>(*offset), offset + 1, table};
-        Sums const mean = hn::ShiftRight<22>(weighRows(steps, rows));
+        Sums sums = weighRegister();
+        if constexpr (entry_lanes == 2) {
+            sums = AddNeighbours(sums, weighRegister());
+        }
+        Sums const mean = hn::ShiftRight<22>(sums);
         std::uint8_t* const target = dst + startOfEntries(block, program.entries);
         auto const stored = clamps ? mean : hn::And(mean, hn::Set(d, 0xff));
         hn::StoreU(hn::DemoteTo(to, stored), to, target);
-        offset += steps.count + 1;
-        table += StepSums::tableBytes * steps.count;
     }
+}
+
+template <bool clamps, bool single>
+AverageAreaRow* byLanes(RowProgram const& program) {
+    if constexpr (StepSums::mostLanes == 2) {
+        if (program.entryLanes == 2) {
+            return averageRow<clamps, single, 2>;
+        }
+    }
+    return averageRow<clamps, single, 1>;
 }
 
 template <bool clamps>
-void averageRowBySteps(RowProgram const& program, AreaRows const& rows, std::uint8_t* dst) {
-    if (program.singleSteps) {
-        averageRow<clamps, true>(program, rows, dst);
-    } else {
-        averageRow<clamps, false>(program, rows, dst);
-    }
+AverageAreaRow* bySteps(RowProgram const& program) {
+    return program.singleSteps ? byLanes<clamps, true>(program) : byLanes<clamps, false>(program);
 }
 
 void averageAreaRow(RowProgram const& program, AreaRows const& rows, std::uint8_t* dst) {
-    if (program.channels >= 3) {
-        averageRowBySteps<true>(program, rows, dst);
-    } else {
-        averageRowBySteps<false>(program, rows, dst);
-    }
+    AverageAreaRow* const average =
+        program.channels >= 3 ? bySteps<true>(program) : bySteps<false>(program);
+    average(program, rows, dst);
 }
 
 #endif

@@ -14,10 +14,11 @@ struct RowProgram {
     AlignedArray<std::uint8_t> tables;
     AlignedArray<std::uint8_t> scratch;  ///< where a row, or its end, is shorter than a window
     std::uint64_t steps = 0;
-    bool singleSteps = false;    ///< of averaged rows: each register takes one
-    bool takesPairs = false;     ///< of rows of floats: entries are loaded one by one
-    std::uint64_t rowBytes = 0;  ///< of the source
-    std::uint64_t entries = 0;   ///< of the result
+    bool singleSteps = false;      ///< of averaged rows: each register takes one
+    std::uint64_t entryLanes = 1;  ///< of averaged rows: in each register
+    bool takesPairs = false;       ///< of rows of floats: entries are loaded one by one
+    std::uint64_t rowBytes = 0;    ///< of the source
+    std::uint64_t entries = 0;     ///< of the result
     std::uint64_t channels = 0;
 };
 
