@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include "simd/simd_neon_ops-inl.h"
 #include "simd/simd_neon_walk-inl.h"
@@ -37,6 +38,7 @@ bool compilePixels(PixelColumns const& columns, RowProgram& program) {
     std::int32_t* step = program.offsets.data;
     std::uint8_t* places = program.tables.data;
     std::uint64_t used = windowBytes;  // bytes of the step
+    program.stepBytes = 0;
     for (std::uint64_t x = 0; x < columns.width; ++x) {
         std::int32_t const offset = columns.offset[x];
         if (used + size > windowBytes ||
@@ -53,35 +55,59 @@ bool compilePixels(PixelColumns const& columns, RowProgram& program) {
                 static_cast<std::uint8_t>(static_cast<std::uint64_t>(offset - step[0]) + i);
         }
         used += size;
+        program.stepBytes = std::max(program.stepBytes, used);
     }
     program.steps = static_cast<std::uint64_t>(step - program.offsets.data) / 2 + 1;
     return true;
 }
 
-/// A step stores a whole window, of which the next one overwrites what isn't its own; those that
+/// As many of a register's bytes as `d` has.
+template <class D, class V>
+HWY_INLINE auto lowerPart(D d, V v) {
+    if constexpr (std::is_same_v<hn::DFromV<V>, D>) {
+        return v;
+    } else {
+        return lowerPart(d, hn::LowerHalf(v));
+    }
+}
+
+/// A step stores a whole register, of which the next one overwrites what isn't its own; those that
 /// would reach past the row's end go through the scratch row.
-void copyPixels(RowProgram& program, std::uint8_t const* src, std::uint8_t* dst) {
-    WindowTag const d;
+/// @tparam D of the registers, which may be the lower part of a window
+template <class D>
+HWY_INLINE void copySteps(D d, RowProgram const& program, std::uint8_t const* src,
+                          std::uint8_t* dst) {
+    WindowTag const window;
     std::int32_t const* offset = program.offsets.data;
+    std::int32_t const* const end = offset + 2 * program.steps;
     std::uint8_t const* table = program.tables.data;
-    std::uint64_t i = 0;
     auto const run = [&](std::uint8_t* to) HWY_ATTR {
-        hn::StoreU(PermuteWindow(hn::LoadU(d, src + offset[0]), hn::Load(d, table)), d,
-                   to + offset[1]);
+        auto const bytes =
+            PermuteWindow(hn::LoadU(window, src + offset[0]), hn::Load(window, table));
+        hn::StoreU(lowerPart(d, bytes), d, to + offset[1]);
         offset += 2;
         table += windowBytes;
-        ++i;
     };
-    while (i < program.steps &&
-           static_cast<std::uint64_t>(offset[1]) + windowBytes <= program.entries) {
+    std::uint64_t const entries = program.entries;
+    while (offset < end && static_cast<std::uint64_t>(offset[1]) + hn::Lanes(d) <= entries) {
         run(dst);
     }
-    if (i < program.steps) {
+    if (offset < end) {
         auto const rest = static_cast<std::uint64_t>(offset[1]);
-        while (i < program.steps) {
+        while (offset < end) {
             run(program.scratch.data);
         }
-        std::memcpy(dst + rest, program.scratch.data + rest, program.entries - rest);
+        std::memcpy(dst + rest, program.scratch.data + rest, entries - rest);
+    }
+}
+
+/// Where pixels lie far apart, steps have few bytes, and short stores seldom straddle cache lines.
+void copyPixels(RowProgram& program, std::uint8_t const* src, std::uint8_t* dst) {
+    hn::CappedTag<std::uint8_t, 16> const narrow;
+    if (program.stepBytes <= hn::Lanes(narrow)) {
+        copySteps(narrow, program, src, dst);
+    } else {
+        copySteps(WindowTag(), program, src, dst);
     }
 }
 

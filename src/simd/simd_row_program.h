@@ -14,6 +14,7 @@ struct RowProgram {
     AlignedArray<std::uint8_t> tables;
     AlignedArray<std::uint8_t> scratch;  ///< where a row, or its end, is shorter than a window
     std::uint64_t steps = 0;
+    std::uint64_t stepBytes = 0;   ///< of copied pixels: the most that a step has
     bool singleSteps = false;      ///< of averaged rows: each register takes one
     std::uint64_t entryLanes = 1;  ///< of averaged rows: in each register
     bool takesPairs = false;       ///< of rows of floats: entries are loaded one by one
