@@ -141,7 +141,7 @@ void RowWindow::reuse(IRowProducer& producer, int window_size) {
 }
 
 /// What `rowData` does where it can't hand out a row at once.
-void RowWindow::_prepareRow(bool is_inside) {
+void RowWindow::prepareRow(bool is_inside) {
     if (!is_inside) {
         impl::throwAssertion("rowData", file, __LINE__,
                              "0 <= row_index_in_window && row_index_in_window < _window_size");

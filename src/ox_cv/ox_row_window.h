@@ -55,7 +55,7 @@ class OX_API RowWindow {
     RowData* rowData(int row_index_in_window) {
         bool const is_inside = 0 <= row_index_in_window && row_index_in_window < _window_size;
         if (!is_inside || _loaded_end != _first_row + _window_size) {
-            _prepareRow(is_inside);
+            prepareRow(is_inside);
         }
         return _rows + row_index_in_window;
     }
@@ -76,7 +76,7 @@ class OX_API RowWindow {
     }
 
   private:
-    void _prepareRow(bool is_inside);
+    void prepareRow(bool is_inside);  // part of the interface, as `rowData` is inlined
     void _update();
     void _rotate(int kept);
     void _loadFromProducer(int kept);
