@@ -130,14 +130,14 @@ void placeTaps(AreaColumns const& columns, AreaTaps& tap, std::uint64_t start, s
     }
 }
 
-/// Writes the steps of a register: of the entries from `entry`, of `entry_lanes` lanes each.
+/// Writes the steps of a register: of the entries from `entry`.
 /// @return how many steps there are; 0 if that is more than `capacity`
+template <std::size_t entry_lanes>
 std::uint64_t compileEntries(AreaColumns const& columns, std::uint64_t entry,
-                             std::size_t entry_lanes, std::uint64_t capacity, std::int32_t* window,
-                             std::uint8_t* table) {
-    std::size_t const entries = entriesOfWindow / entry_lanes;
-    std::size_t const samples = StepSums::samples * entry_lanes;
-    AreaTaps taps[entriesOfWindow];
+                             std::uint64_t capacity, std::int32_t* window, std::uint8_t* table) {
+    constexpr std::size_t entries = entriesOfWindow / entry_lanes;
+    constexpr std::size_t samples = StepSums::samples * entry_lanes;
+    AreaTaps taps[entries];
     for (std::size_t i = 0; i < entries; ++i) {
         taps[i] = tapsOf(columns, (entry + i) / columns.channels, (entry + i) % columns.channels);
     }
@@ -166,18 +166,19 @@ std::uint64_t startOfEntries(std::uint64_t block, std::uint64_t entries) {
 }
 
 /// @return false if the steps are more than `capacity`
+template <std::size_t entry_lanes>
 bool compileBlocks(AreaColumns const& columns, RowProgram& program, std::uint64_t capacity) {
-    std::uint64_t const registers = program.steps * program.entryLanes;
+    std::uint64_t const registers = program.steps * entry_lanes;
     program.offsets.Resize(registers + capacity, windowBytes);
     program.tables.Resize(StepSums::tableBytes * capacity, windowBytes);
     std::int32_t* offset = program.offsets.data;
     std::uint8_t* table = program.tables.data;
     program.singleSteps = true;
     for (std::uint64_t i = 0; i < registers; ++i) {
-        std::uint64_t const first = startOfEntries(i / program.entryLanes, program.entries) +
-                                    i % program.entryLanes * (entriesOfWindow / program.entryLanes);
+        std::uint64_t const first = startOfEntries(i / entry_lanes, program.entries) +
+                                    i % entry_lanes * (entriesOfWindow / entry_lanes);
         std::uint64_t const steps =
-            compileEntries(columns, first, program.entryLanes, capacity, offset + 1, table);
+            compileEntries<entry_lanes>(columns, first, capacity, offset + 1, table);
         if (steps == 0) {
             return false;
         }
@@ -203,7 +204,9 @@ bool compileAreaColumns(AreaColumns const& columns, RowProgram& program) {
         columns.rowBytes > entries * (windowBytes / entriesOfWindow) ? StepSums::mostLanes : 1;
     std::uint64_t const samples = columns.rowBytes / columns.channels / columns.width + 2;
     std::uint64_t capacity = program.steps * (samples / StepSums::samples + 2);
-    while (!compileBlocks(columns, program, capacity)) {
+    auto* const compile =
+        program.entryLanes == 1 ? compileBlocks<1> : compileBlocks<StepSums::mostLanes>;
+    while (!compile(columns, program, capacity)) {
         capacity *= 2;
     }
     return true;
