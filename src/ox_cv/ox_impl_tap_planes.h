@@ -26,8 +26,8 @@ class TapPlanes {
 
   private:
     rows::TapProgram _program;
-    bool _as_it_is =
-        false;  ///< whether the program takes interleaved rows, and no room behind them
+    /// Whether the program takes interleaved rows, and no room behind them.
+    bool _as_it_is = false;
     std::size_t _channels = 0;
     std::size_t _src_pixels = 0;
     std::size_t _dst_pixels = 0;
