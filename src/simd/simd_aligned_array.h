@@ -52,8 +52,9 @@ class AlignedArray {
     std::uint64_t size = 0;  ///< elements
 };
 
-/// The start of the cache line that an array begins in, which belongs to its block; with as much room
-/// as the array has. Registers of 64 bytes from there on don't straddle lines, which would cost.
+/// The start of the cache line that an array begins in, which belongs to its block; with as much
+/// room as the array has. Registers of 64 bytes from there on don't straddle lines, which would
+/// cost.
 template <class T>
 T* startOfLine(T* data) {
     constexpr std::uintptr_t line = 64;
