@@ -19,8 +19,10 @@ class OX_API DeviceContext {
     /// The context of another device; copies share `state`.
     DeviceContext(std::uint64_t identity, std::shared_ptr<void> state);
     DeviceContext(DeviceContext const& other);
+    /// Takes the state over: `other` is then the CPU context, as newly made.
     DeviceContext(DeviceContext&& other) noexcept;
     DeviceContext& operator=(DeviceContext const& other);
+    /// The same; a context moved to itself stays.
     DeviceContext& operator=(DeviceContext&& other) noexcept;
     ~DeviceContext();
 

@@ -62,14 +62,29 @@ bool contains(Size size, Rect region) {
 }  // namespace
 
 Frame::Frame(Frame const& other) = default;
-Frame::Frame(Frame&& other) noexcept = default;
 Frame& Frame::operator=(Frame const& other) = default;
-Frame& Frame::operator=(Frame&& other) noexcept = default;
+
+Frame::Frame(Frame&& other) noexcept
+    : _layout(std::exchange(other._layout, FrameLayout())), _buffer(std::move(other._buffer)) {
+    std::swap(_wrapped, other._wrapped);
+}
+
+Frame& Frame::operator=(Frame&& other) noexcept {
+    Frame taken(std::move(other));
+    std::swap(_layout, taken._layout);
+    _buffer.swap(taken._buffer);
+    std::swap(_wrapped, taken._wrapped);
+    return *this;
+}
+
 Frame::~Frame() = default;
 
 Frame Frame::wrap(FrameLayout const& layout, unsigned char* const* planes) {
     if (layout.planeCount == 0) {
         fail(StatusInvalidParameter, "wrap", __LINE__, "layout has no planes.");
+    }
+    if (layout.size.width < 0 || layout.size.height < 0) {
+        fail(StatusInvalidParameter, "wrap", __LINE__, "size is below zero.");
     }
     Frame frame;
     frame._layout = FrameLayout(layout.format, layout.size, 1);

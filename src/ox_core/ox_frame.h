@@ -20,8 +20,10 @@ class OX_API Frame {
     // Out of line, like all that counts references: their code would be many times in every
     // program.
     Frame(Frame const& other);
+    /// Takes the handle over: `other` is then as newly made, and can be armed again by `reuse`.
     Frame(Frame&& other) noexcept;
     Frame& operator=(Frame const& other);
+    /// The same; a frame moved to itself keeps its pixels.
     Frame& operator=(Frame&& other) noexcept;
     ~Frame();
 
@@ -30,8 +32,8 @@ class OX_API Frame {
     ///        plane sizes are ignored
     /// @param planes one address per plane
     /// @throws Exception `StatusInvalidParameter` if the layout has no planes, isn't that of its
-    ///         format and size, or a stride is smaller than the row's bytes; `StatusNullPointer` if
-    ///         an address is null
+    ///         format and size, a side is below zero, or a stride is smaller than the row's bytes;
+    ///         `StatusNullPointer` if an address is null
     static Frame wrap(FrameLayout const& layout, unsigned char* const* planes);
 
     bool initialized() const { return _layout.planeCount != 0; }

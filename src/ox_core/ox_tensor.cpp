@@ -37,6 +37,21 @@ TensorLayout::TensorLayout(TensorDataType data_type, TensorFormat format, Tensor
     }
 }
 
+Tensor::Tensor(Tensor const& other) = default;
+Tensor& Tensor::operator=(Tensor const& other) = default;
+
+Tensor::Tensor(Tensor&& other) noexcept
+    : _layout(std::exchange(other._layout, TensorLayout())), _buffer(std::move(other._buffer)) {}
+
+Tensor& Tensor::operator=(Tensor&& other) noexcept {
+    Tensor taken(std::move(other));
+    std::swap(_layout, taken._layout);
+    _buffer.swap(taken._buffer);
+    return *this;
+}
+
+Tensor::~Tensor() = default;
+
 DeviceContext Tensor::deviceContext() const {
     return initialized() ? _buffer->context : DeviceContext();
 }

@@ -69,6 +69,13 @@ class OX_API Tensor {
   public:
     /// A tensor without storage.
     Tensor() = default;
+    Tensor(Tensor const& other);
+    /// Takes the handle over: `other` is then as newly made, and can be armed again by `reuse`.
+    Tensor(Tensor&& other) noexcept;
+    Tensor& operator=(Tensor const& other);
+    /// The same; a tensor moved to itself keeps its storage.
+    Tensor& operator=(Tensor&& other) noexcept;
+    ~Tensor();
 
     bool initialized() const { return _buffer && _buffer->data != nullptr; }
     TensorLayout const& layout() const { return _layout; }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 
 #include "ox_core/ox_frame.h"
@@ -77,6 +78,28 @@ TEST(FrameWrap, RefusesGeometryThatIsNotTheFormats) {
     refused([](FrameLayout& layout) { layout.plane[1].bits = 16; });
     refused([](FrameLayout& layout) { layout.plane[1].channels = 1; });
     refused([](FrameLayout& layout) { layout.plane[0].rowBytes = 3; });
+}
+
+// Row loops would run the wrong way, or on and on.
+TEST(FrameWrap, RefusesSidesBelowZero) {
+    unsigned char memory[64];
+    unsigned char* const planes[] = {memory, memory, memory, memory};
+    for (FrameFormat const format : allFormats()) {
+        SCOPED_TRACE(toString(format));
+        for (Size const size :
+             {Size{-1, 4}, Size{4, -1}, Size{-3, -2}, Size{std::numeric_limits<int>::min(), 1}}) {
+            expectException(StatusInvalidParameter,
+                            "Failure in Frame::wrap(...) : size is below zero.",
+                            [&] { Frame::wrap(FrameLayout(format, size, 1), planes); });
+        }
+        for (Size const size : {Size{0, 4}, Size{4, 0}, Size{0, 0}}) {
+            EXPECT_EQ(Frame::wrap(FrameLayout(format, size, 64), planes).size(), size);
+        }
+    }
+    expectException(StatusInvalidParameter, "Failure in Frame::wrap(...) : layout has no planes.",
+                    [&] {
+                        Frame::wrap(FrameLayout(FRAME_FORMAT_NONE, {-1, 4}, 1), planes);
+                    });
 }
 
 TEST(FrameWrap, OffsetsAndPlaneSizesOfTheLayoutDoNotCount) {
