@@ -48,7 +48,6 @@ class OX_API FormatConverter : public IRowProducer {
     void _yieldNothing(FrameLayout const& src_layout);
 
     bool _initialized = false;                 ///< a conversion has been armed
-    Frame const* _frame = nullptr;             ///< its source, if that is a frame
     FrameLayout const* _src_layout = nullptr;  ///< the source's; null before the first `reuse`
     FrameLayout _dst_layout;
     std::int32_t _row = 0;  ///< current row
@@ -56,6 +55,7 @@ class OX_API FormatConverter : public IRowProducer {
     RowData const* _window_rows[2]{};  ///< what a conversion function gets
     RowCopier _copier;                 ///< the way for equal formats
     std::unique_ptr<ImplFormatConverter> _context;
+    Frame const* _frame = nullptr;  ///< the conversion's source, if that is a frame
 };
 
 }  // namespace ox

@@ -182,7 +182,8 @@ void ImplFormatConverter::reuse(FrameFormat src_format, FrameFormat dst_format, 
 }
 
 void ImplFormatConverter::produce(RowData const* const* rows, RowData& row) const {
-    if (function != nullptr) {
+    // A producer of the caller's own may claim a width below zero; the row loops count up to it.
+    if (function != nullptr && width > 0) {
         function(rows, row, width, this);
     }
 }

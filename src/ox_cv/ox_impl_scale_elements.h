@@ -186,7 +186,7 @@ class InsideRow {
 };
 
 /// Reads elements anywhere: a sample behind the row is the same channel of the last whole element,
-/// an entry behind the table its last one.
+/// or 0 if the row has none; an entry behind the table is its last one.
 class RowEnd {
   public:
     explicit RowEnd(RowPlan const& plan)
@@ -196,6 +196,9 @@ class RowEnd {
     Sample sample(unsigned char const* row, std::int64_t element, int channel) const {
         std::int64_t index = element * Channels + channel;
         if (index >= _samples) {
+            if (_samples < Channels) {
+                return 0;
+            }
             index = (_samples / Channels - 1) * Channels + channel;
         }
         return loadSample<Sample>(row, index);

@@ -54,21 +54,23 @@ void buildBilinearTable(std::int32_t src, std::int32_t dst, std::vector<std::int
               [](std::int32_t position) { return std::max(position, 0); });
 }
 
-void buildAreaTable(std::int32_t src, std::int32_t dst, int shift, AreaTable& table) {
+std::uint16_t buildAreaTable(std::int32_t src, std::int32_t dst, int shift,
+                             std::vector<AreaWeight>& weights) {
     std::int32_t const one = 1 << shift;
     std::int32_t const ratio = wrappingShift(dst, shift) / src;
-    resizeTable(table.weights, std::int64_t{dst} + 1, file);
-    table.full_weight = static_cast<std::uint16_t>(std::min(one, ratio));
+    resizeTable(weights, std::int64_t{dst} + 1, file);
+    auto const full_weight = static_cast<std::uint16_t>(std::min(one, ratio));
     for (std::int32_t i = 0; i < dst; ++i) {
         auto const index = static_cast<std::int32_t>(std::int64_t{i} * src / dst);
         // The part of sample `index`, in destination cells, that lies in cell i.
         std::int32_t const overlap = wrappingSubtract(
             wrappingMultiply(ratio, wrappingAdd(index, 1)), wrappingShift(i, shift));
-        table.weights[static_cast<std::size_t>(i)] = {
+        weights[static_cast<std::size_t>(i)] = {
             static_cast<std::uint16_t>(index),
             static_cast<std::uint16_t>(std::clamp(overlap, 0, one))};
     }
-    table.weights.back() = {static_cast<std::uint16_t>(src), table.full_weight};
+    weights.back() = {static_cast<std::uint16_t>(src), full_weight};
+    return full_weight;
 }
 
 }  // namespace ox::impl

@@ -29,12 +29,6 @@ struct AreaWeight {
     std::uint16_t weight;  ///< how much of that sample's full weight belongs to the cell
 };
 
-/// Weights of one axis.
-struct AreaTable {
-    std::vector<AreaWeight> weights;  ///< one entry per destination sample, and one more
-    std::uint16_t full_weight = 0;    ///< of a source sample that lies wholly in a cell
-};
-
 /// Source sample under the centre of each destination sample: (i + 1/2) src / dst.
 /// @throws Exception `StatusCapacityExceeded` if memory is exhausted, as all three
 void buildNearestTable(std::int32_t src, std::int32_t dst, std::vector<std::uint16_t>& table);
@@ -42,7 +36,10 @@ void buildNearestTable(std::int32_t src, std::int32_t dst, std::vector<std::uint
 /// 16.16 source coordinate of each destination sample: (i + 1/2) src / dst - 1/2, at least 0.
 void buildBilinearTable(std::int32_t src, std::int32_t dst, std::vector<std::int32_t>& table);
 
-/// Overlap of the first source sample of each destination cell, with `shift` fractional bits.
-void buildAreaTable(std::int32_t src, std::int32_t dst, int shift, AreaTable& table);
+/// Overlap of the first source sample of each destination cell, with `shift` fractional bits: one
+/// entry per destination sample, and one more.
+/// @return the full weight: that of a source sample that lies wholly in a cell
+std::uint16_t buildAreaTable(std::int32_t src, std::int32_t dst, int shift,
+                             std::vector<AreaWeight>& weights);
 
 }  // namespace ox::impl

@@ -6,6 +6,7 @@
 #include "ox_core/ox_impl_assert.h"
 #include "ox_core/ox_impl_format_facts.h"
 #include "ox_core/ox_impl_sizes.h"
+#include "ox_cv/ox_impl_passed_rows.h"
 #include "ox_cv/ox_impl_row_cursor.h"
 
 namespace ox {
@@ -78,8 +79,8 @@ void RowWindow::_placeRings(FrameLayout const& layout, int window_size) {
         for (int i = 0; i < layout.planeCount; ++i) {
             FramePlane const& plane = layout.plane[i];
             std::uint64_t const row_bytes =
-                std::max({static_cast<std::uint64_t>(std::max<std::int64_t>(plane.stride, 0)),
-                          plane.rowBytes, usual.plane[i].rowBytes});
+                std::max(static_cast<std::uint64_t>(std::max<std::int64_t>(plane.stride, 0)),
+                         impl::heldRowBytes(plane, usual.plane[i]));
             _ring_index[i] = 0;
             _row_mask[i] = rowMask(layout.size.height, plane.height);
             _plane_stride[i] = impl::roundUpBytes(row_bytes, impl::defaultAlignment);

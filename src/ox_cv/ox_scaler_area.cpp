@@ -8,6 +8,7 @@
 #include "ox_cv/ox_impl_area_rows.h"
 #include "ox_cv/ox_impl_area_taps.h"
 #include "ox_cv/ox_impl_blend_planes.h"
+#include "ox_cv/ox_impl_passed_rows.h"
 #include "ox_cv/ox_impl_scale_tables.h"
 #include "ox_cv/ox_impl_state.h"
 #include "ox_cv/ox_impl_tap_planes.h"
@@ -32,8 +33,10 @@ struct ScalerAreaX::State {
     FrameLayout _src_layout;
     FrameLayout _dst_layout;
     RowWindow _window;
-    impl::AreaTable _weights;
-    int _shift = initialShift;
+    std::vector<impl::AreaWeight> _weights;
+    std::int32_t _shift = initialShift;
+    std::uint16_t _full_weight = 0;
+    impl::PassedRows _passed;
     impl::PlaneRows<impl::SumColumns<impl::AreaDown>> _planes;
     enum class Way { Loop, Taps, Blend };
     Way _ways[3] = {};            ///< of each plane
@@ -42,7 +45,7 @@ struct ScalerAreaX::State {
     FrameLayout _ways_layout;     ///< of the source that they were made for
     int _ways_shift = 0;
 
-    impl::AreaAxis axis() const { return {_weights.weights.data(), _weights.full_weight, _shift}; }
+    impl::AreaAxis axis() const { return {_weights.data(), _full_weight, _shift}; }
     void prepare(FrameLayout const& src_layout, int dst_width, ScalerPrecision precision);
     bool scalesUp(int plane) const {
         return _dst_layout.plane[plane].width >= _src_layout.plane[0].width;
@@ -66,7 +69,7 @@ struct ScalerAreaX::State {
 void ScalerAreaX::State::planPlanes() {
     using Down = impl::SumColumns<impl::AreaDown>;
     using Up = impl::SumColumns<impl::AreaUp>;
-    _planes.plan(_src_layout, _dst_layout, _weights.weights.size(), [&](int plane, std::int64_t i) {
+    _planes.plan(_src_layout, _dst_layout, _weights.size(), [&](int plane, std::int64_t i) {
         return scalesUp(plane) ? Up::lastElement(axis(), i) : Down::lastElement(axis(), i);
     });
     for (int i = 0; i < 3; ++i) {
@@ -128,11 +131,12 @@ void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
         src_size.width == _src_layout.size.width && dst_width == _dst_layout.size.width;
     if (!same_table) {
         _dst_layout.clear();  // until the table stands, no later call may take it as built
-        impl::buildAreaTable(src_size.width, dst_width, _shift, _weights);
+        _full_weight = impl::buildAreaTable(src_size.width, dst_width, _shift, _weights);
     }
     _src_layout = src_layout;
     _dst_layout =
         FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::defaultAlignment);
+    _passed.plan(_src_layout, _dst_layout);
     planPlanes();
     if (!same_table || _ways_shift != _shift || !impl::sameRows(_ways_layout, src_layout)) {
         _ways_layout.clear();
@@ -183,7 +187,7 @@ void ScalerAreaX::produce(RowData& dst) {
     RowData const& src = *_state->_window.rowData(0);
     FrameLayout const& layout = _state->_dst_layout;
     if (_state->_src_layout.plane[0].width == layout.plane[0].width) {
-        copyRowData(layout, src, dst);
+        _state->_passed.copy(src, dst);
         return;
     }
     impl::refuseUnscalable(layout.format, "ScalerAreaX");
@@ -202,15 +206,16 @@ struct ScalerAreaY::State {
     RowWindow _window;
     std::int32_t _dst_row = 0;
     std::vector<unsigned char const*> _rows;
-    impl::AreaTable _weights;
-    int _shift = initialShift;
+    std::vector<impl::AreaWeight> _weights;
+    std::int32_t _shift = initialShift;
+    std::uint16_t _full_weight = 0;
     Buffer _accumulator;
-    impl::AreaRowTaps _taps;
     bool _subsampled = false;
+    impl::AreaRowTaps _taps;
     impl::PlaneRows<impl::SumRows> _planes;
 
     impl::AreaWeight weight(std::int64_t row) const {
-        return _weights.weights[static_cast<std::size_t>(row)];
+        return _weights[static_cast<std::size_t>(row)];
     }
     bool shrinks() const { return _dst_layout.size.height < _src_layout.size.height; }
 
@@ -233,7 +238,7 @@ struct ScalerAreaY::State {
 int ScalerAreaY::State::rowCount() const {
     if (shrinks()) {
         impl::AreaWeight const second = weight(1);
-        return second.index + (_weights.full_weight != second.weight ? 2 : 0);
+        return second.index + (_full_weight != second.weight ? 2 : 0);
     }
     return _dst_layout.size.height > _src_layout.size.height ? 2 : 1;
 }
@@ -263,7 +268,7 @@ void ScalerAreaY::State::prepare(FrameLayout const& src_layout, int dst_height,
     _shift = shiftOf(precision);
     if (src_size.height != _src_layout.size.height || dst_height != _dst_layout.size.height) {
         _dst_layout.clear();  // until the table stands, no later call may take it as built
-        impl::buildAreaTable(src_size.height, dst_height, _shift, _weights);
+        _full_weight = impl::buildAreaTable(src_size.height, dst_height, _shift, _weights);
     }
     _src_layout = src_layout;
     _dst_layout =
@@ -293,8 +298,8 @@ impl::SumRows::Cut ScalerAreaY::State::cutPlane(int plane) {
             index < window_size ? (*_window.rowData(static_cast<int>(index)))[plane] : nullptr;
     }
     impl::AreaCut const cut = shrinks()
-                                  ? impl::AreaDown::cut(_weights.full_weight, entry, following)
-                                  : impl::AreaUp::cut(_weights.full_weight, entry, following);
+                                  ? impl::AreaDown::cut(_full_weight, entry, following)
+                                  : impl::AreaUp::cut(_full_weight, entry, following);
     std::int64_t const middle_end = cut.last - cut.first;
     std::int64_t const rest = std::max<std::int64_t>(middle_end, 1);  // the row after those
     // The window ends at the bottom of the source.
@@ -303,7 +308,7 @@ impl::SumRows::Cut ScalerAreaY::State::cutPlane(int plane) {
             (*_window.rowData(window_size - 1))[plane],
             middle_end,
             cut.first_weight,
-            _weights.full_weight,
+            _full_weight,
             cut.rest,
             rest < count ? _rows[static_cast<std::size_t>(rest)] : nullptr,
             _shift};

@@ -7,6 +7,7 @@
 #include "ox_core/ox_impl_assert.h"
 #include "ox_cv/ox_impl_bilinear_rows.h"
 #include "ox_cv/ox_impl_blend_planes.h"
+#include "ox_cv/ox_impl_passed_rows.h"
 #include "ox_cv/ox_impl_scale_tables.h"
 #include "ox_cv/ox_impl_state.h"
 
@@ -131,6 +132,7 @@ struct ScalerBilinearX::State {
     FrameLayout _dst_layout;
     Coordinates _src_xs;
     RowWindow _window;
+    impl::PassedRows _passed;
     impl::PlaneRows<impl::BlendColumns> _planes;
     BlendPlanes _blends;
 
@@ -156,6 +158,7 @@ void ScalerBilinearX::State::prepare(FrameLayout const& src_layout, int dst_widt
     _src_layout = src_layout;
     _dst_layout =
         FrameLayout(src_layout.format, {dst_width, src_size.height}, impl::defaultAlignment);
+    _passed.plan(_src_layout, _dst_layout);
     _planes.plan(_src_layout, _dst_layout, _src_xs.size(), lastElements(_src_layout, _src_xs));
     _blends.plan(_src_layout, _dst_layout, _src_xs, same_table, _planes.planes);
 }
@@ -187,7 +190,7 @@ FrameLayout const& ScalerBilinearX::layout() {
 void ScalerBilinearX::produce(RowData& dst) {
     RowData const& src = *_state->_window.rowData(0);
     if (_state->_src_layout.plane[0].width == _state->_dst_layout.plane[0].width) {
-        copyRowData(_state->_dst_layout, src, dst);
+        _state->_passed.copy(src, dst);
         return;
     }
     if (!impl::isScalable(_state->_dst_layout.format)) {
