@@ -1,10 +1,10 @@
 #include "ox_cv/ox_cv_backend_base.h"
 
-#include <limits>
-
 #include "ox_core/ox_float_planes.h"
 #include "ox_core/ox_impl_assert.h"
 #include "ox_cv/ox_cv_helpers.h"
+#include "ox_cv/ox_impl_color_routes.h"
+#include "ox_cv/ox_impl_scale_elements.h"
 
 namespace ox {
 
@@ -21,11 +21,6 @@ void checkDevices(Frame const& src, Frame const& dst) {
 /// A second handle on `frame`, narrowed to `roi` if that is one.
 Frame select(Frame frame, Rect roi) {
     return roi.empty() ? frame : getRegion(frame, roi);
-}
-
-/// `NV12toBGR_neon` takes strides of 32 bits.
-bool fitsInt(std::int64_t stride) {
-    return stride <= std::numeric_limits<int>::max();
 }
 
 /// Whether `NV12toBGR_neon`, which steps over chroma by luma's stride, reads nothing but chroma
@@ -55,8 +50,8 @@ bool readsInsideChroma(Frame const& frame) {
 
 bool goesDirectly(Frame const& src, Frame const& dst) {
     return src.format() == FRAME_NV12 && dst.format() == FRAME_BGR24 &&
-           fitsInt(src.layout().plane[0].stride) && fitsInt(dst.layout().plane[0].stride) &&
-           readsInsideChroma(src);
+           src.layout().plane[0].stride <= impl::maxDirectStride &&
+           dst.layout().plane[0].stride <= impl::maxDirectStride && readsInsideChroma(src);
 }
 
 /// Constant arithmetic on the floats of a frame.
@@ -152,6 +147,10 @@ void CvBackendBase::convert(Frame const& src, Frame& dst, Rect src_roi) {
         return;
     }
     _temp.reuse(src.format(), dst.size(), DeviceContext(), 0);
+    if (impl::hasShortAreaRows(src.format()) && _resize_method == ResizeArea &&
+        temp.height() != dst.height()) {
+        _temp.setZero();  // the scaler leaves the second half of each row as it is
+    }
     _scaler.reuse(temp, dst.size(), static_cast<ScaleMethod>(_resize_method));
     produceFrame(_scaler, _temp);
     _convertFormat(_temp, dst);

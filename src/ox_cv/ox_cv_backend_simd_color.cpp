@@ -1,5 +1,3 @@
-#include <limits>
-
 #include "ox_core/ox_impl_assert.h"
 #include "ox_cv/ox_cv_backend_simd.h"
 #include "ox_cv/ox_cv_helpers.h"
@@ -162,13 +160,9 @@ auto const& i420Kernel(FrameFormat packed) {
     return packed == FRAME_RGB24 ? Simd::ConvertI420ToRgb : Simd::ConvertI420ToBgr;
 }
 
-/// `NV12toBGR_neon` steps over both planes by one stride, which it takes as 32 bits.
 bool goesDirectly(Frame const& src, Frame const& dst) {
-    constexpr std::int64_t limit = std::numeric_limits<int>::max();
-    FramePlane const* const plane = src.layout().plane;
-    return src.format() == FRAME_NV12 && dst.format() == FRAME_BGR24 &&
-           plane[0].stride == plane[1].stride && plane[0].stride <= limit &&
-           dst.layout().plane[0].stride <= limit;
+    return dst.format() == FRAME_BGR24 && impl::hasDirectStrides(src.layout()) &&
+           dst.layout().plane[0].stride <= impl::maxDirectStride;
 }
 
 void toFloats(Frame const& region, Frame const& dst) {

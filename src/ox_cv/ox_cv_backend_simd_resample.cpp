@@ -96,6 +96,9 @@ void CvBackendSimd::convert(Frame const& src, Frame& dst, Rect src_roi) {
         return;
     }
     _resize_frame.reuse(from.format(), dst.size(), DeviceContext(), 0);
+    if (from.size().empty()) {
+        _resize_frame.setZero();  // there is nothing to resample
+    }
     resize(from, _resize_frame, Rect{}, Rect{});
     colorCvt(_resize_frame, dst, Rect{});
 }

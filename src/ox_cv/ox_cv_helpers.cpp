@@ -7,6 +7,7 @@
 
 #include "ox_core/ox_impl_assert.h"
 #include "ox_cv/ox_cv_backend_simd.h"
+#include "ox_cv/ox_impl_color_routes.h"
 #include "simd/simd.h"
 
 namespace ox {
@@ -63,6 +64,14 @@ Frame apartFrom(Frame const& dst, Frame const& source) {
     Frame copy;
     source.copyTo(copy);
     return copy;
+}
+
+/// The region for which `colorCvt` takes the way that the strides of `source` ask for, even if it
+/// gets a copy of other strides: one over the whole frame keeps it from the direct path.
+Rect regionByStrides(Frame const& source) {
+    return source.format() == FRAME_NV12 && !impl::hasDirectStrides(source.layout())
+               ? Rect{0, 0, source.width(), source.height()}
+               : Rect{};
 }
 
 /// Strides of elements of twice the size.
@@ -142,7 +151,7 @@ void colorConvert(Frame const& src, FrameFormat format, Frame& dst) {
     dst.reuse(format, source.size(), DeviceContext(), 0);
     Frame const pixels = apartFrom(dst, source);
     clearUnwritten(pixels, dst);
-    backend.colorCvt(pixels, dst, Rect{});
+    backend.colorCvt(pixels, dst, regionByStrides(source));
 }
 
 void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod method) {
@@ -158,6 +167,9 @@ void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod me
     CvBackendSimd backend;
     backend.setIntProperty(1, static_cast<int>(method));
     dst.reuse(source.format(), size, DeviceContext(), 0);
+    if (source.size().empty()) {
+        dst.setZero();  // there is nothing to resample
+    }
     backend.resize(apartFrom(dst, source), dst, Rect{}, Rect{});
 }
 

@@ -3,7 +3,10 @@
 
 #pragma once
 
-#include "ox_core/ox_frame_format.h"
+#include <cstdint>
+#include <limits>
+
+#include "ox_core/ox_frame_layout.h"
 
 namespace ox::impl {
 
@@ -44,6 +47,16 @@ ColorRouteRecord colorRoute(FrameFormat src, FrameFormat dst);
 /// destination.
 constexpr bool needsEvenSides(FrameFormat src) {
     return src == FRAME_I420 || src == FRAME_NV12 || src == FRAME_NV21;
+}
+
+/// `NV12toBGR_neon` takes strides of 32 bits.
+constexpr std::int64_t maxDirectStride = std::numeric_limits<int>::max();
+
+/// Whether the planes of a source are such that `NV12toBGR_neon`, which steps over both by one
+/// stride, can convert it.
+inline bool hasDirectStrides(FrameLayout const& src) {
+    return src.format == FRAME_NV12 && src.plane[0].stride == src.plane[1].stride &&
+           src.plane[0].stride <= maxDirectStride;
 }
 
 }  // namespace ox::impl

@@ -44,6 +44,12 @@ constexpr ScaleElement scaleElement(FrameFormat format, int plane) {
     return {plane_facts.channels, plane_facts.bits};
 }
 
+/// Formats whose rows `ScalerAreaY` sums as one channel: only the first `width` bytes of a row are
+/// written, on purpose.
+constexpr bool hasShortAreaRows(FrameFormat format) {
+    return format == FRAME_UYVY || format == FRAME_C2_8U || format == FRAME_C4_8U;
+}
+
 /// The row function of a family for an element: `Family::row<Sample, Channels>`, null if there is
 /// none.
 template <class Family>
@@ -96,6 +102,14 @@ inline bool sameRows(FrameLayout const& a, FrameLayout const& b) {
                       });
 }
 
+/// Bytes of a source row that elements can lie in. Tables hold indices of 16 bits, and elements
+/// take up to 4 bytes; a limit above that, of whole elements of every size, keeps offsets in 32
+/// bits however long a row claims to be.
+constexpr std::uint64_t reachedBytes(std::uint64_t row_bytes) {
+    constexpr std::uint64_t limit = std::uint64_t{12} << 16;
+    return std::min(row_bytes, limit);
+}
+
 /// How a row of elements lies in a source and a destination plane.
 ///
 /// Elements may leave the row at its end: the macro-pixel formats have rows shorter than their
@@ -103,7 +117,7 @@ inline bool sameRows(FrameLayout const& a, FrameLayout const& b) {
 struct RowPlan {
     std::int64_t whole = 0;        ///< leading elements that lie wholly inside both rows
     std::int64_t src_width = 0;    ///< pixels of the source plane
-    std::int64_t src_samples = 0;  ///< samples of a source row
+    std::int64_t src_samples = 0;  ///< samples of a source row, as far as elements reach
     std::int64_t dst_samples = 0;  ///< samples of a destination row that elements cover
     std::int64_t entries = 0;      ///< of the table
 };
@@ -117,7 +131,7 @@ RowPlan planRow(FramePlane const& src, FramePlane const& dst, ScaleElement eleme
     std::int64_t const bytes = element.bits / 8;
     RowPlan plan;
     plan.src_width = src.width;
-    plan.src_samples = static_cast<std::int64_t>(src.rowBytes) / bytes;
+    plan.src_samples = static_cast<std::int64_t>(reachedBytes(src.rowBytes)) / bytes;
     plan.dst_samples =
         std::min(static_cast<std::int64_t>(dst.rowBytes) / bytes, dst.width * channels);
     std::int64_t const limit = std::min(cells, plan.dst_samples / channels);

@@ -88,7 +88,7 @@ void TapColumns<Weight>::plan(ScaleData<Weight> const& data, ScaleElement elemen
     bool const whole_pixels = row_bytes % channels == 0;
     bool const by_vectors = element.bits == 8 && whole_pixels &&
                             _planes.plan(withMemory(file, [&] { return axis(); }), channels,
-                                         row_bytes / channels, file);
+                                         reachedBytes(row_bytes) / channels, file);
     _sum = by_vectors ? sumByVectors : pickRowFunction<PlainLoops>(element);
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "ox_cv/ox_impl_scale_elements.h"
 #include "ox_cv/ox_row_writer.h"
 
 namespace ox {
@@ -22,6 +23,9 @@ void produceFrame(IRowProducer& producer, Frame& frame) {
     FrameLayout const& layout = producer.layout();
     if (!frame.initialized() || frame.size() != layout.size || frame.format() != layout.format) {
         frame.reuse(layout.format, layout.size, DeviceContext(), 0);
+        if (impl::hasShortAreaRows(layout.format)) {
+            frame.setZero();  // what a scaler leaves unwritten shows nothing of old memory
+        }
     }
     writer.reuse(frame);
     do {

@@ -243,12 +243,9 @@ int ScalerAreaY::State::rowCount() const {
     return _dst_layout.size.height > _src_layout.size.height ? 2 : 1;
 }
 
-/// Formats of 2 and 4 channels are summed as one channel: only the first `width` bytes of a row are
-/// written, on purpose.
 void ScalerAreaY::State::planPlanes() {
     _planes.plan(_src_layout, _dst_layout, 0, [](int, std::int64_t) { return 0; });
-    FrameFormat const format = _dst_layout.format;
-    if (format == FRAME_UYVY || format == FRAME_C2_8U || format == FRAME_C4_8U) {
+    if (impl::hasShortAreaRows(_dst_layout.format)) {
         _planes.planes[0].plan.dst_samples = _dst_layout.plane[0].width;
     }
     std::int64_t longest = 0;
@@ -297,9 +294,8 @@ impl::SumRows::Cut ScalerAreaY::State::cutPlane(int plane) {
         _rows[static_cast<std::size_t>(k)] =
             index < window_size ? (*_window.rowData(static_cast<int>(index)))[plane] : nullptr;
     }
-    impl::AreaCut const cut = shrinks()
-                                  ? impl::AreaDown::cut(_full_weight, entry, following)
-                                  : impl::AreaUp::cut(_full_weight, entry, following);
+    impl::AreaCut const cut = shrinks() ? impl::AreaDown::cut(_full_weight, entry, following)
+                                        : impl::AreaUp::cut(_full_weight, entry, following);
     std::int64_t const middle_end = cut.last - cut.first;
     std::int64_t const rest = std::max<std::int64_t>(middle_end, 1);  // the row after those
     // The window ends at the bottom of the source.

@@ -3,11 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
+#include <vector>
 
 #include "ox_cv/ox_format_converter.h"
+#include "ox_cv/ox_impl_scale_elements.h"
+#include "ox_cv/ox_scaler.h"
 #include "ox_cv/ox_scaler_area.h"
 #include "ox_cv/ox_scaler_bilinear.h"
+#include "ox_cv/ox_scaler_convolutional.h"
 #include "ox_cv/ox_scaler_nn.h"
 #include "ox_cv/scaler_rows.h"
 #include "support/exceptions.h"
@@ -87,6 +93,172 @@ TEST(DisagreeingLayout, ShorterRowsGoOnWithZeros) {
     Frame const converted = pump(converter);
     EXPECT_EQ(converted.planeData(0)[3 * 2 + 2], 200);
     EXPECT_EQ(converted.planeData(0)[3 * 99999], 0);
+}
+
+/// The first row that a scaler makes of rows that are shorter than one pixel.
+template <class Scaler>
+Bytes firstRowOfPartOfAPixel(Size size) {
+    Claiming producer(FRAME_BGR24, {4, 4}, 2, 200);
+    Scaler scaler;
+    arm(scaler, producer, size);
+    return bytesOf(pump(scaler), 0, 0);
+}
+
+// A pixel whose third byte is behind the row, and then nothing: no element is whole.
+TEST(DisagreeingLayout, WithoutAWholeElementTheRestIsZero) {
+    EXPECT_EQ(firstRowOfPartOfAPixel<ScalerNearestNeighbor>({5, 4}),
+              (Bytes{200, 200, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+    // Coordinates 0, 45874, 98302: 200 x (65536 - 45874) >> 16 is 60.
+    Bytes const blended{200, 200, 0, 60, 60, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    EXPECT_EQ(firstRowOfPartOfAPixel<ScalerBilinearX>({5, 4}), blended);
+    EXPECT_EQ(firstRowOfPartOfAPixel<ScalerBilinearXY>({5, 3}), blended);
+    // Cells are 4/5 of a column wide: the second takes a quarter of the first column.
+    EXPECT_EQ(firstRowOfPartOfAPixel<ScalerAreaX>({5, 4}),
+              (Bytes{200, 200, 0, 50, 50, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+    // Downwards: halves, and nothing of the second column.
+    EXPECT_EQ(firstRowOfPartOfAPixel<ScalerAreaX>({2, 4}), (Bytes{100, 100, 0, 0, 0, 0}));
+}
+
+/// The first row of a scaler that is asked for the width that four columns claim to have.
+template <class Scaler>
+Bytes firstRowOfClaimedWidth(int width) {
+    Claiming producer(FRAME_BGR24, {4, 4}, 12, 200);
+    producer.claimed.plane[0].width = width;
+    Scaler scaler;
+    arm(scaler, producer, Size{width, 4});
+    return bytesOf(pump(scaler), 0, 0);
+}
+
+TEST(DisagreeingLayout, WiderRowsThanThereAreGoOnWithZeros) {
+    for (int const width : {5, 22, 1000, 20000}) {
+        SCOPED_TRACE(width);
+        Bytes expected(static_cast<std::size_t>(3 * width));
+        std::fill_n(expected.begin(), 12, 200);
+        EXPECT_EQ(firstRowOfClaimedWidth<ScalerBilinearX>(width), expected);
+        EXPECT_EQ(firstRowOfClaimedWidth<ScalerAreaX>(width), expected);
+    }
+}
+
+/// Calls visit(converter) for each conversion that takes this producer.
+template <class Visitor>
+void forEachConversion(IRowProducer& producer, Visitor visit) {
+    for (FrameFormat const format : allFormats()) {
+        SCOPED_TRACE(toString(format));
+        FormatConverter converter;
+        try {
+            converter.reuse(producer, format);
+        } catch (Exception const&) {
+            continue;
+        }
+        visit(converter);
+    }
+}
+
+TEST(DisagreeingLayout, WidthsBelowZeroAreNotConverted) {
+    int conversions = 0;
+    for (FrameFormat const format : allFormats()) {
+        SCOPED_TRACE(toString(format));
+        for (int const width : {-1, -2, -1000}) {
+            Claiming producer(format, {width, 4}, 0, 200);
+            forEachConversion(producer, [&](FormatConverter& converter) {
+                std::array<unsigned char, 4096> memory{};
+                unsigned char* const middle = memory.data() + memory.size() / 2;
+                for (int row = 0; row < 4; ++row) {
+                    RowData rows{middle, middle, middle, middle};
+                    converter.produce(rows);
+                    converter.next();
+                }
+                EXPECT_EQ(std::count(memory.begin(), memory.end(), 0), 4096);
+                ++conversions;
+            });
+        }
+    }
+    // From gray 11, from colours 1 + 1 + 1 + 15 + 1, from each of ten YUV formats 1 + 1 + 9.
+    EXPECT_EQ(conversions, 3 * 140);
+}
+
+/// What a layout may say of a plane, beside the truth.
+struct Claim {
+    std::uint64_t row_bytes;
+    int width;
+    int height;
+};
+
+/// Drains links that take the producer, each into a frame in guarded memory.
+template <class Scaler>
+void drain(Claiming& producer, Size size) {
+    Scaler scaler;
+    try {
+        arm(scaler, producer, size);
+        TestFrame frame(scaler.layout().format, scaler.layout().size, {0, Guard::AtEnd});
+        produceFrame(scaler, frame.frame());
+    } catch (Exception const&) {
+        return;  // refused, or not of a format that it takes
+    }
+}
+
+void drainConvolution(Claiming& producer, Size size) {
+    BoxKernel kernel;
+    for (ScalerPrecision const precision : {OX_SCALER_FIXED_POINT_8S, OX_SCALER_FIXED_POINT_16S}) {
+        ScalerConvolutional scaler;
+        try {
+            scaler.reuse(kernel, producer, size, precision);
+            pump(scaler);
+        } catch (Exception const&) {
+            continue;
+        }
+    }
+}
+
+// Vector code has offsets of 32 bits; elements, by indices of 16 bits, don't reach that far.
+TEST(DisagreeingLayout, LongRowsAreSeenAsFarAsElementsReach) {
+    FrameLayout const dst(FRAME_BGR24, {5, 4}, 1);
+    FramePlane src = FrameLayout(FRAME_BGR24, {5, 4}, 1).plane[0];
+    for (std::uint64_t const bytes : {std::uint64_t{12} << 16, (std::uint64_t{1} << 32) + 5,
+                                      std::uint64_t{1} << 63, ~std::uint64_t{0}}) {
+        src.rowBytes = bytes;
+        impl::RowPlan const plan =
+            impl::planRow(src, dst.plane[0], {3, 8}, 5, [](std::int64_t cell) { return cell; });
+        EXPECT_EQ(plan.src_samples, 12 << 16);
+        EXPECT_EQ(plan.whole, 5);
+    }
+    // The element behind the last index is read with it.
+    EXPECT_GE(impl::reachedBytes(1 << 30), (std::uint64_t{65536} + 1) * 4);
+}
+
+// Nothing is expected but that nothing outside rows and rings is touched, which memory in guarded
+// pages and the address sanitizer see.
+TEST(DisagreeingLayout, NothingOutsideRowsIsTouchedWhateverIsClaimed) {
+    std::uint64_t const huge = std::uint64_t{1} << 63;
+    for (FrameFormat const format : allFormats()) {
+        for (Claim const claim :
+             {Claim{0, 5, 4}, Claim{1, 5, 4}, Claim{2, 5, 4}, Claim{7, 5, 4}, Claim{3, 300, 4},
+              Claim{200, 1, 4}, Claim{4, 0, 4}, Claim{4, -5, 4}, Claim{4, 5, 0}, Claim{4, 5, -4},
+              Claim{4, 5, 1000}, Claim{huge, 5, 4}, Claim{huge - 1, 5, 4}}) {
+            SCOPED_TRACE(testing::Message() << toString(format) << " claims " << claim.row_bytes
+                                            << " bytes, " << claim.width << "x" << claim.height);
+            Claiming producer(format, {5, 4}, claim.row_bytes, 200);
+            for (FramePlane& plane : producer.claimed.plane) {
+                plane.width = claim.width;
+                plane.height = claim.height;
+            }
+            for (Size const size : {Size{5, 4}, Size{3, 4}, Size{5, 3}, Size{3, 3}, Size{9, 8},
+                                    Size{300, 4}, Size{300, 2}, Size{70, 90}}) {
+                drain<ScalerNearestNeighbor>(producer, size);
+                drain<ScalerBilinearX>(producer, size);
+                drain<ScalerBilinearY>(producer, size);
+                drain<ScalerBilinearXY>(producer, size);
+                drain<ScalerAreaX>(producer, size);
+                drain<ScalerAreaY>(producer, size);
+                drainConvolution(producer, size);
+            }
+            forEachConversion(producer, [](FormatConverter& converter) {
+                if (converter.layout().plane[0].rowBytes < 100) {
+                    pump(converter);
+                }
+            });
+        }
+    }
 }
 
 TEST(DisagreeingLayout, OtherPlanesAreRefused) {

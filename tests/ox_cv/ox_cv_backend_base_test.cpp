@@ -6,6 +6,8 @@
 
 #include "ox_cv/backend_frames.h"
 #include "ox_cv/ox_cv_helpers.h"
+#include "ox_cv/ox_format_converter.h"
+#include "ox_cv/ox_scaler.h"
 #include "support/allocation_counter.h"
 #include "support/exceptions.h"
 
@@ -217,6 +219,31 @@ TEST(CvBackendBaseConvert, ScalesBeforeItConverts) {
 }
 
 // The second step has a whole frame for its source, but never takes the direct call.
+// Area rows of `FRAME_UYVY` are half written; the other half is 0, not what was there before.
+TEST(CvBackendBaseConvert, HalfWrittenRowsShowNothingOld) {
+    TestFrame const src = ramp(FRAME_UYVY, {6, 8});
+    TestFrame const white = picture(FRAME_UYVY, {6, 8}, {Rows(8, Bytes(12, 255))});
+    for (Size const size : {Size{6, 4}, Size{6, 12}, Size{4, 4}, Size{10, 12}}) {
+        SCOPED_TRACE(testing::Message() << size.width << "x" << size.height);
+        Scaler scaler;
+        scaler.reuse(src.frame(), size, OX_SCALE_AREA);
+        TestFrame half_written(FRAME_UYVY, size);
+        fill(half_written.frame(), 0);
+        produceFrame(scaler, half_written.frame());
+        FormatConverter converter;
+        converter.reuse(half_written.frame(), FRAME_BGR24);
+        Frame const expected = pump(converter);
+
+        CvBackendBase backend;
+        TestFrame dst(FRAME_BGR24, size);
+        backend.setIntProperty(1, ResizeNearestNeighbour);
+        backend.convert(white.frame(), dst.frame(), {});
+        backend.setIntProperty(1, ResizeArea);
+        backend.convert(src.frame(), dst.frame(), {});
+        EXPECT_TRUE(samePixels(dst.frame(), expected));
+    }
+}
+
 TEST(CvBackendBaseConvert, ConvertsTheScaledFrameByTheConverter) {
     CvBackendBase backend;
     TestFrame const src = flatNv12({16, 8}, 235, 128, 128);

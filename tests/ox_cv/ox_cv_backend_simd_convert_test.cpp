@@ -327,6 +327,23 @@ TEST_F(CvBackendSimdConvert, EmptyRegionsAreTheWholeFrame) {
 }
 
 // Whatever the source's size and region, as long as the destination's format and size stay.
+// The scratch frame still holds the picture before; a region without pixels doesn't show it.
+TEST_F(CvBackendSimdConvert, NoPixelsAreZerosInBetween) {
+    TestFrame src(FRAME_BGR24, {8, 6});
+    fill(src.frame(), 200);
+    for (Rect const rect : {Rect{2, 2, 0, 3}, Rect{2, 2, 3, 0}}) {
+        for (int const method : {ResizeNearestNeighbour, ResizeBilinear, ResizeArea}) {
+            backend.setIntProperty(resizeMethod, method);
+            TestFrame dst(FRAME_GRAY8, {20, 5});
+            backend.convert(src.frame(), dst.frame(), {});
+            EXPECT_TRUE(isFilledWith(dst.frame(), 200));
+            Frame const empty = getRegion(src.frame(), rect);
+            backend.convert(empty, dst.frame(), {});
+            EXPECT_TRUE(isFilledWith(dst.frame(), 0));
+        }
+    }
+}
+
 TEST_F(CvBackendSimdConvert, TheScratchFrameKeepsItsStorage) {
     check(FRAME_I420, {30, 8}, {}, FRAME_BGR24, {24, 6});
     unsigned char const* const storage = scratchOf(backend).planeData(0);

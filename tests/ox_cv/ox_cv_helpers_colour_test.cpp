@@ -174,6 +174,30 @@ TEST(ColorConvert, Nv12OfUnequalStridesHasNoSuchColumns) {
     EXPECT_TRUE(sameImage(imageOf(dst), model::vectorColour(picture, model::Bgr24)));
 }
 
+// The source is copied first where `dst` has its memory. Its own strides count, not the copy's.
+TEST(ColorConvert, Nv12OfUnequalStridesMayLieBelowTheDestination) {
+    Random random;
+    for (int const width : {8, 10, 16, 34}) {
+        model::Image const picture = drawImage(random, {model::Nv12, width, 2});
+        for (int const gap : {0, 1}) {
+            SCOPED_TRACE(testing::Message() << width << " columns, chroma's gap " << gap);
+            std::vector<unsigned char> memory(static_cast<std::size_t>(width) * 6 + 64);
+            FrameLayout layout(FRAME_NV12, {width, 2}, 1);
+            layout.plane[1].stride += gap;
+            unsigned char* const planes[] = {memory.data(), memory.data() + 2 * width};
+            Frame src = Frame::wrap(layout, planes);
+            frameOf(picture).copyTo(src);
+            unsigned char* const below[] = {memory.data()};
+            Frame dst = Frame::wrap(FrameLayout(FRAME_BGR24, {width, 2}, 1), below);
+            colorConvert(src, FRAME_BGR24, dst);
+            model::Image const expected = gap == 0 ? converted(picture, model::Bgr24)
+                                                   : model::vectorColour(picture, model::Bgr24);
+            EXPECT_EQ(dst.planeData(0), memory.data());
+            EXPECT_TRUE(sameImage(imageOf(dst), expected));
+        }
+    }
+}
+
 TEST(ColorConvert, RefusalsPass) {
     Frame dst;
     Frame const yv12 = frameOf(model::makeImage(model::Yv12, 4, 4, 7));

@@ -109,6 +109,30 @@ TEST(ResizeFrame, NothingGivesNothing) {
     EXPECT_TRUE(isFilledWith(other, 7));  // clearing gives up one handle
 }
 
+// A region without columns or rows has nothing to resample: no byte of old storage is handed out.
+TEST(ResizeFrame, NoPixelsGiveZeros) {
+    for (FrameFormat const format : {FRAME_GRAY8, FRAME_BGR24, FRAME_NV12, FRAME_I420, FRAME_YUYV,
+                                     FRAME_C4_8U, FRAME_BGR_32F, FRAME_BGR_32F_PLANAR}) {
+        SCOPED_TRACE(toString(format));
+        TestFrame around(format, {8, 6});
+        fill(around.frame(), 200);
+        for (Rect const rect : {Rect{2, 2, 0, 3}, Rect{2, 2, 3, 0}, Rect{8, 6, 0, 0}}) {
+            Frame const src = getRegion(around.frame(), rect);
+            for (ResizeMethod const method : {ResizeNearestNeighbour, ResizeBilinear, ResizeArea}) {
+                if (method == ResizeArea && src.layout().plane[0].bits == 32) {
+                    continue;  // refused
+                }
+                Frame dst;
+                dst.reuse(format, {20, 5}, DeviceContext(), 0);
+                fill(dst, 77);
+                resizeFrame(src, {20, 5}, dst, method);
+                EXPECT_EQ(dst.size(), (Size{20, 5}));
+                EXPECT_TRUE(isFilledWith(dst, 0));
+            }
+        }
+    }
+}
+
 TEST(ResizeFrame, TheOwnSizeIsACopy) {
     Random random;
     for (FrameFormat const format : allFormats()) {

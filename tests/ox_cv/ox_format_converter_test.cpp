@@ -39,6 +39,22 @@ TEST(FormatConverter, StartsEmpty) {
                     [&] { converter.produce(row); });
 }
 
+// The address of the source's layout and the layout of the rows come first, as they are published.
+TEST(FormatConverter, MembersStandInOrder) {
+    struct Published {
+        virtual ~Published() = default;
+        bool initialized;
+        FrameLayout const* src_layout;
+        FrameLayout dst_layout;
+    };
+    FormatConverter converter;
+    Published published;
+    auto const offset = [](auto const& object, auto const& member) {
+        return reinterpret_cast<char const*>(&member) - reinterpret_cast<char const*>(&object);
+    };
+    EXPECT_EQ(offset(converter, converter.layout()), offset(published, published.dst_layout));
+}
+
 TEST(FormatConverter, RefusesBadArguments) {
     TestFrame const source(FRAME_GRAY8, {4, 4});
     ProbeProducer probe(source.frame());

@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
 #include <type_traits>
 #include <vector>
 
+#include "ox_cv/ox_scaler_area.h"
 #include "support/exceptions.h"
 #include "support/producer_contract.h"
 #include "support/test_frame.h"
@@ -179,6 +181,34 @@ TEST(ProduceFrame, RemakesAFrameThatDiffers) {
         EXPECT_EQ(handle.size(), (Size{4, 3}));
         EXPECT_EQ(bytesOf(handle, 0, 2), std::vector<int>(4, 3));
         EXPECT_TRUE(isFilledWith(wrapped.frame(), 0)) << "the caller's frame was written";
+    }
+}
+
+// Rows that `ScalerAreaY` writes in part: behind that part stands 0 in a frame that is made anew,
+// whose storage may have been another picture's, and what was there in one that is kept.
+TEST(ProduceFrame, ClearsAFrameThatItRemakesForRowsWrittenInPart) {
+    for (FrameFormat const format : {FRAME_UYVY, FRAME_C2_8U, FRAME_C4_8U}) {
+        SCOPED_TRACE(toString(format));
+        TestFrame src(format, {6, 8});
+        fill(src.frame(), 100);
+        ScalerAreaY scaler;
+        scaler.reuse(src.frame(), 4, OX_SCALER_FIXED_POINT_16S);
+
+        Frame frame;
+        frame.reuse(format, {60, 80}, DeviceContext(), 0);
+        fill(frame, 255);
+        unsigned char const* const storage = frame.planeData(0);
+        produceFrame(scaler, frame);
+        EXPECT_EQ(frame.planeData(0), storage);
+        std::vector<int> row(frame.layout().plane[0].rowBytes);
+        std::fill_n(row.begin(), 6, 100);
+        EXPECT_EQ(bytesOf(frame, 0, 3), row);
+
+        fill(frame, 255);
+        scaler.reuse(src.frame(), 4, OX_SCALER_FIXED_POINT_16S);
+        produceFrame(scaler, frame);
+        std::fill(row.begin() + 6, row.end(), 255);
+        EXPECT_EQ(bytesOf(frame, 0, 3), row);
     }
 }
 
