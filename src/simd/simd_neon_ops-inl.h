@@ -18,10 +18,11 @@
 /// | `PermuteToWords` | the same for even bytes, whose neighbours become 0; theirs are above 127 |
 /// | `MulAddWords` | sums of products of neighbours, of signed words |
 /// | `MulAddWindowPairs` | sums of products of neighbours, bytes by weights below 128 |
-/// words | | `AddWordProducts` | adds products of words to `WordSums`, whose `TotalOf` is by
-/// neighbours | | `AddNeighbours` | sums of neighbours of both registers, in order | |
-/// `StoreLaneBytes` | clamps lanes to bytes; of four lanes a pixel, three channels keep three | |
-/// `AddTwoRows` | adds two weighted rows of a block to `FourSums`, whose `BytesOf` clamps |
+/// | `AddWordProducts` | adds products of words to `WordSums` |
+/// | `TotalOf` | the lanes of `WordSums`, each of two neighbouring products |
+/// | `AddNeighbours` | sums of neighbours of both registers, in order |
+/// | `StoreLaneBytes` | clamps lanes to bytes and stores them |
+/// | `AddTwoRows` | adds two weighted rows of a block to `FourSums`, whose `BytesOf` clamps |
 
 // The two files guard themselves.
 #include "simd/simd_neon_ops_arm-inl.h"
