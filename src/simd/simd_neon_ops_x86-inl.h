@@ -366,13 +366,18 @@ HWY_INLINE V32 TotalOf(WordSums sums) {
     return sums;
 }
 
+// Highway 1.0.3 takes lanes of 32 bits to bytes through unsigned words whose bit 15 it clears, in
+// registers of 32 and 64 bytes: numbers from 32768 to 33022 lose 32768 instead of becoming 255.
+// `DemoteTo` to words, and from words to bytes, is right everywhere. Straight to bytes is for lanes
+// that can't be that large.
 HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
     hn::Rebind<std::uint8_t, BlockTagS32> const d;
 #if HWY_TARGET == HWY_AVX3_DL
     V32 const positive = hn::Max(v, hn::Zero(BlockTagS32()));
     hn::StoreU(hn::Vec<decltype(d)>{_mm512_cvtusepi32_epi8(positive.raw)}, d, p);
 #else
-    hn::StoreU(hn::DemoteTo(d, v), d, p);
+    hn::Rebind<std::int16_t, BlockTagS32> const words;
+    hn::StoreU(hn::DemoteTo(d, hn::DemoteTo(words, v)), d, p);
 #endif
 }
 

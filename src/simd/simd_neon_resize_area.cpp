@@ -280,7 +280,7 @@ void averageRow(RowProgram const& program, AreaRows const& rows, std::uint8_t* d
         Sums const mean = hn::ShiftRight<22>(sums);
         std::uint8_t* const target = dst + startOfEntries(block, program.entries);
         auto const stored = clamps ? mean : hn::And(mean, hn::Set(d, 0xff));
-        hn::StoreU(hn::DemoteTo(to, stored), to, target);
+        hn::StoreU(hn::DemoteTo(to, stored), to, target);  // of 10 bits
     }
 }
 

@@ -193,7 +193,8 @@ HWY_INLINE std::int32_t firstByte(BytePairs const& pairs, std::uint64_t x) {
     return std::max(pairs.index[x], 0) * static_cast<std::int32_t>(channels);
 }
 
-/// Bytes of the pixels from `x` to before `end` in the window that starts at `start`.
+/// Bytes of the pixels from `x` to before `end` in the window that starts at `start`, where all of
+/// them lie; behind `end` anything may be written.
 template <std::size_t channels>
 HWY_INLINE void placePixels(BytePairs const& pairs, std::uint64_t x, std::uint64_t end,
                             std::int32_t start, std::uint8_t* bytes) {

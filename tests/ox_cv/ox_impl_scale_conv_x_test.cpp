@@ -76,6 +76,18 @@ TYPED_TEST(ScaleX, SumsAreClamped) {
               (std::vector<std::uint32_t>{4294967295, 0, 4000000000}));
 }
 
+class ScaleXOfShorts : public ScaleXTest<short> {};
+
+// Weights that nearly cancel are large. The 66 taps of about 31,960 that pixel 33 has on white add
+// up to some 32,800 units.
+TEST_F(ScaleXOfShorts, SumsOfThousandsAreClamped) {
+    TestKernel kernel(132.0F, [](float x) { return x < 0 ? 1.0F : -(1.0F - 0.575F / 66); });
+    Bytes row(134);
+    std::fill_n(row.begin(), 67, std::uint8_t{255});
+    TestFrame const src = grayPicture({row});
+    EXPECT_EQ(rowsOf(across(src.frame(), kernel, 67)).front()[33], 255);
+}
+
 // Rows long enough for whole vectors, with some pixels left over.
 TYPED_TEST(ScaleX, LongRowsAreAlike) {
     TestKernel kernel = tapKernel({1.5F, -0.5F});

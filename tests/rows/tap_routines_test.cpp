@@ -15,6 +15,9 @@ namespace {
 // Where weights are split into bytes, larger ones don't fit.
 constexpr int mostOfVectors = 127 * 256 + 127;
 
+// As many as the largest sums take.
+constexpr std::size_t tapsOfUnits = 520;
+
 // A sum modulo 2^32, shifted and clamped.
 class Total {
   public:
@@ -58,6 +61,10 @@ class TapRoutines : public RowRoutines {
     void checkColumns(rows::TapAxis const& axis, rows::TapRow row, Guard guard);
     void checkPlane(rows::TapAxis const& axis, std::size_t pixels, Guard guard);
     void checkRows(std::size_t bytes, std::size_t taps, Weights weights, Guard guard);
+
+    // Taps whose sums are whole units.
+    void checkColumnUnits(int first, int last);
+    void checkRowUnits(int units);
 
     // Of an axis that windows can't serve.
     void checkIfThereIsAProgram(rows::TapAxis const& axis) {
@@ -161,6 +168,51 @@ void TapRoutines::checkRows(std::size_t bytes, std::size_t taps, Weights weights
     EXPECT_EQ(dst.touched(), 0);
 }
 
+// Weights by which taps of 128 add up to this many units of 2^14.
+std::vector<std::int16_t> weightsOf(int units, std::size_t taps) {
+    constexpr int most_of_tap = mostOfVectors / 128;
+    std::vector<std::int16_t> weights(taps);
+    for (std::int16_t& weight : weights) {
+        int const part = std::clamp(units, -most_of_tap, most_of_tap);
+        weight = static_cast<std::int16_t>(128 * part);
+        units -= part;
+    }
+    EXPECT_EQ(units, 0);
+    return weights;
+}
+
+void TapRoutines::checkColumnUnits(int first, int last) {
+    rows::TapAxis axis;
+    axis.taps = tapsOfUnits;
+    axis.shift = 14;
+    for (int units = first; units <= last; ++units) {
+        axis.starts.push_back({0, static_cast<std::uint16_t>(units - first)});
+        std::vector<std::int16_t> const weights = weightsOf(units, axis.taps);
+        axis.weights.insert(axis.weights.end(), weights.begin(), weights.end());
+    }
+    rows::TapProgram program;
+    ASSERT_TRUE(routines.compile_taps(axis, {1, axis.taps}, program));
+    std::vector<std::uint8_t> src(program.src_bytes);
+    std::fill_n(src.begin(), axis.taps, std::uint8_t{128});
+    std::vector<std::uint8_t> dst(program.dst_bytes);
+    routines.sum_taps(program, src.data(), dst.data());
+    for (int units = first; units <= last; ++units) {
+        ASSERT_EQ(dst[static_cast<std::size_t>(units - first)], std::clamp(units, 0, 255))
+            << "of " << units;
+    }
+}
+
+void TapRoutines::checkRowUnits(int units) {
+    std::vector<std::uint8_t> const row(routines.least_row_bytes, 128);
+    std::vector<std::uint8_t const*> const rows(tapsOfUnits, row.data());
+    std::vector<std::int16_t> const weights = weightsOf(units, rows.size());
+    std::vector<std::uint8_t> dst(row.size());
+    routines.sum_rows({rows.data(), weights.data(), rows.size(), 14}, row.size(), dst.data());
+    ASSERT_EQ(dst, std::vector<std::uint8_t>(row.size(),
+                                             static_cast<std::uint8_t>(std::clamp(units, 0, 255))))
+        << "of " << units;
+}
+
 constexpr Weights allWeights[]{Weights::Small, Weights::Usual, Weights::Large};
 
 TEST_P(TapRoutines, ColumnsOfEveryScaleAndTapCount) {
@@ -254,6 +306,20 @@ TEST_P(TapRoutines, Rows) {
 TEST_P(TapRoutines, SumsWrap) {
     checkPlane(drawAxis(3, 1.0F, 3000, Weights::Large), 3010, Guard::AtEnd);
     checkRows(routines.least_row_bytes, 3000, Weights::Large, Guard::AtEnd);
+}
+
+// Sums around the ends of bytes, of signed and unsigned words, and of 32 bits.
+TEST_P(TapRoutines, SumsAreClampedWhereverTheyLie) {
+    for (int const middle : {0, 256, 32768, 33022, 65536, 98304, 130000}) {
+        for (int const sign : {1, -1}) {
+            int const first = sign * middle - 600;
+            int const last = sign * middle + 600;
+            checkColumnUnits(first, last);
+            for (int units = first; units <= last && !HasFatalFailure(); units += 10) {
+                checkRowUnits(units);
+            }
+        }
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(, TapRoutines, testing::ValuesIn(vectorTargets()),
