@@ -29,6 +29,17 @@ Routines bestRoutines() {
     return best;
 }
 
+#if defined(OX_WITH_HIGHWAY) && !defined(HWY_COMPILE_ONLY_STATIC)
+/// Lower bits are better.
+std::vector<char const*> namesOf(std::int64_t targets) {
+    std::vector<char const*> names;
+    for (auto left = static_cast<std::uint64_t>(targets); left != 0; left &= left - 1) {
+        names.push_back(hwy::TargetName(static_cast<std::int64_t>(left & (~left + 1))));
+    }
+    return names;
+}
+#endif
+
 Routines& chosenRoutines() {
     static Routines chosen = bestRoutines();
     return chosen;
@@ -42,17 +53,21 @@ Routines const& routines() {
     return chosenRoutines();
 }
 
-std::vector<char const*> Targets() {
+std::vector<char const*> CompiledTargets() {
 #if !defined(OX_WITH_HIGHWAY)
     return {"plain"};
 #elif defined(HWY_COMPILE_ONLY_STATIC)
     return {hwy::TargetName(HWY_STATIC_TARGET)};
 #else
-    std::vector<char const*> names;
-    for (std::int64_t const target : hwy::SupportedAndGeneratedTargets()) {
-        names.push_back(hwy::TargetName(target));
-    }
-    return names;
+    return namesOf(HWY_TARGETS);
+#endif
+}
+
+std::vector<char const*> Targets() {
+#if defined(OX_WITH_HIGHWAY) && !defined(HWY_COMPILE_ONLY_STATIC)
+    return namesOf(hwy::SupportedTargets() & HWY_TARGETS);
+#else
+    return CompiledTargets();
 #endif
 }
 

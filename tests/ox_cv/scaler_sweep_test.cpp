@@ -4,7 +4,7 @@
 #include "ox_cv/scaler_subjects.h"
 #include "ox_cv/upstream.h"
 #include "rows/rows_routines.h"
-#include "simd/simd_targets.h"
+#include "support/test_target.h"
 
 namespace ox::test {
 namespace {
@@ -34,14 +34,13 @@ std::string tell(Case const& c) {
            describe(c.kind);
 }
 
-// Those of every instruction set of this processor, and none.
+// Those of every instruction set, and none.
 std::vector<rows::Routines> rowRoutines() {
     std::vector<rows::Routines> found{rows::Routines{}};
-    for (char const* const target : Simd::Neon::Targets()) {
-        Simd::Neon::UseTarget(target);
+    for (char const* const target : testTargets()) {
+        UsedTarget const used(target);
         found.push_back(rows::findRoutines());
     }
-    Simd::Neon::UseTarget(nullptr);
     return found;
 }
 

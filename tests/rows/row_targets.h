@@ -9,17 +9,12 @@
 #include <vector>
 
 #include "rows/rows_routines.h"
-#include "simd/simd_targets.h"
+#include "support/test_target.h"
 
 namespace ox::test {
 
-inline bool hasVectors(std::string const& target) {
-    return target != "plain" && target != "SCALAR";
-}
-
-// Of this processor.
 inline std::vector<std::string> vectorTargets() {
-    std::vector<char const*> const all = Simd::Neon::Targets();
+    std::vector<char const*> const& all = testTargets();
     std::vector<std::string> targets;
     std::copy_if(all.begin(), all.end(), std::back_inserter(targets), hasVectors);
     return targets;
@@ -29,9 +24,8 @@ inline std::vector<std::string> vectorTargets() {
 class RowRoutines : public testing::TestWithParam<std::string> {
   protected:
     RowRoutines() {
-        Simd::Neon::UseTarget(GetParam().c_str());
+        UsedTarget const used(GetParam().c_str());
         routines = rows::findRoutines();
-        Simd::Neon::UseTarget(nullptr);
     }
 
     rows::Routines routines{};

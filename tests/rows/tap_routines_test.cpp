@@ -328,7 +328,7 @@ GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TapRoutines);  // without vector c
 
 // So that an empty table doesn't pass for a fast one.
 TEST(RowRoutinesOfThisBuild, AreThereWhereThereIsVectorCode) {
-    bool const vectors = hasVectors(Simd::Neon::Targets().front());
+    bool const vectors = hasVectors(testTargets().front());
     EXPECT_EQ(rows::routines().sum_rows != nullptr, vectors);
     EXPECT_EQ(rows::routines().compile_taps != nullptr, vectors);
     EXPECT_EQ(rows::routines().sum_taps != nullptr, vectors);

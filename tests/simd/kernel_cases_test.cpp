@@ -17,10 +17,9 @@ using ByteRow = std::vector<std::uint8_t>;
 void withEachRoutine(std::function<void()> const& check) {
     for (VectorTarget const& target : vectorTargets()) {
         SCOPED_TRACE(target.name);
-        Simd::Neon::UseTarget(target.name.c_str());
+        UsedTarget const used(target.name.c_str());
         check();
     }
-    Simd::Neon::UseTarget(nullptr);
     SCOPED_TRACE("scalar");
     VectorRoutinesOff const off;
     check();
@@ -277,11 +276,10 @@ TEST(KernelCases, FloatsToHalves) {
     for (auto const [number, truncated, rounded] : cases) {
         EXPECT_EQ(halvesOf({number, number, number}), std::vector<int>(3, truncated)) << number;
         for (VectorTarget const& target : vectorTargets()) {
-            Simd::Neon::UseTarget(target.name.c_str());
+            UsedTarget const used(target.name.c_str());
             EXPECT_EQ(halvesOf({number, number, number, number}), std::vector<int>(4, rounded))
                 << number << " by " << target.name;
         }
-        Simd::Neon::UseTarget(nullptr);
     }
 }
 

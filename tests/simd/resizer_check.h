@@ -19,7 +19,7 @@
 #include "simd/simd_resizer_byte_bicubic.h"
 #include "simd/simd_resizer_byte_bilinear.h"
 #include "simd/simd_resizer_nearest.h"
-#include "simd/simd_targets.h"
+#include "support/test_target.h"
 
 namespace ox::test {
 
@@ -119,27 +119,17 @@ inline ResizerPointer makeResizer(ResizerSubject const& subject, model::Resize c
     return subject.construct(paramOf(request, subject.align));
 }
 
-// Runs one instruction set while it lives. Choosing one is slow.
-class UsedTarget {
-  public:
-    explicit UsedTarget(char const* name) { Simd::Neon::UseTarget(name); }
-    UsedTarget(UsedTarget const&) = delete;
-    UsedTarget& operator=(UsedTarget const&) = delete;
-    ~UsedTarget() { Simd::Neon::UseTarget(nullptr); }
-};
-
 using ResizerSubjects = std::vector<ResizerSubject const*>;
 
 // Calls `check` with each class, those of vectors once for each instruction set, which is in use.
 template <class Check>
 void onEveryTarget(ResizerSubjects const& subjects, Check const& check) {
-    static std::vector<char const*> const targets = Simd::Neon::Targets();
     for (ResizerSubject const* const subject : subjects) {
         if (!subject->isVector()) {
             check(*subject);
             continue;
         }
-        for (char const* const target : targets) {
+        for (char const* const target : testTargets()) {
             SCOPED_TRACE(target);
             UsedTarget const used(target);
             check(*subject);

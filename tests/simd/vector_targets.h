@@ -1,11 +1,11 @@
-// Which vector routines run: all that this processor has, or none.
+// Which vector routines run: of each instruction set, or none.
 #pragma once
 
 #include <string>
 #include <vector>
 
 #include "simd/simd_neon.h"
-#include "simd/simd_targets.h"
+#include "support/test_target.h"
 
 namespace ox::test {
 
@@ -15,15 +15,14 @@ struct VectorTarget {
     Simd::Neon::Routines routines;
 };
 
-// Every one of this processor, best first.
+// Of `testTargets`.
 inline std::vector<VectorTarget> const& vectorTargets() {
     static std::vector<VectorTarget> const targets = [] {
         std::vector<VectorTarget> found;
-        for (char const* const name : Simd::Neon::Targets()) {
-            Simd::Neon::UseTarget(name);
+        for (char const* const name : testTargets()) {
+            UsedTarget const used(name);
             found.push_back({name, Simd::Neon::routines()});
         }
-        Simd::Neon::UseTarget(nullptr);
         return found;
     }();
     return targets;

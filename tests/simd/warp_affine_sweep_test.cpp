@@ -135,8 +135,6 @@ std::string tell(model::Warp const& warp, Extent from, Extent to, int channels) 
 
 class WarpAffineSweep : public testing::Test {
   protected:
-    ~WarpAffineSweep() override { Simd::Neon::UseTarget(nullptr); }
-
     void check(model::Matrix const& matrix, Extent from, Extent to) {
         if (HasFailure()) {
             return;
@@ -182,10 +180,9 @@ class WarpAffineSweep : public testing::Test {
             EXPECT_TRUE(dst.hold(expected)) << how;
         };
         for (VectorTarget const& target : vectorTargets()) {
-            Simd::Neon::UseTarget(target.name.c_str());
+            UsedTarget const used(target.name.c_str());
             run(target.name);
         }
-        Simd::Neon::UseTarget(nullptr);
         VectorRoutinesOff const off;
         run("no vector routines");
         EXPECT_TRUE(src_plane.hold(src)) << "the source changed";

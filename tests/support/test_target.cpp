@@ -1,0 +1,44 @@
+#include "support/test_target.h"
+
+#include <algorithm>
+
+#include "rows/rows_routines.h"
+
+namespace ox::test {
+
+namespace {
+
+// Asked for before any is taken, as what is taken hides those that are better.
+std::vector<char const*>& targets() {
+    static std::vector<char const*> all = Simd::Neon::Targets();
+    return all;
+}
+
+}  // namespace
+
+TargetChoice chooseTarget(std::string const& name, std::vector<char const*> const& compiled,
+                          std::vector<char const*> const& supported) {
+    auto const isIn = [&](std::vector<char const*> const& names) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    if (!isIn(compiled)) {
+        return TargetChoice::Unknown;
+    }
+    return isIn(supported) ? TargetChoice::Taken : TargetChoice::Lacking;
+}
+
+TargetChoice takeTestTarget(std::string const& name) {
+    TargetChoice const choice = chooseTarget(name, Simd::Neon::CompiledTargets(), targets());
+    if (choice == TargetChoice::Taken) {
+        targets() = {*std::find(targets().begin(), targets().end(), name)};
+        Simd::Neon::UseTarget(targets().front());
+        rows::useRoutines(rows::findRoutines());
+    }
+    return choice;
+}
+
+std::vector<char const*> const& testTargets() {
+    return targets();
+}
+
+}  // namespace ox::test
