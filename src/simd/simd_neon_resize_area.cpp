@@ -25,6 +25,7 @@ struct AreaTaps {
     std::int32_t last;   // weight of the last one, if it isn't the next
 };
 
+/// No weight is more than `ax[0]`.
 AreaTaps tapsOf(AreaColumns const& columns, std::uint64_t x, std::uint64_t channel) {
     std::int32_t const* const ax = columns.ax;
     auto const more = static_cast<std::uint64_t>(columns.ix[x + 1] - columns.ix[x]);

@@ -1,6 +1,7 @@
 #include "simd/simd_resizer_byte_area.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "simd/simd_neon.h"
 #include "simd/simd_resizer_axis.h"
@@ -63,6 +64,11 @@ struct PairedRows {
     }
 };
 
+/// Of weights, whose sums are modulo 2^32.
+constexpr std::int32_t difference(std::int32_t a, std::int32_t b) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
+}
+
 /// How the scalar classes weight rows and store sums.
 struct ScalarRule {
     static std::uint32_t rowWeight(std::int32_t weight) {
@@ -96,7 +102,7 @@ struct AreaTables {
 /// The weight of the source row `j` rows behind that at the upper boundary of destination row `r`.
 std::int32_t rowWeight(std::int32_t const* ay, std::uint64_t r, std::int32_t j, std::int32_t rows) {
     std::int32_t const whole = j == 0 ? ay[r] : ay[0];
-    return j == rows ? whole - ay[r + 1] : whole;
+    return j == rows ? difference(whole, ay[r + 1]) : whole;
 }
 
 template <class Rule, std::uint64_t channels>
@@ -165,6 +171,18 @@ void average(ResizerParam const& param, AreaTables const& tables, Rows source, s
 
 namespace Base {
 
+namespace {
+
+/// Towards zero. Where a side grows 2^20 times and more, weights pass the range of their tables and
+/// stay at its end.
+std::int32_t saturatedWeight(float weight) {
+    constexpr float beyond = 2147483648.0F;
+    return weight < beyond ? static_cast<std::int32_t>(weight)
+                           : std::numeric_limits<std::int32_t>::max();
+}
+
+}  // namespace
+
 void fillArea(std::uint64_t src, std::uint64_t dst, std::int32_t range, std::int32_t* alpha,
               std::int32_t* index) {
     if (dst == 0) {
@@ -180,7 +198,7 @@ void fillArea(std::uint64_t src, std::uint64_t dst, std::int32_t range, std::int
             continue;
         }
         float const rest = 1.0F - (position - static_cast<float>(whole));
-        alpha[i] = static_cast<std::int32_t>(rest * static_cast<float>(range) / scale);
+        alpha[i] = saturatedWeight(rest * static_cast<float>(range) / scale);
         index[i] = static_cast<std::int32_t>(whole);
     }
 }
@@ -233,9 +251,9 @@ namespace {
 bool takesSamples(std::int32_t const* alpha, std::int32_t const* index, std::uint64_t cells) {
     for (std::uint64_t i = 0; i < cells; ++i) {
         std::int32_t const more = index[i + 1] - index[i];
-        std::int32_t const behind = more == 0 ? alpha[i + 1] : alpha[i + 1] - alpha[0];
+        std::int32_t const behind = more == 0 ? alpha[i + 1] : difference(alpha[i + 1], alpha[0]);
         bool const single = more == 0 || (more == 1 && behind == 0);
-        if (!single || alpha[i] - behind != plainRange) {
+        if (!single || difference(alpha[i], behind) != plainRange) {
             return false;
         }
     }

@@ -27,7 +27,8 @@ class ResizerByteArea : public Resizer {
 };
 
 /// For each of the dst + 1 boundaries of the cells along an axis: the source sample that it falls
-/// into and the part of that sample behind it, in units of range / scale. With no cells, nothing.
+/// into and the part of that sample behind it, in units of range / scale, of 31 bits at most. With
+/// no cells, nothing.
 void fillArea(std::uint64_t src, std::uint64_t dst, std::int32_t range, std::int32_t* alpha,
               std::int32_t* index);
 

@@ -104,8 +104,9 @@ Position<std::int32_t> areaPosition(std::uint64_t s, std::uint64_t d, int range,
         return {static_cast<std::int64_t>(s) - 1, 0};
     }
     float const rest = 1.0F - (position - static_cast<float>(index));
+    float const weight = rest * static_cast<float>(range) / scale;
     return {static_cast<std::int64_t>(index),
-            static_cast<std::int32_t>(rest * static_cast<float>(range) / scale)};
+            weight < 0x1p31F ? static_cast<std::int32_t>(weight) : 0x7FFFFFFF};
 }
 
 }  // namespace model

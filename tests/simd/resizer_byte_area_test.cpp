@@ -66,6 +66,81 @@ TEST(ResizerByteArea, LastBoundaryThatRoundsDown) {
     });
 }
 
+constexpr std::int32_t largest = 0x7FFFFFFF;
+
+// 2048 * 2^20 is the first weight that 32 bits don't hold.
+TEST(ResizerByteArea, WeightsSaturate) {
+    Tables const tables = tablesOf(2, 1 << 21, range);
+    EXPECT_EQ(tables.alpha[0], largest);
+    EXPECT_EQ(tables.alpha[1], 2147481600);  // less 2048
+    EXPECT_EQ(tables.alpha[2], 2147479552);
+    EXPECT_EQ(tables.alpha[1 << 20], largest);
+    EXPECT_EQ(tables.index[1 << 20], 1);
+    EXPECT_EQ(tables.alpha[1 << 21], 0);
+    Tables const more = tablesOf(1, 1 << 22, range);
+    EXPECT_EQ(more.alpha[1 << 21], largest);  // half of 2^33
+    EXPECT_EQ(more.alpha[3 << 20], largest);
+    EXPECT_EQ(more.alpha[7 << 19], 1 << 30);
+}
+
+// The first cell of a sample has 2047 of 2048.
+TEST(ResizerByteArea, AMillionColumnsForEach) {
+    constexpr std::uint64_t width = 1 << 21;
+    Bytes expected;
+    for (std::uint8_t const sample : Bytes{10, 200, 90, 255}) {
+        expected.insert(expected.end(), width / 2, sample);
+    }
+    onEveryTarget(directSubjects, [&](ResizerSubject const& subject) {
+        EXPECT_TRUE(resizesTo(subject, {0, area, 2, 2, width, 2, 1}, {10, 200, 90, 255}, expected));
+    });
+}
+
+// Half of the rows of a sample lie between boundaries whose weights are both the largest: they are
+// black.
+TEST(ResizerByteArea, TwoMillionRowsForEach) {
+    constexpr std::uint64_t height = 1 << 22;
+    Bytes expected;
+    for (Bytes const& row : {Bytes{0, 0}, Bytes{10, 200}, Bytes{0, 0}, Bytes{90, 255}}) {
+        for (std::uint64_t r = 0; r < height / 4; ++r) {
+            expected.insert(expected.end(), row.begin(), row.end());
+        }
+    }
+    onEveryTarget(directSubjects, [&](ResizerSubject const& subject) {
+        EXPECT_TRUE(
+            resizesTo(subject, {0, area, 2, 2, 2, height, 1}, {10, 200, 90, 255}, expected));
+    });
+}
+
+// Boundaries aren't exact here. The weight of a whole sample is 2048 * 1,500,000, and falls below
+// 2^31 behind 451,388 cells.
+TEST(ResizerByteArea, MillionsOfColumnsAreAsModelled) {
+    Bytes const src{200, 100, 255, 3};
+    model::Resize const request{0, area, 2, 2, 3'000'000, 2, 1};
+    onEveryTarget(directSubjects, [&](ResizerSubject const& subject) {
+        Bytes const expected = model::resized(subject.model, request, src);
+        EXPECT_EQ(expected[0], 0);
+        EXPECT_EQ(expected[451'000], 0);
+        EXPECT_NE(expected[452'000], 0);
+        EXPECT_TRUE(resizesTo(subject, request, src, expected));
+    });
+}
+
+// Down a picture whose rows fill registers: each is all of one sum.
+TEST(ResizerByteArea, MillionsOfRowsAreAsModelled) {
+    constexpr std::uint64_t height = 1'500'000;
+    constexpr std::uint64_t width = 16;
+    onEveryTarget(directSubjects, [&](ResizerSubject const& subject) {
+        Bytes const column =
+            model::resized(subject.model, {0, area, 1, 1, 1, height, 1}, Bytes{201});
+        Bytes expected;
+        for (std::uint8_t const sample : column) {
+            expected.insert(expected.end(), width, sample);
+        }
+        EXPECT_TRUE(
+            resizesTo(subject, {0, area, 64, 1, width, height, 1}, Bytes(64, 201), expected));
+    });
+}
+
 TEST(ResizerByteArea, NoCellsHaveNoBoundaries) {
     std::int32_t alpha = 77;
     std::int32_t index = 78;
