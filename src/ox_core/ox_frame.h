@@ -60,7 +60,11 @@ class OX_API Frame {
     /// Gives `target` the same format and size and a copy of the pixels: in place if it agrees
     /// already, without a touch on the bytes between rows. Clears it if this frame isn't
     /// initialized.
-    /// @throws Exception what `reuse` throws
+    ///
+    /// Both may show the same storage. Rows are copied from the top down, and the bytes of a row as
+    /// if all of them were read first. So a target that lies on the same rows as the source, or
+    /// higher up, gets the source's pixels; one that lies lower gets some rows again and again.
+    /// @throws Exception what `reuse` throws; `target` is then not initialized
     void copyTo(Frame& target) const;
 
     /// Sets the pixels of all planes to 0; bytes between rows stay.
@@ -85,6 +89,10 @@ class OX_API Frame {
 /// On half-size planes the origin is x / 2, y / 2, rounded down, and the extent (w + 1) / 2,
 /// (h + 1) / 2; packed 4:2:2 rows start at byte 4 (x / 2). A rectangle with a zero side gives a
 /// frame without columns or rows.
+///
+/// The result holds the storage (of wrapped memory: its addresses), not `frame` itself, which may
+/// go. But it is a temporary where it is passed on at once: links that keep the address of their
+/// `Frame` (`FormatConverter` does) need a variable that holds it.
 /// @throws Exception `StatusOutOfRange` unless the rectangle lies inside the frame
 OX_API Frame getRegion(Frame& frame, Rect region);
 

@@ -37,11 +37,10 @@ struct OX_API FrameLayout {
 
     FrameLayout() = default;
 
-    /// The layout of a frame whose planes follow one another.
+    /// The layout of a frame whose planes follow one another. A format without planes gives
+    /// `planeCount` 0; a side that isn't positive gives planes without columns or rows.
     /// @param alignment every stride is the row's bytes rounded up to a multiple of it; 0 stands
     ///        for 64
-    /// A format without planes gives `planeCount` 0; a side that isn't positive gives planes
-    /// without columns or rows.
     /// @throws Exception `StatusCapacityExceeded` past 2^62 bytes
     FrameLayout(FrameFormat format, Size size, unsigned long alignment);
 

@@ -313,6 +313,22 @@ TEST(FrameCopy, OntoItselfAndBetweenOverlappingRows) {
     EXPECT_EQ(bytesOf(frame, 0, 0), (std::vector<int>{1, 1, 2, 3, 4, 5}));
 }
 
+// Rows are copied from the top down.
+TEST(FrameCopy, UpwardsAndDownwardsInOneFrame) {
+    Frame frame = makeFrame(FRAME_GRAY8, {3, 3});
+    fill(frame, 0, {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
+    Frame upper = getRegion(frame, {0, 0, 2, 2});
+    getRegion(frame, {1, 1, 2, 2}).copyTo(upper);
+    EXPECT_EQ(bytesOf(frame, 0, 0), (std::vector<int>{5, 6, 3}));
+    EXPECT_EQ(bytesOf(frame, 0, 1), (std::vector<int>{8, 9, 6}));
+    EXPECT_EQ(bytesOf(frame, 0, 2), (std::vector<int>{7, 8, 9}));
+    Frame lower = getRegion(frame, {0, 1, 3, 2});
+    getRegion(frame, {0, 0, 3, 2}).copyTo(lower);
+    for (int y = 0; y < 3; ++y) {
+        EXPECT_EQ(bytesOf(frame, 0, y), (std::vector<int>{5, 6, 3}));
+    }
+}
+
 }  // namespace
 
 }  // namespace ox::test
