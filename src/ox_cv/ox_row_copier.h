@@ -13,9 +13,12 @@ class OX_API RowCopier : public IRowProducer {
   public:
     RowCopier() = default;
 
-    /// @throws Exception `StatusAssertionFailed` if the frame isn't initialized
+    /// Keeps addresses of the frame's pixels, not of `src_frame`.
+    /// @throws Exception `StatusAssertionFailed` if the frame isn't initialized; the copier then
+    ///         goes on with its former source
     void reuse(Frame const& src_frame);
-    /// @throws Exception `StatusAssertionFailed` if the producer's size is empty
+    /// @throws Exception `StatusAssertionFailed` if the producer's size is empty; the copier then
+    ///         goes on with its former source
     void reuse(IRowProducer& src_producer);
     /// Forgets the source.
     void clear();
@@ -24,7 +27,7 @@ class OX_API RowCopier : public IRowProducer {
 
     /// The layout that the source had at `reuse`, its strides included.
     FrameLayout const& layout() override { return _layout; }
-    /// Nothing behind a frame's last row.
+    /// Nothing behind a frame's last row, nor without a source. A row may be copied onto itself.
     void produce(RowData& row) override;
     bool next() override;
     ~RowCopier() override;

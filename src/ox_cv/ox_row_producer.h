@@ -4,6 +4,8 @@
 
 #pragma once
 
+#include <type_traits>
+
 #include "ox_core/ox_api.h"
 #include "ox_core/ox_frame.h"
 #include "ox_core/ox_frame_layout.h"
@@ -15,19 +17,26 @@ namespace ox {
 /// As a destination, a null entry means that this plane gets no row on this step (chroma on odd
 /// rows of 4:2:0 frames). As a source, entries of subsampled planes repeat.
 struct RowData {
-    unsigned char* plane[4];
+    unsigned char* plane[4]{};  ///< null at first
 
     unsigned char*& operator[](int index) { return plane[index]; }
     unsigned char* operator[](int index) const { return plane[index]; }
 };
 
 static_assert(sizeof(RowData) == 4 * sizeof(unsigned char*));
+static_assert(std::is_aggregate_v<RowData> && std::is_trivially_copyable_v<RowData>);
 
 /// A link of a chain: yields rows one at a time into its consumer's memory.
 ///
 /// A consumer calls `produce` and `next` once per row, from row 0 on, `layout().size.height` times;
-/// it may call `next` without `produce` to skip a row. A chain serves one thread at a time; it
-/// holds its sources by reference, so they must outlive it.
+/// it may call `next` without `produce` to skip a row. A chain serves one thread at a time.
+///
+/// A chain owns none of its sources: producers, and the pixels of frames, must outlive it.
+/// `FormatConverter` needs the `Frame` object as well, so a variable should hold every frame that a
+/// chain starts from.
+///
+/// What a chain writes must have no byte in common with the frame that it reads. Links that only
+/// copy are the exception: they may write a row onto itself.
 class OX_API IRowProducer {
   public:
     /// Layout of the rows yielded; the reference stays valid until the next `reuse`.
@@ -44,11 +53,14 @@ class OX_API IRowProducer {
     IRowProducer& operator=(IRowProducer const&) = default;
 };
 
-/// Copies the row's bytes of each plane whose destination isn't null.
+/// Copies the row's bytes of each plane whose destination isn't null. The two rows of a plane may
+/// overlap.
 OX_API void copyRowData(FrameLayout const& layout, RowData const& src, RowData& dst);
 
 /// Drains `producer` into `frame`. A frame of the producer's format and size is written in place,
 /// with its own strides; any other is made anew first, with storage of its own.
+/// @param frame must not be the frame that the chain reads, nor show bytes of it: making it anew
+///        would free pixels that are still to be read
 /// @throws Exception what the producer or `Frame::reuse` throws; rows already written stay
 OX_API void produceFrame(IRowProducer& producer, Frame& frame);
 

@@ -10,7 +10,7 @@
 
 namespace ox {
 
-/// Holds bare addresses: the frame must outlive it. Can be read as a `RowData`.
+/// Holds bare addresses: the frame's pixels must outlive it. Can be read as a `RowData`.
 struct OX_API RowReader {
     RowData rows{};             ///< addresses of the current row
     std::int64_t strides[4]{};  ///< bytes, per plane
@@ -19,7 +19,7 @@ struct OX_API RowReader {
     std::int32_t height = 0;    ///< of the frame
 
     /// Starts at row 0 of `frame`.
-    /// @throws Exception `StatusInputNotInitialized`
+    /// @throws Exception `StatusInputNotInitialized`; the cursor is then as after `clear`
     void reuse(Frame const& frame);
 
     /// Moves on by a row; false behind the last one. There the addresses stand past the planes'

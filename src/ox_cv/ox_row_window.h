@@ -29,8 +29,10 @@ class OX_API RowWindow {
     /// Starts at row 0 of a frame. Nothing is allocated if format, size and `window_size` are as
     /// before.
     /// @param window_size rows of the band, 1 to the frame's height
-    /// @throws Exception `StatusInputNotInitialized`; `StatusOutOfRange` for a bad `window_size`,
-    ///         which leaves the window as it was; `StatusCapacityExceeded`, which leaves it empty
+    /// @throws Exception, as the other `reuse`: `StatusInputNotInitialized` for a source without
+    ///         planes, `StatusInvalidParameter` for a producer that has other planes than its
+    ///         format, `StatusOutOfRange` for a bad `window_size`, all of which leave the window as
+    ///         it was; `StatusCapacityExceeded`, which leaves it empty
     void reuse(Frame const& frame, int window_size);
 
     /// Starts at the row that a producer stands at. With geometry and `window_size` as before, the

@@ -10,7 +10,7 @@
 
 namespace ox {
 
-/// Holds bare addresses: the frame must outlive it.
+/// Holds bare addresses: the frame's pixels must outlive it.
 struct OX_API RowWriter {
     RowData rows{};             ///< the row to pass to `produce`; null where a plane gets no row
     RowData planes{};           ///< current row of each plane, never null for a plane in use
@@ -20,7 +20,7 @@ struct OX_API RowWriter {
     std::int32_t height = 0;    ///< of the frame
 
     /// Starts at row 0 of `frame`, where each plane has a row (unless the frame has none).
-    /// @throws Exception `StatusInputNotInitialized`
+    /// @throws Exception `StatusInputNotInitialized`; the cursor is then as after `clear`
     void reuse(Frame& frame);
 
     /// Moves on by a row; false behind the last one, where all entries of `rows` are null after the

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <stdexcept>
 #include <type_traits>
 #include <vector>
@@ -31,6 +32,16 @@ std::size_t slotOf(Member member) {
     static_assert(sizeof member == sizeof words);
     std::memcpy(words, &member, sizeof words);
     return static_cast<std::size_t>(words[0] / sizeof(void*));
+}
+
+TEST(RowData, StartsWithNulls) {
+    unsigned char const garbage[sizeof(RowData)]{1, 2, 3};
+    alignas(RowData) unsigned char memory[sizeof(RowData)];
+    std::memcpy(memory, garbage, sizeof memory);
+    auto const* const row = new (memory) RowData;
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ((*row)[i], nullptr);
+    }
 }
 
 TEST(RowProducer, SlotsAreInOrder) {
