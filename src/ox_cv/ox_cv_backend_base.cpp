@@ -167,13 +167,13 @@ void CvBackendBase::mul(Frame& src_dst, float value, Rect src_roi) {
 }
 
 void CvBackendBase::warpAffine(Frame const& /*src*/, Frame& /*dst*/, float const (* /*matrix*/)[3],
-                               Rect /*roi*/, bool /*flag*/) {
+                               Rect /*roi*/, bool /*invert*/) {
     throw Exception(nullptr, StatusNotSupported, "warpAffine", file, __LINE__,
                     "Operation is not implemented");
 }
 
 int CvBackendBase::setIntProperty(int id, int value) {
-    if (id != 1) {
+    if (id != PropertyResizeMethod) {
         return 0;
     }
     _resize_method = value;
@@ -181,7 +181,7 @@ int CvBackendBase::setIntProperty(int id, int value) {
 }
 
 int CvBackendBase::getIntProperty(int id) const {
-    return id == 1 ? _resize_method : -1;
+    return id == PropertyResizeMethod ? _resize_method : -1;
 }
 
 DeviceContext CvBackendBase::getDeviceContext() const {

@@ -15,7 +15,7 @@ namespace ox {
 /// All operations throw `Exception`: `StatusAssertionFailed` for frames that aren't initialized,
 /// not on the CPU or not of the size or format that the operation needs; `StatusOutOfRange` for a
 /// region that leaves its frame; what the chain throws. `dst` may then hold some rows of the
-/// result.
+/// result. The backend can be used after any failure.
 class OX_API CvBackendBase : public ICvBackend {
   public:
     CvBackendBase() = default;
@@ -23,12 +23,24 @@ class OX_API CvBackendBase : public ICvBackend {
     CvBackendBase& operator=(CvBackendBase const&) = delete;
     ~CvBackendBase() override;
 
+    /// Takes the pairs of `FormatConverter`.
+    ///
     /// Whole `FRAME_NV12` frames go to `FRAME_BGR24` through `NV12toBGR_neon`, with its own
     /// coefficients, which leaves an odd last row and the last width mod 8 columns unwritten. With
     /// a region, if only the frame's own rectangle, the same pair is converted in full.
+    ///
+    /// That function takes chroma rows to be luma's stride apart. Of a frame whose two strides
+    /// differ it gets the wrong chroma; where it would even leave the chroma rows, the pair is
+    /// converted in full instead. A region helps here too.
+    /// @throws Exception what `FormatConverter::reuse` throws
     void colorCvt(Frame const& src, Frame& dst, Rect src_roi) override;
+    /// Takes the formats of `Scaler`, and every format at equal sizes.
+    /// @throws Exception what `Scaler` throws, `StatusNotSupported` for other formats among that
     void resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) override;
-    /// Scales first, into a frame that is kept between calls, if both size and format change.
+    /// Scales first, into a frame that is kept between calls, if both size and format change. At
+    /// equal sizes it is `colorCvt`, with the region, and leaves the same columns.
+    /// @throws Exception what `colorCvt` and `resize` throw; `StatusInvalidParameter` for a `dst`
+    ///         without columns or rows, if both size and format change
     void convert(Frame const& src, Frame& dst, Rect src_roi) override;
     /// For the float formats. The region is cropped to the frame; a block of that size at the top
     /// left of the frame is changed, wherever the region lies. This is on purpose.
@@ -37,10 +49,10 @@ class OX_API CvBackendBase : public ICvBackend {
     void mul(Frame& src_dst, float value, Rect src_roi) override;
     /// @throws Exception `StatusNotSupported`, always
     void warpAffine(Frame const& src, Frame& dst, float const (*matrix)[3], Rect roi,
-                    bool flag) override;
+                    bool invert) override;
 
-    /// Property 1 is the `ResizeMethod`, `ResizeBilinear` at first. It isn't checked here: an
-    /// unknown one makes the next `resize` between different sizes throw.
+    /// Takes `PropertyResizeMethod` only. Its value isn't checked here: an unknown one makes the
+    /// next `resize` between different sizes throw `StatusInvalidParameter`.
     int setIntProperty(int id, int value) override;
     int getIntProperty(int id) const override;
     /// The CPU's.

@@ -96,20 +96,20 @@ void CvBackendSimd::mul(Frame& src_dst, float value, Rect src_roi) {
 }
 
 int CvBackendSimd::setIntProperty(int id, int value) {
-    if (id != 1 && id != 2) {
+    if (id != PropertyResizeMethod && id != PropertyWarpMethod) {
         return 0;
     }
     OX_ASSERT(value == ResizeBilinear || value == ResizeArea || value == ResizeNearestNeighbour,
               file);
-    (id == 1 ? _resize_method : _warp_method) = value;
+    (id == PropertyResizeMethod ? _resize_method : _warp_method) = value;
     return 1;
 }
 
 int CvBackendSimd::getIntProperty(int id) const {
     switch (id) {
-        case 1:
+        case PropertyResizeMethod:
             return _resize_method;
-        case 2:
+        case PropertyWarpMethod:
             return _warp_method;
         default:
             return -1;

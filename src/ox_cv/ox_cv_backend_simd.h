@@ -12,7 +12,15 @@ namespace ox {
 ///
 /// All operations throw `Exception`: `StatusAssertionFailed` for frames that aren't initialized,
 /// not on the CPU or not of the size that the operation needs; `StatusOutOfRange` for a region that
-/// leaves its frame; `StatusNotSupported` for formats that they don't take.
+/// leaves its frame; `StatusNotSupported` for formats that they don't take. The backend can be used
+/// after any failure. Where memory runs out inside a resizer or a warp, the process ends.
+///
+/// Strides of floats should be multiples of 4 bytes. Those of `Frame::reuse` with alignment 0 are;
+/// wrapped frames may have others. Bilinear `resize`, `add` and `mul` drop the low two bits of a
+/// stride, on purpose, and so look for row y too early, by y x (stride mod 4) bytes: the floats
+/// that they read and write there are pieced together from the row, the one before it and the bytes
+/// between the two. Bytes between rows change; nothing outside the plane does. `mul` clears each
+/// row where it really is, and adds the products to what then lies where it looks for it.
 class OX_API CvBackendSimd : public ICvBackend {
   public:
     CvBackendSimd() = default;
@@ -20,21 +28,60 @@ class OX_API CvBackendSimd : public ICvBackend {
     CvBackendSimd& operator=(CvBackendSimd const&) = delete;
     ~CvBackendSimd() override;
 
-    /// 4:2:0 sources need even sides. Whole `FRAME_NV12` frames whose planes have equal strides go
-    /// to `FRAME_BGR24` through `NV12toBGR_neon`, with its own coefficients, which leaves the last
-    /// width mod 8 columns unwritten; with a region, if only the frame's own rectangle, the pair is
-    /// converted in full. The float formats hold 0 to 255, in the channel order of the other side.
+    /// Each format to itself, as a copy, and these pairs (`FRAME_` left out):
+    ///
+    /// | from | to |
+    /// |---|---|
+    /// | `GRAY8` | `BGR24` |
+    /// | `RGB24` | `BGR24`, `RGB_PLANAR`, `BGR_32F`, `BGR_32F_PLANAR` |
+    /// | `RGB_PLANAR` | `RGB24`, `BGR_32F`, `BGR_32F_PLANAR` |
+    /// | `BGR24` | `RGB24`, `BGR_PLANAR`, `BGR_32F`, `BGR_32F_PLANAR`, `GRAY8` |
+    /// | `BGR24` | `I420`, `NV12`, `YUV444`, `YUV444_PLANAR` |
+    /// | `BGR_PLANAR` | `BGR24`, `BGR_32F`, `BGR_32F_PLANAR` |
+    /// | `I420` | `GRAY8`, `RGB24`, `BGR24`, `NV12` |
+    /// | `NV12` | `GRAY8`, `RGB24`, `BGR24`, `I420`, `NV21` |
+    /// | `NV21` | `GRAY8`, `RGB24`, `BGR24`, `I420`, `NV12` |
+    /// | `YUV444` | `GRAY8`, `BGR24`, `YUV444_PLANAR` |
+    /// | `YUV444_PLANAR` | `GRAY8`, `BGR24`, `YUV444` |
+    /// | `BGR_32F` | `RGB24`, `BGR24`, `RGB_PLANAR`, `BGR_PLANAR` |
+    /// | `BGR_32F_PLANAR` | `RGB24`, `BGR24`, `RGB_PLANAR`, `BGR_PLANAR` |
+    ///
+    /// `CvBackendBase` has others, from `YV12`, `YV16`, `YUYV`, `UYVY` and `NV16` among them.
+    ///
+    /// The float formats hold 0 to 255, in the channel order of the other side.
+    ///
+    /// Whole `FRAME_NV12` frames whose planes have equal strides go to `FRAME_BGR24` through
+    /// `NV12toBGR_neon`, with its own coefficients, which leaves the last width mod 8 columns
+    /// unwritten. The kernel of the other 4:2:0 pairs takes frames of unequal strides, and any
+    /// frame with a region, if only its own rectangle: in full, with slightly different bytes.
+    /// @throws Exception `StatusNotSupported` for any other pair; `StatusAssertionFailed` for a
+    ///         region with an odd side of `FRAME_I420`, `FRAME_NV12` or `FRAME_NV21`, unless it is
+    ///         copied. `dst` is as it was then.
     void colorCvt(Frame const& src, Frame& dst, Rect src_roi) override;
-    /// For formats of 8 and 32 bits a channel, plane by plane, by the method of property 1. A
-    /// region of width or height 1 goes to the nearest sample. Float formats aren't averaged by
-    /// area: `StatusNotSupported`. Rows have at most 2^31 - 1 bytes: `StatusCapacityExceeded`.
-    /// Bilinear floats take strides in whole floats: the low two bits don't count, on purpose, and
-    /// rows so set apart are taken a little before their start, inside the plane.
+    /// For formats of 8 and 32 bits a channel, plane by plane, by `PropertyResizeMethod`. A source
+    /// region of width or height 1 goes to the nearest sample.
+    ///
+    /// `FRAME_YUYV` and `FRAME_UYVY` are taken for pixels of two channels, a luma and a chroma
+    /// sample, so U and V get mixed. Scale `FRAME_NV16` instead, which `CvBackendBase` converts
+    /// them to. `FRAME_C1_32U` is taken for floats: nearest moves its numbers as they are, bilinear
+    /// blends the floats that their bits would be.
+    ///
+    /// Area gives each sample of a side the weight 2048 / ratio, cut off to a whole number. So a
+    /// side that shrinks by more than 2048 comes out black, one that shrinks by 1025 (a weight of 1
+    /// for 1.998) at half its brightness, by 1000 a little darker than it is. Two steps help.
+    /// @throws Exception `StatusAssertionFailed` for formats of 16 bits; `StatusNotSupported` for
+    ///         area on formats of 32 bits; `StatusCapacityExceeded` for rows of 2^31 bytes and more
     void resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) override;
-    /// Scales first, in `src`'s format, then converts; only what of the two is needed. A pair that
-    /// `colorCvt` refuses is refused after the scaling.
+    /// Does only what of the two is needed. An odd side of `dst`, too, is refused after the scaling
+    /// where `src` is `FRAME_I420`, `FRAME_NV12` or `FRAME_NV21`.
+    ///
+    /// `FRAME_NV12` goes to `FRAME_BGR24` as a whole frame here, also with a region: of a `dst`
+    /// whose width isn't a multiple of 8 the last columns stay unwritten. Where they count,
+    /// `resize` and then `colorCvt` with a region write them.
+    /// @throws Exception what `resize` and `colorCvt` throw; `StatusInvalidParameter` for a `dst`
+    ///         without columns or rows, if both size and format change
     void convert(Frame const& src, Frame& dst, Rect src_roi) override;
-    /// For the float formats.
+    /// For the float formats; on their strides see above.
     void add(Frame& src_dst, float value, Rect src_roi) override;
     /// For the float formats; of any other the region is cleared before the operation throws, on
     /// purpose. Products are rounded once; one of exactly -0 becomes +0.
@@ -43,13 +90,15 @@ class OX_API CvBackendSimd : public ICvBackend {
     /// cover becomes 0. Meant for formats of 8 bits a channel: of others only the first width x
     /// channels bytes of a row are taken. The matrix applies to each plane in the plane's own
     /// coordinates, subsampled or not.
-    /// @param matrix from `roi`'s coordinates to `dst`'s; with `flag` set, from `dst`'s to `roi`'s
-    /// @throws Exception `StatusNotSupported` for a singular matrix; planes may be written by then
+    /// @param matrix NaN in it isn't refused; what `dst` then holds isn't defined
+    /// @throws Exception `StatusNotSupported`, "Can't create context.", for a matrix that has no
+    ///         inverse in single precision (its determinant is 0, or too large), and for a plane of
+    ///         `src` of more than 2^32 bytes from the first row to the end of the last one's
+    ///         stride; planes before that one are written by then
     void warpAffine(Frame const& src, Frame& dst, float const (*matrix)[3], Rect roi,
-                    bool flag) override;
+                    bool invert) override;
 
-    /// Property 1 is the `ResizeMethod` of `resize`, property 2 that of `warpAffine`, both
-    /// `ResizeBilinear` at first.
+    /// Takes both properties. `ResizeArea` is bilinear for warps.
     /// @throws Exception `StatusAssertionFailed` for a value that isn't one; the old one stays
     int setIntProperty(int id, int value) override;
     int getIntProperty(int id) const override;

@@ -104,7 +104,7 @@ void CvBackendSimd::convert(Frame const& src, Frame& dst, Rect src_roi) {
 }
 
 void CvBackendSimd::warpAffine(Frame const& src, Frame& dst, float const (*matrix)[3], Rect roi,
-                               bool flag) {
+                               bool invert) {
     OX_ASSERT(src.initialized() && src.format() == dst.format(), file);
     OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
                   src.deviceContext() == dst.deviceContext(),
@@ -120,7 +120,7 @@ void CvBackendSimd::warpAffine(Frame const& src, Frame& dst, float const (*matri
         PlaneView const target = planeOf(dst, i);
         std::unique_ptr<Simd::WarpAffine> const warp(Simd::Base::CreateWarpAffine(
             source.width, source.height, source.stride, target.width, target.height, target.stride,
-            dst.layout().plane[i].channels, flag ? inverse : given, warpFlags(_warp_method),
+            dst.layout().plane[i].channels, invert ? inverse : given, warpFlags(_warp_method),
             nullptr));
         if (warp == nullptr) {
             throw Exception(nullptr, StatusNotSupported, "warpAffine", file, __LINE__,

@@ -165,7 +165,7 @@ void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod me
         return;
     }
     CvBackendSimd backend;
-    backend.setIntProperty(1, static_cast<int>(method));
+    backend.setIntProperty(PropertyResizeMethod, static_cast<int>(method));
     dst.reuse(source.format(), size, DeviceContext(), 0);
     if (source.size().empty()) {
         dst.setZero();  // there is nothing to resample

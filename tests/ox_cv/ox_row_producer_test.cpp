@@ -35,9 +35,8 @@ std::size_t slotOf(Member member) {
 }
 
 TEST(RowData, StartsWithNulls) {
-    unsigned char const garbage[sizeof(RowData)]{1, 2, 3};
     alignas(RowData) unsigned char memory[sizeof(RowData)];
-    std::memcpy(memory, garbage, sizeof memory);
+    std::memset(memory, 77, sizeof memory);
     auto const* const row = new (memory) RowData;
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ((*row)[i], nullptr);
