@@ -51,7 +51,7 @@ Contest contestAt(Size size) {
     for (auto const method : {ResizeBilinear, ResizeArea}) {
         contest.add(method == ResizeArea ? "BGR24 area to half" : "BGR24 bilinear to half", bgr,
                     half, [method](ICvBackend& backend, auto& s, auto& d) {
-                        backend.setIntProperty(resizeMethodProperty, static_cast<int>(method));
+                        backend.setIntProperty(PropertyResizeMethod, static_cast<int>(method));
                         backend.resize(s, d, Rect{}, Rect{});
                     });
     }

@@ -44,7 +44,7 @@ std::function<void()> rowsByLanczos(Picture const& src, Picture const& dst) {
 template <class Backend>
 std::function<void()> wholeBy(ResizeMethod method, Picture const& src, Picture const& dst) {
     auto const backend = std::make_shared<Backend>();
-    backend->setIntProperty(resizeMethodProperty, static_cast<int>(method));
+    backend->setIntProperty(PropertyResizeMethod, static_cast<int>(method));
     return [=] { backend->convert(*src, *dst, Rect{}); };
 }
 

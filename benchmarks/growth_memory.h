@@ -5,8 +5,6 @@
 
 namespace ox::benchmarks {
 
-constexpr int resizeMethodProperty = 1;  ///< of a backend
-
 /// Prints what ways from an 8K NV12 frame to a 4K BGR24 frame take from the heap beside the two:
 /// bytes that they go on to hold and the most at a time, and blocks of the first frame and of later
 /// ones.

@@ -23,7 +23,7 @@ Family familyOf(FrameFormat format, int method) {
 }
 
 Operation operationOf(std::string name, Family family, Picture const& src, Picture const& dst,
-                      int property, int method, Work const& work) {
+                      CvProperty property, int method, Work const& work) {
     auto const by_method = [=](ICvBackend& backend, Frame const& from, Frame& to) {
         backend.setIntProperty(property, method);
         work(backend, from, to);
@@ -102,7 +102,7 @@ Operation resizing(FrameFormat format, Size from, Size to, int method) {
                              nameOf(method) + " to " + std::to_string(to.width) + "x" +
                              std::to_string(to.height);
     Operation operation = operationOf(
-        name, familyOf(format, method), src, dst, 1, method,
+        name, familyOf(format, method), src, dst, PropertyResizeMethod, method,
         [](ICvBackend& backend, auto& s, auto& d) { backend.resize(s, d, Rect{}, Rect{}); });
 #ifdef OX_PEER_OPENCV
     addOpencvResize(operation, src, dst, method);
@@ -137,7 +137,7 @@ Operation turning(FrameFormat format, Size size, int method) {
     Matrix const matrix{{{c, s, x - c * x - s * y}, {-s, c, y + s * x - c * y}}};
     std::string const name =
         std::string(toString(format) + std::string("FRAME_").size()) + " turned, " + nameOf(method);
-    Operation operation = operationOf(name, Family::Warp, src, dst, 2, method,
+    Operation operation = operationOf(name, Family::Warp, src, dst, PropertyWarpMethod, method,
                                       [=](ICvBackend& backend, auto& from, auto& to) {
                                           backend.warpAffine(from, to, matrix.rows, Rect{}, false);
                                       });

@@ -50,8 +50,6 @@ constexpr Method methods[]{{ox::ResizeNearestNeighbour, "NEAREST"},
                            {ox::ResizeBilinear, "BILINEAR"},
                            {ox::ResizeArea, "AREA"}};
 
-enum BackendProperty : int { scalingMethod = 1, warpMethod = 2 };
-
 /// A frame on the CPU.
 ox::Frame makeFrame(ox::FrameFormat format, ox::Size size) {
     ox::Frame frame;
@@ -63,7 +61,7 @@ ox::Frame makeFrame(ox::FrameFormat format, ox::Size size) {
 ox::Frame scaled(ox::ICvBackend& backend, ox::Frame const& frame, ox::Size size,
                  ox::ResizeMethod method) {
     ox::Frame result = makeFrame(frame.format(), size);
-    backend.setIntProperty(scalingMethod, static_cast<int>(method));
+    backend.setIntProperty(ox::PropertyResizeMethod, static_cast<int>(method));
     backend.resize(frame, result, ox::emptyRoi(), ox::emptyRoi());
     return result;
 }
@@ -94,7 +92,7 @@ ox::Frame rotated(ox::CvBackendSimd& backend, ox::Frame const& frame, ox::Resize
     // From the source to the destination; y runs downwards.
     float const matrix[2][3] = {{c, s, x - c * x - s * y}, {-s, c, y + s * x - c * y}};
     ox::Frame result = makeFrame(frame.format(), frame.size());
-    backend.setIntProperty(warpMethod, static_cast<int>(method));
+    backend.setIntProperty(ox::PropertyWarpMethod, static_cast<int>(method));
     backend.warpAffine(frame, result, matrix, ox::emptyRoi(), false);
     return result;
 }
@@ -134,7 +132,7 @@ class Sheet {
         unsigned char* plane = colour.bgr;
         ox::Frame const pixel =
             ox::Frame::wrap(ox::FrameLayout(ox::FRAME_BGR24, {1, 1}, 1), &plane);
-        _backend.setIntProperty(scalingMethod, ox::ResizeNearestNeighbour);
+        _backend.setIntProperty(ox::PropertyResizeMethod, ox::ResizeNearestNeighbour);
         _backend.resize(pixel, frame, ox::emptyRoi(), region);
     }
 
@@ -154,7 +152,7 @@ class Sheet {
     void place(int column, int row, ox::Frame const& picture, std::string const& caption) {
         int const x = margin + column * (cellSize.width + margin);
         int const y = margin + row * (cellSize.height + captionHeight + margin);
-        _backend.setIntProperty(scalingMethod, ox::ResizeArea);
+        _backend.setIntProperty(ox::PropertyResizeMethod, ox::ResizeArea);
         _backend.resize(picture, _frame, ox::emptyRoi(), {x, y, cellSize.width, cellSize.height});
         ox::Frame const text = rendered(_backend, caption);
         ox::Frame target =

@@ -1,8 +1,10 @@
 /// @file
-/// All of `libox_cv`.
+/// All of `libox_cv` but `ox_classic_kernels.h`, and all of `libox_core`, whose frames, formats and
+/// exceptions it works with.
 
 #pragma once
 
+#include "ox_core/ox_core.h"
 #include "ox_cv/ox_cv_backend.h"
 #include "ox_cv/ox_cv_backend_base.h"
 #include "ox_cv/ox_cv_backend_simd.h"

@@ -320,7 +320,7 @@ class BackendAllocation : public testing::Test {
     template <class Call>
     void expectSettled(char const* name, Call call) {
         for (ResizeMethod const method : {ResizeNearestNeighbour, ResizeBilinear, ResizeArea}) {
-            backend.setIntProperty(1, static_cast<int>(method));
+            backend.setIntProperty(PropertyResizeMethod, static_cast<int>(method));
             call();
             std::uint64_t const before = allocationCalls();
             call();

@@ -81,7 +81,7 @@ class BackendSweep : public testing::Test {
     }
 
     void setMethod(int method) {
-        ASSERT_EQ(_library.setIntProperty(1, method), 1);
+        ASSERT_EQ(_library.setIntProperty(PropertyResizeMethod, method), 1);
         _model.method = method;
     }
 

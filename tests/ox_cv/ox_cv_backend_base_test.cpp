@@ -82,7 +82,7 @@ TEST(CvBackendBaseResize, MethodsOfTheProperty) {
     backend.resize(src.frame(), dst.frame(), {}, {});
     EXPECT_EQ(dst.row(0, 0)[0], 60);  // bilinear at first
     for (int method = 0; method < 3; ++method) {
-        backend.setIntProperty(1, method);
+        backend.setIntProperty(PropertyResizeMethod, method);
         backend.resize(src.frame(), dst.frame(), {}, {});
         EXPECT_EQ(dst.row(0, 0)[0], expected[method]);
     }
@@ -94,7 +94,7 @@ TEST(CvBackendBaseResize, UnknownMethodsMatterWhereSizesDiffer) {
     TestFrame same(FRAME_GRAY8, {4, 4});
     TestFrame small(FRAME_GRAY8, {2, 2});
     TestFrame gray_to(FRAME_BGR24, {2, 2});
-    EXPECT_EQ(backend.setIntProperty(1, 7), 1);
+    EXPECT_EQ(backend.setIntProperty(PropertyResizeMethod, 7), 1);
     auto const text = "Failure in Scaler::reuse(...) : parameter 'method' is invalid 7.";
     expectException(StatusInvalidParameter, text,
                     [&] { backend.resize(src.frame(), small.frame(), {}, {}); });
@@ -104,7 +104,7 @@ TEST(CvBackendBaseResize, UnknownMethodsMatterWhereSizesDiffer) {
                     [&] { backend.convert(src.frame(), gray_to.frame(), {}); });
     backend.resize(src.frame(), same.frame(), {}, {});
     EXPECT_TRUE(samePixels(same.frame(), src.frame()));
-    backend.setIntProperty(1, -1);
+    backend.setIntProperty(PropertyResizeMethod, -1);
     expectException(StatusInvalidParameter,
                     "Failure in Scaler::reuse(...) : parameter 'method' is invalid 4294967295.",
                     [&] { backend.resize(src.frame(), small.frame(), {}, {}); });
@@ -112,7 +112,7 @@ TEST(CvBackendBaseResize, UnknownMethodsMatterWhereSizesDiffer) {
 
 TEST(CvBackendBaseResize, RegionsOfSourceAndDestination) {
     CvBackendBase backend;
-    backend.setIntProperty(1, ResizeNearestNeighbour);
+    backend.setIntProperty(PropertyResizeMethod, ResizeNearestNeighbour);
     TestFrame const src = ramp(FRAME_GRAY8, {6, 4});
     TestFrame dst(FRAME_GRAY8, {5, 3}, {7, Guard::AtEnd});
     fill(dst.frame(), 99);
@@ -128,7 +128,7 @@ TEST(CvBackendBaseResize, RegionsOfSourceAndDestination) {
 
 TEST(CvBackendBase, RegionsNeedBothSides) {
     CvBackendBase backend;
-    backend.setIntProperty(1, ResizeNearestNeighbour);
+    backend.setIntProperty(PropertyResizeMethod, ResizeNearestNeighbour);
     TestFrame const src = grayPicture({{1, 2}, {3, 4}});
     for (Rect const whole : {Rect{1, 1, 1, 0}, Rect{1, 1, 0, 1}, Rect{9, 9, -1, 9}, emptyRoi()}) {
         TestFrame dst(FRAME_GRAY8, {4, 2});
@@ -142,7 +142,7 @@ TEST(CvBackendBase, RegionsNeedBothSides) {
 
 TEST(CvBackendBaseResize, RegionsOfSubsampledFrames) {
     CvBackendBase backend;
-    backend.setIntProperty(1, ResizeNearestNeighbour);
+    backend.setIntProperty(PropertyResizeMethod, ResizeNearestNeighbour);
     TestFrame const src = ramp(FRAME_NV12, {8, 8});
     TestFrame dst(FRAME_NV12, {4, 4});
     fill(dst.frame(), 200);
@@ -213,7 +213,7 @@ TEST(CvBackendBaseConvert, ScalesBeforeItConverts) {
     TestFrame dst(FRAME_GRAY8, {1, 1});
     backend.convert(src.frame(), dst.frame(), {});
     EXPECT_EQ(rowsOf(dst.frame()), (Rows{{1}}));
-    backend.setIntProperty(1, ResizeNearestNeighbour);
+    backend.setIntProperty(PropertyResizeMethod, ResizeNearestNeighbour);
     backend.convert(src.frame(), dst.frame(), {2, 0, 2, 1});
     EXPECT_EQ(rowsOf(dst.frame()), (Rows{{9}}));
 }
@@ -267,7 +267,7 @@ TEST(CvBackendBase, SeparateBackendsServeThreads) {
         threads.emplace_back([&, i] {
             CvBackendBase backend;
             for (int method = 0; method < 3; ++method) {
-                backend.setIntProperty(1, method);
+                backend.setIntProperty(PropertyResizeMethod, method);
                 results[i].reuse(FRAME_BGR24, {9, 7}, DeviceContext(), 0);
                 backend.convert(src.frame(), results[i], emptyRoi());
             }

@@ -65,7 +65,7 @@ class CvBackendSimdConvert : public testing::Test {
         int const method = drawMethod(format);
         convertImage(part, hasOneStride(src.frame()), method, expected);
         PlacedImage dst(before, drawPlacesFor(dst_format, random));
-        backend.setIntProperty(resizeMethod, method);
+        backend.setIntProperty(PropertyResizeMethod, method);
         backend.convert(src.frame(), dst.frame(), roi);
         EXPECT_TRUE(dst.holds(expected))
             << describe(format, sizeOf(part.geometry())) << " of " << whole.width << "x"
@@ -265,7 +265,7 @@ TEST_F(CvBackendSimdConvert, RefusalsOfTheResizePass) {
     TestFrame bytes(FRAME_BGR24, {8, 4});
     TestFrame wide_shorts(FRAME_C1_16U, {8, 4});
     TestFrame wide_floats(FRAME_BGR_32F, {8, 4});
-    backend.setIntProperty(resizeMethod, ResizeArea);
+    backend.setIntProperty(PropertyResizeMethod, ResizeArea);
     // before the pair is looked at
     for (TestFrame* const dst : {&bytes, &wide_shorts}) {
         expectException(StatusAssertionFailed, otherBits,

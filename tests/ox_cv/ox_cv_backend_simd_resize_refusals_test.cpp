@@ -25,7 +25,7 @@ constexpr char longRows[] = "resize: Rows are too long.";
 // Each call breaks one rule and, where it can, all that are looked at later.
 TEST(CvBackendSimdResizeRefusals, ChecksInTheirOrder) {
     CvBackendSimd backend;
-    backend.setIntProperty(resizeMethod, ResizeArea);
+    backend.setIntProperty(PropertyResizeMethod, ResizeArea);
     TestFrame const src = ramp(FRAME_C1_16U, {4, 4});
     TestFrame dst(FRAME_C1_16U, {2, 2});
     Frame none;
@@ -81,7 +81,7 @@ TEST(CvBackendSimdResizeRefusals, SixteenBits) {
     for (Size const size : {Size{4, 4}, Size{1, 4}, Size{4, 1}}) {
         TestFrame const src = ramp(FRAME_C1_16U, size);
         for (int const method : {0, 1, 2}) {
-            backend.setIntProperty(resizeMethod, method);
+            backend.setIntProperty(PropertyResizeMethod, method);
             for (Rect const region : {Rect{}, Rect{0, 0, 1, 1}}) {
                 TestFrame dst(FRAME_C1_16U, {4, 4});
                 expectException(StatusAssertionFailed, otherBits,
@@ -98,7 +98,7 @@ TEST(CvBackendSimdResizeRefusals, FloatsByArea) {
     Random random;
     for (FrameFormat const format :
          {FRAME_C1_32U, FRAME_GRAY_32F, FRAME_BGR_32F, FRAME_BGR_32F_PLANAR}) {
-        backend.setIntProperty(resizeMethod, ResizeArea);
+        backend.setIntProperty(PropertyResizeMethod, ResizeArea);
         model::Image const picture = drawSamples(random, {static_cast<int>(format), 6, 5});
         PlacedImage const src(picture);
         model::Image const blank = model::makeImage(picture.format, 20, 3, 7);
@@ -123,7 +123,7 @@ TEST(CvBackendSimdResizeRefusals, FloatsByArea) {
             model::Image const part = model::crop(picture, line.x, line.y, line.width, line.height);
             EXPECT_TRUE(dst.holds(resizedImage(part, {20, 3}, ResizeNearestNeighbour)));
         }
-        backend.setIntProperty(resizeMethod, ResizeBilinear);
+        backend.setIntProperty(PropertyResizeMethod, ResizeBilinear);
         backend.resize(src.frame(), dst.frame(), {}, {});
         EXPECT_TRUE(dst.holds(resizedImage(picture, {20, 3}, ResizeBilinear)));
     }
@@ -139,7 +139,7 @@ TEST(CvBackendSimdResizeRefusals, RegionsThatLeaveTheirFrame) {
           Rect{0, 0, 7, 4}, Rect{0, 0, 6, 5}, Rect{6, 0, 1, 1}, Rect{0, 4, 1, 1},
           Rect{most, most, most, most}, Rect{0, 0, most, 1}}) {
         for (int const method : {0, 1, 2}) {
-            backend.setIntProperty(resizeMethod, method);
+            backend.setIntProperty(PropertyResizeMethod, method);
             expectStatus(StatusOutOfRange,
                          [&] { backend.resize(src.frame(), dst.frame(), outside, {}); });
             expectStatus(StatusOutOfRange,
@@ -191,7 +191,7 @@ TEST_F(CvBackendSimdLongRows, AreRefusedFromTwoGibibytesOn) {
             if (method == 2 && hasFloats(format)) {
                 continue;
             }
-            backend.setIntProperty(resizeMethod, method);
+            backend.setIntProperty(PropertyResizeMethod, method);
             TestFrame dst(format, {4, 2});
             fill(dst.frame(), 7);
             expectException(StatusCapacityExceeded, longRows,
@@ -204,7 +204,7 @@ TEST_F(CvBackendSimdLongRows, AreRefusedFromTwoGibibytesOn) {
 }
 
 TEST_F(CvBackendSimdLongRows, AreTakenUpToThere) {
-    backend.setIntProperty(resizeMethod, ResizeNearestNeighbour);
+    backend.setIntProperty(PropertyResizeMethod, ResizeNearestNeighbour);
     for (FrameFormat const format : {FRAME_GRAY8, FRAME_C2_8U}) {
         int const channels = format == FRAME_C2_8U ? 2 : 1;
         int const width = longestRow / channels;

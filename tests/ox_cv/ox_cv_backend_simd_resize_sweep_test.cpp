@@ -88,7 +88,7 @@ class CvBackendSimdResizeSweep : public testing::Test {
         if (kernels == Kernels::Scalar) {
             off.emplace();
         }
-        _backend.setIntProperty(resizeMethod, method);
+        _backend.setIntProperty(PropertyResizeMethod, method);
         _backend.resize(src.frame(), dst.frame(), src_roi, dst_roi);
     }
 

@@ -31,7 +31,7 @@ Rows resizedGray(CvBackendSimd& backend, Rows const& rows, Size size) {
 
 class CvBackendSimdResize : public testing::Test {
   protected:
-    void use(int method) { EXPECT_EQ(backend.setIntProperty(resizeMethod, method), 1); }
+    void use(int method) { EXPECT_EQ(backend.setIntProperty(PropertyResizeMethod, method), 1); }
 
     CvBackendSimd backend;
 };
@@ -43,7 +43,7 @@ TEST_F(CvBackendSimdResize, ThePropertyGivesTheMethod) {
     EXPECT_EQ(resizedGray(backend, {row, row}, {2, 2}), expected[1]) << "before it is set";
     for (int const method : {0, 2, 1}) {
         use(method);
-        backend.setIntProperty(2, (method + 1) % 3);  // that of the warps
+        backend.setIntProperty(PropertyWarpMethod, (method + 1) % 3);
         EXPECT_EQ(resizedGray(backend, {row, row}, {2, 2}), expected[method]) << method;
         VectorRoutinesOff const off;
         EXPECT_EQ(resizedGray(backend, {row, row}, {2, 2}), expected[method]) << method;
@@ -59,7 +59,7 @@ TEST_F(CvBackendSimdResize, ALineGoesToTheNearestSample) {
         Bytes wide(40, 10);
         std::fill(wide.begin() + 20, wide.end(), 20);
         EXPECT_EQ(resizedGray(backend, {{10, 20}}, {40, 1}), Rows{wide});
-        EXPECT_EQ(backend.getIntProperty(resizeMethod), method);
+        EXPECT_EQ(backend.getIntProperty(PropertyResizeMethod), method);
     }
 }
 

@@ -18,7 +18,6 @@ namespace {
 constexpr char otherFormat[] =
     "Assertion failed: src.initialized() && src.format() == dst.format()";
 constexpr char noContext[] = "warpAffine: Can't create context.";
-constexpr int warpMethod = 2;  // the property
 
 // As the backend takes it.
 struct Matrix {
@@ -109,14 +108,14 @@ TEST(CvBackendSimdWarp, MethodsOfTheProperty) {
     CvBackendSimd backend;
     Bytes const bilinear{5, 15, 25};
     EXPECT_EQ(warpedRow(backend, {10, 20, 30}, halfRight), bilinear);  // at first
-    backend.setIntProperty(warpMethod, ResizeNearestNeighbour);
+    backend.setIntProperty(PropertyWarpMethod, ResizeNearestNeighbour);
     EXPECT_EQ(warpedRow(backend, {10, 20, 30}, halfRight), (Bytes{0, 20, 30}));
-    backend.setIntProperty(warpMethod, ResizeBilinear);
+    backend.setIntProperty(PropertyWarpMethod, ResizeBilinear);
     EXPECT_EQ(warpedRow(backend, {10, 20, 30}, halfRight), bilinear);
-    backend.setIntProperty(warpMethod, ResizeArea);
+    backend.setIntProperty(PropertyWarpMethod, ResizeArea);
     EXPECT_EQ(warpedRow(backend, {10, 20, 30}, halfRight), bilinear);
     for (int const resize : {0, 1, 2}) {
-        backend.setIntProperty(1, resize);
+        backend.setIntProperty(PropertyResizeMethod, resize);
         EXPECT_EQ(warpedRow(backend, {10, 20, 30}, halfRight), bilinear);
     }
 }
@@ -125,7 +124,7 @@ TEST(CvBackendSimdWarp, TheMatrixLeadsFromSourceToDestinationUnlessFlagged) {
     CvBackendSimd backend;
     Matrix const twice{{{2, 0, 0}, {0, 1, 0}}};
     for (int const method : {0, 1, 2}) {
-        backend.setIntProperty(warpMethod, method);
+        backend.setIntProperty(PropertyWarpMethod, method);
         EXPECT_EQ(warpedRow(backend, {10, 20, 30}, right, false), (Bytes{0, 10, 20}));
         EXPECT_EQ(warpedRow(backend, {10, 20, 30}, right, true), (Bytes{20, 30, 0}));
         EXPECT_EQ(warpedRow(backend, {10, 20, 30}, identity, true), (Bytes{10, 20, 30}));
@@ -144,7 +143,7 @@ TEST(CvBackendSimdWarp, SingularMatricesWriteNothing) {
              {zeros, Matrix{{{0, 0, 3}, {0, 0, 4}}}, Matrix{{{1, 2, 0}, {2, 4, 0}}},
               Matrix{{{0, 1, 3}, {0, 1, 3}}}}) {
             for (int const method : {0, 1, 2}) {
-                backend.setIntProperty(warpMethod, method);
+                backend.setIntProperty(PropertyWarpMethod, method);
                 for (bool const flag : {false, true}) {
                     expectException(StatusNotSupported, noContext, [&] {
                         backend.warpAffine(src.frame(), dst.frame(), matrix.rows, {}, flag);
@@ -167,7 +166,7 @@ TEST(CvBackendSimdWarp, TheFlagDecidesOnExtremes) {
                         [&] { backend.warpAffine(src.frame(), dst.frame(), huge.rows, {}, flag); });
     }
     Matrix const tiny{{{1e-15F, 0, 0}, {0, 1e-15F, 0}}};
-    backend.setIntProperty(warpMethod, ResizeNearestNeighbour);
+    backend.setIntProperty(PropertyWarpMethod, ResizeNearestNeighbour);
     fill(dst.frame(), 77);
     backend.warpAffine(src.frame(), dst.frame(), tiny.rows, {}, false);
     EXPECT_EQ(rowsOf(dst.frame()), (Rows{{0, 0, 0, 0}, {0, 0, 0, 0}, {0, 0, 0, 0}, {0, 0, 0, 0}}));
@@ -177,7 +176,7 @@ TEST(CvBackendSimdWarp, Regions) {
     CvBackendSimd backend;
     TestFrame const src = grayPicture({{1, 2, 3, 4}, {5, 60, 80, 8}, {9, 100, 120, 12}});
     for (int const method : {0, 1}) {
-        backend.setIntProperty(warpMethod, method);
+        backend.setIntProperty(PropertyWarpMethod, method);
         TestFrame dst(FRAME_GRAY8, {4, 3}, {3, Guard::AtEnd});
         fill(dst.frame(), 99);
         backend.warpAffine(src.frame(), dst.frame(), right.rows, {1, 1, 2, 2}, false);
@@ -241,7 +240,7 @@ TEST(CvBackendSimdWarp, KeepsNoMemory) {
         backend.warpAffine(src.frame(), dst.frame(), matrix.rows, {1, 1, 6, 6}, true);
     };
     for (int const method : {0, 1}) {
-        backend.setIntProperty(warpMethod, method);
+        backend.setIntProperty(PropertyWarpMethod, method);
         warp(right);
         std::int64_t const before = liveAllocations();
         warp(right);
@@ -285,7 +284,7 @@ class CvBackendSimdWarpSweep : public testing::Test {
         if (flag) {
             invertAffineTransform(matrix.rows[0], warp.matrix.data());
         }
-        _backend.setIntProperty(warpMethod, method);
+        _backend.setIntProperty(PropertyWarpMethod, method);
         _backend.warpAffine(src.frame(), dst.frame(), matrix.rows, roi, flag);
         EXPECT_TRUE(dst.holds(warpedImage(warp, part, before, src.frame().layout())))
             << describe(format, {part.width, part.height}) << " to " << to.width << "x" << to.height

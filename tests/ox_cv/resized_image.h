@@ -7,8 +7,6 @@
 
 namespace ox::test {
 
-constexpr int resizeMethod = 1;  // the property
-
 enum class Kernels { Scalar, Vector };
 
 // Those of 8 and of 32 bits a channel.

@@ -45,7 +45,7 @@ ox::Frame Library::inFormatByAnyWay(ox::Frame const& frame, ox::FrameFormat form
 ox::Frame Library::scaled(ox::Frame const& frame, ox::Size size, ox::ResizeMethod method) {
     return inTurn([&](ox::ICvBackend& backend) {
         ox::Frame result = blankFrame(frame.format(), size);
-        backend.setIntProperty(1, static_cast<int>(method));
+        backend.setIntProperty(ox::PropertyResizeMethod, static_cast<int>(method));
         backend.resize(frame, result, ox::emptyRoi(), ox::emptyRoi());
         return result;
     });
@@ -54,7 +54,7 @@ ox::Frame Library::scaled(ox::Frame const& frame, ox::Size size, ox::ResizeMetho
 ox::Frame Library::warped(ox::Frame const& frame, float const (*matrix)[3], ox::ResizeMethod method,
                           bool invert) {
     ox::Frame result = blankFrame(frame.format(), frame.size());
-    _vector.setIntProperty(2, static_cast<int>(method));
+    _vector.setIntProperty(ox::PropertyWarpMethod, static_cast<int>(method));
     _vector.warpAffine(frame, result, matrix, ox::emptyRoi(), invert);
     return result;
 }

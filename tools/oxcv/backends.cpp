@@ -12,9 +12,6 @@ namespace oxcv {
 
 namespace {
 
-constexpr int scalingMethodProperty = 1;
-constexpr int warpMethodProperty = 2;
-
 bool convertsAnywhere(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size) {
     return whyNotConverted(src, dst, size).empty() || convertsInPipeline(src, dst, size);
 }
@@ -54,9 +51,9 @@ Offer const& offerOf(std::string const& name) {
 Backend::Backend(std::string const& name, Notes& notes) : _offer(offerOf(name)), _notes(notes) {}
 
 void Backend::setMethods(ox::ResizeMethod of_scaling, ox::ResizeMethod of_warps) {
-    _vector.setIntProperty(scalingMethodProperty, static_cast<int>(of_scaling));
-    _pipeline.setIntProperty(scalingMethodProperty, static_cast<int>(of_scaling));
-    _vector.setIntProperty(warpMethodProperty, static_cast<int>(of_warps));
+    _vector.setIntProperty(ox::PropertyResizeMethod, static_cast<int>(of_scaling));
+    _pipeline.setIntProperty(ox::PropertyResizeMethod, static_cast<int>(of_scaling));
+    _vector.setIntProperty(ox::PropertyWarpMethod, static_cast<int>(of_warps));
 }
 
 ox::ICvBackend& Backend::forConversion(std::string const& step, ox::FrameFormat src,
