@@ -9,18 +9,31 @@ namespace ox {
 
 /// A filter as a function of the distance from its centre. A scaler asks it while it is armed and
 /// never afterwards, but remembers its address: as long as the address and the sizes stay, a later
-/// `reuse` keeps the weights of before, whatever has become of the filter.
+/// `reuse` keeps the weights of before, whatever has become of the filter. So it doesn't see that a
+/// filter's parameters have changed, nor that another filter stands where the first one stood: a
+/// local variable of a function that is called again, a reused element of an array. Let a filter
+/// live unchanged as long as the scaler that it was given to, or give each filter a scaler of its
+/// own.
+///
+/// How wide a filter may be: a tap is a source sample that it touches, and there may be 64 with
+/// precision 8 and 16384 with precision 16 (`impl::maxAperture`). An aperture up to one less always
+/// fits; 64 itself only where each window begins at the edge of a sample. Downwards, the source
+/// must have a row for each tap as well.
+///
+/// What it costs: `reuse` asks for 17 values a tap, for up to 16 rows of weights and for one more
+/// at each position near a border (about the aperture over the scale), in each plane and axis. Then
+/// each sample written costs a multiplication per tap in each of the two axes.
 ///
 /// Only distances of up to half the aperture are asked for. Weights are scaled to a fixed sum, so
 /// the filter needn't have an integral of 1, but it must not be 0.
 class OX_API IKernel {
   public:
-    /// Adjusts the filter to a plane.
-    /// @param scale source extent over destination extent along the axis, at least 1
+    /// Adjusts the filter to a plane: called once per plane and axis, before the two below.
+    /// @param scale source extent over destination extent along the axis, 1 to 32
     virtual void setScale(float scale) = 0;
     /// @param x distance from the centre, in source pixels
     virtual float value(float x) = 0;
-    /// Full width in source pixels, at the last scale set.
+    /// Full width in source pixels, at the last scale set; the same each time it is asked.
     virtual float aperture() = 0;
     virtual ~IKernel();
 

@@ -29,7 +29,9 @@ class OX_API Scaler : public IRowProducer {
     /// Arms the scaler on a source that must outlive it. With equal sizes the method isn't looked
     /// at.
     /// @throws Exception `StatusAssertionFailed` for a source that isn't initialized or an empty
-    ///         size; `StatusInvalidParameter` for an unknown method; what the scaler picked throws
+    ///         size, which leave everything as it was; `StatusInvalidParameter` for an unknown
+    ///         method; what the scaler picked throws. After the last two, the scaler that was armed
+    ///         before may still answer, for its old source: go on after a `reuse` that succeeds
     void reuse(Frame const& src_frame, Size dst_size, ScaleMethod method);
     void reuse(IRowProducer& src_producer, Size dst_size, ScaleMethod method);
 
@@ -40,7 +42,11 @@ class OX_API Scaler : public IRowProducer {
     /// These forward to the scaler armed last.
     /// @throws Exception `StatusNotInitialized` before the first `reuse`
     FrameLayout const& layout() override;
+    /// Behind the last row it writes that row again. Where the size stays it writes nothing there,
+    /// or whatever a source that is a producer yields.
+    /// @throws Exception `StatusNotSupported` for a format that the scaler picked doesn't take
     void produce(RowData& dst) override;
+    /// False at the last row; where the size stays and the source is a producer, what that says.
     bool next() override;
 
   private:

@@ -21,6 +21,12 @@ enum ScalerPrecision : std::uint32_t {
 ///
 /// `FRAME_C1_32U` is written and then refused by `produce`, in all three classes, on purpose: it
 /// only passes where rows are copied.
+///
+/// How far a width may shrink: the weight of a source sample is 2^15 / ratio with precision 16 and
+/// 2^7 / ratio with precision 8, cut off to a whole number. So ratios above 32768, or 128, give
+/// black, and steep ones darken the picture: white becomes 249 at a ratio of 1000 with precision
+/// 16, and 129 at one of 65 with precision 8. Up to 65535 source and destination columns are told
+/// apart; the tables of wider ones wrap, and pixels are wrong. None of this is refused.
 class OX_API ScalerAreaX : public IRowProducer {
   public:
     ScalerAreaX();
@@ -34,7 +40,10 @@ class OX_API ScalerAreaX : public IRowProducer {
     /// Arms the scaler on a source that must outlive it. While the widths stay, the weights are
     /// kept as they are, on purpose also under another precision.
     /// @throws Exception `StatusAssertionFailed` for a source that isn't initialized, a width that
-    ///         isn't positive, or a precision other than 8 and 16
+    ///         isn't positive, or a precision other than 8 and 16, all of which leave the scaler as
+    ///         it was; `StatusInvalidParameter` for a region without columns; what
+    ///         `RowWindow::reuse` throws. After the last two the scaler isn't armed, and `produce`
+    ///         throws `StatusAssertionFailed`
     void reuse(Frame const& src_frame, int dst_width, ScalerPrecision precision);
     void reuse(IRowProducer& src_producer, int dst_width, ScalerPrecision precision);
 
@@ -52,7 +61,9 @@ class OX_API ScalerAreaX : public IRowProducer {
 /// Changes the height; up-scaling blends two rows.
 ///
 /// `FRAME_UYVY`, `FRAME_C2_8U` and `FRAME_C4_8U` are treated as one channel, on purpose: only the
-/// first `width` bytes of a row are written.
+/// first `width` bytes of a row are written. Heights shrink as far as widths do in `ScalerAreaX`,
+/// and up to 65535 rows are told apart; some heights above are refused, by "Parameter 'window_size'
+/// is out of range.", and the others give wrong rows.
 class OX_API ScalerAreaY : public IRowProducer {
   public:
     ScalerAreaY();
@@ -81,7 +92,9 @@ class OX_API ScalerAreaY : public IRowProducer {
 
 /// Scales a frame down in both axes in one pass, in 16.16 fixed point.
 ///
-/// A fourth channel isn't carried through: it gets the value of the third, on purpose.
+/// A fourth channel isn't carried through: it gets the value of the third, on purpose. Go on to a
+/// frame of another format with another object: after a 4:2:0 frame, frames of other formats and of
+/// the same sizes are stepped through as if they were 4:2:0, on purpose.
 class OX_API scaleAreaXY : public IRowProducer {
   public:
     scaleAreaXY();
@@ -94,9 +107,12 @@ class OX_API scaleAreaXY : public IRowProducer {
 
     /// Arms the scaler on a frame that must outlive it.
     /// @param precision checked, without further effect
-    /// @throws Exception `StatusAssertionFailed` as `ScalerAreaX`; `StatusNotSupported` for a
-    ///         destination wider or taller than the source; `StatusOutOfRange` for sides above
-    ///         32767, or a frame with fewer rows than the window
+    /// @throws Exception `StatusAssertionFailed` as `ScalerAreaX`, `StatusNotSupported` for a
+    ///         destination wider or taller than the source, and `StatusOutOfRange` for sides above
+    ///         32767, all of which leave the scaler as it was; `StatusOutOfRange` for a frame with
+    ///         fewer rows than the window, which are those that a destination row touches, and
+    ///         thrice that for 4:2:0 (so these need destinations of three rows and more), and
+    ///         `StatusCapacityExceeded`, which leave it without a source
     void reuse(Frame const& src_frame, Size dst_size, ScalerPrecision precision);
 
     FrameLayout const& layout() override;

@@ -36,17 +36,32 @@ class OX_API ScalerConvolutional : public IRowProducer {
     /// Arms the scaler on a source that must outlive it. The filter is asked during the call only,
     /// plane by plane for the widths and then for the heights; of later calls it is known by its
     /// address.
-    /// @throws Exception `StatusInputNotInitialized` for a source without planes or an empty size;
-    ///         `StatusInvalidParameter` for a precision other than 8 and 16;
-    ///         `StatusOutOfRange` for sizes out of the limits; `StatusNullPointer` for a filter
-    ///         that is 0; `StatusCapacityExceeded` for one of too many taps
+    /// @throws Exception, with the text of the class that found it out:
+    ///         - `StatusInputNotInitialized` for a source without planes or an empty size, which
+    ///           leave the scaler as it was;
+    ///         - `StatusInvalidParameter` for a precision other than 8 and 16, or for a producer
+    ///           that has other planes than its format;
+    ///         - `StatusOutOfRange` if a side of a plane grows, shrinks by more than 32 or has more
+    ///           than 8192 samples; if the source has fewer rows than the filter has taps; for an
+    ///           aperture of -1 and less;
+    ///         - `StatusCapacityExceeded` for more taps than 64 (precision 8) or 16384, an aperture
+    ///           that is NaN, or exhausted memory;
+    ///         - `StatusNullPointer` for a filter whose weights sum to less than 0.001, negative
+    ///           sums included;
+    ///         - `StatusAssertionFailed`, "buffer has already filled", for a filter whose rounded
+    ///           positions need more rows of weights than there are, which is rare;
+    ///         - what the filter or the source throws, as it is.
+    ///
+    ///         After all but the first, nothing may be asked of the scaler until a `reuse`
+    ///         succeeds: parts of an earlier one may still be armed
     void reuse(IKernel& kernel, Frame const& src_frame, Size dst_size, ScalerPrecision precision);
     void reuse(IKernel& kernel, IRowProducer& src_producer, Size dst_size,
                ScalerPrecision precision);
 
     /// @throws Exception `StatusNotInitialized` before a `reuse`, as the other two
     FrameLayout const& layout() override;
-    /// @throws Exception `StatusNotSupported` for a format that isn't taken
+    /// Behind the last row it writes that row again.
+    /// @throws Exception `StatusNotSupported` for a format that isn't taken; what the source throws
     void produce(RowData& dst) override;
     bool next() override;
 

@@ -24,9 +24,11 @@ class OX_API ScalerNearestNeighbor : public IRowProducer {
     bool initialized() const;
 
     /// Arms the scaler on a source that must outlive it. Tables are kept while the sizes stay.
-    /// @throws Exception `StatusAssertionFailed` for a source that isn't initialized, an empty
-    /// size,
-    ///         or a side of 32768 and more that the 16.16 coordinates can't address
+    /// @throws Exception `StatusAssertionFailed` for a source that isn't initialized or an empty
+    ///         size, which leave the scaler as it was, and for sides of 32768 and more, but not for
+    ///         all of them: some, as 65536, pass and give wrong pixels; what `RowWindow::reuse`
+    ///         throws. After the other failures the scaler isn't armed, and `produce` throws
+    ///         `StatusAssertionFailed`
     void reuse(Frame const& src_frame, Size dst_size);
     void reuse(IRowProducer& src_producer, Size dst_size);
 
