@@ -19,37 +19,46 @@ OX_API Frame const& emptyFrame();
 
 /// Inverts an affine transform.
 /// @param matrix six numbers, row-major, two rows of three
-/// @param inverse receives six numbers of the same form; zeros if the matrix can't be inverted
+/// @param inverse receives six numbers of the same form; zeros if the matrix can't be inverted. It
+///        may be `matrix`
 /// @return whether the determinant (in single precision) differs from zero
 OX_API bool invertAffineTransform(float const* matrix, float* inverse);
 
 /// Converts `FRAME_NV12` to `FRAME_BGR24` with coefficients of its own, in blocks of eight columns
 /// and two rows: the last width mod 8 columns and an odd last row stay unwritten.
 /// @param width, height in pixels
+/// @param bgr must have no byte in common with the source
 /// @param src_stride bytes between rows of both source planes
 OX_API void NV12toBGR_neon(unsigned char const* y, unsigned char const* uv, unsigned char* bgr,
                            int width, int height, int src_stride, int dst_stride);
 
 /// Converts a frame through a `CvBackendSimd` of its own; callers with many frames keep one. `dst`
 /// gets the format and `src`'s size, and may be another handle on `src`'s pixels, or `src` itself.
-/// It is cleared if `src` isn't initialized or `format` is `FRAME_FORMAT_NONE`. Columns that the
-/// conversion leaves unwritten are 0.
-/// @throws Exception what `Frame::reuse` and `CvBackendSimd::colorCvt` throw
+/// It is cleared if `src` isn't initialized or `format` is `FRAME_FORMAT_NONE`. To `src`'s own
+/// format it is `Frame::copyTo`.
+///
+/// Columns that the conversion leaves unwritten are 0: from `FRAME_NV12` to `FRAME_BGR24` the last
+/// width mod 8. A backend's `colorCvt` converts them as well, if the whole frame is its region.
+/// @throws Exception what `Frame::reuse` throws, `dst` being not initialized then, and what
+///         `CvBackendSimd::colorCvt` throws, `dst` having the format and size by then
 OX_API void colorConvert(Frame const& src, FrameFormat format, Frame& dst);
 
 /// Scales a frame through a `CvBackendSimd` of its own; callers with many frames keep one. `dst`
 /// gets `src`'s format and the size, and may be another handle on `src`'s pixels, or `src` itself.
 /// It is cleared if `src` isn't initialized or a side of `size` isn't positive, and becomes a copy
-/// if the size is `src`'s.
-/// @throws Exception what `CvBackendSimd::setIntProperty`, `Frame::reuse` and
-///         `CvBackendSimd::resize` throw; a bad `method` leaves `dst` as it was
+/// (by `Frame::copyTo`) if the size is `src`'s.
+/// @throws Exception what `CvBackendSimd::setIntProperty` throws for a bad `method`, which leaves
+///         `dst` as it was; what `Frame::reuse` throws, `dst` being not initialized then; what
+///         `CvBackendSimd::resize` throws, `dst` having the format and size by then
 OX_API void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod method);
 
 /// Half precision to single, of a whole tensor with its padding. `dst` gets `src`'s format and
 /// size, twice its strides and channel order 0, and may be another handle on `src`'s numbers, or
 /// `src` itself.
 /// @throws Exception `StatusAssertionFailed` if `src` isn't an initialized `TENSOR_FLOAT_16` tensor
-///         on the CPU or `dst` is elsewhere; `StatusCapacityExceeded` for a stride past 2^30
+///         on the CPU or `dst` is elsewhere; `StatusCapacityExceeded` for a stride of 2^30 and
+///         more, all of which leave `dst` as it was; the same if memory is exhausted, which leaves
+///         it without storage
 OX_API void tensorFp16ToFp32(Tensor const& src, Tensor& dst);
 
 /// Half precision (IEEE 754 binary16, as bits) to single. Exact; from four numbers on signalling

@@ -22,10 +22,28 @@ class OX_API FormatConverter : public IRowProducer {
     FormatConverter& operator=(FormatConverter const&) = delete;
     ~FormatConverter() override;
 
-    /// Arms the converter on a source that must outlive the stream.
-    /// @throws Exception `StatusInvalidParameter` for a source that isn't initialized,
-    ///         `StatusUnsupportedFormat` and `StatusNotSupported` for a pair that doesn't exist,
-    ///         `StatusOutOfRange` for a conversion that needs two rows and a source of one
+    /// Arms the converter on a source that must outlive the stream. Of a frame that is the `Frame`
+    /// object as well as its pixels: its address is kept. A temporary won't do, such as `getRegion`
+    /// returns; put it into a variable.
+    ///
+    /// The pairs (`FRAME_` left out): `GRAY8`, `RGB24`, `BGR_PLANAR` and `BGR_32F` to `BGR24`;
+    /// `RGB_PLANAR` to `RGB24`; `BGR24` to `GRAY8`, `RGB24`, `BGR_PLANAR`, `BGR_32F` and
+    /// `BGR_32F_PLANAR`; `GRAY8` and `BGR24` to every YUV format, from `I420` to `YUV444_PLANAR`;
+    /// each of these to each other one, to `GRAY8` and to `BGR24`; every format to itself.
+    ///
+    /// There is no way from a YUV format to `FRAME_RGB24`, `FRAME_RGB_PLANAR`, `FRAME_BGR_PLANAR`,
+    /// `FRAME_BGR_32F` and `FRAME_BGR_32F_PLANAR`. Of these pairs a new object says "Parameter
+    /// 'window_size' is out of range.", which means that the pair doesn't exist. One that has
+    /// converted to a YUV format before takes them, on purpose, and yields what is no picture. Go
+    /// through `FRAME_BGR24`, by a second converter.
+    /// @throws Exception `StatusInvalidParameter` for a source that isn't initialized and
+    ///         `StatusUnsupportedFormat` for `FRAME_FORMAT_NONE`, which leave the converter as it
+    ///         was, as does `StatusAssertionFailed` for a producer of equal format without rows or
+    ///         columns; `StatusUnsupportedFormat` and `StatusNotSupported` for a pair that doesn't
+    ///         exist; `StatusOutOfRange` for the pairs above, and for 4:2:0 destinations of one
+    ///         row; what else `RowWindow::reuse` throws. After these the converter writes nothing
+    ///         until a `reuse` succeeds; `initialized` and `layout` may still tell of an earlier
+    ///         one
     void reuse(Frame const& frame, FrameFormat dst_format);
     void reuse(IRowProducer& producer, FrameFormat dst_format);
 
@@ -37,6 +55,7 @@ class OX_API FormatConverter : public IRowProducer {
     void produce(RowData& row) override;
     /// Writes all rows into a frame of the layout's format and size, as `produceFrame` does but in
     /// one step, if the source is a frame of another format.
+    /// @param dst must have no byte in common with the source
     /// @return false if that can't be done; nothing is done then
     bool produceAtOnce(Frame& dst);
     /// True after the last row as well, and false only on a call after that, on purpose.

@@ -23,11 +23,10 @@ class OX_API ScalerBilinearX : public IRowProducer {
 
     /// Arms the scaler on a source that must outlive it. The table is kept while the widths stay.
     /// @throws Exception `StatusAssertionFailed` for a source that isn't initialized or a width
-    /// that
-    ///         isn't positive, which leave the scaler as it was, and for widths of 32768 and more,
-    ///         but not for all of them: some pass and give wrong pixels; what `RowWindow::reuse`
-    ///         throws. After the other failures the scaler isn't armed, and `produce` throws
-    ///         `StatusAssertionFailed`
+    ///         that isn't positive, which leave the scaler as it was, and for widths of 32768 and
+    ///         more, but not for all of them: some pass and give wrong pixels; what
+    ///         `RowWindow::reuse` throws. After the other failures the scaler isn't armed, and
+    ///         `produce` throws `StatusAssertionFailed`
     void reuse(Frame const& src_frame, int dst_width);
     void reuse(IRowProducer& src_producer, int dst_width);
 
