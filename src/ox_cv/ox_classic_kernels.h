@@ -10,7 +10,9 @@
 
 namespace ox {
 
-/// A filter that is stretched by the scale, so that its shape is one of destination pixels.
+/// A filter that is stretched by the scale, so that its shape is one of destination pixels. Its
+/// aperture is 2 x radius x scale. With precision 8 up to 63 fit: a triangle reduces a side by up
+/// to 31, a cubic by up to 15, Lanczos by up to 10.
 class OX_API StretchedKernel : public IKernel {
   public:
     void setScale(float scale) override;

@@ -59,8 +59,8 @@ OX_API void copyRowData(FrameLayout const& layout, RowData const& src, RowData& 
 
 /// Drains `producer` into `frame`. A frame of the producer's format and size is written in place,
 /// with its own strides; any other is made anew first, with storage of its own.
-/// @param frame must not be the frame that the chain reads, nor show bytes of it: making it anew
-///        would free pixels that are still to be read
+/// @param frame has no byte in common with what the chain reads (but see `IRowProducer`). Where it
+///        is made anew, it isn't the last handle on these pixels either: they would be freed
 /// @throws Exception what the producer or `Frame::reuse` throws; rows already written stay
 OX_API void produceFrame(IRowProducer& producer, Frame& frame);
 

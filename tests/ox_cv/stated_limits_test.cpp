@@ -5,6 +5,7 @@
 #include <limits>
 #include <vector>
 
+#include "ox_cv/ox_classic_kernels.h"
 #include "ox_cv/ox_cv.h"
 #include "ox_cv/scaler_rows.h"
 #include "ox_cv/test_kernels.h"
@@ -135,6 +136,17 @@ TEST(StatedLimits, ConvertMayShareMemoryWhereSizeAndFormatChange) {
     }
 }
 
+// The row that comes behind the last one, asked for three times.
+void expectBehindTheEnd(IRowProducer& producer, Bytes const& expected) {
+    for (int again = 0; again < 3; ++again) {
+        std::vector<unsigned char> bytes(expected.size(), 99);
+        RowData row{{bytes.data(), nullptr, nullptr, nullptr}};
+        producer.produce(row);
+        EXPECT_EQ(Bytes(bytes.begin(), bytes.end()), expected);
+        EXPECT_FALSE(producer.next());
+    }
+}
+
 TEST(StatedLimits, ScalersRepeatTheLastRow) {
     TestFrame const src = ramp(FRAME_GRAY8, {6, 4});
     for (ScaleMethod const method : {OX_SCALE_NEAREST, OX_SCALE_BILINEAR, OX_SCALE_AREA}) {
@@ -142,16 +154,35 @@ TEST(StatedLimits, ScalersRepeatTheLastRow) {
             Scaler scaler;
             scaler.reuse(src.frame(), size, method);
             Bytes const last = rowsOf(pump(scaler)).back();
-            for (int again = 0; again < 3; ++again) {
-                std::vector<unsigned char> bytes(last.size(), 99);
-                RowData row{{bytes.data(), nullptr, nullptr, nullptr}};
-                scaler.produce(row);
-                bool const copies = size == src.frame().size();
-                EXPECT_EQ(Bytes(bytes.begin(), bytes.end()),
-                          copies ? Bytes(last.size(), 99) : last);
-                EXPECT_FALSE(scaler.next());
-            }
+            bool const copies = size == src.frame().size();
+            expectBehindTheEnd(scaler, copies ? Bytes(last.size(), 99) : last);
         }
+    }
+    BoxKernel box;
+    ScalerConvolutional filter;
+    filter.reuse(box, src.frame(), {3, 2}, bits16);
+    Bytes const last = rowsOf(pump(filter)).back();
+    expectBehindTheEnd(filter, last);
+}
+
+// Windows of 62, 60 and 60 source pixels; of 63.3, 64.7 and 65.8, of which some touch too many.
+TEST(StatedLimits, ClassicFiltersOfEightBits) {
+    TestFrame const src = ramp(FRAME_GRAY8, {3100, 100});
+    TriangleKernel triangle;
+    CatmullRomKernel cubic;
+    Lanczos3Kernel lanczos;
+    struct {
+        IKernel& kernel;
+        Size fits;
+        Size is_too_small;
+    } const cases[] = {{triangle, {100, 100}, {98, 100}},
+                       {cubic, {207, 100}, {191, 100}},
+                       {lanczos, {310, 100}, {282, 100}}};
+    for (auto const& each : cases) {
+        ScalerConvolutional scaler;
+        EXPECT_NO_THROW(scaler.reuse(each.kernel, src.frame(), each.fits, bits8));
+        expectStatus(StatusCapacityExceeded,
+                     [&] { scaler.reuse(each.kernel, src.frame(), each.is_too_small, bits8); });
     }
 }
 
@@ -203,8 +234,8 @@ TEST(StatedLimits, NanIsNoSingularMatrix) {
     constexpr float nan = std::numeric_limits<float>::quiet_NaN();
     CvBackendSimd backend;
     TestFrame const src = ramp(FRAME_BGR24, {9, 5});
-    for (int const method : {ResizeNearestNeighbour, ResizeBilinear}) {
-        backend.setIntProperty(PropertyWarpMethod, method);
+    for (ResizeMethod const method : {ResizeNearestNeighbour, ResizeBilinear}) {
+        backend.setIntProperty(PropertyWarpMethod, static_cast<int>(method));
         for (int i = 0; i < 12; ++i) {
             float matrix[2][3] = {{1, 0, 0}, {0, 1, 0}};
             matrix[i / 3 % 2][i % 3] = nan;
