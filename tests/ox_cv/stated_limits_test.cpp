@@ -165,7 +165,7 @@ TEST(StatedLimits, ScalersRepeatTheLastRow) {
     expectBehindTheEnd(filter, last);
 }
 
-// Windows of 62, 60 and 60 source pixels; of 63.3, 64.7 and 65.8, of which some touch too many.
+// Windows of 62, 60 and 60 source pixels; of 63.3, 64.9 and 66, of which some touch too many.
 TEST(StatedLimits, ClassicFiltersOfEightBits) {
     TestFrame const src = ramp(FRAME_GRAY8, {3100, 100});
     TriangleKernel triangle;
