@@ -84,6 +84,17 @@ void FormatConverter::_yieldNothing(FrameLayout const& src_layout) {
     _dst_layout = src_layout;
 }
 
+void FormatConverter::renew() {
+    _initialized = false;
+    _frame = nullptr;
+    _src_layout = nullptr;
+    _dst_layout.clear();
+    _row = 0;
+    _window.renew();
+    _copier.renew();
+    *_context = ImplFormatConverter();
+}
+
 FrameLayout const& FormatConverter::layout() {
     return _copier.initialized() ? _copier.layout() : _dst_layout;
 }

@@ -49,6 +49,11 @@ class OX_API FormatConverter : public IRowProducer {
 
     bool initialized() const { return _copier.initialized() || _initialized; }
 
+    /// As newly made, but with storage kept: a `reuse` as the last one allocates nothing. It comes
+    /// before each further `reuse` over a producer, whose picture is wrong otherwise; see
+    /// `IRowProducer`.
+    void renew();
+
     FrameLayout const& layout() override;
     /// Nothing behind the last row.
     /// @throws Exception `StatusNotInitialized` before the first `reuse`

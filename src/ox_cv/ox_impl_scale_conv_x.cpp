@@ -81,6 +81,20 @@ void ScaleX<Weight>::planColumns(FrameLayout const& src_layout) {
 }
 
 template <class Weight>
+void ScaleX<Weight>::renew() {
+    _kernel = nullptr;
+    _format = FRAME_FORMAT_NONE;
+    _dst_layout.clear();
+    _window.renew();
+    for (auto& data : _scale_data) {
+        data.renew();
+    }
+    for (auto& columns : _columns) {
+        columns.clear();
+    }
+}
+
+template <class Weight>
 FrameLayout const& ScaleX<Weight>::layout() {
     return _dst_layout;
 }

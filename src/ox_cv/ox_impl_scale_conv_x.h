@@ -28,6 +28,9 @@ class ScaleX : public IRowProducer {
     void reuse(IKernel& kernel, Frame const& src_frame, int dst_width);
     void reuse(IKernel& kernel, IRowProducer& src_producer, int dst_width);
 
+    /// As newly made, with storage kept. The next `reuse` asks the filter again.
+    void renew();
+
     FrameLayout const& layout() override;
     /// Reads no row of the source where none is asked for.
     void produce(RowData& dst) override;

@@ -73,6 +73,19 @@ int ScaleY<Weight>::tallestKernel() const {
 }
 
 template <class Weight>
+void ScaleY<Weight>::renew() {
+    _row_index = RowIndex();
+    _src_row = 0;
+    _kernel = nullptr;
+    _src_layout.clear();
+    _dst_layout.clear();
+    _window.renew();
+    for (auto& data : _scale_data) {
+        data.renew();
+    }
+}
+
+template <class Weight>
 FrameLayout const& ScaleY<Weight>::layout() {
     return _dst_layout;
 }

@@ -36,6 +36,10 @@ class ScaleY : public IRowProducer {
     /// True once a `reuse` has armed the pass.
     bool initialized() const { return _window.initialized(); }
 
+    /// As newly made, with storage kept. The next `reuse` asks the filter again, and its window is
+    /// as tall as that filter.
+    void renew();
+
     FrameLayout const& layout() override;
     void produce(RowData& dst) override;
     bool next() override;

@@ -90,6 +90,12 @@ void ScaleData<Weight>::clear() {
 }
 
 template <class Weight>
+void ScaleData<Weight>::renew() {
+    clear();
+    _aperture = 0;
+}
+
+template <class Weight>
 void ScaleData<Weight>::reuse(IKernel& kernel, int src_size, int dst_size) {
     clear();
     checkExtents(src_size, dst_size, mostSamples, mostReduction);

@@ -34,6 +34,8 @@ class ScaleData {
     void reuse(IKernel& kernel, int src_size, int dst_size);
     /// `aperture()` stays, on purpose: windows count it until the next `reuse`.
     void clear();
+    /// As newly made, with storage kept.
+    void renew();
 
     /// One per destination index; valid until the next `reuse`, as the rest.
     std::vector<ScaleSource> const& sources() const { return _sources; }

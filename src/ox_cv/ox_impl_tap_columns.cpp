@@ -86,26 +86,27 @@ void TapColumns<Weight>::plan(ScaleData<Weight> const& data, ScaleElement elemen
     _row_bytes = row_bytes;
     auto const channels = static_cast<std::size_t>(element.channels);
     bool const whole_pixels = row_bytes % channels == 0;
-    bool const by_vectors = element.bits == 8 && whole_pixels &&
-                            _planes.plan(withMemory(file, [&] { return axis(); }), channels,
-                                         reachedBytes(row_bytes) / channels, file);
+    bool by_vectors = element.bits == 8 && whole_pixels;
+    if (by_vectors) {
+        withMemory(file, [&] { fillAxis(); });
+        by_vectors = _planes.plan(_axis, channels, reachedBytes(row_bytes) / channels, file);
+    }
     _sum = by_vectors ? sumByVectors : pickRowFunction<PlainLoops>(element);
 }
 
 /// Each row of weights that a pixel takes, as words.
 template <class Weight>
-rows::TapAxis TapColumns<Weight>::axis() const {
-    rows::TapAxis axis;
-    axis.taps = static_cast<std::size_t>(_data->aperture());
-    axis.shift = unitShift<Weight>;
-    axis.weights.assign(static_cast<std::size_t>(_data->kernels().rowCount()) * axis.taps, 0);
-    axis.starts.reserve(_data->sources().size());
+void TapColumns<Weight>::fillAxis() {
+    _axis.taps = static_cast<std::size_t>(_data->aperture());
+    _axis.shift = unitShift<Weight>;
+    _axis.weights.assign(static_cast<std::size_t>(_data->kernels().rowCount()) * _axis.taps, 0);
+    _axis.starts.clear();
+    _axis.starts.reserve(_data->sources().size());
     for (ScaleSource const source : _data->sources()) {
-        axis.starts.push_back({source.src_start, source.kernel_index});
-        std::copy_n(_data->kernels().row(source.kernel_index), axis.taps,
-                    axis.kernel(source.kernel_index));
+        _axis.starts.push_back({source.src_start, source.kernel_index});
+        std::copy_n(_data->kernels().row(source.kernel_index), _axis.taps,
+                    _axis.kernel(source.kernel_index));
     }
-    return axis;
 }
 
 template class TapColumns<signed char>;

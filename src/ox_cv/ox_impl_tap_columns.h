@@ -38,12 +38,13 @@ class TapColumns {
     struct PlainLoops;
     static void sumByVectors(TapColumns& columns, unsigned char const* src, unsigned char* dst);
 
-    rows::TapAxis axis() const;
+    void fillAxis();
 
     ScaleData<Weight> const* _data = nullptr;
     std::uint64_t _row_bytes = 0;
     Sum _sum = nullptr;
-    TapPlanes _planes;  ///< of the vector loop
+    TapPlanes _planes;    ///< of the vector loop
+    rows::TapAxis _axis;  ///< what they are planned by; a member so that its memory stays
 };
 
 extern template class TapColumns<signed char>;

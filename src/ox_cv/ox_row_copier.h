@@ -22,6 +22,8 @@ class OX_API RowCopier : public IRowProducer {
     void reuse(IRowProducer& src_producer);
     /// Forgets the source.
     void clear();
+    /// As newly made, as with the other links; the same as `clear`, since nothing else is kept.
+    void renew() { clear(); }
     /// True with a producer, or with a frame that has rows.
     bool initialized() const { return _producer != nullptr || _reader.height != 0; }
 

@@ -37,6 +37,17 @@ static_assert(std::is_aggregate_v<RowData> && std::is_trivially_copyable_v<RowDa
 ///
 /// What a chain writes must have no byte in common with the frame that it reads. Links that only
 /// copy are the exception: they may write a row onto itself.
+///
+/// A `reuse` of all links is good for one picture. Draining the chain again without it gives none:
+/// the last row repeats, or nothing is written. For another picture each link is armed anew, from
+/// the source on, and a link over another producer takes `renew` before its `reuse`: it goes on
+/// counting the rows of the picture before otherwise, and yields the new picture shifted, or with
+/// rows of the old one, without an error.
+///
+///     converter.renew();  // before each picture; before the first one it does nothing
+///     scaler.reuse(frame, size, OX_SCALE_NEAREST);
+///     converter.reuse(scaler, FRAME_BGR24);
+///     produceFrame(converter, picture);
 class OX_API IRowProducer {
   public:
     /// Layout of the rows yielded; the reference stays valid until the next `reuse`.
@@ -59,6 +70,8 @@ OX_API void copyRowData(FrameLayout const& layout, RowData const& src, RowData& 
 
 /// Drains `producer` into `frame`. A frame of the producer's format and size is written in place,
 /// with its own strides; any other is made anew first, with storage of its own.
+/// A chain is drained once: its links are armed again before they yield another picture, after
+/// `renew` where they stand over producers. See `IRowProducer`.
 /// @param frame has no byte in common with what the chain reads (but see `IRowProducer`). Where it
 ///        is made anew, it isn't the last handle on these pixels either: they would be freed
 /// @throws Exception what the producer or `Frame::reuse` throws; rows already written stay

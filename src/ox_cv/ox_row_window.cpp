@@ -43,7 +43,7 @@ bool sameGeometry(FrameLayout const& a, FrameLayout const& b) {
 
 }  // namespace
 
-void RowWindow::clear() {
+void RowWindow::_forgetSource() {
     _producer = nullptr;
     _window_size = 0;
     _rows = nullptr;
@@ -52,10 +52,20 @@ void RowWindow::clear() {
     _loaded_end = 0;
     _layout.clear();
     _reader.clear();
+}
+
+void RowWindow::clear() {
+    _forgetSource();
     _rows_buffer.clear();
     for (Buffer& ring : _plane_buffer) {
         ring.clear();
     }
+}
+
+/// Without a layout, the next `reuse` places rows and rings anew, in the storage that there is.
+void RowWindow::renew() {
+    _forgetSource();
+    _producer_row = 0;
 }
 
 void RowWindow::_placeRows(int window_size, char const* what) {

@@ -19,6 +19,11 @@ namespace ox {
 /// and asks for each row once; rows that the band passes by are skipped with `next` and never
 /// produced, so that the chroma of an odd row that was jumped to shows an older slot (zeros at
 /// first). The source is not owned and must outlive the window.
+///
+/// How many rows it has taken from producers is counted on and on, whatever they are: a second
+/// `reuse` over a producer skips no row below that count, and shows earlier rows in place of those
+/// that it should have jumped to. Whoever goes on to another picture over a producer calls `renew`
+/// first.
 class OX_API RowWindow {
   public:
     RowWindow() = default;
@@ -36,11 +41,15 @@ class OX_API RowWindow {
     void reuse(Frame const& frame, int window_size);
 
     /// Starts at the row that a producer stands at. With geometry and `window_size` as before, the
-    /// rings are kept as they are, contents included.
+    /// rings are kept as they are, contents included; `renew` before it empties them.
     void reuse(IRowProducer& producer, int window_size);
 
-    /// Gives everything up.
+    /// Gives everything up, but for the count of a producer's rows.
     void clear();
+
+    /// As newly made, the count of a producer's rows included, but with the storage kept: a `reuse`
+    /// of the last geometry allocates nothing then, and its rings hold zeros.
+    void renew();
 
     /// True once a `reuse` has armed the window.
     bool initialized() const { return _rows != nullptr; }
@@ -79,6 +88,7 @@ class OX_API RowWindow {
 
   private:
     void prepareRow(bool is_inside);  // part of the interface, as `rowData` is inlined
+    void _forgetSource();
     void _update();
     void _rotate(int kept);
     void _loadFromProducer(int kept);
@@ -89,8 +99,9 @@ class OX_API RowWindow {
     void _placeRings(FrameLayout const& layout, int window_size);
 
     IRowProducer* _producer = nullptr;  ///< null if the source is a frame
-    /// How often a producer has been moved on, in all. Neither `reuse` nor `clear` resets it: that
-    /// is on purpose. A window that served a stream before doesn't skip rows below the old count.
+    /// How often a producer has been moved on, in all. Neither `reuse` nor `clear` resets it, only
+    /// `renew`: that is on purpose. A window that served a stream before doesn't skip rows below
+    /// the old count.
     std::int32_t _producer_row = 0;
     RowReader _reader;
     FrameLayout _layout;

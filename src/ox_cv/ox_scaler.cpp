@@ -25,6 +25,7 @@ struct Scaler::State {
     RowCopier _copier;
     IRowProducer* _active = nullptr;  ///< armed by the last `reuse`
 
+    void renew();
     template <class Source>
     void arm(Source& source, Size src_size, Size dst_size, ScaleMethod method);
     template <class Source>
@@ -33,6 +34,17 @@ struct Scaler::State {
     IRowProducer& armArea(Source& source, Size src_size, Size dst_size);
     IRowProducer& active() const;
 };
+
+void Scaler::State::renew() {
+    _nearest.renew();
+    _bilinear_xy.renew();
+    _bilinear_x.renew();
+    _bilinear_y.renew();
+    _area_x.renew();
+    _area_y.renew();
+    _copier.renew();
+    _active = nullptr;
+}
 
 template <class Source>
 IRowProducer& Scaler::State::armBilinear(Source& source, Size src_size, Size dst_size) {
@@ -100,6 +112,10 @@ IRowProducer& Scaler::State::active() const {
 Scaler::Scaler() : _state(impl::makeState<State>(file)) {}
 
 Scaler::~Scaler() = default;
+
+void Scaler::renew() {
+    _state->renew();
+}
 
 void Scaler::reuse(Frame const& src_frame, Size dst_size, ScaleMethod method) {
     OX_ASSERT(src_frame.initialized(), file);

@@ -39,6 +39,11 @@ class OX_API Scaler : public IRowProducer {
     /// classes, on purpose.
     bool initialized() const;
 
+    /// As newly made, but with storage and tables kept: a `reuse` as the last one allocates
+    /// nothing. It comes before each further `reuse` over a producer, whose picture is wrong
+    /// otherwise; see `IRowProducer`.
+    void renew();
+
     /// These forward to the scaler armed last.
     /// @throws Exception `StatusNotInitialized` before the first `reuse`
     FrameLayout const& layout() override;

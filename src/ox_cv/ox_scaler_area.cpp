@@ -27,6 +27,19 @@ int shiftOf(ScalerPrecision precision) {
     return static_cast<int>(precision) - 1;
 }
 
+/// What a table of weights was built for. It serves again while the sides stay, on purpose also
+/// under another precision; but not where a new object would build one for that precision.
+struct TableKey {
+    std::int32_t src = 0;
+    std::int32_t dst = 0;  ///< 0 while the table, or what is made by it, doesn't stand
+    int shift = 0;
+    bool is_new = true;  ///< whether the object hasn't been armed yet, or not since `renew`
+
+    bool fits(std::int32_t src_side, std::int32_t dst_side, int wanted_shift) const {
+        return src == src_side && dst == dst_side && (!is_new || shift == wanted_shift);
+    }
+};
+
 }  // namespace
 
 struct ScalerAreaX::State {
@@ -44,7 +57,9 @@ struct ScalerAreaX::State {
     impl::BlendPlane _blends[3];  ///< and of those that it blends
     FrameLayout _ways_layout;     ///< of the source that they were made for
     int _ways_shift = 0;
+    TableKey _key;  ///< of all that was made
 
+    void renew();
     impl::AreaAxis axis() const { return {_weights.data(), _full_weight, _shift}; }
     void prepare(FrameLayout const& src_layout, int dst_width, ScalerPrecision precision);
     bool scalesUp(int plane) const {
@@ -64,6 +79,13 @@ struct ScalerAreaX::State {
         impl::armWindow(_window, source, 1, file);
     }
 };
+
+void ScalerAreaX::State::renew() {
+    _src_layout.clear();
+    _dst_layout.clear();
+    _window.renew();
+    _key.is_new = true;
+}
 
 /// Each plane is up-scaled or down-scaled by its own width against that of luma, chroma too.
 void ScalerAreaX::State::planPlanes() {
@@ -127,10 +149,10 @@ void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
     Size const src_size = src_layout.size;
     impl::checkSide(src_size.width, "ScalerAreaX");
     _shift = shiftOf(precision);
-    bool const same_table =
-        src_size.width == _src_layout.size.width && dst_width == _dst_layout.size.width;
+    bool const same_table = _key.fits(src_size.width, dst_width, _shift);
     if (!same_table) {
-        _dst_layout.clear();  // until the table stands, no later call may take it as built
+        _dst_layout.clear();
+        _key = {src_size.width, 0, _shift};  // until all is made, no later call may take it as such
         _full_weight = impl::buildAreaTable(src_size.width, dst_width, _shift, _weights);
     }
     _src_layout = src_layout;
@@ -142,6 +164,8 @@ void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
         _ways_layout.clear();
         chooseWays();
     }
+    _key.dst = dst_width;
+    _key.is_new = false;
 }
 
 void ScalerAreaX::State::produce(int plane, unsigned char const* src, unsigned char* dst) {
@@ -163,6 +187,10 @@ ScalerAreaX::~ScalerAreaX() = default;
 
 bool ScalerAreaX::initialized() const {
     return _state->_window.initialized();
+}
+
+void ScalerAreaX::renew() {
+    _state->renew();
 }
 
 void ScalerAreaX::reuse(Frame const& src_frame, int dst_width, ScalerPrecision precision) {
@@ -213,7 +241,9 @@ struct ScalerAreaY::State {
     bool _subsampled = false;
     impl::AreaRowTaps _taps;
     impl::PlaneRows<impl::SumRows> _planes;
+    TableKey _key;  ///< of the table
 
+    void renew();
     impl::AreaWeight weight(std::int64_t row) const {
         return _weights[static_cast<std::size_t>(row)];
     }
@@ -233,6 +263,14 @@ struct ScalerAreaY::State {
                         std::min(_subsampled ? 2 * count : count, src_layout.size.height), file);
     }
 };
+
+void ScalerAreaY::State::renew() {
+    _src_layout.clear();
+    _dst_layout.clear();
+    _window.renew();
+    _dst_row = 0;
+    _key.is_new = true;
+}
 
 /// How many source rows a destination row takes at most.
 int ScalerAreaY::State::rowCount() const {
@@ -263,8 +301,10 @@ void ScalerAreaY::State::prepare(FrameLayout const& src_layout, int dst_height,
     impl::checkSide(src_size.height, "ScalerAreaY");
     _dst_row = 0;
     _shift = shiftOf(precision);
-    if (src_size.height != _src_layout.size.height || dst_height != _dst_layout.size.height) {
-        _dst_layout.clear();  // until the table stands, no later call may take it as built
+    if (!_key.fits(src_size.height, dst_height, _shift)) {
+        _dst_layout.clear();
+        _key = {src_size.height, 0,
+                _shift};  // until all is made, no later call may take it as such
         _full_weight = impl::buildAreaTable(src_size.height, dst_height, _shift, _weights);
     }
     _src_layout = src_layout;
@@ -275,6 +315,8 @@ void ScalerAreaY::State::prepare(FrameLayout const& src_layout, int dst_height,
     impl::resizeTable(_rows, rowCount(), file);
     _taps.reserve(rowCount() + std::int64_t{2}, file);
     planPlanes();
+    _key.dst = dst_height;
+    _key.is_new = false;
 }
 
 /// Planar 4:2:0 chroma goes by the weights of its own row, two frame rows apart; interleaved chroma
@@ -316,6 +358,10 @@ ScalerAreaY::~ScalerAreaY() = default;
 
 bool ScalerAreaY::initialized() const {
     return _state->_window.initialized();
+}
+
+void ScalerAreaY::renew() {
+    _state->renew();
 }
 
 void ScalerAreaY::reuse(Frame const& src_frame, int dst_height, ScalerPrecision precision) {

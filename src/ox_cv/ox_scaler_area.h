@@ -37,8 +37,13 @@ class OX_API ScalerAreaX : public IRowProducer {
     /// True once a `reuse` has armed the scaler.
     bool initialized() const;
 
+    /// As newly made, but with storage and tables kept: a `reuse` as the last one allocates
+    /// nothing. It comes before each further `reuse` over a producer, whose picture is wrong
+    /// otherwise; see `IRowProducer`.
+    void renew();
+
     /// Arms the scaler on a source that must outlive it. While the widths stay, the weights are
-    /// kept as they are, on purpose also under another precision.
+    /// kept as they are, on purpose also under another precision, unless `renew` came before.
     /// @throws Exception `StatusAssertionFailed` for a source that isn't initialized, a width that
     ///         isn't positive, or a precision other than 8 and 16, all of which leave the scaler as
     ///         it was; `StatusInvalidParameter` for a region without columns; what
@@ -74,6 +79,11 @@ class OX_API ScalerAreaY : public IRowProducer {
     /// True once a `reuse` has armed the scaler.
     bool initialized() const;
 
+    /// As newly made, but with storage and tables kept: a `reuse` as the last one allocates
+    /// nothing. It comes before each further `reuse` over a producer, whose picture is wrong
+    /// otherwise; see `IRowProducer`.
+    void renew();
+
     /// As `ScalerAreaX::reuse`, with heights.
     void reuse(Frame const& src_frame, int dst_height, ScalerPrecision precision);
     void reuse(IRowProducer& src_producer, int dst_height, ScalerPrecision precision);
@@ -104,6 +114,9 @@ class OX_API scaleAreaXY : public IRowProducer {
 
     /// True once a `reuse` has armed the scaler.
     bool initialized() const;
+
+    /// As newly made, but with storage kept: a `reuse` as the last one allocates nothing.
+    void renew();
 
     /// Arms the scaler on a frame that must outlive it.
     /// @param precision checked, without further effect

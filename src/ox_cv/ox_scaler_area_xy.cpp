@@ -40,6 +40,7 @@ struct scaleAreaXY::State {
     std::vector<impl::AreaRow> _rows;
     impl::PlaneRows<impl::SumCells> _planes;
 
+    void renew();
     void prepare(FrameLayout const& src_layout, Size dst_size);
     void fillRows(int plane);
     int windowSize() const {
@@ -47,6 +48,14 @@ struct scaleAreaXY::State {
         return _chroma_step != 0 ? 3 * count : count;
     }
 };
+
+/// Without layouts, the steps are computed anew, that of chroma too.
+void scaleAreaXY::State::renew() {
+    _src_layout.clear();
+    _dst_layout.clear();
+    _window.renew();
+    _dst_row = 0;
+}
 
 void scaleAreaXY::State::prepare(FrameLayout const& src_layout, Size dst_size) {
     if (src_layout.size != _src_layout.size || dst_size != _dst_layout.size) {
@@ -99,6 +108,10 @@ scaleAreaXY::~scaleAreaXY() = default;
 
 bool scaleAreaXY::initialized() const {
     return _state->_window.initialized();
+}
+
+void scaleAreaXY::renew() {
+    _state->renew();
 }
 
 void scaleAreaXY::reuse(Frame const& src_frame, Size dst_size, ScalerPrecision precision) {

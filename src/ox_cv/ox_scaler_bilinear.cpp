@@ -135,7 +135,9 @@ struct ScalerBilinearX::State {
     impl::PassedRows _passed;
     impl::PlaneRows<impl::BlendColumns> _planes;
     BlendPlanes _blends;
+    std::int32_t _table_width = 0;  ///< that all was made for; 0 while it doesn't stand
 
+    void renew();
     void prepare(FrameLayout const& src_layout, int dst_width);
 
     template <class Source>
@@ -145,12 +147,18 @@ struct ScalerBilinearX::State {
     }
 };
 
+/// The table stays, and `_src_layout`, which it is known by; so with the other two.
+void ScalerBilinearX::State::renew() {
+    _dst_layout.clear();
+    _window.renew();
+}
+
 void ScalerBilinearX::State::prepare(FrameLayout const& src_layout, int dst_width) {
     Size const src_size = src_layout.size;
-    bool const same_table =
-        src_size.width == _src_layout.size.width && dst_width == _dst_layout.size.width;
+    bool const same_table = src_size.width == _src_layout.size.width && dst_width == _table_width;
     if (!same_table) {
-        _dst_layout.clear();  // until the table stands, no later call may take it as built
+        _dst_layout.clear();
+        _table_width = 0;  // until all is made, no later call may take it as such
         impl::buildBilinearTable(src_size.width, dst_width, _src_xs);
         OX_ASSERT_TEXT(endsInside(_src_xs, src_size.width),
                        "_src_xs[dst_width - 1] < (src_size.width << SHIFT)", file);
@@ -161,6 +169,7 @@ void ScalerBilinearX::State::prepare(FrameLayout const& src_layout, int dst_widt
     _passed.plan(_src_layout, _dst_layout);
     _planes.plan(_src_layout, _dst_layout, _src_xs.size(), lastElements(_src_layout, _src_xs));
     _blends.plan(_src_layout, _dst_layout, _src_xs, same_table, _planes.planes);
+    _table_width = dst_width;
 }
 
 ScalerBilinearX::ScalerBilinearX() : _state(impl::makeState<State>(file)) {}
@@ -169,6 +178,10 @@ ScalerBilinearX::~ScalerBilinearX() = default;
 
 bool ScalerBilinearX::initialized() const {
     return _state->_window.initialized();
+}
+
+void ScalerBilinearX::renew() {
+    _state->renew();
 }
 
 void ScalerBilinearX::reuse(Frame const& src_frame, int dst_width) {
@@ -216,7 +229,9 @@ struct ScalerBilinearY::State {
     Coordinates _src_ys;
     std::int32_t _dst_row = 0;
     impl::PlaneRows<impl::BlendRows> _planes;
+    std::int32_t _table_height = 0;  ///< that all was made for; 0 while it doesn't stand
 
+    void renew();
     void prepare(FrameLayout const& src_layout, int dst_height);
 
     template <class Source>
@@ -228,10 +243,17 @@ struct ScalerBilinearY::State {
     }
 };
 
+void ScalerBilinearY::State::renew() {
+    _dst_layout.clear();
+    _window.renew();
+    _dst_row = 0;
+}
+
 void ScalerBilinearY::State::prepare(FrameLayout const& src_layout, int dst_height) {
     Size const src_size = src_layout.size;
-    if (src_size.height != _src_layout.size.height || dst_height != _dst_layout.size.height) {
-        _dst_layout.clear();  // until the table stands, no later call may take it as built
+    if (src_size.height != _src_layout.size.height || dst_height != _table_height) {
+        _dst_layout.clear();
+        _table_height = 0;  // until all is made, no later call may take it as such
         impl::buildBilinearTable(src_size.height, dst_height, _src_ys);
         OX_ASSERT_TEXT(endsInside(_src_ys, src_size.height),
                        "_src_ys[dst_height - 1] < (src_layout.size.height << SHIFT)", file);
@@ -241,6 +263,7 @@ void ScalerBilinearY::State::prepare(FrameLayout const& src_layout, int dst_heig
         FrameLayout(src_layout.format, {src_size.width, dst_height}, impl::defaultAlignment);
     _dst_row = 0;
     _planes.plan(_src_layout, _dst_layout, 0, [](int, std::int64_t) { return 0; });
+    _table_height = dst_height;
 }
 
 ScalerBilinearY::ScalerBilinearY() : _state(impl::makeState<State>(file)) {}
@@ -249,6 +272,10 @@ ScalerBilinearY::~ScalerBilinearY() = default;
 
 bool ScalerBilinearY::initialized() const {
     return _state->_window.initialized();
+}
+
+void ScalerBilinearY::renew() {
+    _state->renew();
 }
 
 void ScalerBilinearY::reuse(Frame const& src_frame, int dst_height) {
@@ -303,7 +330,9 @@ struct ScalerBilinearXY::State {
     std::int32_t _dst_row = 0;
     impl::PlaneRows<impl::BlendColumnsAndRows> _planes;
     BlendPlanes _blends;
+    Size _tables_size;  ///< that all was made for; empty while it doesn't stand
 
+    void renew();
     void buildTables(Size src_size, Size dst_size);
     void prepare(FrameLayout const& src_layout, Size dst_size);
 
@@ -316,8 +345,15 @@ struct ScalerBilinearXY::State {
     }
 };
 
+void ScalerBilinearXY::State::renew() {
+    _dst_layout.clear();
+    _window.renew();
+    _dst_row = 0;
+}
+
 void ScalerBilinearXY::State::buildTables(Size src_size, Size dst_size) {
-    _dst_layout.clear();  // until both tables stand, no later call may take them as built
+    _dst_layout.clear();
+    _tables_size = {};  // until all is made, no later call may take it as such
     impl::buildBilinearTable(src_size.width, dst_size.width, _src_xs);
     OX_ASSERT_TEXT(endsInside(_src_xs, src_size.width),
                    "_src_xs[dst_size.width - 1] < (src_size.width << SHIFT)", file);
@@ -327,7 +363,7 @@ void ScalerBilinearXY::State::buildTables(Size src_size, Size dst_size) {
 }
 
 void ScalerBilinearXY::State::prepare(FrameLayout const& src_layout, Size dst_size) {
-    bool const same_tables = src_layout.size == _src_layout.size && dst_size == _dst_layout.size;
+    bool const same_tables = src_layout.size == _src_layout.size && dst_size == _tables_size;
     if (!same_tables) {
         buildTables(src_layout.size, dst_size);
     }
@@ -337,6 +373,7 @@ void ScalerBilinearXY::State::prepare(FrameLayout const& src_layout, Size dst_si
     _planes.plan(_src_layout, _dst_layout, _src_xs.size(), lastElements(_src_layout, _src_xs));
     _blends.plan(_src_layout, _dst_layout, _src_xs, same_tables, _planes.planes);
     _blends.restart();
+    _tables_size = dst_size;
 }
 
 ScalerBilinearXY::ScalerBilinearXY() : _state(impl::makeState<State>(file)) {}
@@ -345,6 +382,10 @@ ScalerBilinearXY::~ScalerBilinearXY() = default;
 
 bool ScalerBilinearXY::initialized() const {
     return _state->_window.initialized();
+}
+
+void ScalerBilinearXY::renew() {
+    _state->renew();
 }
 
 void ScalerBilinearXY::reuse(Frame const& src_frame, Size dst_size) {

@@ -21,6 +21,11 @@ class OX_API ScalerBilinearX : public IRowProducer {
     /// True once a `reuse` has armed the scaler.
     bool initialized() const;
 
+    /// As newly made, but with storage and tables kept: a `reuse` as the last one allocates
+    /// nothing. It comes before each further `reuse` over a producer, whose picture is wrong
+    /// otherwise; see `IRowProducer`.
+    void renew();
+
     /// Arms the scaler on a source that must outlive it. The table is kept while the widths stay.
     /// @throws Exception `StatusAssertionFailed` for a source that isn't initialized or a width
     ///         that isn't positive, which leave the scaler as it was, and for widths of 32768 and
@@ -56,6 +61,11 @@ class OX_API ScalerBilinearY : public IRowProducer {
     /// True once a `reuse` has armed the scaler.
     bool initialized() const;
 
+    /// As newly made, but with storage and tables kept: a `reuse` as the last one allocates
+    /// nothing. It comes before each further `reuse` over a producer, whose picture is wrong
+    /// otherwise; see `IRowProducer`.
+    void renew();
+
     /// Arms the scaler on a source that must outlive it. The table is kept while the heights stay.
     /// @throws Exception as `ScalerBilinearX`; `StatusOutOfRange` for a producer with fewer rows
     ///         than the window (2, or 4 for 4:2:0 destinations of more than one row)
@@ -84,6 +94,11 @@ class OX_API ScalerBilinearXY : public IRowProducer {
 
     /// True once a `reuse` has armed the scaler.
     bool initialized() const;
+
+    /// As newly made, but with storage and tables kept: a `reuse` as the last one allocates
+    /// nothing. It comes before each further `reuse` over a producer, whose picture is wrong
+    /// otherwise; see `IRowProducer`.
+    void renew();
 
     /// Arms the scaler on a source that must outlive it. The tables are kept while all sides stay.
     /// @throws Exception as `ScalerBilinearY`

@@ -26,6 +26,10 @@ struct Passes {
     impl::ScaleX<Weight> x;
     impl::ScaleY<Weight> y;
 
+    void renew() {
+        x.renew();
+        y.renew();
+    }
     template <class Source>
     void arm(IKernel& kernel, Source& source, Size dst_size) {
         x.reuse(kernel, source, dst_size.width);
@@ -40,6 +44,11 @@ struct ScalerConvolutional::State {
     Passes<short> passes16;
     std::uint32_t precision = 0;  ///< a `ScalerPrecision`, or none
 
+    void renew() {
+        passes8.renew();
+        passes16.renew();
+        precision = 0;
+    }
     /// The precision counts from now on, also if it is none.
     template <class Source>
     void arm(IKernel& kernel, Source& source, Size dst_size, ScalerPrecision wanted) {
@@ -82,6 +91,10 @@ bool ScalerConvolutional::initialized() const {
         default:
             return false;
     }
+}
+
+void ScalerConvolutional::renew() {
+    _state->renew();
 }
 
 void ScalerConvolutional::reuse(IKernel& kernel, Frame const& src_frame, Size dst_size,

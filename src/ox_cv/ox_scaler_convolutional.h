@@ -22,7 +22,8 @@ namespace ox {
 /// An object that goes on to another frame keeps its weights while the filter's address, format and
 /// the sizes that they depend on stay, and three oddities that are kept on purpose: its second
 /// pass over a frame loses the first step down; a new width alone leaves `layout` as it was; so
-/// does a source of another width. One object per frame knows none of them.
+/// does a source of another width. With `renew` before each further `reuse` there are none of them,
+/// nor are rows of the picture before taken from a source that is a producer.
 class OX_API ScalerConvolutional : public IRowProducer {
   public:
     ScalerConvolutional();
@@ -32,6 +33,10 @@ class OX_API ScalerConvolutional : public IRowProducer {
 
     /// True once a `reuse` has armed the scaler.
     bool initialized() const;
+
+    /// As newly made, but with storage kept: a `reuse` as the last one allocates nothing. The
+    /// filter is asked again then.
+    void renew();
 
     /// Arms the scaler on a source that must outlive it. The filter is asked during the call only,
     /// plane by plane for the widths and then for the heights; of later calls it is known by its

@@ -74,7 +74,10 @@ struct ScalerNearestNeighbor::State {
     GatherProgram _programs[3];
     bool _has_program[3] = {};
     FrameLayout _programs_layout;  ///< of the source that they were made for
+    Size
+        _tables_size;  ///< that all tables and programs were made for; empty while they don't stand
 
+    void renew();
     template <class Source>
     void arm(Source& source, FrameLayout const& src_layout, Size dst_size);
     void prepare(FrameLayout const& src_layout, Size dst_size);
@@ -82,8 +85,16 @@ struct ScalerNearestNeighbor::State {
     void planPrograms(FrameLayout const& src_layout);
 };
 
+/// The tables stay, and `_src_width` and `_src_height`, which they are known by.
+void ScalerNearestNeighbor::State::renew() {
+    _dst_layout.clear();
+    _window.renew();
+    _dst_row = 0;
+}
+
 void ScalerNearestNeighbor::State::buildTables(Size src_size, Size dst_size) {
-    _dst_layout.clear();  // until both tables stand, no later call may take them as built
+    _dst_layout.clear();
+    _tables_size = {};  // until all is made, no later call may take it as such
     impl::buildNearestTable(src_size.width, dst_size.width, _src_xs);
     OX_ASSERT_TEXT(_src_xs.back() < src_size.width, "_src_xs[dst_size.width - 1] < src_size.width",
                    file);
@@ -103,7 +114,7 @@ void ScalerNearestNeighbor::State::planPrograms(FrameLayout const& src_layout) {
 
 void ScalerNearestNeighbor::State::prepare(FrameLayout const& src_layout, Size dst_size) {
     bool const same_tables =
-        src_layout.size == Size{_src_width, _src_height} && dst_size == _dst_layout.size;
+        src_layout.size == Size{_src_width, _src_height} && dst_size == _tables_size;
     if (!same_tables) {
         buildTables(src_layout.size, dst_size);
     }
@@ -118,6 +129,7 @@ void ScalerNearestNeighbor::State::prepare(FrameLayout const& src_layout, Size d
     _dst_row = 0;
     _src_width = src_layout.size.width;
     _src_height = src_layout.size.height;
+    _tables_size = dst_size;
 }
 
 template <class Source>
@@ -134,6 +146,10 @@ ScalerNearestNeighbor::~ScalerNearestNeighbor() = default;
 
 bool ScalerNearestNeighbor::initialized() const {
     return _state->_window.initialized();
+}
+
+void ScalerNearestNeighbor::renew() {
+    _state->renew();
 }
 
 void ScalerNearestNeighbor::reuse(Frame const& src_frame, Size dst_size) {

@@ -23,6 +23,11 @@ class OX_API ScalerNearestNeighbor : public IRowProducer {
     /// True once a `reuse` has armed the scaler.
     bool initialized() const;
 
+    /// As newly made, but with storage and tables kept: a `reuse` as the last one allocates
+    /// nothing. It comes before each further `reuse` over a producer, whose picture is wrong
+    /// otherwise; see `IRowProducer`.
+    void renew();
+
     /// Arms the scaler on a source that must outlive it. Tables are kept while the sizes stay.
     /// @throws Exception `StatusAssertionFailed` for a source that isn't initialized or an empty
     ///         size, which leave the scaler as it was, and for sides of 32768 and more, but not for

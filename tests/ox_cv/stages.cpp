@@ -31,6 +31,7 @@ class StageOf : public Stage {
     void arm(IRowProducer& source, Target const& target) override {
         Arm()(*_producer, source, target);
     }
+    void renew() override { _producer->renew(); }
     IRowProducer& producer() override { return *_producer; }
 
     static std::unique_ptr<Stage> make() { return std::make_unique<StageOf>(); }

@@ -24,6 +24,7 @@ class Stage {
     virtual void destroy() = 0;
     virtual void arm(Frame const& source, Target const& target) = 0;
     virtual void arm(IRowProducer& source, Target const& target) = 0;
+    virtual void renew() = 0;
     virtual IRowProducer& producer() = 0;
 };
 
