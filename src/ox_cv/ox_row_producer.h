@@ -40,11 +40,12 @@ static_assert(std::is_aggregate_v<RowData> && std::is_trivially_copyable_v<RowDa
 ///
 /// A `reuse` of all links is good for one picture. Draining the chain again without it gives none:
 /// the last row repeats, or nothing is written. For another picture each link is armed anew, from
-/// the source on, and a link over another producer takes `renew` before its `reuse`: it goes on
-/// counting the rows of the picture before otherwise, and yields the new picture shifted, or with
-/// rows of the old one, without an error.
+/// the source on, and a link over another producer takes `renew` before its `reuse`: otherwise it
+/// goes on counting the rows of the picture before, and yields the new picture shifted, or with
+/// rows of the old one, without an error. To renew every link is always right, and cheap.
 ///
-///     converter.renew();  // before each picture; before the first one it does nothing
+///     scaler.renew();  // before each picture; before the first one it changes nothing
+///     converter.renew();
 ///     scaler.reuse(frame, size, OX_SCALE_NEAREST);
 ///     converter.reuse(scaler, FRAME_BGR24);
 ///     produceFrame(converter, picture);

@@ -152,7 +152,8 @@ void ScalerAreaX::State::prepare(FrameLayout const& src_layout, int dst_width,
     bool const same_table = _key.fits(src_size.width, dst_width, _shift);
     if (!same_table) {
         _dst_layout.clear();
-        _key = {src_size.width, 0, _shift};  // until all is made, no later call may take it as such
+        // Until all is made, no later call may take it as such.
+        _key = {src_size.width, 0, _shift};
         _full_weight = impl::buildAreaTable(src_size.width, dst_width, _shift, _weights);
     }
     _src_layout = src_layout;
@@ -303,8 +304,8 @@ void ScalerAreaY::State::prepare(FrameLayout const& src_layout, int dst_height,
     _shift = shiftOf(precision);
     if (!_key.fits(src_size.height, dst_height, _shift)) {
         _dst_layout.clear();
-        _key = {src_size.height, 0,
-                _shift};  // until all is made, no later call may take it as such
+        // Until all is made, no later call may take it as such.
+        _key = {src_size.height, 0, _shift};
         _full_weight = impl::buildAreaTable(src_size.height, dst_height, _shift, _weights);
     }
     _src_layout = src_layout;

@@ -74,8 +74,7 @@ struct ScalerNearestNeighbor::State {
     GatherProgram _programs[3];
     bool _has_program[3] = {};
     FrameLayout _programs_layout;  ///< of the source that they were made for
-    Size
-        _tables_size;  ///< that all tables and programs were made for; empty while they don't stand
+    Size _tables_size;             ///< that all was made for; empty while it doesn't stand
 
     void renew();
     template <class Source>
