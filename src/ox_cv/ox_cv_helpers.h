@@ -46,10 +46,10 @@ OX_API void colorConvert(Frame const& src, FrameFormat format, Frame& dst);
 /// Scales a frame through a `CvBackendSimd` of its own; callers with many frames keep one. `dst`
 /// gets `src`'s format and the size, and may be another handle on `src`'s pixels, or `src` itself.
 /// It is cleared if `src` isn't initialized or a side of `size` isn't positive, and becomes a copy
-/// (by `Frame::copyTo`) if the size is `src`'s.
-/// @throws Exception what `CvBackendSimd::setIntProperty` throws for a bad `method`, which leaves
-///         `dst` as it was; what `Frame::reuse` throws, `dst` being not initialized then; what
-///         `CvBackendSimd::resize` throws, `dst` having the format and size by then
+/// if the size is `src`'s.
+/// @throws Exception what `CvBackendSimd::setIntProperty`, `Frame::reuse` and
+///         `CvBackendSimd::resize` throw; a bad `method` leaves `dst` as it was, a failed
+///         `Frame::reuse` not initialized, a failed `resize` with the new format and size
 OX_API void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod method);
 
 /// Half precision to single, of a whole tensor with its padding. `dst` gets `src`'s format and

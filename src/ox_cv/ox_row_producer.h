@@ -28,15 +28,13 @@ static_assert(std::is_aggregate_v<RowData> && std::is_trivially_copyable_v<RowDa
 
 /// A link of a chain: yields rows one at a time into its consumer's memory.
 ///
+/// That memory must have no byte in common with the frame that the chain reads. Links that only
+/// copy are the exception: they may write a row onto itself. The frame's pixels must outlive the
+/// chain; `FormatConverter` needs the `Frame` object as well, so let a variable hold it.
+///
 /// A consumer calls `produce` and `next` once per row, from row 0 on, `layout().size.height` times;
-/// it may call `next` without `produce` to skip a row. A chain serves one thread at a time.
-///
-/// A chain owns none of its sources: producers, and the pixels of frames, must outlive it.
-/// `FormatConverter` needs the `Frame` object as well, so a variable should hold every frame that a
-/// chain starts from.
-///
-/// What a chain writes must have no byte in common with the frame that it reads. Links that only
-/// copy are the exception: they may write a row onto itself.
+/// it may call `next` without `produce` to skip a row. A chain serves one thread at a time; it
+/// holds its sources by reference, so they must outlive it.
 ///
 /// A `reuse` of all links is good for one picture. Draining the chain again without it gives none:
 /// the last row repeats, or nothing is written. For another picture each link is armed anew, from

@@ -236,9 +236,9 @@ TEST(CvBackendBaseConvert, HalfWrittenRowsShowNothingOld) {
 
         CvBackendBase backend;
         TestFrame dst(FRAME_BGR24, size);
-        backend.setIntProperty(1, ResizeNearestNeighbour);
+        backend.setIntProperty(PropertyResizeMethod, ResizeNearestNeighbour);
         backend.convert(white.frame(), dst.frame(), {});
-        backend.setIntProperty(1, ResizeArea);
+        backend.setIntProperty(PropertyResizeMethod, ResizeArea);
         backend.convert(src.frame(), dst.frame(), {});
         EXPECT_TRUE(samePixels(dst.frame(), expected));
     }

@@ -333,7 +333,7 @@ TEST_F(CvBackendSimdConvert, NoPixelsAreZerosInBetween) {
     fill(src.frame(), 200);
     for (Rect const rect : {Rect{2, 2, 0, 3}, Rect{2, 2, 3, 0}}) {
         for (int const method : {ResizeNearestNeighbour, ResizeBilinear, ResizeArea}) {
-            backend.setIntProperty(resizeMethod, method);
+            backend.setIntProperty(PropertyResizeMethod, method);
             TestFrame dst(FRAME_GRAY8, {20, 5});
             backend.convert(src.frame(), dst.frame(), {});
             EXPECT_TRUE(isFilledWith(dst.frame(), 200));

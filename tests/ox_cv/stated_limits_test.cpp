@@ -86,14 +86,13 @@ void checkColumns(ICvBackend& backend, Size size, int rows_written, int white) {
     Frame src;
     src.reuse(FRAME_NV12, size, DeviceContext(), 0);  // which gives both planes one stride
     fill(src, 128);
-    fill(src, 0,
-         Rows(static_cast<std::size_t>(size.height),
-              Bytes(static_cast<std::size_t>(size.width), 235)));
+    auto const width = static_cast<std::size_t>(size.width);
+    fill(src, 0, Rows(static_cast<std::size_t>(size.height), Bytes(width, 235)));
     TestFrame dst(FRAME_BGR24, size, {3, Guard::AtEnd});
     fill(dst.frame(), 77);
     backend.colorCvt(src, dst.frame(), emptyRoi());
-    Bytes row(static_cast<std::size_t>(size.width / 8 * 24), 255);
-    row.resize(static_cast<std::size_t>(3 * size.width), 77);
+    Bytes row(width / 8 * 24, 255);
+    row.resize(3 * width, 77);
     for (int y = 0; y < size.height; ++y) {
         EXPECT_EQ(bytesOf(dst.frame(), 0, y), y < rows_written ? row : Bytes(row.size(), 77));
     }
