@@ -223,7 +223,8 @@ void compilePairs(BytePairs const& pairs, RowProgram& program) {
     while (x < pairs.width) {
         std::int32_t const start = std::min(firstByte<channels>(pairs, x), last_window);
         step[0] = start;
-        step[1] = static_cast<std::int32_t>(x * channels + phase);
+        std::uint64_t const entry = x * channels + phase;
+        step[1] = static_cast<std::int32_t>(entry);
         std::uint64_t end = std::min(x + (phase + pairsOfWindow - 1) / channels + 1, pairs.width);
         while (firstByte<channels>(pairs, end - 1) - start > last_start) {
             --end;
@@ -233,7 +234,7 @@ void compilePairs(BytePairs const& pairs, RowProgram& program) {
         hn::Store(hn::Add(PermuteWindow(hn::Load(d, first), hn::Load(d, table.pixel)),
                           hn::Load(d, table.behind)),
                   d, places);
-        hn::Store(hn::LoadU(d, pairs.alpha + 2 * step[1]), d, places + windowBytes);
+        hn::Store(hn::LoadU(d, pairs.alpha + pairOfEntry(entry)), d, places + windowBytes);
         std::uint64_t const entries =
             std::min<std::uint64_t>((end - x) * channels - phase, pairsOfWindow);
         x += (phase + entries) / channels;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <type_traits>
 
 #include "simd/simd_bilinear_rows.h"
@@ -195,6 +196,11 @@ std::uint64_t fillBlocks(ResizerParam const& param, std::int32_t const* index, G
 
 }  // namespace
 
+bool gathersBlocks(ResizerParam const& param) {
+    constexpr auto most = static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max());
+    return param.channels == 1 && param.srcW < 4 * param.dstW && 2 * param.dstW <= most;
+}
+
 void ResizerByteBilinear::buildTables() {
     AlignedArray<std::int32_t> weight;
     AlignedArray<std::int32_t> index;
@@ -207,9 +213,7 @@ void ResizerByteBilinear::buildTables() {
     routines().compileBytePairs(
         {index.data, alphaX.data, param.dstW, param.channels, param.srcW * param.channels},
         program);
-    // A row of one channel that doesn't shrink too much is gathered in blocks of sixteen bytes,
-    // others column by column.
-    if (param.channels == 1 && param.srcW < 4 * param.dstW) {
+    if (gathersBlocks(param)) {
         gather.Resize(mostBlocks(param), tableAlign);
         blocks = fillBlocks(param, index.data, gather.data);
     } else {

@@ -49,6 +49,10 @@ struct GatherBlock {
     std::uint8_t shuffle[16];  ///< place of each byte of the pairs in those of the source
 };
 
+/// Whether a row is gathered in blocks of sixteen bytes, and not column by column: one of one
+/// channel that doesn't shrink too much, if the offsets of its pairs fit a block's 32 bits.
+bool gathersBlocks(ResizerParam const& param);
+
 /// One to four channels (any other number is left unwritten), rows of at least 16 pixels. The
 /// weights of columns are rounded in double, so that now and then one differs from the scalar
 /// class's, on purpose.

@@ -59,6 +59,11 @@ struct BytePairs {
     std::uint64_t rowBytes;  ///< of the source
 };
 
+/// Where the weights of an entry are in `BytePairs::alpha`: behind 2^31 bytes in the longest rows.
+constexpr std::uint64_t pairOfEntry(std::uint64_t entry) {
+    return 2 * entry;
+}
+
 using CompileBytePairs = void(BytePairs const& pairs, RowProgram& program);
 /// Sums of two weighted bytes, for as many entries as the program has. `row` has 64 bytes of room
 /// behind its end.

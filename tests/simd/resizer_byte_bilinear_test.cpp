@@ -1,6 +1,8 @@
 // Bilinear resizing of bytes: weights, edges, and the gather program of the vector class.
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "simd/resizer_check.h"
 
 namespace ox::test {
@@ -169,6 +171,22 @@ TEST(ResizerByteBilinear, FewColumnsAreTakenOneByOne) {
     EXPECT_NE(probeAfterRun(79, 20, 1)->blocks, 0U);
     EXPECT_EQ(probeAfterRun(63, 16, 2)->blocks, 0U);
     EXPECT_EQ(probeAfterRun(20, 20, 4)->blocks, 0U);
+}
+
+// The backend takes rows of up to 2^31 - 1 bytes. A pair of each is two.
+TEST(ResizerByteBilinear, PairsOfTheLongestRowsAreFound) {
+    constexpr std::uint64_t gibi = std::uint64_t{1} << 30;
+    EXPECT_EQ(Simd::pairOfEntry(std::int32_t{1} << 30), 2 * gibi);
+    EXPECT_EQ(Simd::pairOfEntry(std::numeric_limits<std::int32_t>::max()), 4 * gibi - 2);
+    auto const gathers = [](std::uint64_t src_w, std::uint64_t dst_w) {
+        return Simd::Neon::gathersBlocks(
+            paramOf({0, bilinear, src_w, 1, dst_w, 1, 1}, vectorAlign));
+    };
+    EXPECT_TRUE(gathers(63, 16));
+    EXPECT_FALSE(gathers(64, 16));
+    EXPECT_TRUE(gathers(gibi, gibi - 1));
+    EXPECT_FALSE(gathers(gibi, gibi));
+    EXPECT_FALSE(gathers(2, 2 * gibi - 1));
 }
 
 TEST(ResizerByteBilinear, VectorTablesAreAsModelled) {
