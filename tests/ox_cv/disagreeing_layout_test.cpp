@@ -119,6 +119,25 @@ TEST(DisagreeingLayout, WithoutAWholeElementTheRestIsZero) {
     EXPECT_EQ(firstRowOfPartOfAPixel<ScalerAreaX>({2, 4}), (Bytes{100, 100, 0, 0, 0, 0}));
 }
 
+// What stands before such a row in a ring happens to be zeros; here it doesn't.
+TEST(DisagreeingLayout, WithoutAWholeElementNothingBeforeTheRowIsRead) {
+    std::array<unsigned char, 32> memory;
+    memory.fill(77);
+    unsigned char const* const row = memory.data() + 16;
+    impl::RowPlan plan;
+    for (plan.src_samples = 0; plan.src_samples < 3; ++plan.src_samples) {
+        for (int channel = 0; channel < 3; ++channel) {
+            bool const is_inside = channel < plan.src_samples;
+            impl::RowEnd const reader(plan);
+            EXPECT_EQ((reader.sample<std::uint8_t, 3>(row, 0, channel)), is_inside ? 77 : 0);
+            EXPECT_EQ((reader.sample<std::uint8_t, 3>(row, 1, channel)), 0);
+        }
+    }
+    plan.src_samples = 0;
+    EXPECT_EQ((impl::RowEnd(plan).sample<std::uint16_t, 1>(row, 0, 0)), 0);
+    EXPECT_EQ((impl::RowEnd(plan).sample<std::uint32_t, 1>(row, 0, 0)), 0U);
+}
+
 /// The first row of a scaler that is asked for the width that four columns claim to have.
 template <class Scaler>
 Bytes firstRowOfClaimedWidth(int width) {
