@@ -49,7 +49,8 @@ class OX_API ICvBackend {
     /// in `CvBackendBase` of two rows), and what is left over of `dst` stays as it is. With the
     /// region {0, 0, width, height} every pixel is converted, by other coefficients.
     virtual void colorCvt(Frame const& src, Frame& dst, Rect src_roi) = 0;
-    /// Scales the region of `src` to the region of `dst`; the formats are equal.
+    /// Scales the region of `src` to the region of `dst`; the formats are equal. Luma and chroma of
+    /// `FRAME_YUYV` and `FRAME_UYVY` are mixed: `Packed422Resizer` scales these by their packing.
     virtual void resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) = 0;
     /// Scales the region of `src` to `dst`'s size and converts it to `dst`'s format. Scaling comes
     /// first, in `src`'s format, so a pair that can't be converted is refused after the work.

@@ -32,9 +32,14 @@ class OX_API CvBackendBase : public ICvBackend {
     /// That function takes chroma rows to be luma's stride apart. Of a frame whose two strides
     /// differ it gets the wrong chroma; where it would even leave the chroma rows, the pair is
     /// converted in full instead. A region helps here too.
+    ///
+    /// Float formats hold 0 to 255 as B, G, R. They are converted from `FRAME_BGR24` alone, and
+    /// `FRAME_BGR_32F` back to it; `CvBackendSimd` has other orders.
     /// @throws Exception what `FormatConverter::reuse` throws
     void colorCvt(Frame const& src, Frame& dst, Rect src_roi) override;
-    /// Takes the formats of `Scaler`, and every format at equal sizes.
+    /// Takes the formats of `Scaler`, and every format at equal sizes. Elements of `FRAME_YUYV` are
+    /// three bytes, those of `FRAME_UYVY` four, whatever their packing is: luma and chroma are
+    /// mixed. `Packed422Resizer` scales these by their packing.
     /// @throws Exception what `Scaler` throws, `StatusNotSupported` for other formats among that
     void resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) override;
     /// Scales first, into a frame that is kept between calls, if both size and format change. At

@@ -48,7 +48,10 @@ class OX_API CvBackendSimd : public ICvBackend {
     ///
     /// `CvBackendBase` has others, from `YV12`, `YV16`, `YUYV`, `UYVY` and `NV16` among them.
     ///
-    /// The float formats hold 0 to 255, in the channel order of the other side.
+    /// The float formats hold 0 to 255, in the channel order of the other side, their names
+    /// notwithstanding: `FRAME_RGB24` or `FRAME_RGB_PLANAR` to `FRAME_BGR_32F_PLANAR` gives planes
+    /// R, G, B, and floats go to these formats as if red came first. Through `FRAME_BGR24` they are
+    /// B, G, R, as `CvBackendBase` has them.
     ///
     /// Whole `FRAME_NV12` frames whose planes have equal strides go to `FRAME_BGR24` through
     /// `NV12toBGR_neon`, with its own coefficients, which leaves the last width mod 8 columns
@@ -62,9 +65,9 @@ class OX_API CvBackendSimd : public ICvBackend {
     /// region of width or height 1 goes to the nearest sample.
     ///
     /// `FRAME_YUYV` and `FRAME_UYVY` are taken for pixels of two channels, a luma and a chroma
-    /// sample, so U and V get mixed. Scale `FRAME_NV16` instead, which `CvBackendBase` converts
-    /// them to. `FRAME_C1_32U` is taken for floats: nearest moves its numbers as they are, bilinear
-    /// blends the floats that their bits would be.
+    /// sample, so U and V get mixed; `Packed422Resizer` scales these by their packing.
+    /// `FRAME_C1_32U` is taken for floats: nearest moves its numbers as they are, bilinear blends
+    /// the floats that their bits would be.
     ///
     /// Area gives each sample of a side the weight 2048 / ratio, cut off to a whole number. So a
     /// side that shrinks by more than 2048 comes out black, one that shrinks by 1025 (a weight of 1

@@ -8,6 +8,7 @@
 #include "ox_core/ox_impl_assert.h"
 #include "ox_cv/ox_cv_backend_simd.h"
 #include "ox_cv/ox_impl_color_routes.h"
+#include "ox_cv/ox_packed_422_resizer.h"
 #include "simd/simd.h"
 
 namespace ox {
@@ -171,6 +172,10 @@ void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod me
         dst.setZero();  // there is nothing to resample
     }
     backend.resize(apartFrom(dst, source), dst, Rect{}, Rect{});
+}
+
+void resizePacked422(ICvBackend& backend, Frame const& src, Frame& dst) {
+    Packed422Resizer().resize(backend, src, dst);
 }
 
 void tensorFp16ToFp32(Tensor const& src, Tensor& dst) {

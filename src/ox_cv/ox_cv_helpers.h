@@ -46,11 +46,20 @@ OX_API void colorConvert(Frame const& src, FrameFormat format, Frame& dst);
 /// Scales a frame through a `CvBackendSimd` of its own; callers with many frames keep one. `dst`
 /// gets `src`'s format and the size, and may be another handle on `src`'s pixels, or `src` itself.
 /// It is cleared if `src` isn't initialized or a side of `size` isn't positive, and becomes a copy
-/// if the size is `src`'s.
+/// if the size is `src`'s. Of `FRAME_YUYV` and `FRAME_UYVY` luma and chroma are mixed; see
+/// `resizePacked422`.
 /// @throws Exception what `CvBackendSimd::setIntProperty`, `Frame::reuse` and
 ///         `CvBackendSimd::resize` throw; a bad `method` leaves `dst` as it was, a failed
 ///         `Frame::reuse` not initialized, a failed `resize` with the new format and size
 OX_API void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod method);
+
+/// Scales `FRAME_YUYV` or `FRAME_UYVY` into `dst`, of the same format and of any size, by their
+/// packing, which `resizeFrame` and the backends' `resize` don't heed: they mix luma and chroma.
+/// The same as `Packed422Resizer::resize` of a new object, which is what callers with many frames
+/// keep.
+/// @param backend its property 1 is the method
+/// @throws Exception as `Packed422Resizer::resize`; `dst` is untouched then
+OX_API void resizePacked422(ICvBackend& backend, Frame const& src, Frame& dst);
 
 /// Half precision to single, of a whole tensor with its padding. `dst` gets `src`'s format and
 /// size, twice its strides and channel order 0, and may be another handle on `src`'s numbers, or

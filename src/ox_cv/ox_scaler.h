@@ -19,6 +19,9 @@ enum ScaleMethod : std::uint32_t {
 /// Picks the scaler that fits the method and the axes that change, arms it and forwards to it.
 /// Passes rows straight through where the size stays. Kept over many frames of a kind it allocates
 /// nothing.
+///
+/// `FRAME_YUYV` and `FRAME_UYVY` are taken for pixels of three bytes and of four, which mixes luma
+/// and chroma: convert them to `FRAME_NV16` first, or scale whole frames by `Packed422Resizer`.
 class OX_API Scaler : public IRowProducer {
   public:
     Scaler();

@@ -1,6 +1,6 @@
 /// @file
 /// Area scaling: each source sample weighs by the part of it that falls into the destination cell.
-/// Every step truncates.
+/// Every step truncates. Luma and chroma of `FRAME_YUYV` and `FRAME_UYVY` are mixed; see `Scaler`.
 
 #pragma once
 

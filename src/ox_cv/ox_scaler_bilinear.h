@@ -1,6 +1,7 @@
 /// @file
 /// Bilinear scaling in one axis or both, up and down, in 16.16 fixed point with truncation. A
-/// down-scale reads the two nearest samples of each axis only.
+/// down-scale reads the two nearest samples of each axis only. Luma and chroma of `FRAME_YUYV` and
+/// `FRAME_UYVY` are mixed; see `Scaler`.
 
 #pragma once
 

@@ -1,0 +1,51 @@
+/// @file
+/// Scaling of packed 4:2:2 pictures by their packing.
+
+#pragma once
+
+#include "ox_core/ox_api.h"
+#include "ox_core/ox_frame.h"
+#include "ox_cv/ox_cv_backend.h"
+#include "ox_cv/ox_format_converter.h"
+
+namespace ox {
+
+/// Scales `FRAME_YUYV` and `FRAME_UYVY`, whose luma and chroma the scalers mix: `CvBackendSimd`
+/// takes pairs of bytes for pixels, the pipeline's scalers three bytes or four. In `FRAME_NV16` the
+/// same samples lie in planes of their own.
+///
+/// Keeps its two `FRAME_NV16` frames and its converter, so that a stream of pictures of one size
+/// allocates nothing after the first. Serves one thread at a time.
+class OX_API Packed422Resizer {
+  public:
+    Packed422Resizer() = default;
+    Packed422Resizer(Packed422Resizer const&) = delete;
+    Packed422Resizer& operator=(Packed422Resizer const&) = delete;
+    ~Packed422Resizer() = default;
+
+    /// The same as these, each with new objects:
+    ///
+    ///     FormatConverter: src to a FRAME_NV16 frame of its size
+    ///     backend.resize(that, a FRAME_NV16 frame of dst's size, emptyRoi(), emptyRoi())
+    ///     FormatConverter: that to dst
+    ///
+    /// so that the method is `backend`'s, and samples are copied but for the scaling. Where `dst`
+    /// has an odd width, the second Y byte of the last pair of each row, which belongs to no pixel,
+    /// stays as it was. Strides may be any; `dst` may be another handle on `src`'s pixels.
+    /// @param backend its property 1 is the method; its scratch frames aren't used
+    /// @param dst allocated by the caller, as for `ICvBackend::resize`
+    /// @throws Exception `StatusInvalidParameter` for a frame that isn't initialized, has no pixels
+    ///         or isn't on the CPU; `StatusUnsupportedFormat` unless both frames are `FRAME_YUYV`,
+    ///         or both `FRAME_UYVY`; what `Frame::reuse` and the backend's `resize` throw. `dst` is
+    ///         untouched then.
+    void resize(ICvBackend& backend, Frame const& src, Frame& dst);
+
+  private:
+    void _convert(Frame const& src, Frame& dst);
+
+    Frame _source;  ///< as `FRAME_NV16`, as the next
+    Frame _scaled;
+    FormatConverter _converter;
+};
+
+}  // namespace ox
