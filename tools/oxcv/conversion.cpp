@@ -22,11 +22,11 @@ ox::Rect wholeFrame(ox::Frame const& frame, ox::FrameFormat dst_format) {
     return quick && !whole_blocks ? ox::Rect{0, 0, frame.width(), frame.height()} : ox::emptyRoi();
 }
 
-std::string nameOf(ox::FrameFormat src, ox::FrameFormat dst) {
+}  // namespace
+
+std::string conversionName(ox::FrameFormat src, ox::FrameFormat dst) {
     return shortName(src) + " to " + shortName(dst);
 }
-
-}  // namespace
 
 ox::Frame Conversion::run(ox::Frame const& frame, ox::FrameFormat format) {
     if (_from != frame.format() || _to != format || _size != frame.size()) {
@@ -34,7 +34,7 @@ ox::Frame Conversion::run(ox::Frame const& frame, ox::FrameFormat format) {
     }
     ox::Frame current = frame;
     for (Leg& leg : _legs) {
-        attempt(nameOf(current.format(), leg.format), [&] {
+        attempt(conversionName(current.format(), leg.format), [&] {
             prepare(leg.frame, leg.format, current.size());
             leg.operations->colorCvt(current, leg.frame, wholeFrame(current, leg.format));
         });
@@ -48,7 +48,7 @@ void Conversion::plan(ox::FrameFormat from, ox::FrameFormat to, ox::Size size) {
     ox::FrameFormat format = from;
     for (ox::FrameFormat const next : findRoute(from, to, size, _backend.offer().converts)) {
         ox::ICvBackend& operations =
-            _backend.forConversion(nameOf(format, next), format, next, size);
+            _backend.forConversion(conversionName(format, next), format, next, size);
         _legs.push_back({next, &operations, {}});
         format = next;
     }

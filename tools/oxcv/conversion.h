@@ -3,12 +3,16 @@
 
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "backends.h"
 #include "ox_core/ox_frame.h"
 
 namespace oxcv {
+
+/// What people know a conversion by.
+std::string conversionName(ox::FrameFormat src, ox::FrameFormat dst);
 
 /// Brings frames to one format, in as many steps as it takes.
 class Conversion {

@@ -6,7 +6,6 @@
 
 #include "library_calls.h"
 #include "ox_cv/ox_classic_kernels.h"
-#include "ox_cv/ox_scaler_convolutional.h"
 #include "parse.h"
 
 namespace oxcv {
@@ -50,8 +49,8 @@ std::shared_ptr<ox::IKernel> makeKernel(std::string const& name) {
     return choice->make();
 }
 
-void reduce(std::string const& step, ox::Frame const& frame, ox::Frame& result, ox::IKernel& kernel,
-            ox::ScalerPrecision precision) {
+void Reduction::run(std::string const& step, ox::Frame const& frame, ox::Frame& result,
+                    ox::IKernel& kernel, ox::ScalerPrecision precision) {
     if (frame.layout().plane[0].bits != 8) {
         throw Failure(step + ": " + shortName(frame.format()) +
                       ": filters take channels of 8 bits only");
@@ -61,10 +60,9 @@ void reduce(std::string const& step, ox::Frame const& frame, ox::Frame& result, 
                       toText(result.size()));
     }
     attempt(step, [&] {
-        // One per frame: a second pass of the same object loses its first step down.
-        ox::ScalerConvolutional scaler;
-        scaler.reuse(kernel, frame, result.size(), precision);
-        ox::produceFrame(scaler, result);
+        _scaler.renew();  // a second pass loses its first step down otherwise
+        _scaler.reuse(kernel, frame, result.size(), precision);
+        ox::produceFrame(_scaler, result);
     });
 }
 

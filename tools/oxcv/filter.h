@@ -9,7 +9,7 @@
 
 #include "ox_core/ox_frame.h"
 #include "ox_cv/ox_scale_kernel.h"
-#include "ox_cv/ox_scaler_area.h"
+#include "ox_cv/ox_scaler_convolutional.h"
 
 namespace oxcv {
 
@@ -19,10 +19,17 @@ std::vector<std::string> kernelNames();
 /// @param name one of `kernelNames`, in any case
 std::shared_ptr<ox::IKernel> makeKernel(std::string const& name);
 
-/// Scales `frame` into `result`, which has the same format.
-/// @param step what people know it by
-/// @throws Failure if the library refuses, or `result` is larger than `frame`
-void reduce(std::string const& step, ox::Frame const& frame, ox::Frame& result, ox::IKernel& kernel,
-            ox::ScalerPrecision precision);
+/// Scales one frame after another.
+class Reduction {
+  public:
+    /// Scales `frame` into `result`, which has the same format.
+    /// @param step what people know it by
+    /// @throws Failure if the library refuses, or `result` is larger than `frame`
+    void run(std::string const& step, ox::Frame const& frame, ox::Frame& result,
+             ox::IKernel& kernel, ox::ScalerPrecision precision);
+
+  private:
+    ox::ScalerConvolutional _scaler;
+};
 
 }  // namespace oxcv

@@ -23,7 +23,7 @@ Pipeline::Pipeline(Steps const& steps, Backend& backend,
     : _steps(steps),
       _backend(backend),
       _stored_as(stored_as),
-      _before_scaling(backend),
+      _before_reduction(backend),
       _before_warp(backend),
       _conversion(backend),
       _output_conversion(backend) {
@@ -72,21 +72,37 @@ ox::Frame Pipeline::resized(ox::Frame const& frame) {
 }
 
 void Pipeline::scale(ox::Frame const& frame, ox::Size size) {
-    ox::Frame const source = _before_scaling.run(frame, formatToScaleIn(frame.format()));
     if (_scaler == nullptr) {
-        _scaler = &_backend.forScaling("--size", source.format(), _steps.method);
+        chooseScaler(frame, size);
     }
     attempt("--size", [&] {
-        prepare(_resized, source.format(), size);
-        _scaler->resize(source, _resized, ox::emptyRoi(), ox::emptyRoi());
+        prepare(_resized, frame.format(), size);
+        if (formatToScaleIn(frame.format()) != frame.format()) {
+            _packed_scaler.resize(*_scaler, frame, _resized);
+        } else {
+            _scaler->resize(frame, _resized, ox::emptyRoi(), ox::emptyRoi());
+        }
     });
 }
 
+/// The conversions of packed formats are the library's own business, and the pipeline's.
+void Pipeline::chooseScaler(ox::Frame const& frame, ox::Size size) {
+    ox::FrameFormat const format = frame.format();
+    ox::FrameFormat const within = formatToScaleIn(format);
+    if (within != format) {
+        _backend.forConversion(conversionName(format, within), format, within, frame.size());
+    }
+    _scaler = &_backend.forScaling("--size", within, _steps.method);
+    if (within != format) {
+        _backend.forConversion(conversionName(within, format), within, format, size);
+    }
+}
+
 void Pipeline::reduce(ox::Frame const& frame, ox::Size size) {
-    ox::Frame const source = _before_scaling.run(frame, formatToFilterIn(frame.format()));
+    ox::Frame const source = _before_reduction.run(frame, formatToFilterIn(frame.format()));
     _backend.leaveToPipeline("--kernel", "the vector backend has no filters");
     attempt("--kernel", [&] { prepare(_resized, source.format(), size); });
-    oxcv::reduce("--kernel", source, _resized, *_steps.kernel, _steps.precision);
+    _reduction.run("--kernel", source, _resized, *_steps.kernel, _steps.precision);
 }
 
 ox::Frame Pipeline::warped(ox::Frame const& frame, ox::FrameFormat target) {

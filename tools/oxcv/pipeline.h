@@ -11,6 +11,7 @@
 #include "conversion.h"
 #include "filter.h"
 #include "ox_core/ox_frame.h"
+#include "ox_cv/ox_packed_422_resizer.h"
 #include "parse.h"
 
 namespace oxcv {
@@ -48,6 +49,7 @@ class Pipeline {
     ox::FrameFormat targetOf(ox::FrameFormat source) const;
     ox::Frame resized(ox::Frame const& frame);
     void scale(ox::Frame const& frame, ox::Size size);
+    void chooseScaler(ox::Frame const& frame, ox::Size size);
     void reduce(ox::Frame const& frame, ox::Size size);
     ox::Frame warped(ox::Frame const& frame, ox::FrameFormat target);
     void arithmetic(ox::Frame& frame);
@@ -59,7 +61,9 @@ class Pipeline {
     ox::ICvBackend* _warper = nullptr;
     ox::Frame _resized;
     ox::Frame _warped;
-    Conversion _before_scaling;
+    Conversion _before_reduction;
+    ox::Packed422Resizer _packed_scaler;
+    Reduction _reduction;
     Conversion _before_warp;
     Conversion _conversion;
     Conversion _output_conversion;

@@ -7,8 +7,9 @@
 
 namespace oxcv {
 
-/// The library scales rows of packed 4:2:2 as if all their bytes were of one kind, which mixes luma
-/// and chroma; `FRAME_NV16` holds the same samples.
+/// The library's backends scale rows of packed 4:2:2 as if all their bytes were of one kind, which
+/// mixes luma and chroma; `FRAME_NV16` holds the same samples. `ox::Packed422Resizer` goes through
+/// it.
 ox::FrameFormat formatToScaleIn(ox::FrameFormat format);
 
 /// Filters take packed pixels rather than planes of colours, and no red-first ones; `FRAME_BGR24`
