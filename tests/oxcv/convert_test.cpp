@@ -37,6 +37,48 @@ TEST_F(ConvertTest, FormatsAreTheLibrarysBytes) {
     }
 }
 
+namespace {
+
+// One pixel of B 10, G 20, R 30.
+struct Pixel {
+    ox::FrameFormat format;
+    std::string bytes;
+};
+
+std::string floats(std::vector<float> const& values) {
+    return {reinterpret_cast<char const*>(values.data()), values.size() * sizeof(float)};
+}
+
+}  // namespace
+
+TEST_F(ConvertTest, FloatsAreBlueFirstWhateverTheOtherSideIs) {
+    std::string const blue_first = floats({10, 20, 30});
+    for (std::string const backend : backends) {
+        for (auto const& [format, bytes] :
+             {Pixel{ox::FRAME_RGB24, "\x1e\x14\x0a"}, Pixel{ox::FRAME_RGB_PLANAR, "\x1e\x14\x0a"},
+              Pixel{ox::FRAME_BGR24, "\x0a\x14\x1e"},
+              Pixel{ox::FRAME_BGR_PLANAR, "\x0a\x14\x1e"}}) {
+            for (auto const target : {ox::FRAME_BGR_32F, ox::FRAME_BGR_32F_PLANAR}) {
+                SCOPED_TRACE(backend + ": " + ox::toString(format) + ", " + ox::toString(target));
+                EXPECT_EQ(converted(bytes,
+                                    join(rawInputFor(backend, format, {1, 1}),
+                                         {"--format", ox::toString(target)}),
+                                    "out.raw"),
+                          blue_first);
+                // The pipeline has no way back from planes of floats, nor to planes.
+                bool const packed = target == ox::FRAME_BGR_32F && format != ox::FRAME_RGB_PLANAR;
+                if (backend == "simd" || packed) {
+                    EXPECT_EQ(converted(blue_first,
+                                        join(rawInputFor(backend, target, {1, 1}),
+                                             {"--format", ox::toString(format)}),
+                                        "out.raw"),
+                              bytes);
+                }
+            }
+        }
+    }
+}
+
 TEST_F(ConvertTest, Nv12ToBgr24IsWrittenInFullWhateverTheSize) {
     for (std::string const backend : backends) {
         for (ox::Size const size :

@@ -34,7 +34,20 @@ ox::Frame Library::inFormat(ox::Frame const& frame, ox::FrameFormat format) {
     });
 }
 
+bool takesFloatsForRedFirst(ox::FrameFormat src, ox::FrameFormat dst) {
+    auto const is_red_first = [](ox::FrameFormat format) {
+        return format == ox::FRAME_RGB24 || format == ox::FRAME_RGB_PLANAR;
+    };
+    auto const is_float = [](ox::FrameFormat format) {
+        return format == ox::FRAME_BGR_32F || format == ox::FRAME_BGR_32F_PLANAR;
+    };
+    return (is_red_first(src) && is_float(dst)) || (is_float(src) && is_red_first(dst));
+}
+
 ox::Frame Library::inFormatByAnyWay(ox::Frame const& frame, ox::FrameFormat format) {
+    if (takesFloatsForRedFirst(frame.format(), format)) {
+        return inFormat(inFormat(frame, ox::FRAME_BGR24), format);
+    }
     try {
         return inFormat(frame, format);
     } catch (ox::Exception const&) {

@@ -14,6 +14,9 @@ constexpr char const* backends[]{"base", "simd"};
 
 ox::Rect whole(ox::Frame const& frame);
 
+// Pairs that the vector backend converts in an order that isn't the float formats' own.
+bool takesFloatsForRedFirst(ox::FrameFormat src, ox::FrameFormat dst);
+
 // Frames through a backend by name. With "simd" the pipeline does what the vector backend refuses.
 class Library {
   public:
@@ -21,7 +24,7 @@ class Library {
 
     // In one call.
     ox::Frame inFormat(ox::Frame const& frame, ox::FrameFormat format);
-    // Directly, or through BGR24.
+    // Directly, or through BGR24, as red-first formats and floats.
     ox::Frame inFormatByAnyWay(ox::Frame const& frame, ox::FrameFormat format);
     ox::Frame scaled(ox::Frame const& frame, ox::Size size, ox::ResizeMethod method);
     // To a frame of the same size. The pipeline has none.

@@ -48,7 +48,9 @@ bool works(Call call) {
 
 // By new backends each time: a used one remembers things, and takes pairs then that don't exist.
 bool converts(std::string const& backend, ox::FrameFormat src, ox::FrameFormat dst) {
-    return works([&] { Library(backend).inFormat(blankFrame(src, {8, 8}), dst); });
+    return !takesFloatsForRedFirst(src, dst) && works([&] {
+        Library(backend).inFormat(blankFrame(src, {8, 8}), dst);
+    });
 }
 
 char way(std::string const& backend, ox::FrameFormat src, ox::FrameFormat dst) {
@@ -62,6 +64,13 @@ char way(std::string const& backend, ox::FrameFormat src, ox::FrameFormat dst) {
         if (converts(backend, src, third) && converts(backend, third, dst)) {
             return '2';
         }
+    }
+    // Packed, and in the other order: two steps more, where there are these.
+    bool const from_planes = src == ox::FRAME_RGB_PLANAR;
+    if (takesFloatsForRedFirst(src, dst) && (from_planes || dst == ox::FRAME_RGB_PLANAR)) {
+        ox::FrameFormat const first = from_planes ? ox::FRAME_RGB24 : ox::FRAME_BGR24;
+        ox::FrameFormat const second = from_planes ? ox::FRAME_BGR24 : ox::FRAME_RGB24;
+        return converts(backend, src, first) && converts(backend, second, dst) ? '3' : '.';
     }
     return '.';
 }
@@ -145,6 +154,8 @@ TEST_F(TablesTest, FormatsTellsWhatTheLibraryDoes) {
     EXPECT_EQ(rows.back().name, "BGR_32F_PLANAR");
     EXPECT_EQ(rows.back().bits, "32");
     EXPECT_EQ(rows.back().ways[bgr], "1");
+    EXPECT_EQ(rows.back().ways[rgb], "2");
+    EXPECT_EQ(rows.back().ways[rgb_planar], "3");
 }
 
 TEST_F(TablesTest, InfoTellsWhatAFileHolds) {

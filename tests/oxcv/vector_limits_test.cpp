@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::string_view noPair = "the vector backend doesn't convert this pair";
 constexpr std::string_view oddSides = "the vector backend converts 4:2:0 frames of even sides only";
+constexpr std::string_view redFirst = "the vector backend would take floats for red first";
 constexpr std::string_view depth = "the vector backend scales channels of 8 and 32 bits only";
 constexpr std::string_view integers = "the vector backend takes channels of 32 bits for floats";
 constexpr std::string_view floatArea = "the vector backend doesn't scale floats by area";
@@ -32,7 +33,9 @@ TEST(VectorLimits, Conversions) {
           Case{ox::FRAME_I420, ox::FRAME_GRAY8, {1, 1}, oddSides},
           Case{ox::FRAME_BGR24, ox::FRAME_I420, {5, 5}, {}},
           Case{ox::FRAME_YUV444_PLANAR, ox::FRAME_BGR24, {5, 5}, {}},
-          Case{ox::FRAME_BGR_32F_PLANAR, ox::FRAME_RGB24, {5, 5}, {}},
+          Case{ox::FRAME_BGR_32F_PLANAR, ox::FRAME_BGR24, {5, 5}, {}},
+          Case{ox::FRAME_BGR_32F_PLANAR, ox::FRAME_RGB24, {5, 5}, redFirst},
+          Case{ox::FRAME_RGB_PLANAR, ox::FRAME_BGR_32F, {5, 5}, redFirst},
           Case{ox::FRAME_YV12, ox::FRAME_BGR24, {4, 4}, noPair},
           Case{ox::FRAME_YV12, ox::FRAME_BGR24, {5, 5}, noPair},
           Case{ox::FRAME_GRAY8, ox::FRAME_NV12, {4, 4}, noPair},

@@ -87,7 +87,10 @@ void printFormats(std::string const& backend) {
         "\nbits    of a channel\n"
         "scales  by n nearest, b bilinear, a area\n"
         "warps   w as it is, c as BGR24 and back\n"
-        "to      = the same, 1 or 2 conversions, . no way\n");
+        "to      = the same, 1 to 3 conversions, . no way\n"
+        "\n"
+        "Floats are 0 to 255 in the order B, G, R, whatever the other format's is.\n"
+        "YUYV and UYVY are scaled as NV16.\n");
 }
 
 }  // namespace oxcv

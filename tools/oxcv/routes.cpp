@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "failure.h"
 #include "ox_core/ox_exception.h"
@@ -9,6 +10,7 @@
 #include "ox_cv/ox_format_converter.h"
 #include "ox_cv/ox_scaler.h"
 #include "parse.h"
+#include "vector_limits.h"
 
 namespace oxcv {
 
@@ -55,6 +57,26 @@ std::vector<ox::FrameFormat> listFormats() {
     return formats;
 }
 
+/// The way between planes R, G, B and floats: as packed pixels, red first and then blue first, or
+/// the other way round. Empty if one of them is something else.
+std::vector<ox::FrameFormat> orderedRoute(ox::FrameFormat src, ox::FrameFormat dst) {
+    if (src == ox::FRAME_RGB_PLANAR && isColourOfFloats(dst)) {
+        return {ox::FRAME_RGB24, ox::FRAME_BGR24, dst};
+    }
+    if (isColourOfFloats(src) && dst == ox::FRAME_RGB_PLANAR) {
+        return {ox::FRAME_BGR24, ox::FRAME_RGB24, dst};
+    }
+    return {};
+}
+
+bool isWay(ox::FrameFormat src, std::vector<ox::FrameFormat> const& route, ox::Size size,
+           Converts converts) {
+    ox::FrameFormat from = src;
+    return !route.empty() && std::all_of(route.begin(), route.end(), [&](ox::FrameFormat next) {
+        return converts(std::exchange(from, next), next, size);
+    });
+}
+
 /// Formats to go through, the best first: the library's widest crossing is `FRAME_BGR24`.
 std::vector<ox::FrameFormat> crossings() {
     std::vector<ox::FrameFormat> formats = allFormats();
@@ -96,6 +118,9 @@ std::vector<ox::FrameFormat> findRoute(ox::FrameFormat src, ox::FrameFormat dst,
         if (converts(src, crossing, size) && converts(crossing, dst, size)) {
             return {crossing, dst};
         }
+    }
+    if (auto const route = orderedRoute(src, dst); isWay(src, route, size, converts)) {
+        return route;
     }
     std::string const what = "no way from " + shortName(src) + " to " + shortName(dst);
     try {

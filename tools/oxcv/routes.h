@@ -27,7 +27,8 @@ bool scalesInPipeline(ox::FrameFormat format, ox::ResizeMethod method);
 
 /// The formats to convert frames of a size to, one after the other: none if the formats are equal,
 /// one if the backend converts in one step, else two, through `FRAME_BGR24` if that will do.
-/// @throws Failure with the library's own words if two steps aren't enough
+/// Between planes R, G, B and floats, which are B, G, R, it may take three.
+/// @throws Failure with the library's own words if that isn't enough
 std::vector<ox::FrameFormat> findRoute(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size,
                                        Converts converts);
 

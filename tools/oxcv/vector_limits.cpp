@@ -7,12 +7,23 @@
 
 namespace oxcv {
 
+namespace {
+
+constexpr bool isRedFirst(ox::FrameFormat format) {
+    return format == ox::FRAME_RGB24 || format == ox::FRAME_RGB_PLANAR;
+}
+
+}  // namespace
+
 std::string_view whyNotConverted(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size) {
     if (src == dst) {
         return {};
     }
     if (ox::impl::colorRoute(src, dst).route == ox::impl::ColorRoute::Unsupported) {
         return "the vector backend doesn't convert this pair";
+    }
+    if ((isRedFirst(src) && isColourOfFloats(dst)) || (isColourOfFloats(src) && isRedFirst(dst))) {
+        return "the vector backend would take floats for red first";
     }
     bool const even = size.width % 2 == 0 && size.height % 2 == 0;
     if (!even && ox::impl::needsEvenSides(src)) {

@@ -12,6 +12,12 @@
 
 namespace oxcv {
 
+/// Formats of several floats a pixel. The tool has them as B, G, R, where the vector backend takes
+/// the other format's order.
+constexpr bool isColourOfFloats(ox::FrameFormat format) {
+    return format == ox::FRAME_BGR_32F || format == ox::FRAME_BGR_32F_PLANAR;
+}
+
 /// @param size of the frames
 std::string_view whyNotConverted(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size);
 
