@@ -24,6 +24,8 @@ std::function<void()> rowsBy(ScaleMethod method, Picture const& src, Picture con
     auto const scaler = std::make_shared<Scaler>();
     auto const converter = std::make_shared<FormatConverter>();
     return [=] {
+        scaler->renew();
+        converter->renew();
         scaler->reuse(*src, dst->size(), method);
         converter->reuse(*scaler, dst->format());
         produceFrame(*converter, *dst);
@@ -35,6 +37,8 @@ std::function<void()> rowsByLanczos(Picture const& src, Picture const& dst) {
     auto const scaler = std::make_shared<ScalerConvolutional>();
     auto const converter = std::make_shared<FormatConverter>();
     return [=] {
+        scaler->renew();
+        converter->renew();
         scaler->reuse(*kernel, *src, dst->size(), OX_SCALER_FIXED_POINT_8S);
         converter->reuse(*scaler, dst->format());
         produceFrame(*converter, *dst);
