@@ -119,7 +119,7 @@ std::vector<ox::FrameFormat> findRoute(ox::FrameFormat src, ox::FrameFormat dst,
             return {crossing, dst};
         }
     }
-    if (auto const route = orderedRoute(src, dst); isWay(src, route, size, converts)) {
+    if (auto route = orderedRoute(src, dst); isWay(src, route, size, converts)) {
         return route;
     }
     std::string const what = "no way from " + shortName(src) + " to " + shortName(dst);
