@@ -98,8 +98,15 @@ std::string withoutRemarks(std::string const& text) {
 }  // namespace
 
 Program::Program(Words const& arguments, ErrorOutput error_output) {
+    start(join({OXCV_PROGRAM}, arguments), error_output);
+}
+
+Program::Program(std::string const& script, Words const& arguments) {
+    start(join({"/bin/sh", "-c", script, OXCV_PROGRAM}, arguments), ErrorOutput::Pipe);
+}
+
+void Program::start(Words words, ErrorOutput error_output) {
     markSanitizerFindings();
-    std::vector<std::string> words = join({OXCV_PROGRAM}, arguments);
     std::vector<char*> pointers;
     for (std::string& word : words) {
         pointers.push_back(word.data());
@@ -114,7 +121,7 @@ Program::Program(Words const& arguments, ErrorOutput error_output) {
     posix_spawn_file_actions_adddup2(&actions, in.reader, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, out.writer, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, err.writer, STDERR_FILENO);
-    if (posix_spawn(&_id, OXCV_PROGRAM, &actions, nullptr, pointers.data(), environ) != 0) {
+    if (posix_spawn(&_id, pointers.front(), &actions, nullptr, pointers.data(), environ) != 0) {
         std::abort();
     }
     posix_spawn_file_actions_destroy(&actions);
@@ -162,6 +169,10 @@ Result Program::finish(std::string const& input) {
 
 Result run(Words const& arguments, std::string const& input) {
     return Program(arguments).finish(input);
+}
+
+Result runByShell(std::string const& script, Words const& arguments, std::string const& input) {
+    return Program(script, arguments).finish(input);
 }
 
 ProgramTest::ProgramTest() {

@@ -27,6 +27,8 @@ enum class ErrorOutput { Pipe, Terminal };
 class Program {
   public:
     explicit Program(Words const& arguments, ErrorOutput error_output = ErrorOutput::Pipe);
+    // Started by a shell: `script` ends with `exec "$0" "$@"` and what is to be redirected.
+    Program(std::string const& script, Words const& arguments);
     Program(Program const&) = delete;
     Program& operator=(Program const&) = delete;
     ~Program();
@@ -38,6 +40,8 @@ class Program {
     Result finish(std::string const& input);
 
   private:
+    void start(Words words, ErrorOutput error_output);
+
     pid_t _id = -1;
     int _in = -1;
     int _out = -1;
@@ -46,6 +50,8 @@ class Program {
 
 // Runs the program from start to end.
 Result run(Words const& arguments, std::string const& input = {});
+// The same by a shell, as above.
+Result runByShell(std::string const& script, Words const& arguments, std::string const& input = {});
 
 // A test with an empty directory of its own.
 class ProgramTest : public ::testing::Test {

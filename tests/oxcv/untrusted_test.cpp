@@ -69,7 +69,7 @@ TEST_F(UntrustedTest, HugeSizesAreRefused) {
 
 TEST_F(UntrustedTest, ControlCharactersDontReachTheTerminal) {
     Result const result = run({"info", "-"}, "YUV4MPEG2 W2 H2 C\x1b[31mred\x07\nFRAME\n");
-    EXPECT_EQ(result.err, "oxcv: standard input: Y4M chroma ' [31mred ' isn't supported\n");
+    EXPECT_EQ(result.err, "oxcv: standard input: Y4M chroma '\\x1b[31mred\\x07' isn't supported\n");
 }
 
 }  // namespace oxcv::test

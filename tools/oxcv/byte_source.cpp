@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "failure.h"
+#include "printable.h"
 
 namespace oxcv {
 
@@ -32,7 +33,7 @@ void ByteSource::Closer::operator()(std::FILE* file) const noexcept {
 }
 
 ByteSource::ByteSource(std::string const& path)
-    : _name(path == "-" ? "standard input" : path),
+    : _name(displayName(path, "standard input")),
       _file(path == "-" ? stdin : std::fopen(path.c_str(), "rb")) {
     if (!_file) {
         throw Failure(_name + ": " + std::strerror(errno));

@@ -3,11 +3,11 @@
 #include <cstdio>
 #include <exception>
 #include <new>
-#include <string>
 
 #include "failure.h"
 #include "options.h"
-#include "ox_core/ox_exception.h"
+#include "printable.h"
+#include "standard_descriptors.h"
 
 namespace {
 
@@ -15,15 +15,16 @@ constexpr int statusFailed = 1;
 constexpr int statusUsage = 2;
 
 /// One line, whatever the text: parts of it may come from a file that nobody has looked at.
-void report(std::string text) {
-    for (char& c : text) {
-        bool const printable = static_cast<unsigned char>(c) >= ' ' && c != '\x7f';
-        c = printable ? c : ' ';
+void report(char const* text) noexcept {
+    try {
+        std::fprintf(stderr, "oxcv: %s\n", oxcv::printable(text, oxcv::longestLine).c_str());
+    } catch (std::bad_alloc const&) {
+        std::fputs("oxcv: memory is exhausted\n", stderr);
     }
-    std::fprintf(stderr, "oxcv: %s\n", text.c_str());
 }
 
 int run(int argc, char** argv) {
+    oxcv::openStandardDescriptors();
     // A reader that has gone shows as an error of write(), so that what is half made is removed.
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     int const status = oxcv::runCommandLine(argc, argv);

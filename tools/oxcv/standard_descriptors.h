@@ -1,0 +1,15 @@
+/// @file
+/// Standard input, output and error, whatever the caller left open.
+
+#pragma once
+
+namespace oxcv {
+
+/// Puts /dev/null onto standard descriptors that are closed. A file opened later would take their
+/// numbers, and remarks for standard error would land in it. Standard input is opened for writing
+/// only, the others for reading only: whoever reads or writes there fails, as with a closed one.
+/// To be called before any file is opened.
+/// @throws Failure if there is no /dev/null
+void openStandardDescriptors();
+
+}  // namespace oxcv
