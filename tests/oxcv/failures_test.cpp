@@ -2,8 +2,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
-
 #include "program.h"
 
 namespace oxcv::test {
@@ -163,18 +161,6 @@ TEST_F(FailuresTest, AFileMayBeItsOwnTarget) {
         run({"convert", file, file, "--input-size", "8x8", "--size", "4x4", "--method", "nearest"});
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(read("same.gray8").size(), 16U);
-}
-
-TEST_F(FailuresTest, ASignalRemovesWhatIsHalfMade) {
-    for (int const number : {SIGINT, SIGTERM}) {
-        Program program(join({"convert", "-", path("out.raw")}, gray_input));
-        ASSERT_TRUE(somethingAppears());  // it waits for its first frame
-        kill(program.id(), number);
-        Result const result = program.finish("");
-        EXPECT_EQ(result.status, -number);
-        EXPECT_EQ(result.err, "");
-        EXPECT_EQ(files(), Words{});
-    }
 }
 
 TEST_F(FailuresTest, AReaderThatHasGoneIsNoNoise) {

@@ -1,5 +1,4 @@
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -7,6 +6,7 @@
 #include "failure.h"
 #include "options.h"
 #include "printable.h"
+#include "signals.h"
 #include "standard_descriptors.h"
 
 namespace {
@@ -25,8 +25,7 @@ void report(char const* text) noexcept {
 
 int run(int argc, char** argv) {
     oxcv::openStandardDescriptors();
-    // A reader that has gone shows as an error of write(), so that what is half made is removed.
-    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    oxcv::ignoreWriteSignals();
     int const status = oxcv::runCommandLine(argc, argv);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         if (errno == EPIPE) {

@@ -104,7 +104,8 @@ CLI::Option* addParsed(CLI::App& app, char const* name, Parser parser, Target& t
 }
 
 void addInput(CLI::App& app, InputRequest& input) {
-    app.add_option("input", input.path, "File to read; - is standard input")->required();
+    addParsed(app, "input", parsePath, input.path, "File to read; - is standard input", "FILE")
+        ->required();
     app.add_option("--input-kind", input.kind, "What the input is")
         ->check(CLI::IsMember(kindNames(), CLI::ignore_case))
         ->type_name("KIND");
@@ -114,7 +115,8 @@ void addInput(CLI::App& app, InputRequest& input) {
 }
 
 void addOutput(CLI::App& app, OutputRequest& output) {
-    app.add_option("output", output.path, "File to write; - is standard output")->required();
+    addParsed(app, "output", parsePath, output.path, "File to write; - is standard output", "FILE")
+        ->required();
     app.add_option("--output-kind", output.kind, "What the output is to be")
         ->check(CLI::IsMember(kindNames(), CLI::ignore_case))
         ->type_name("KIND");

@@ -5,69 +5,14 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <climits>
-#include <csignal>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 
 #include "failure.h"
+#include "printable.h"
 
 namespace oxcv {
 
 namespace {
-
-/// Where a signal handler finds the file to remove. The name is set before the file exists: to
-/// remove one that isn't there does no harm.
-char temporaryPath[PATH_MAX];
-volatile std::sig_atomic_t temporaryExists = 0;
-
-void removeTemporary() {
-    if (temporaryExists != 0) {
-        unlink(temporaryPath);
-        temporaryExists = 0;
-    }
-}
-
-extern "C" void onSignal(int number) {
-    removeTemporary();
-    static_cast<void>(std::signal(number, SIG_DFL));
-    static_cast<void>(std::raise(number));
-}
-
-/// Signals that the caller had ignored, as nohup does, stay ignored.
-void catchSignals() {
-    for (int const number : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction action {};
-        if (sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
-            action.sa_handler = onSignal;
-            sigaction(number, &action, nullptr);
-        }
-    }
-}
-
-/// The permissions that a file made by open() would have, or those of the file to be replaced.
-mode_t permissionsFor(std::string const& target) {
-    struct stat facts {};
-    if (stat(target.c_str(), &facts) == 0) {
-        return facts.st_mode & 07777U;
-    }
-    mode_t const mask = umask(0);
-    umask(mask);
-    return 0666U & ~mask;
-}
-
-bool isRegularOrNew(std::string const& path) {
-    struct stat facts {};
-    return stat(path.c_str(), &facts) != 0 || S_ISREG(facts.st_mode);
-}
-
-/// With symbolic links followed, so that they stay links.
-std::string resolved(std::string const& path) {
-    std::error_code error;
-    std::filesystem::path const real = std::filesystem::weakly_canonical(path, error);
-    return error ? path : real.string();
-}
 
 bool canSeek(int descriptor) {
     struct stat facts {};
@@ -75,20 +20,31 @@ bool canSeek(int descriptor) {
            (fcntl(descriptor, F_GETFL) & O_APPEND) == 0;
 }
 
+/// Another number for what a descriptor writes to; -1 with `errno` set if it doesn't.
+int duplicate(int descriptor) {
+    int const flags = fcntl(descriptor, F_GETFL);
+    if (flags >= 0 && (flags & O_ACCMODE) == O_RDONLY) {
+        errno = EBADF;
+        return -1;
+    }
+    return dup(descriptor);
+}
+
+/// A stream that owns a descriptor; null if there is none, or no memory.
+std::FILE* streamOf(int descriptor) {
+    std::FILE* const stream = descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
+    if (stream == nullptr && descriptor >= 0) {
+        close(descriptor);
+    }
+    return stream;
+}
+
 }  // namespace
 
-OutputFile::OutputFile(std::string const& path) : _name(path == "-" ? "standard output" : path) {
-    if (path == "-") {
-        _file = stdout;
-    } else if (isRegularOrNew(path)) {
-        openBeside(resolved(path));
-    } else {
-        _file = std::fopen(path.c_str(), "wb");
-    }
+OutputFile::OutputFile(std::string const& path) : _name(displayName(path, "standard output")) {
+    _file = path == "-" ? stdout : open(findTarget(path, _name));
     if (_file == nullptr) {
-        int const error = errno;
-        removeTemporary();
-        throw Failure(_name + ": " + std::strerror(error));
+        throw Failure(_name + ": " + std::strerror(errno));
     }
     int const descriptor = fileno(_file);
     _seekable = canSeek(descriptor);
@@ -99,27 +55,15 @@ OutputFile::~OutputFile() {
     if (_file != nullptr && _file != stdout) {
         static_cast<void>(std::fclose(_file));  // given up
     }
-    removeTemporary();
 }
 
-void OutputFile::openBeside(std::string const& target) {
-    std::string const pattern = target + ".XXXXXX";
-    if (pattern.size() >= sizeof temporaryPath) {
-        errno = ENAMETOOLONG;
-        return;
+std::FILE* OutputFile::open(OutputTarget const& target) {
+    _replaces = target.replaced;
+    if (_replaces) {
+        return streamOf(_temporary.open(target.path));
     }
-    std::memcpy(temporaryPath, pattern.c_str(), pattern.size() + 1);
-    catchSignals();
-    temporaryExists = 1;
-    int const descriptor = mkstemp(temporaryPath);
-    if (descriptor < 0) {
-        temporaryExists = 0;
-        return;
-    }
-    // Not all file systems keep permissions; the output is no worse for it.
-    static_cast<void>(fchmod(descriptor, permissionsFor(target)));
-    _target = target;
-    _file = fdopen(descriptor, "wb");
+    return target.descriptor ? streamOf(duplicate(*target.descriptor))
+                             : std::fopen(target.path.c_str(), "wb");
 }
 
 bool OutputFile::write(void const* data, std::size_t count) noexcept {
@@ -157,12 +101,8 @@ void OutputFile::close() {
 
 void OutputFile::commit() {
     close();
-    if (_error == 0 && !_target.empty()) {
-        if (std::rename(temporaryPath, _target.c_str()) == 0) {
-            temporaryExists = 0;
-        } else {
-            _error = errno;
-        }
+    if (_error == 0 && _replaces && !_temporary.takeName()) {
+        _error = errno;
     }
     check();
 }

@@ -7,11 +7,14 @@
 #include <cstdio>
 #include <string>
 
+#include "output_target.h"
+#include "temporary_file.h"
+
 namespace oxcv {
 
 /// Bytes go to a temporary file beside the target, which takes the target's name on `commit`. It is
-/// removed if there is no `commit`, and on SIGINT, SIGTERM and SIGHUP. Standard output, devices and
-/// pipes are written directly. There can be one at a time.
+/// removed if there is no `commit`, and by signals that end the program. Descriptors that are open
+/// already, devices and pipes are written directly. There can be one at a time.
 class OutputFile {
   public:
     /// @param path "-" is standard output
@@ -40,11 +43,13 @@ class OutputFile {
     void commit();
 
   private:
-    void openBeside(std::string const& target);
+    /// @return null if that failed, with `errno` set
+    std::FILE* open(OutputTarget const& target);
     void close();
 
     std::string _name;
-    std::string _target;  ///< empty if written directly
+    TemporaryFile _temporary;
+    bool _replaces = false;  ///< whether the temporary file is written
     std::FILE* _file = nullptr;
     bool _seekable = false;
     std::int64_t _start = 0;  ///< file offset where this output begins

@@ -115,6 +115,13 @@ ox::Rect parseRect(std::string const& text) {
     throw UsageError("'" + text + "' is no region X,Y,W,H such as 16,0,320,240");
 }
 
+std::string parsePath(std::string const& text) {
+    if (text.empty()) {
+        throw UsageError("the name is empty");
+    }
+    return text;
+}
+
 std::int64_t parseCount(std::string const& text) {
     auto const count = parsePositive<std::int64_t>(text);
     if (!count) {

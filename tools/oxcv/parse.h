@@ -31,6 +31,10 @@ ox::Size parseSize(std::string const& text);
 /// @throws UsageError
 ox::Rect parseRect(std::string const& text);
 
+/// The name of a file, which isn't empty.
+/// @throws UsageError
+std::string parsePath(std::string const& text);
+
 /// A positive number.
 /// @throws UsageError
 std::int64_t parseCount(std::string const& text);

@@ -1,0 +1,51 @@
+#include "signals.h"
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+
+namespace oxcv {
+
+namespace {
+
+/// All signals but these end a program that doesn't say otherwise.
+constexpr std::array harmless{SIGCHLD, SIGCONT, SIGSTOP, SIGTSTP,
+                              SIGTTIN, SIGTTOU, SIGURG,  SIGWINCH};
+
+void (*cleanUp)() = nullptr;
+
+/// The signal that is raised anew comes when this has returned, as signals are blocked here.
+extern "C" void onSignal(int number) {
+    cleanUp();
+    static_cast<void>(std::signal(number, SIG_DFL));
+    static_cast<void>(std::raise(number));
+}
+
+void catchSignal(int number) {
+    struct sigaction action {};
+    if (sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
+        action.sa_handler = onSignal;
+        sigfillset(&action.sa_mask);
+        sigaction(number, &action, nullptr);  // refused for SIGKILL
+    }
+}
+
+}  // namespace
+
+void ignoreWriteSignals() {
+    for (int const number : {SIGPIPE, SIGXFSZ}) {
+        static_cast<void>(std::signal(number, SIG_IGN));
+    }
+}
+
+void cleanOnSignals(void (*clean)()) {
+    cleanUp = clean;
+    int const last = SIGRTMAX;
+    for (int number = 1; number <= last; ++number) {
+        if (std::find(harmless.begin(), harmless.end(), number) == harmless.end()) {
+            catchSignal(number);
+        }
+    }
+}
+
+}  // namespace oxcv

@@ -1,0 +1,29 @@
+/// @file
+/// A file that takes another's name when it is whole, and vanishes otherwise.
+
+#pragma once
+
+#include <string>
+
+namespace oxcv {
+
+/// Lies beside the file whose name it is to take, with that file's permissions if there is one. It
+/// is removed with this object and by every signal that ends the program. There can be one at a
+/// time.
+class TemporaryFile {
+  public:
+    TemporaryFile() = default;
+    TemporaryFile(TemporaryFile const&) = delete;
+    TemporaryFile& operator=(TemporaryFile const&) = delete;
+    ~TemporaryFile();
+
+    /// @return a descriptor for writing, or -1 with `errno` set
+    int open(std::string const& target);
+    /// @return false if that failed, with `errno` set
+    bool takeName();
+
+  private:
+    std::string _target;
+};
+
+}  // namespace oxcv
