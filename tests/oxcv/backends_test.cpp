@@ -113,7 +113,8 @@ TEST_F(BackendsTest, WhatNeitherDoesIsAFailure) {
                                        rawInput(format, {6, 4})),
                                   bytesOf(randomFrame(format, {6, 4})));
         EXPECT_EQ(result.status, 1);
-        EXPECT_EQ(result.err, "oxcv: --size: " + reason + ", nor does the pipeline\n");
+        EXPECT_EQ(result.err,
+                  "oxcv: standard input: --size: " + reason + ", nor does the pipeline\n");
     }
     EXPECT_EQ(files(), Words{});
 }

@@ -117,36 +117,36 @@ TEST_F(FilterTest, WhatFiltersDoNotTakeIsToldInPlainWords) {
     for (auto const& [format, options, said, status] :
          {Case{ox::FRAME_GRAY8,
                {"--size", "8x100", "--kernel", "box"},
-               "oxcv: --kernel: filters only reduce: 96x96 to 8x100\n",
+               "--kernel: filters only reduce: 96x96 to 8x100\n",
                1},
           Case{ox::FRAME_GRAY_32F,
                {"--size", "8x8", "--kernel", "box"},
-               "oxcv: --kernel: GRAY_32F: filters take channels of 8 bits only\n",
+               "--kernel: GRAY_32F: filters take channels of 8 bits only\n",
                1},
           Case{ox::FRAME_GRAY8,
                {"--size", "2x90", "--kernel", "box"},
-               "oxcv: --kernel: Failure in ScaleData::reuse(...), scale factor is out of range.\n",
+               "--kernel: Failure in ScaleData::reuse(...), scale factor is out of range.\n",
                1},
           Case{ox::FRAME_GRAY8,
                {"--kernel", "box"},
-               "oxcv: --kernel requires --size; 'oxcv --help' tells the rest\n",
+               "--kernel requires --size; 'oxcv --help' tells the rest\n",
                2},
           Case{ox::FRAME_GRAY8,
                {"--size", "8x8", "--precision", "8"},
-               "oxcv: --precision requires --kernel; 'oxcv --help' tells the rest\n",
+               "--precision requires --kernel; 'oxcv --help' tells the rest\n",
                2},
           Case{ox::FRAME_GRAY8,
                {"--size", "8x8", "--kernel", "box", "--precision", "12"},
-               "oxcv: --precision: weights have 8 or 16 bits, not '12'\n",
+               "--precision: weights have 8 or 16 bits, not '12'\n",
                2},
           Case{ox::FRAME_GRAY8,
                {"--size", "8x8", "--kernel", "box", "--method", "area"},
-               "oxcv: --method excludes --kernel; 'oxcv --help' tells the rest\n",
+               "--method excludes --kernel; 'oxcv --help' tells the rest\n",
                2}}) {
         Result const result = run(
             join(join({"convert", input, path("out.raw")}, rawInput(format, {96, 96})), options));
         EXPECT_EQ(result.status, status) << said;
-        EXPECT_EQ(result.err, said);
+        EXPECT_EQ(result.err, "oxcv: " + (status == 1 ? input + ": " : "") + said);
     }
     EXPECT_EQ(files(), Words{"in.raw"});
 }

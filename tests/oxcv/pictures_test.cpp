@@ -195,6 +195,51 @@ TEST_F(PicturesTest, TruncatedPicturesAreRefused) {
     EXPECT_EQ(files(), (Words{"whole.jpg", "whole.png"}));
 }
 
+// Each kind of damage that libjpeg gets over with a warning.
+TEST_F(PicturesTest, DamagedJpegsAreRefusedUnlessTolerated) {
+    std::string const frame = bytesOf(randomFrame(ox::FRAME_BGR24, {64, 64}));
+    std::string const whole = converted(frame, rawInput(ox::FRAME_BGR24, {64, 64}), "whole.jpg");
+    auto const withStrayBytes = [&](std::size_t place) {
+        return whole.substr(0, place) + std::string(50, 'x') + whole.substr(place);
+    };
+    std::string early_end = whole;
+    early_end.replace(whole.size() / 2, 2, "\xff\xd9");
+    struct Case {
+        std::string file;
+        std::string text;
+    };
+    constexpr std::size_t behind_first_segment = 20;
+    for (auto const& [file, text] :
+         {Case{withStrayBytes(whole.size() - 2), " extraneous bytes before marker 0xd9"},
+          Case{withStrayBytes(behind_first_segment), "50 extraneous bytes before marker 0xdb"},
+          Case{early_end, "premature end of data segment"}}) {
+        Result const refused = run({"convert", "-", path("out.raw")}, file);
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_TRUE(refused.err.starts_with("oxcv: standard input: Corrupt JPEG data: "));
+        EXPECT_TRUE(refused.err.ends_with(text + "; --tolerant takes it all the same\n"))
+            << refused.err;
+        EXPECT_EQ(files(), Words{"whole.jpg"});
+        std::string const taken = converted(file, join(toRaw, {"--tolerant"}), "out.raw");
+        EXPECT_EQ(taken.size(), frame.size());
+        std::filesystem::remove(path("out.raw"));
+    }
+}
+
+TEST_F(PicturesTest, ATruncatedJpegIsToleratedToItsEnd) {
+    std::string const frame = bytesOf(randomFrame(ox::FRAME_GRAY8, {64, 64}));
+    std::string const whole = converted(frame, rawInput(ox::FRAME_GRAY8, {64, 64}), "whole.jpg");
+    std::string const half = whole.substr(0, whole.size() / 2);
+    EXPECT_EQ(run({"convert", "-", path("out.raw")}, half).status, 1);
+    std::string const expected = converted(whole, toRaw, "whole.raw");
+    std::string const taken = converted(half, join(toRaw, {"--tolerant"}), "half.raw");
+    ASSERT_EQ(taken.size(), expected.size());
+    std::size_t const eight_rows = std::size_t{64} * 8;
+    EXPECT_EQ(taken.substr(0, eight_rows), expected.substr(0, eight_rows));
+    EXPECT_NE(taken, expected);
+    // What was no picture to begin with stays none.
+    EXPECT_EQ(run({"convert", "-", path("out.raw"), "--tolerant"}, whole.substr(0, 12)).status, 1);
+}
+
 TEST_F(PicturesTest, APictureHoldsOneFrame) {
     std::string const frame = bytesOf(randomFrame(ox::FRAME_GRAY8, {4, 4}));
     for (std::string const name : {"out.png", "out.jpg"}) {

@@ -288,7 +288,7 @@ TEST_F(WarpTest, WhatCantBeWarpedIsRefused) {
                 join({"convert", "-", path("out.raw"), option, value}, rawInput(format, {4, 4})),
                 bytesOf(randomFrame(format, {4, 4})));
             EXPECT_EQ(result.status, 1);
-            EXPECT_EQ(result.err, "oxcv: "s + option + ": " + name +
+            EXPECT_EQ(result.err, "oxcv: standard input: "s + option + ": " + name +
                                       ": warps are for formats of 8 bits a channel\n");
         }
     }

@@ -12,11 +12,15 @@
 
 namespace oxcv {
 
+/// Pixels of a frame that are taken without being asked for.
+constexpr std::int64_t usualMostPixels = 256'000'000;
+
 struct ConvertOptions {
     InputRequest input;
     OutputRequest output;
     Steps steps;
-    std::optional<std::int64_t> frames;  ///< stop after so many
+    std::optional<std::int64_t> frames;         ///< stop after so many
+    std::int64_t max_pixels = usualMostPixels;  ///< of a frame that is read
     std::string backend;
     bool verbose = false;
 };

@@ -3,7 +3,9 @@
 #include "backends.h"
 #include "commands.h"
 #include "failure.h"
+#include "library_calls.h"
 #include "notes.h"
+#include "parse.h"
 #include "progress.h"
 
 namespace oxcv {
@@ -27,14 +29,38 @@ double fractionDone(FrameReader const& reader, std::int64_t frames,
     return std::max(by_bytes, by_count);
 }
 
+/// Before there is memory for a frame: a few bytes may claim to be a large one.
+void checkPixels(std::string const& name, ox::Size size, std::int64_t most) {
+    std::int64_t const pixels = std::int64_t{size.width} * size.height;
+    if (pixels > most) {
+        throw Failure(name + ": frames of " + toText(size) + " have " + std::to_string(pixels) +
+                      " pixels, more than the " + std::to_string(most) + " of --max-pixels");
+    }
+}
+
+/// The steps' own failures don't know the file.
+ox::Frame runSteps(Pipeline& pipeline, std::string const& input, ox::Frame& frame) {
+    return attempt(input, [&] {
+        try {
+            return pipeline.run(frame);
+        } catch (Failure const& failure) {
+            throw Failure(input + ": " + failure.what());
+        }
+    });
+}
+
 /// @return frames converted
-std::int64_t pump(FrameReader& reader, Pipeline& pipeline, FrameWriter& writer,
-                  std::optional<std::int64_t> limit) {
+std::int64_t pump(ConvertOptions const& options, FrameReader& reader, Pipeline& pipeline,
+                  FrameWriter& writer) {
+    std::string const input = nameOf(options.input);
+    std::string const output = nameOf(options.output);
+    std::optional<std::int64_t> const limit = options.frames;
     Progress progress;
     ox::Frame frame;
     std::int64_t frames = 0;
-    while ((!limit || frames < *limit) && reader.read(frame)) {
-        writer.write(pipeline.run(frame));
+    while ((!limit || frames < *limit) && attempt(input, [&] { return reader.read(frame); })) {
+        ox::Frame const result = runSteps(pipeline, input, frame);
+        attempt(output, [&] { writer.write(result); });
         ++frames;
         progress.update(frames, fractionDone(reader, frames, limit));
     }
@@ -47,6 +73,7 @@ void convert(ConvertOptions options) {
     Notes notes(options.verbose);
     Backend backend(options.backend, notes);
     auto const [input_kind, reader] = openInput(options.input);
+    checkPixels(nameOf(options.input), reader->info().size, options.max_pixels);
     FileKind const& output_kind = outputKind(options.output, *input_kind);
     if (!options.steps.format && options.output.path != "-") {
         ox::FrameFormat const named = formatByEnding(options.output.path);
@@ -60,9 +87,8 @@ void convert(ConvertOptions options) {
     Pipeline pipeline(options.steps, backend, output_kind.storedAs);
     OutputFile file(options.output.path);
     auto const writer = output_kind.makeWriter(file, options.output);
-    if (pump(*reader, pipeline, *writer, options.frames) == 0) {
-        throw Failure((options.input.path == "-" ? "standard input" : options.input.path) +
-                      ": there are no frames");
+    if (pump(options, *reader, pipeline, *writer) == 0) {
+        throw Failure(nameOf(options.input) + ": there are no frames");
     }
     writer->finish();
     file.commit();

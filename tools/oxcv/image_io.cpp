@@ -6,7 +6,9 @@
 
 #include "failure.h"
 #include "file_kinds.h"
+#include "library_calls.h"
 #include "parse.h"
+#include "printable.h"
 
 namespace oxcv {
 
@@ -93,10 +95,20 @@ std::vector<std::string> kindNames() {
     return names;
 }
 
+std::string nameOf(InputRequest const& request) {
+    return displayName(request.path, "standard input");
+}
+
+std::string nameOf(OutputRequest const& request) {
+    return displayName(request.path, "standard output");
+}
+
 OpenedInput openInput(InputRequest const& request) {
-    auto source = std::make_unique<ByteSource>(request.path);
-    FileKind const& kind = inputKind(request, *source);
-    return {&kind, kind.makeReader(std::move(source), request)};
+    return attempt(nameOf(request), [&]() -> OpenedInput {
+        auto source = std::make_unique<ByteSource>(request.path);
+        FileKind const& kind = inputKind(request, *source);
+        return {&kind, kind.makeReader(std::move(source), request)};
+    });
 }
 
 FileKind const& outputKind(OutputRequest const& request, FileKind const& input_kind) {
@@ -108,7 +120,7 @@ FileKind const& outputKind(OutputRequest const& request, FileKind const& input_k
     }
     FileKind const* const kind = kindByEnding(request.path);
     if (kind == nullptr) {
-        throw UsageError(request.path + ": the ending names no kind; --output-kind names it");
+        throw UsageError(nameOf(request) + ": the ending names no kind; --output-kind names it");
     }
     return *kind;
 }

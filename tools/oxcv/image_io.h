@@ -68,6 +68,7 @@ struct InputRequest {
     std::string kind;                                ///< empty: found out
     ox::FrameFormat format = ox::FRAME_FORMAT_NONE;  ///< what the bytes are, where they don't tell
     ox::Size size;                                   ///< of raw frames
+    bool tolerant = false;                           ///< takes pictures that are damaged
 };
 
 struct OutputRequest {
@@ -77,6 +78,10 @@ struct OutputRequest {
     std::string rate;                    ///< of a stream; empty: 25 frames a second
     std::optional<std::int64_t> frames;  ///< how many there will be, as far as known
 };
+
+/// In messages.
+std::string nameOf(InputRequest const& request);
+std::string nameOf(OutputRequest const& request);
 
 /// A kind of file; all of them stand in one table.
 struct FileKind {

@@ -19,6 +19,7 @@ namespace {
 /// What libjpeg's callbacks find through `err`.
 struct JpegErrors : jpeg_error_mgr {
     CallState state{};
+    bool warned = false;  ///< by what would have been no error with --tolerant
 };
 
 extern "C" void onJpegError(j_common_ptr jpeg) {
@@ -30,24 +31,26 @@ extern "C" void onJpegError(j_common_ptr jpeg) {
 }
 
 /// libjpeg paints what is broken gray and goes on with a warning; that is an error here.
-/// Stray bytes between segments, as some cameras leave them, are none.
 extern "C" void onJpegMessage(j_common_ptr jpeg, int level) {
-    int const code = jpeg->err->msg_code;
-    if (level < 0 && (code == JWRN_HIT_MARKER || code == JWRN_HUFF_BAD_CODE)) {
+    if (level < 0) {
+        static_cast<JpegErrors*>(jpeg->err)->warned = true;
         onJpegError(jpeg);
     }
 }
 
-jpeg_error_mgr* prepare(JpegErrors& errors) {
+extern "C" void ignoreJpegMessage(j_common_ptr /*jpeg*/, int /*level*/) {}
+
+jpeg_error_mgr* prepare(JpegErrors& errors, bool tolerant) {
     jpeg_std_error(&errors);
     errors.error_exit = onJpegError;
-    errors.emit_message = onJpegMessage;
+    errors.emit_message = tolerant ? ignoreJpegMessage : onJpegMessage;
     return &errors;
 }
 
 /// What libjpeg reads through.
 struct JpegSource : jpeg_source_mgr {
     ByteSource* bytes = nullptr;
+    bool tolerant = false;
     std::array<unsigned char, 1U << 14U> buffer{};
 };
 
@@ -57,6 +60,11 @@ extern "C" boolean fillJpegBuffer(j_decompress_ptr jpeg) {
     auto* const source = static_cast<JpegSource*>(jpeg->src);
     source->next_input_byte = source->buffer.data();
     source->bytes_in_buffer = source->bytes->read(source->buffer.data(), source->buffer.size());
+    if (source->bytes_in_buffer == 0 && source->tolerant) {
+        source->buffer[0] = 0xff;
+        source->buffer[1] = JPEG_EOI;
+        source->bytes_in_buffer = 2;
+    }
     if (source->bytes_in_buffer == 0) {
         ERREXIT(jpeg, JERR_INPUT_EOF);
     }
@@ -79,9 +87,10 @@ unsigned char* rowOf(ox::Frame const& frame, std::int64_t y) {
 
 class JpegReader : public FrameReader {
   public:
-    explicit JpegReader(std::unique_ptr<ByteSource> source) : FrameReader(std::move(source)) {
-        _jpeg.err = prepare(_errors);
+    JpegReader(std::unique_ptr<ByteSource> source, bool tolerant) : FrameReader(std::move(source)) {
+        _jpeg.err = prepare(_errors, tolerant);
         _input.bytes = _source.get();
+        _input.tolerant = tolerant;
         _input.init_source = onJpegSourceCall;
         _input.fill_input_buffer = fillJpegBuffer;
         _input.skip_input_data = skipJpegBytes;
@@ -131,7 +140,8 @@ class JpegReader : public FrameReader {
 
     [[noreturn]] void throwError() const {
         _source->check();
-        throw Failure(_source->name() + ": " + _errors.state.message);
+        throw Failure(_source->name() + ": " + _errors.state.message +
+                      (_errors.warned ? "; --tolerant takes it all the same" : ""));
     }
 
     JpegErrors _errors{};
@@ -143,7 +153,7 @@ class JpegReader : public FrameReader {
 class JpegWriter : public FrameWriter {
   public:
     JpegWriter(OutputFile& file, int quality) : FrameWriter(file), _quality(quality) {
-        _jpeg.err = prepare(_errors);
+        _jpeg.err = prepare(_errors, false);
     }
 
     ~JpegWriter() override {
@@ -192,8 +202,8 @@ class JpegWriter : public FrameWriter {
 }  // namespace
 
 std::unique_ptr<FrameReader> makeJpegReader(std::unique_ptr<ByteSource> source,
-                                            InputRequest const& /*request*/) {
-    return std::make_unique<JpegReader>(std::move(source));
+                                            InputRequest const& request) {
+    return std::make_unique<JpegReader>(std::move(source), request.tolerant);
 }
 
 std::unique_ptr<FrameWriter> makeJpegWriter(OutputFile& file, OutputRequest const& request) {

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <new>
 #include <string>
 
 #include "failure.h"
@@ -20,13 +21,16 @@ inline void prepare(ox::Frame& frame, ox::FrameFormat format, ox::Size size) {
     }
 }
 
-/// Says what the library was asked for when it refuses.
+/// Says what the library was asked for, or which file is meant, when it refuses or there is no
+/// memory.
 template <class Call>
-void attempt(std::string const& what, Call call) {
+auto attempt(std::string const& what, Call call) {
     try {
-        call();
+        return call();
     } catch (ox::Exception const& refusal) {
         throw Failure(what + ": " + refusal.what());
+    } catch (std::bad_alloc const&) {
+        throw Failure(what + ": memory is exhausted");
     }
 }
 

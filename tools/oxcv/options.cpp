@@ -7,6 +7,7 @@
 #include "backends.h"
 #include "commands.h"
 #include "failure.h"
+#include "printable.h"
 
 namespace oxcv {
 
@@ -67,6 +68,11 @@ the pipeline alone, which has no warps. The two don't give equal values.
 
 NumPy files on a pipe need the count of frames in front: --frames N says it.
 
+An input whose frames have more pixels than --max-pixels, width times height of each, is
+refused before there is memory for one; how many frames there are doesn't count. A JPEG
+picture whose data are damaged is refused; with --tolerant it is taken as far as it can be
+read, with gray in place of the rest.
+
 Examples:
   oxcv convert cat.png eye.png --roi 150,80,64,48 --size 640x --method nearest
   oxcv convert cat.png small-mirror.png --size 100x --warp -1,0,99,0,1,0
@@ -83,16 +89,17 @@ constexpr char const* infoHelp = R"(Examples:
 
 /// What is wrong with a command line that the parser refuses.
 std::string complaint(CLI::App const& app, CLI::ParseError const& error) {
+    constexpr std::size_t longest = 200;  // it may name all words that are too many
     // The parser looks for a command that is missing before it looks at words that are too many.
     bool const unknown = app.get_subcommands().empty() && app.remaining_size() > 0;
-    return unknown ? "there is no command or option '" + app.remaining().front() + "'"
-                   : std::string(error.what());
+    return unknown ? "there is no command or option " + inQuotes(app.remaining().front())
+                   : printable(error.what(), longest);
 }
 
 /// An option whose text goes through a function that throws `UsageError`.
 template <class Parser, class Target>
 CLI::Option* addParsed(CLI::App& app, char const* name, Parser parser, Target& target,
-                       char const* help, char const* type) {
+                       char const* help, std::string const& type) {
     auto const take = [name, parser, &target](std::string const& text) {
         try {
             target = parser(text);
@@ -103,27 +110,29 @@ CLI::Option* addParsed(CLI::App& app, char const* name, Parser parser, Target& t
     return app.add_option_function<std::string>(name, take, help)->type_name(type);
 }
 
+/// An option whose text is one of a few words.
+CLI::Option* addChoice(CLI::App& app, char const* name, std::vector<std::string> const& choices,
+                       std::string& target, char const* help, std::string const& type) {
+    auto const parser = [choices](std::string const& text) { return parseChoice(choices, text); };
+    return addParsed(app, name, parser, target, help, type + ":{" + joined(choices, ",") + "}");
+}
+
 void addInput(CLI::App& app, InputRequest& input) {
     addParsed(app, "input", parsePath, input.path, "File to read; - is standard input", "FILE")
         ->required();
-    app.add_option("--input-kind", input.kind, "What the input is")
-        ->check(CLI::IsMember(kindNames(), CLI::ignore_case))
-        ->type_name("KIND");
+    addChoice(app, "--input-kind", kindNames(), input.kind, "What the input is", "KIND");
     addParsed(app, "--input-format", parseFormat, input.format,
               "Format of raw frames, or how to take an array", "NAME");
     addParsed(app, "--input-size", parseSize, input.size, "Size of raw frames", "WxH");
+    app.add_flag("--tolerant", input.tolerant, "Take JPEG pictures with damaged data");
 }
 
 void addOutput(CLI::App& app, OutputRequest& output) {
     addParsed(app, "output", parsePath, output.path, "File to write; - is standard output", "FILE")
         ->required();
-    app.add_option("--output-kind", output.kind, "What the output is to be")
-        ->check(CLI::IsMember(kindNames(), CLI::ignore_case))
-        ->type_name("KIND");
-    app.add_option("--quality", output.quality, "Of a JPEG")
-        ->check(CLI::Range(1, 100).description("1..100"))
-        ->type_name("N")
-        ->capture_default_str();
+    addChoice(app, "--output-kind", kindNames(), output.kind, "What the output is to be", "KIND");
+    addParsed(app, "--quality", parseQuality, output.quality, "Of a JPEG", "N:1..100")
+        ->default_str(std::to_string(output.quality));
 }
 
 void addWarp(CLI::App& app, Steps& steps) {
@@ -144,12 +153,11 @@ void addWarp(CLI::App& app, Steps& steps) {
 
 void addBackend(CLI::App& app, std::string& backend) {
     backend = backendNames().front();
-    app.add_option("--backend", backend,
-                   "What does the work: simd, vector code with the\n"
-                   "pipeline's help, or base, the row pipeline alone")
-        ->check(CLI::IsMember(backendNames()))
-        ->type_name("NAME")
-        ->capture_default_str();
+    addChoice(app, "--backend", backendNames(), backend,
+              "What does the work: simd, vector code with the\n"
+              "pipeline's help, or base, the row pipeline alone",
+              "NAME")
+        ->default_str(backend);
 }
 
 void addScaling(CLI::App& app, Steps& steps) {
@@ -158,12 +166,12 @@ void addScaling(CLI::App& app, Steps& steps) {
     CLI::Option* const method = addParsed(app, "--method", parseMethod, steps.method,
                                           "How to scale: nearest, bilinear, area", "NAME")
                                     ->default_str("bilinear");
+    auto const kernel_of = [](std::string const& text) {
+        return makeKernel(parseChoice(kernelNames(), text));
+    };
     CLI::Option* const kernel =
-        app.add_option_function<std::string>(
-               "--kernel", [&steps](std::string const& name) { steps.kernel = makeKernel(name); },
-               "Reduce by a filter instead")
-            ->check(CLI::IsMember(kernelNames(), CLI::ignore_case))
-            ->type_name("NAME")
+        addParsed(app, "--kernel", kernel_of, steps.kernel, "Reduce by a filter instead",
+                  "NAME:{" + joined(kernelNames(), ",") + "}")
             ->needs(size)
             ->excludes(method);
     addParsed(app, "--precision", parsePrecision, steps.precision,
@@ -178,8 +186,8 @@ void addSteps(CLI::App& app, Steps& steps) {
     addWarp(app, steps);
     addParsed(app, "--format", parseFormat, steps.format, "Convert; 'oxcv formats' lists the names",
               "NAME");
-    app.add_option("--mul", steps.mul, "Multiply floats by a number")->type_name("V");
-    app.add_option("--add", steps.add, "Add a number to floats")->type_name("V");
+    addParsed(app, "--mul", parseFloat, steps.mul, "Multiply floats by a number", "V");
+    addParsed(app, "--add", parseFloat, steps.add, "Add a number to floats", "V");
 }
 
 void addConvert(CLI::App& app, ConvertOptions& options) {
@@ -188,6 +196,9 @@ void addConvert(CLI::App& app, ConvertOptions& options) {
     addOutput(command, options.output);
     addSteps(command, options.steps);
     addParsed(command, "--frames", parseCount, options.frames, "Stop after so many frames", "N");
+    addParsed(command, "--max-pixels", parseCount, options.max_pixels,
+              "Refuse an input whose frames have more pixels, each", "N")
+        ->default_str(std::to_string(options.max_pixels));
     addBackend(command, options.backend);
     command.add_flag("-v,--verbose", options.verbose,
                      "Say which steps the vector backend leaves to the pipeline");
@@ -199,6 +210,7 @@ void addConvert(CLI::App& app, ConvertOptions& options) {
 
 int runCommandLine(int argc, char** argv) {
     CLI::App app("oxcv: pictures, video frames and tensors through libox_cv", "oxcv");
+    app.set_version_flag("--version", "oxcv " OXCV_VERSION, "Print the version and exit");
     app.require_subcommand(1);
     app.footer(generalHelp);
 
@@ -219,7 +231,7 @@ int runCommandLine(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (CLI::ParseError const& error) {
         if (error.get_exit_code() == 0) {
-            return app.exit(error);  // help
+            return app.exit(error);  // help, version
         }
         throw UsageError(complaint(app, error) + "; 'oxcv --help' tells the rest");
     }

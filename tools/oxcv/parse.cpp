@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "failure.h"
+#include "printable.h"
 #include "routes.h"
 
 namespace oxcv {
@@ -20,10 +21,13 @@ constexpr std::string_view formatPrefix = "frame_";
 /// Indexed by `ox::ResizeMethod`.
 constexpr std::array<std::string_view, 3> methodNames{"nearest", "bilinear", "area"};
 
-/// The whole text as a number, which is finite.
+/// The whole text as a decimal number, which is finite.
 template <class Number>
 std::optional<Number> parseNumber(std::string_view text) {
     Number number = 0;
+    if (std::is_floating_point_v<Number> && text.starts_with('+') && !text.starts_with("+-")) {
+        text.remove_prefix(1);
+    }
     char const* const end = text.data() + text.size();
     auto const [stop, error] = std::from_chars(text.data(), end, number);
     if (error != std::errc() || stop != end) {
@@ -93,13 +97,13 @@ SizeRequest parseSizeRequest(std::string const& text) {
             return {*width, *height};
         }
     }
-    throw UsageError("'" + text + "' is no size such as 640x480, 640x or x480");
+    throw UsageError(inQuotes(text) + " is no size such as 640x480, 640x or x480");
 }
 
 ox::Size parseSize(std::string const& text) {
     SizeRequest const request = parseSizeRequest(text);
     if (request.width == 0 || request.height == 0) {
-        throw UsageError("'" + text + "' is no size such as 640x480");
+        throw UsageError(inQuotes(text) + " is no size such as 640x480");
     }
     return {request.width, request.height};
 }
@@ -112,7 +116,7 @@ ox::Rect parseRect(std::string const& text) {
             return {x, y, w, h};
         }
     }
-    throw UsageError("'" + text + "' is no region X,Y,W,H such as 16,0,320,240");
+    throw UsageError(inQuotes(text) + " is no region X,Y,W,H such as 16,0,320,240");
 }
 
 std::string parsePath(std::string const& text) {
@@ -125,15 +129,49 @@ std::string parsePath(std::string const& text) {
 std::int64_t parseCount(std::string const& text) {
     auto const count = parsePositive<std::int64_t>(text);
     if (!count) {
-        throw UsageError("'" + text + "' is no positive number");
+        throw UsageError(inQuotes(text) + " is no positive number");
     }
     return *count;
+}
+
+int parseQuality(std::string const& text) {
+    constexpr int most = 100;
+    auto const quality = parsePositive<int>(text);
+    if (quality.value_or(most + 1) > most) {
+        throw UsageError(inQuotes(text) + " is no number from 1 to " + std::to_string(most));
+    }
+    return *quality;
+}
+
+float parseFloat(std::string const& text) {
+    auto const number = parseNumber<float>(text);
+    if (!number) {
+        throw UsageError(inQuotes(text) + " is no finite number such as 0.0039 or -0.5");
+    }
+    return *number;
+}
+
+std::string parseChoice(std::vector<std::string> const& choices, std::string const& text) {
+    auto const found = std::find(choices.begin(), choices.end(), toLower(text));
+    if (found == choices.end()) {
+        throw UsageError(inQuotes(text) + " is none of " + joined(choices, ", "));
+    }
+    return *found;
+}
+
+std::string joined(std::vector<std::string> const& words, std::string_view separator) {
+    std::string text;
+    for (std::string const& word : words) {
+        text.append(text.empty() ? "" : separator).append(word);
+    }
+    return text;
 }
 
 ox::ResizeMethod parseMethod(std::string const& name) {
     auto const method = methodByName(name);
     if (!method) {
-        throw UsageError("there is no method '" + name + "', only nearest, bilinear and area");
+        throw UsageError("there is no method " + inQuotes(name) +
+                         ", only nearest, bilinear and area");
     }
     return *method;
 }
@@ -144,13 +182,14 @@ ox::ScalerPrecision parsePrecision(std::string const& text) {
             return precision;
         }
     }
-    throw UsageError("weights have 8 or 16 bits, not '" + text + "'");
+    throw UsageError("weights have 8 or 16 bits, not " + inQuotes(text));
 }
 
 ox::ResizeMethod parseWarpMethod(std::string const& name) {
     auto const method = methodByName(name);
     if (!method || *method == ox::ResizeArea) {
-        throw UsageError("there is no warp method '" + name + "', only nearest and bilinear");
+        throw UsageError("there is no warp method " + inQuotes(name) +
+                         ", only nearest and bilinear");
     }
     return *method;
 }
@@ -158,10 +197,10 @@ ox::ResizeMethod parseWarpMethod(std::string const& name) {
 Matrix parseMatrix(std::string const& text) {
     auto const matrix = parseList<float, 6>(text);
     if (!matrix) {
-        throw UsageError("'" + text + "' is no matrix A,B,C,D,E,F such as 1,0,16,0,1,-8.5");
+        throw UsageError(inQuotes(text) + " is no matrix A,B,C,D,E,F such as 1,0,16,0,1,-8.5");
     }
     if (!isInvertible(*matrix)) {
-        throw UsageError("the matrix '" + text + "' can't be inverted");
+        throw UsageError("the matrix " + inQuotes(text) + " can't be inverted");
     }
     return *matrix;
 }
@@ -169,7 +208,7 @@ Matrix parseMatrix(std::string const& text) {
 double parseAngle(std::string const& text) {
     auto const degrees = parseNumber<double>(text);
     if (!degrees) {
-        throw UsageError("'" + text + "' is no number of degrees such as 90 or -7.5");
+        throw UsageError(inQuotes(text) + " is no number of degrees such as 90 or -7.5");
     }
     return *degrees;
 }
@@ -200,7 +239,7 @@ ox::FrameFormat formatByName(std::string_view name) {
 ox::FrameFormat parseFormat(std::string const& name) {
     ox::FrameFormat const format = formatByName(name);
     if (format == ox::FRAME_FORMAT_NONE) {
-        throw UsageError("there is no format '" + name + "'; 'oxcv formats' lists them");
+        throw UsageError("there is no format " + inQuotes(name) + "; 'oxcv formats' lists them");
     }
     return format;
 }

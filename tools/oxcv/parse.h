@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "affine.h"
 #include "ox_core/ox_frame_format.h"
@@ -38,6 +39,15 @@ std::string parsePath(std::string const& text);
 /// A positive number.
 /// @throws UsageError
 std::int64_t parseCount(std::string const& text);
+/// A number from 1 to 100.
+/// @throws UsageError
+int parseQuality(std::string const& text);
+/// A finite number.
+/// @throws UsageError
+float parseFloat(std::string const& text);
+/// The one of the choices, which are in lower case, that the text is in any case.
+/// @throws UsageError
+std::string parseChoice(std::vector<std::string> const& choices, std::string const& text);
 /// "nearest", "bilinear" or "area".
 /// @throws UsageError
 ox::ResizeMethod parseMethod(std::string const& name);
@@ -70,6 +80,8 @@ std::string shortName(ox::FrameFormat format);
 
 /// "640x480".
 std::string toText(ox::Size size);
+/// The words with something between each two.
+std::string joined(std::vector<std::string> const& words, std::string_view separator);
 std::string toLower(std::string_view text);
 
 }  // namespace oxcv

@@ -99,7 +99,7 @@ std::string printable(std::string_view text, std::size_t most) {
     return result;
 }
 
-std::string quoted(std::string_view value) {
+std::string inQuotes(std::string_view value) {
     return "'" + printable(value, longestValue) + "'";
 }
 

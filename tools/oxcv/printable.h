@@ -19,7 +19,7 @@ constexpr std::size_t longestLine = 5000;  ///< of a message
 std::string printable(std::string_view text, std::size_t most);
 
 /// A value between quotation marks.
-std::string quoted(std::string_view value);
+std::string inQuotes(std::string_view value);
 
 /// A file in messages.
 /// @param path "-" is one of the standard streams, whose name is `standard`

@@ -7,6 +7,7 @@
 #include "frame_bytes.h"
 #include "ox_core/ox_impl_format_facts.h"
 #include "parse.h"
+#include "printable.h"
 
 namespace oxcv {
 
@@ -111,8 +112,7 @@ class Y4mReader : public FrameReader {
         auto const* const chroma = std::find_if(chromas.begin(), chromas.end(),
                                                 [&](Chroma const& c) { return c.name == name; });
         if (chroma == chromas.end()) {
-            throw Failure(_source->name() + ": Y4M chroma '" + std::string(name) +
-                          "' isn't supported");
+            throw Failure(_source->name() + ": Y4M chroma " + inQuotes(name) + " isn't supported");
         }
         return chroma->format;
     }
