@@ -179,10 +179,14 @@ TEST_F(FailuresTest, AFullDiskIsReported) {
     if (access("/dev/full", W_OK) != 0) {
         return;
     }
-    Result const result =
-        run(join({"convert", "-", "/dev/full", "--output-kind", "raw"}, gray_input), gray);
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "oxcv: /dev/full: No space left on device\n");
+    std::string const frame = bytesOf(randomFrame(ox::FRAME_GRAY8, {200, 200}));
+    for (std::string const kind : {"raw", "png", "jpeg", "y4m", "npy"}) {
+        Result const result = run(join({"convert", "-", "/dev/full", "--output-kind", kind},
+                                       rawInput(ox::FRAME_GRAY8, {200, 200})),
+                                  frame);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.err, "oxcv: /dev/full: No space left on device\n") << kind;
+    }
 }
 
 }  // namespace oxcv::test

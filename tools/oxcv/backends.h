@@ -9,8 +9,8 @@
 
 #include "notes.h"
 #include "ox_cv/ox_cv_backend_base.h"
-#include "ox_cv/ox_cv_backend_simd.h"
 #include "routes.h"
+#include "vector_backend.h"
 
 namespace oxcv {
 
@@ -19,7 +19,7 @@ std::vector<std::string> backendNames();
 
 /// What a backend offers, with the pipeline's help if it is the vector backend.
 struct Offer {
-    bool vectors = false;  ///< `CvBackendSimd` comes first
+    bool vectors = false;  ///< the vector backend comes first
     Converts converts = nullptr;
     Scales scales = nullptr;
     bool warps = false;
@@ -57,7 +57,7 @@ class Backend {
 
     Offer const& _offer;
     Notes& _notes;
-    ox::CvBackendSimd _vector;
+    VectorBackend _vector;
     ox::CvBackendBase _pipeline;
 };
 

@@ -5,7 +5,6 @@
 #include <jerror.h>
 
 #include <array>
-#include <cstdlib>
 #include <string>
 
 #include "c_library_calls.h"
@@ -81,6 +80,39 @@ extern "C" void skipJpegBytes(j_decompress_ptr jpeg, long count) {
     jpeg->src->bytes_in_buffer -= left;
 }
 
+/// What libjpeg writes through.
+struct JpegTarget : jpeg_destination_mgr {
+    OutputFile* file = nullptr;
+    std::array<unsigned char, 1U << 14U> buffer{};
+
+    void empty() {
+        next_output_byte = buffer.data();
+        free_in_buffer = buffer.size();
+    }
+};
+
+void writeJpegBytes(j_compress_ptr jpeg, std::size_t count) {
+    auto* const target = static_cast<JpegTarget*>(jpeg->dest);
+    if (!target->file->write(target->buffer.data(), count)) {
+        ERREXIT(jpeg, JERR_FILE_WRITE);
+    }
+    target->empty();
+}
+
+extern "C" void startJpegTarget(j_compress_ptr jpeg) {
+    static_cast<JpegTarget*>(jpeg->dest)->empty();
+}
+
+extern "C" boolean flushJpegBuffer(j_compress_ptr jpeg) {
+    writeJpegBytes(jpeg, static_cast<JpegTarget*>(jpeg->dest)->buffer.size());
+    return TRUE;
+}
+
+extern "C" void finishJpegTarget(j_compress_ptr jpeg) {
+    auto const* const target = static_cast<JpegTarget*>(jpeg->dest);
+    writeJpegBytes(jpeg, target->buffer.size() - target->free_in_buffer);
+}
+
 unsigned char* rowOf(ox::Frame const& frame, std::int64_t y) {
     return frame.planeData(0) + y * frame.layout().plane[0].stride;
 }
@@ -154,26 +186,26 @@ class JpegWriter : public FrameWriter {
   public:
     JpegWriter(OutputFile& file, int quality) : FrameWriter(file), _quality(quality) {
         _jpeg.err = prepare(_errors, false);
+        _output.file = &file;
+        _output.init_destination = startJpegTarget;
+        _output.empty_output_buffer = flushJpegBuffer;
+        _output.term_destination = finishJpegTarget;
     }
 
-    ~JpegWriter() override {
-        jpeg_destroy_compress(&_jpeg);
-        std::free(_bytes);
-    }
+    ~JpegWriter() override { jpeg_destroy_compress(&_jpeg); }
 
     void write(ox::Frame const& frame) override {
         checkSingleFrame(_file, _frames++);
         if (!succeeds(_errors.state, [&] { compress(frame); })) {
+            _file.check();
             throw Failure(_file.name() + ": " + _errors.state.message);
         }
-        static_cast<void>(_file.write(_bytes, _byte_count));
-        _file.check();
     }
 
   private:
     void compress(ox::Frame const& frame) {
         jpeg_create_compress(&_jpeg);
-        jpeg_mem_dest(&_jpeg, &_bytes, &_byte_count);
+        _jpeg.dest = &_output;
         bool const gray = frame.format() == ox::FRAME_GRAY8;
         _jpeg.image_width = static_cast<JDIMENSION>(frame.width());
         _jpeg.image_height = static_cast<JDIMENSION>(frame.height());
@@ -192,11 +224,10 @@ class JpegWriter : public FrameWriter {
     }
 
     JpegErrors _errors{};
+    JpegTarget _output{};
     jpeg_compress_struct _jpeg{};
     int _quality;
     int _frames = 0;
-    unsigned char* _bytes = nullptr;  ///< by malloc; the compressed picture
-    unsigned long _byte_count = 0;
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <new>
 
@@ -14,13 +15,39 @@ namespace {
 constexpr int statusFailed = 1;
 constexpr int statusUsage = 2;
 
+void reportShortage() noexcept {
+    std::fputs("oxcv: memory is exhausted\n", stderr);
+}
+
 /// One line, whatever the text: parts of it may come from a file that nobody has looked at.
 void report(char const* text) noexcept {
     try {
         std::fprintf(stderr, "oxcv: %s\n", oxcv::printable(text, oxcv::longestLine).c_str());
     } catch (std::bad_alloc const&) {
-        std::fputs("oxcv: memory is exhausted\n", stderr);
+        reportShortage();
     }
+}
+
+bool isShortage(std::exception_ptr const& active) {
+    if (active == nullptr) {
+        return true;  // there was no memory even for the exception
+    }
+    try {
+        std::rethrow_exception(active);
+    } catch (std::bad_alloc const&) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+[[noreturn]] void onTerminate() noexcept {
+    if (isShortage(std::current_exception())) {
+        reportShortage();
+        oxcv::cleanUp();
+        std::_Exit(statusFailed);
+    }
+    std::abort();
 }
 
 int run(int argc, char** argv) {
@@ -39,6 +66,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::set_terminate(onTerminate);
     try {
         return run(argc, argv);
     } catch (oxcv::BrokenPipe const&) {
@@ -47,7 +75,7 @@ int main(int argc, char** argv) {
         report(error.what());
         return statusUsage;
     } catch (std::bad_alloc const&) {
-        report("memory is exhausted");
+        reportShortage();
     } catch (std::exception const& error) {
         report(error.what());
     }

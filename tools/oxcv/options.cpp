@@ -81,7 +81,9 @@ Examples:
   oxcv convert film.y4m frame.png --frames 1
   oxcv convert film.y4m film.npy --size 224x224 --format BGR_32F --mul 0.0039 --add -0.5
 
-Exit status: 0 done, 1 failed, 2 wrong use. Outputs appear whole or not at all.)";
+Exit status: 0 done, 1 failed, 2 wrong use. Outputs appear whole or not at all, by the name
+that a symbolic link gives; /dev/stdout, /dev/fd/3 and the like, devices and pipes are
+written as they come; a read-only file isn't replaced.)";
 
 constexpr char const* infoHelp = R"(Examples:
   oxcv info film.y4m

@@ -1,6 +1,7 @@
 #include <png.h>
 
 #include <cstdio>
+#include <new>
 #include <string>
 
 #include "c_library_calls.h"
@@ -48,7 +49,11 @@ class PngReader : public FrameReader {
     explicit PngReader(std::unique_ptr<ByteSource> source) : FrameReader(std::move(source)) {
         _png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &_state, onPngError, onPngWarning);
         _header = _png != nullptr ? png_create_info_struct(_png) : nullptr;
-        if (_header == nullptr || !succeeds(_state, [this] { readHeader(); })) {
+        if (_header == nullptr) {
+            release();
+            throw std::bad_alloc();
+        }
+        if (!succeeds(_state, [this] { readHeader(); })) {
             release();
             throwError();
         }
@@ -129,8 +134,11 @@ class PngWriter : public FrameWriter {
 
     void write(ox::Frame const& frame) override {
         checkSingleFrame(_file, _frames++);
+        if (_header == nullptr) {
+            throw std::bad_alloc();
+        }
         std::vector<png_bytep> rows = rowsOf(frame);
-        if (_header == nullptr || !succeeds(_state, [&] { writePicture(frame, rows.data()); })) {
+        if (!succeeds(_state, [&] { writePicture(frame, rows.data()); })) {
             _file.check();
             throw Failure(_file.name() + ": " + _state.message);
         }

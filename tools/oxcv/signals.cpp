@@ -12,11 +12,11 @@ namespace {
 constexpr std::array harmless{SIGCHLD, SIGCONT, SIGSTOP, SIGTSTP,
                               SIGTTIN, SIGTTOU, SIGURG,  SIGWINCH};
 
-void (*cleanUp)() = nullptr;
+void (*cleaner)() = nullptr;
 
 /// The signal that is raised anew comes when this has returned, as signals are blocked here.
 extern "C" void onSignal(int number) {
-    cleanUp();
+    cleaner();
     static_cast<void>(std::signal(number, SIG_DFL));
     static_cast<void>(std::raise(number));
 }
@@ -39,12 +39,18 @@ void ignoreWriteSignals() {
 }
 
 void cleanOnSignals(void (*clean)()) {
-    cleanUp = clean;
+    cleaner = clean;
     int const last = SIGRTMAX;
     for (int number = 1; number <= last; ++number) {
         if (std::find(harmless.begin(), harmless.end(), number) == harmless.end()) {
             catchSignal(number);
         }
+    }
+}
+
+void cleanUp() {
+    if (cleaner != nullptr) {
+        cleaner();
     }
 }
 

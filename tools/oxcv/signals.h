@@ -14,4 +14,7 @@ void ignoreWriteSignals();
 /// @param clean may call what signal handlers may
 void cleanOnSignals(void (*clean)());
 
+/// What a signal would have cleaned.
+void cleanUp();
+
 }  // namespace oxcv
