@@ -5,18 +5,10 @@ namespace oxcv::test {
 
 namespace {
 
-// The sanitizers reserve more addresses than any limit leaves.
-constexpr bool limitsWork =
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    false;
-#else
-    true;
-#endif
-
 class MemoryTest : public ProgramTest {
   protected:
     void SetUp() override {
-        if (!limitsWork) {
+        if (underSanitizer) {
             GTEST_SKIP() << "the sanitizers don't run within limits";
         }
     }

@@ -14,6 +14,14 @@ namespace oxcv::test {
 
 using Words = std::vector<std::string>;
 
+// The sanitizers reserve more addresses than a limit leaves, and catch signals of their own.
+constexpr bool underSanitizer =
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    true;
+#else
+    false;
+#endif
+
 struct Result {
     int status = -1;  // exit status; minus the signal's number if one ended the program
     std::string out;
