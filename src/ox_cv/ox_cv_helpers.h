@@ -57,7 +57,7 @@ OX_API void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMe
 /// packing, which `resizeFrame` and the backends' `resize` don't heed: they mix luma and chroma.
 /// The same as `Packed422Resizer::resize` of a new object, which is what callers with many frames
 /// keep.
-/// @param backend its property 1 is the method
+/// @param backend its `PropertyResizeMethod` counts
 /// @throws Exception as `Packed422Resizer::resize`; `dst` is untouched then
 OX_API void resizePacked422(ICvBackend& backend, Frame const& src, Frame& dst);
 

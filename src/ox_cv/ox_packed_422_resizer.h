@@ -32,7 +32,7 @@ class OX_API Packed422Resizer {
     /// so that the method is `backend`'s, and samples are copied but for the scaling. Where `dst`
     /// has an odd width, the second Y byte of the last pair of each row, which belongs to no pixel,
     /// stays as it was. Strides may be any; `dst` may be another handle on `src`'s pixels.
-    /// @param backend its property 1 is the method; its scratch frames aren't used
+    /// @param backend its `PropertyResizeMethod` counts; its scratch frames aren't used
     /// @param dst allocated by the caller, as for `ICvBackend::resize`
     /// @throws Exception `StatusInvalidParameter` for a frame that isn't initialized, has no pixels
     ///         or isn't on the CPU; `StatusUnsupportedFormat` unless both frames are `FRAME_YUYV`,
