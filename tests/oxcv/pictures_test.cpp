@@ -229,7 +229,10 @@ TEST_F(PicturesTest, ATruncatedJpegIsToleratedToItsEnd) {
     std::string const frame = bytesOf(randomFrame(ox::FRAME_GRAY8, {64, 64}));
     std::string const whole = converted(frame, rawInput(ox::FRAME_GRAY8, {64, 64}), "whole.jpg");
     std::string const half = whole.substr(0, whole.size() / 2);
-    EXPECT_EQ(run({"convert", "-", path("out.raw")}, half).status, 1);
+    Result const refused = run({"convert", "-", path("out.raw")}, half);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(refused.err.ends_with("end of input file; --tolerant takes it all the same\n"))
+        << refused.err;
     std::string const expected = converted(whole, toRaw, "whole.raw");
     std::string const taken = converted(half, join(toRaw, {"--tolerant"}), "half.raw");
     ASSERT_EQ(taken.size(), expected.size());
@@ -237,7 +240,10 @@ TEST_F(PicturesTest, ATruncatedJpegIsToleratedToItsEnd) {
     EXPECT_EQ(taken.substr(0, eight_rows), expected.substr(0, eight_rows));
     EXPECT_NE(taken, expected);
     // What was no picture to begin with stays none.
-    EXPECT_EQ(run({"convert", "-", path("out.raw"), "--tolerant"}, whole.substr(0, 12)).status, 1);
+    std::string const start = whole.substr(0, 12);
+    EXPECT_EQ(run({"convert", "-", path("out.raw"), "--tolerant"}, start).status, 1);
+    EXPECT_EQ(run({"convert", "-", path("out.raw")}, start).err.find("--tolerant"),
+              std::string::npos);
 }
 
 TEST_F(PicturesTest, APictureHoldsOneFrame) {

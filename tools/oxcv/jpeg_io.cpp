@@ -65,6 +65,8 @@ extern "C" boolean fillJpegBuffer(j_decompress_ptr jpeg) {
         source->bytes_in_buffer = 2;
     }
     if (source->bytes_in_buffer == 0) {
+        // A picture that has begun can be taken without its end.
+        static_cast<JpegErrors*>(jpeg->err)->warned = jpeg->input_scan_number > 0;
         ERREXIT(jpeg, JERR_INPUT_EOF);
     }
     return TRUE;
