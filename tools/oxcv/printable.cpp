@@ -100,7 +100,9 @@ std::string printable(std::string_view text, std::size_t most) {
 }
 
 std::string inQuotes(std::string_view value) {
-    return "'" + printable(value, longestValue) + "'";
+    std::string text = "'";
+    text.append(printable(value, longestValue)).append("'");
+    return text;
 }
 
 std::string displayName(std::string const& path, char const* standard) {

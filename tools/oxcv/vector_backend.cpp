@@ -82,16 +82,15 @@ std::uint64_t bytesToWarp(ox::FrameLayout const& dst) {
 
 void VectorBackend::resize(ox::Frame const& src, ox::Frame& dst, ox::Rect src_roi,
                            ox::Rect dst_roi) {
-    constexpr int method_property = 1;
-    auto const method = static_cast<ox::ResizeMethod>(getIntProperty(method_property));
+    auto const method = static_cast<ox::ResizeMethod>(getIntProperty(ox::PropertyResizeMethod));
     requireMemory(bytesToScale(src.layout(), dst.layout(), method));
     CvBackendSimd::resize(src, dst, src_roi, dst_roi);
 }
 
 void VectorBackend::warpAffine(ox::Frame const& src, ox::Frame& dst, float const (*matrix)[3],
-                               ox::Rect roi, bool flag) {
+                               ox::Rect roi, bool invert) {
     requireMemory(bytesToWarp(dst.layout()));
-    CvBackendSimd::warpAffine(src, dst, matrix, roi, flag);
+    CvBackendSimd::warpAffine(src, dst, matrix, roi, invert);
 }
 
 }  // namespace oxcv

@@ -18,7 +18,7 @@ class VectorBackend : public ox::CvBackendSimd {
   public:
     void resize(ox::Frame const& src, ox::Frame& dst, ox::Rect src_roi, ox::Rect dst_roi) override;
     void warpAffine(ox::Frame const& src, ox::Frame& dst, float const (*matrix)[3], ox::Rect roi,
-                    bool flag) override;
+                    bool invert) override;
 };
 
 /// Bytes that the kernels take for a frame at most.
