@@ -76,7 +76,8 @@ class OX_API CvBackendSimd : public ICvBackend {
     ///         area on formats of 32 bits; `StatusCapacityExceeded` for rows of 2^31 bytes and more
     void resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) override;
     /// Does only what of the two is needed. An odd side of `dst`, too, is refused after the scaling
-    /// where `src` is `FRAME_I420`, `FRAME_NV12` or `FRAME_NV21`.
+    /// where `src` is `FRAME_I420`, `FRAME_NV12` or `FRAME_NV21`. A region without columns or rows
+    /// is converted to another format as if its samples were zeros.
     ///
     /// `FRAME_NV12` goes to `FRAME_BGR24` as a whole frame here, also with a region: of a `dst`
     /// whose width isn't a multiple of 8 the last columns stay unwritten. Where they count,

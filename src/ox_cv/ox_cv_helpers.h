@@ -46,8 +46,8 @@ OX_API void colorConvert(Frame const& src, FrameFormat format, Frame& dst);
 /// Scales a frame through a `CvBackendSimd` of its own; callers with many frames keep one. `dst`
 /// gets `src`'s format and the size, and may be another handle on `src`'s pixels, or `src` itself.
 /// It is cleared if `src` isn't initialized or a side of `size` isn't positive, and becomes a copy
-/// if the size is `src`'s. Of `FRAME_YUYV` and `FRAME_UYVY` luma and chroma are mixed; see
-/// `resizePacked422`.
+/// if the size is `src`'s. A `src` without columns or rows gives zeros. Of `FRAME_YUYV` and
+/// `FRAME_UYVY` luma and chroma are mixed; see `resizePacked422`.
 /// @throws Exception what `CvBackendSimd::setIntProperty`, `Frame::reuse` and
 ///         `CvBackendSimd::resize` throw; a bad `method` leaves `dst` as it was, a failed
 ///         `Frame::reuse` not initialized, a failed `resize` with the new format and size

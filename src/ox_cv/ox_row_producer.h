@@ -68,7 +68,9 @@ class OX_API IRowProducer {
 OX_API void copyRowData(FrameLayout const& layout, RowData const& src, RowData& dst);
 
 /// Drains `producer` into `frame`. A frame of the producer's format and size is written in place,
-/// with its own strides; any other is made anew first, with storage of its own.
+/// with its own strides; any other is made anew first, with storage of its own, which is cleared
+/// for the formats whose rows `ScalerAreaY` writes in part.
+///
 /// A chain is drained once: its links are armed again before they yield another picture, after
 /// `renew` where they stand over producers. See `IRowProducer`.
 /// @param frame has no byte in common with what the chain reads (but see `IRowProducer`). Where it
