@@ -332,8 +332,8 @@ TEST_F(CvBackendSimdConvert, NoPixelsAreZerosInBetween) {
     TestFrame src(FRAME_BGR24, {8, 6});
     fill(src.frame(), 200);
     for (Rect const rect : {Rect{2, 2, 0, 3}, Rect{2, 2, 3, 0}}) {
-        for (int const method : {ResizeNearestNeighbour, ResizeBilinear, ResizeArea}) {
-            backend.setIntProperty(PropertyResizeMethod, method);
+        for (ResizeMethod const method : {ResizeNearestNeighbour, ResizeBilinear, ResizeArea}) {
+            backend.setIntProperty(PropertyResizeMethod, static_cast<int>(method));
             TestFrame dst(FRAME_GRAY8, {20, 5});
             backend.convert(src.frame(), dst.frame(), {});
             EXPECT_TRUE(isFilledWith(dst.frame(), 200));
