@@ -25,7 +25,8 @@ inline std::uint64_t heldRowBytes(FramePlane const& claimed, FramePlane const& u
 class PassedRows {
   public:
     void plan(FrameLayout const& src, FrameLayout const& dst) {
-        FrameLayout const usual(src.format, src.size, 1);
+        // A row of this width: what all rows take together may be too much to be counted.
+        FrameLayout const usual(src.format, {src.size.width, 1}, 1);
         _copied = dst;
         for (int i = 0; i < dst.planeCount; ++i) {
             std::uint64_t& bytes = _copied.plane[i].rowBytes;
