@@ -12,7 +12,7 @@
 #include <thread>
 
 #include "operation.h"
-#include "simd/simd_plain.h"
+#include "simd/kernels/plain.h"
 
 namespace hwy::platform {
 

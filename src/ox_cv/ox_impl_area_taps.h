@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "ox_cv/ox_impl_area_rows.h"
-#include "rows/rows_blend.h"
-#include "rows/rows_taps.h"
+#include "rows/blend/axis.h"
+#include "rows/taps/axis.h"
 
 namespace ox::impl {
 

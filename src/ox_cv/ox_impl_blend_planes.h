@@ -8,8 +8,8 @@
 
 #include "ox_core/ox_buffer.h"
 #include "ox_cv/ox_impl_scale_elements.h"
-#include "rows/rows_blend.h"
-#include "simd/simd_row_program.h"
+#include "rows/blend/axis.h"
+#include "vector/row_program.h"
 
 namespace ox::impl {
 

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "ox_cv/ox_impl_format_converter.h"
-#include "rows/rows_channels.h"
+#include "rows/colour/channels.h"
 #include "rows/rows_routines.h"
 
 namespace ox {

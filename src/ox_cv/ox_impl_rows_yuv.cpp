@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "ox_cv/ox_impl_format_converter.h"
+#include "rows/colour/runs.h"
 #include "rows/rows_routines.h"
-#include "rows/rows_yuv_runs.h"
 
 namespace ox {
 

@@ -5,7 +5,7 @@
 
 #include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_state.h"
-#include "rows/rows_channels.h"
+#include "rows/colour/channels.h"
 #include "rows/rows_routines.h"
 
 namespace ox::impl {

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "ox_core/ox_buffer.h"
-#include "rows/rows_taps.h"
+#include "rows/taps/axis.h"
 
 namespace ox::impl {
 

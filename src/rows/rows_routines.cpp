@@ -2,7 +2,7 @@
 
 #ifdef OX_WITH_HIGHWAY
 #include "rows/rows_targets.h"
-#include "simd/simd_neon.h"
+#include "simd/kernels/neon.h"
 #endif
 
 namespace ox::rows {

@@ -6,11 +6,11 @@
 
 #include <array>
 
-#include "rows/rows_blend.h"
-#include "rows/rows_floats.h"
-#include "rows/rows_taps.h"
-#include "rows/rows_yuv.h"
-#include "simd/simd_row_program.h"
+#include "rows/blend/axis.h"
+#include "rows/colour/floats.h"
+#include "rows/colour/layouts.h"
+#include "rows/taps/axis.h"
+#include "vector/row_program.h"
 
 namespace ox::rows {
 

@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "simd/simd_aligned_array.h"
-#include "simd/simd_kernels.h"
-#include "simd/simd_parallel.h"
-#include "simd/simd_processor_figures.h"
-#include "simd/simd_resizer.h"
-#include "simd/simd_warp_affine.h"
+#include "simd/kernels/kernels.h"
+#include "simd/parallel.h"
+#include "simd/processor_figures.h"
+#include "simd/resizers/resizer.h"
+#include "simd/warps/warp_affine.h"
+#include "vector/aligned_array.h"

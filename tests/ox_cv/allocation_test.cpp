@@ -9,10 +9,10 @@
 #include "ox_core/ox_exception.h"
 #include "ox_cv/ox_cv_backend_base.h"
 #include "ox_cv/stages.h"
-#include "simd/simd_aligned_array.h"
 #include "support/allocation_counter.h"
 #include "support/producer_contract.h"
 #include "support/test_frame.h"
+#include "vector/aligned_array.h"
 
 namespace ox::test {
 

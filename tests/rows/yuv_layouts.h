@@ -6,7 +6,7 @@
 #include <iterator>
 #include <memory>
 
-#include "rows/rows_yuv.h"
+#include "rows/colour/layouts.h"
 #include "support/guarded_memory.h"
 #include "support/random.h"
 

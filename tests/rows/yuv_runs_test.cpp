@@ -1,5 +1,5 @@
 // Rows of YUV samples from layout to layout, as planes.
-#include "rows/rows_yuv_runs.h"
+#include "rows/colour/runs.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "simd/simd_aligned_array.h"
+#include "vector/aligned_array.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "simd/simd_kernels.h"
+#include "simd/kernels/kernels.h"
 
 namespace ox::test {
 

@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "simd/simd_kernels.h"
+#include "simd/kernels/kernels.h"
 
 namespace kernel_model {
 

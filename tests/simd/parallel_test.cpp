@@ -1,4 +1,4 @@
-#include "simd/simd_parallel.h"
+#include "simd/parallel.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include <tuple>
 #include <vector>
 
-#include "simd/simd_processor_figures.h"
+#include "simd/processor_figures.h"
 
 namespace ox::test {
 namespace {

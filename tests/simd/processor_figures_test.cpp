@@ -1,4 +1,4 @@
-#include "simd/simd_processor_figures.h"
+#include "simd/processor_figures.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

@@ -14,11 +14,11 @@
 #include "model/resize.h"
 #include "simd/float_bits.h"
 #include "simd/guarded_plane.h"
-#include "simd/simd_resizer_bilinear.h"
-#include "simd/simd_resizer_byte_area.h"
-#include "simd/simd_resizer_byte_bicubic.h"
-#include "simd/simd_resizer_byte_bilinear.h"
-#include "simd/simd_resizer_nearest.h"
+#include "simd/resizers/bilinear.h"
+#include "simd/resizers/byte_area.h"
+#include "simd/resizers/byte_bicubic.h"
+#include "simd/resizers/byte_bilinear.h"
+#include "simd/resizers/nearest.h"
 #include "support/test_target.h"
 
 namespace ox::test {

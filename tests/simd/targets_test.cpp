@@ -7,7 +7,7 @@
 #include <sstream>
 #include <string>
 
-#include "simd/simd_neon.h"
+#include "simd/kernels/neon.h"
 #include "support/test_target.h"
 
 namespace ox::test {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "simd/simd_neon.h"
+#include "simd/kernels/neon.h"
 #include "support/test_target.h"
 
 namespace ox::test {

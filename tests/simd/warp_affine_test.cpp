@@ -1,4 +1,4 @@
-#include "simd/simd_warp_affine.h"
+#include "simd/warps/warp_affine.h"
 
 #include <gtest/gtest.h>
 

@@ -9,8 +9,8 @@
 
 #include "model/warp.h"
 #include "simd/guarded_plane.h"
-#include "simd/simd_processor_figures.h"
-#include "simd/simd_warp_affine.h"
+#include "simd/processor_figures.h"
+#include "simd/warps/warp_affine.h"
 
 namespace ox::test {
 

@@ -1,0 +1,182 @@
+#include "rows/blend/axis.h"
+
+#include "vector/targets.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "rows/blend/vector.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include <algorithm>
+
+#include "rows/rows_targets.h"
+#include "vector/ops-inl.h"
+#include "vector/walk-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ox::rows::HWY_NAMESPACE {
+namespace {
+
+using namespace vector::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+/// a + ((b - a) * weight >> 16), of weights of 16 bits. The product's high word is that of a signed
+/// weight, which is 2^16 less from 2^15 on.
+template <class D, class V>
+HWY_INLINE V blend(D /*words*/, V a, V b, V weight) {
+    V const difference = hn::Sub(b, a);
+    V const rest = hn::And(difference, hn::ShiftRight<15>(weight));
+    return hn::Add(hn::Add(a, rest), hn::MulHigh(difference, weight));
+}
+
+// Weights that are whole 64ths, as those of sizes that are exactly twice as large, are byte
+// factors: (a * (64 - weight) + b * weight) >> 6.
+
+constexpr std::uint16_t of64 = 0x10000 / 64;
+
+constexpr bool isOf64(std::uint16_t weight) {
+    return weight % of64 == 0;
+}
+
+/// The bytes 64 - weight and weight.
+constexpr std::uint16_t pairOf64(std::uint16_t weight) {
+    return static_cast<std::uint16_t>((64 - weight / of64) | (weight / of64) << 8);
+}
+
+using WindowWords = hn::RebindToSigned<WindowTag16>;
+constexpr std::size_t entriesOfWindow = windowBytes / 2;
+
+std::size_t byteOf(BlendAxis const& axis, std::size_t entry, bool right) {
+    PixelPair const& pixel = axis.pixels[entry / axis.channels];
+    auto const place = static_cast<std::size_t>(right ? pixel.right : pixel.left);
+    return place * axis.channels + entry % axis.channels;
+}
+
+/// Entries from `entry` on whose bytes lie in the window that starts at `start`.
+std::size_t entriesInWindow(BlendAxis const& axis, std::size_t entry, std::size_t start) {
+    std::size_t const all = axis.pixels.size() * axis.channels;
+    std::size_t const most = std::min(entry + entriesOfWindow, all);
+    std::size_t end = entry;
+    while (end < most && byteOf(axis, end, false) >= start &&
+           byteOf(axis, end, true) < start + windowBytes) {
+        ++end;
+    }
+    return end - entry;
+}
+
+/// A step gathers the pairs of as many entries as lie in a window.
+bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
+    if (axis.row_bytes < windowBytes) {
+        return false;
+    }
+    std::size_t const entries = axis.pixels.size() * axis.channels;
+    program.offsets.clear();
+    program.steps.clear();
+    program.row_room = entries + entriesOfWindow;
+    program.of_64 = std::all_of(axis.pixels.begin(), axis.pixels.end(),
+                                [](PixelPair const& pixel) { return isOf64(pixel.weight); });
+    for (std::size_t entry = 0; entry < entries;) {
+        std::size_t const start =
+            std::min(byteOf(axis, entry, false), axis.row_bytes - windowBytes);
+        std::size_t const count = entriesInWindow(axis, entry, start);
+        if (count == 0) {
+            return false;
+        }
+        program.offsets.push_back(static_cast<std::uint32_t>(start));
+        program.offsets.push_back(static_cast<std::uint32_t>(entry));
+        BlendStep& step = program.steps.emplace_back();
+        for (std::size_t i = 0; i < count; ++i) {
+            step.places[2 * i] = static_cast<std::uint8_t>(byteOf(axis, entry + i, false) - start);
+            step.places[2 * i + 1] =
+                static_cast<std::uint8_t>(byteOf(axis, entry + i, true) - start);
+            std::uint16_t const weight = axis.pixels[(entry + i) / axis.channels].weight;
+            step.weights[i] = program.of_64 ? pairOf64(weight) : weight;
+        }
+        entry += count;
+    }
+    return true;
+}
+
+/// Calls blend(pairs, weights) for what each step gathers; the result's words are bytes.
+template <class Blend>
+HWY_INLINE void blendSteps(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst,
+                           Blend blend) {
+    WindowTag const d;
+    hn::Half<WindowTag> const half;
+    std::uint32_t const* offset = program.offsets.data();
+    for (BlendStep const& step : program.steps) {
+        auto const pairs =
+            PermuteWindow(hn::LoadU(d, src + offset[0]), hn::Load(d, step.places.data()));
+        auto const words = blend(pairs, hn::Load(WindowTag16(), step.weights.data()));
+        hn::StoreU(hn::DemoteTo(half, words), half, dst + offset[1]);
+        offset += 2;
+    }
+}
+
+void blendColumns(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
+    using Window = hn::Vec<WindowTag>;
+    using Words = hn::Vec<WindowTag16>;
+    WindowWords const words;
+    if (program.of_64) {
+        return blendSteps(program, src, dst, [=](Window pairs, Words weights) HWY_ATTR {
+            Words const sums = MulAddWindowPairs(pairs, hn::BitCast(WindowTag(), weights));
+            return hn::BitCast(words, hn::ShiftRight<6>(sums));
+        });
+    }
+    blendSteps(program, src, dst, [=](Window pairs, Words weights) HWY_ATTR {
+        Words const both = hn::BitCast(WindowTag16(), pairs);
+        auto const left = hn::BitCast(words, hn::And(both, hn::Set(WindowTag16(), 0xff)));
+        auto const right = hn::BitCast(words, hn::ShiftRight<8>(both));
+        return blend(words, left, right, hn::BitCast(words, weights));
+    });
+}
+
+void blendRows(std::uint8_t const* upper, std::uint8_t const* lower, std::uint16_t weight,
+               std::size_t bytes, std::uint8_t* dst) {
+    Tag8 const d;
+    if (isOf64(weight)) {
+        auto const part = static_cast<std::int8_t>(weight / of64);
+        walkShortBlocks(bytes, blockBytes, [&](std::size_t x) HWY_ATTR {
+            V8 const a = hn::LoadU(d, upper + x);
+            V8 const b = hn::LoadU(d, lower + x);
+            hn::StoreU(BlendBy64ths(a, b, part), d, dst + x);
+        });
+        return;
+    }
+    TagS16 const words;
+    V16 const factor = hn::BitCast(words, hn::Set(Tag16(), weight));
+    walkShortBlocks(bytes, blockBytes, [&](std::size_t x) HWY_ATTR {
+        V8 const a = hn::LoadU(d, upper + x);
+        V8 const b = hn::LoadU(d, lower + x);
+        V16 const even = blend(words, EvenBytes(a), EvenBytes(b), factor);
+        V16 const odd = blend(words, OddBytes(a), OddBytes(b), factor);
+        hn::StoreU(hn::BitCast(d, hn::Or(even, hn::ShiftLeft<8>(odd))), d, dst + x);
+    });
+}
+
+#endif
+
+void takeRoutines([[maybe_unused]] Routines& routines) {
+#if HWY_TARGET != HWY_SCALAR
+    routines.compile_blend = compileBlend;
+    routines.blend_columns = blendColumns;
+    routines.blend_rows = blendRows;
+#endif
+}
+
+}  // namespace
+}  // namespace ox::rows::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace ox::rows {
+
+HWY_EXPORT(takeRoutines);
+
+void takeBlendRoutines(Routines& routines) {
+    HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
+}
+
+}  // namespace ox::rows
+#endif  // HWY_ONCE

@@ -1,0 +1,155 @@
+#include "vector/targets.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "simd/kernels/vector_bgr_to_yuv.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "simd/kernels/base.h"
+#include "simd/kernels/formulas.h"
+#include "simd/kernels/take_routines.h"
+#include "vector/ops-inl.h"
+#include "vector/walk-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Simd::Neon::HWY_NAMESPACE {
+namespace {
+
+using namespace ox::vector::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+HWY_INLINE V8 lumaOf(PixelHalf lower, PixelHalf upper) {
+    return hn::Add(WeightedBytes<lumaWeights>(lower, upper), hn::Set(Tag8(), lumaOffset));
+}
+
+template <ChannelWeights weights>
+HWY_INLINE V8 chromaOf(PixelHalf lower, PixelHalf upper) {
+    return hn::Add(WeightedBytes<weights>(lower, upper), hn::Set(Tag8(), chromaOffset));
+}
+
+template <ChannelWeights weights>
+HWY_INLINE hn::Vec<HalfTag8> chromaOf(PixelHalf pixels) {
+    return hn::Add(WeightedBytes<weights>(pixels), hn::Set(HalfTag8(), chromaOffset));
+}
+
+void ConvertBgrToYuv444(ConstBytes bgr, std::size_t width, std::size_t height,
+                        std::size_t bgr_stride, Bytes y, std::size_t y_stride, Bytes u,
+                        std::size_t u_stride, Bytes v, std::size_t v_stride) {
+    joinRows(
+        width, height,
+        bgr_stride == 3 * width && y_stride == width && u_stride == width && v_stride == width);
+    if (width < blockBytes) {
+        return Base::ConvertBgrToYuv444(bgr, width, height, bgr_stride, y, y_stride, u, u_stride, v,
+                                        v_stride);
+    }
+    for (std::size_t row = 0; row < height; ++row) {
+        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+            prefetch<3 * blockBytes, 384>(bgr + 3 * x);
+            ThreeChannels const pixels = LoadThree(bgr + 3 * x);
+            PixelHalf const lower = LowerHalf(pixels);
+            PixelHalf const upper = UpperHalf(pixels);
+            hn::StoreU(lumaOf(lower, upper), Tag8(), y + x);
+            hn::StoreU(chromaOf<uWeights>(lower, upper), Tag8(), u + x);
+            hn::StoreU(chromaOf<vWeights>(lower, upper), Tag8(), v + x);
+        });
+        bgr += bgr_stride;
+        y += y_stride;
+        u += u_stride;
+        v += v_stride;
+    }
+}
+
+/// Where a row of chroma at half the columns goes: two planes or pairs. store(x, pixels) takes the
+/// means of the block at x.
+struct PlanarChromaTarget {
+    Bytes u;
+    std::size_t u_stride;
+    Bytes v;
+    std::size_t v_stride;
+
+    HWY_INLINE void store(std::size_t x, PixelHalf mean) const {
+        hn::StoreU(chromaOf<uWeights>(mean), HalfTag8(), u + x / 2);
+        hn::StoreU(chromaOf<vWeights>(mean), HalfTag8(), v + x / 2);
+    }
+    void next() {
+        u += u_stride;
+        v += v_stride;
+    }
+};
+
+struct PairedChromaTarget {
+    Bytes uv;
+    std::size_t stride;
+
+    HWY_INLINE void store(std::size_t x, PixelHalf mean) const {
+        V8 const pairs = WeightedPairs<uWeights, vWeights>(mean);
+        hn::StoreU(hn::Add(pairs, hn::Set(Tag8(), chromaOffset)), Tag8(), uv + x);
+    }
+    void next() { uv += stride; }
+};
+
+template <class Chroma>
+void convertTo420(ConstBytes bgr, std::size_t width, std::size_t height, std::size_t bgr_stride,
+                  Bytes y, std::size_t y_stride, Chroma chroma) {
+    Tag8 const d;
+    for (std::size_t row = 0; row < height / 2; ++row) {
+        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+            prefetch<3 * blockBytes, 384>(bgr + 3 * x);
+            prefetch<3 * blockBytes, 384>(bgr + bgr_stride + 3 * x);
+            ThreeChannels const top = LoadThree(bgr + 3 * x);
+            ThreeChannels const bottom = LoadThree(bgr + bgr_stride + 3 * x);
+            hn::StoreU(lumaOf(LowerHalf(top), UpperHalf(top)), d, y + x);
+            hn::StoreU(lumaOf(LowerHalf(bottom), UpperHalf(bottom)), d, y + y_stride + x);
+            chroma.store(x, Average(top, bottom));
+        });
+        bgr += 2 * bgr_stride;
+        y += 2 * y_stride;
+        chroma.next();
+    }
+}
+
+void ConvertBgrToI420(ConstBytes bgr, std::size_t width, std::size_t height, std::size_t bgr_stride,
+                      Bytes y, std::size_t y_stride, Bytes u, std::size_t u_stride, Bytes v,
+                      std::size_t v_stride) {
+    if (width < blockBytes) {
+        return Base::ConvertBgrToI420(bgr, width, height, bgr_stride, y, y_stride, u, u_stride, v,
+                                      v_stride);
+    }
+    convertTo420(bgr, width, height, bgr_stride, y, y_stride,
+                 PlanarChromaTarget{u, u_stride, v, v_stride});
+}
+
+void ConvertBgrToNv12(ConstBytes bgr, std::size_t width, std::size_t height, std::size_t bgr_stride,
+                      Bytes y, std::size_t y_stride, Bytes uv, std::size_t uv_stride) {
+    if (width < blockBytes) {
+        return Base::ConvertBgrToNv12(bgr, width, height, bgr_stride, y, y_stride, uv, uv_stride);
+    }
+    convertTo420(bgr, width, height, bgr_stride, y, y_stride, PairedChromaTarget{uv, uv_stride});
+}
+
+#endif
+
+void takeRoutines([[maybe_unused]] Routines& routines) {
+#if HWY_TARGET != HWY_SCALAR
+    routines.convertBgrToI420 = ConvertBgrToI420;
+    routines.convertBgrToNv12 = ConvertBgrToNv12;
+    routines.convertBgrToYuv444 = ConvertBgrToYuv444;
+#endif
+}
+
+}  // namespace
+}  // namespace Simd::Neon::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Simd::Neon {
+
+HWY_EXPORT(takeRoutines);
+
+void takeBgrToYuvRoutines(Routines& routines) {
+    HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
+}
+
+}  // namespace Simd::Neon
+#endif  // HWY_ONCE

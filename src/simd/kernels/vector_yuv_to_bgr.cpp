@@ -1,0 +1,393 @@
+#include "vector/targets.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "simd/kernels/vector_yuv_to_bgr.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "simd/kernels/base.h"
+#include "simd/kernels/formulas.h"
+#include "simd/kernels/take_routines.h"
+#include "vector/ops-inl.h"
+#include "vector/walk-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Simd::Neon::HWY_NAMESPACE {
+namespace {
+
+using namespace ox::vector::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+// A channel is the sum of a luma and a chroma term with some fractional bits, of which the whole
+// part is wanted. Both are kept as two registers of 16 bits: a high part, the term's whole part,
+// and a low part, its fraction. High parts are added; a carry comes in where the fractions reach 1,
+// that is, where luma's fraction passes a limit that chroma's sets.
+
+struct LumaTerm {
+    V16 high;
+    V16 low;
+};
+
+struct ChannelTerm {
+    V16 high;
+    V16 limit;
+};
+
+struct ChromaTerms {
+    ChannelTerm b;
+    ChannelTerm g;
+    ChannelTerm r;
+};
+
+HWY_INLINE V16 constant(int value) {
+    return hn::Set(TagS16(), static_cast<std::int16_t>(value));
+}
+
+HWY_INLINE V16 channelOf(LumaTerm luma, ChannelTerm chroma) {
+    return AddWhereGreater(hn::Add(luma.high, chroma.high), luma.low, chroma.limit);
+}
+
+/// With 13 fractional bits. Luma's term, rounding included, is high + (low + 2^15) / 2^16; chroma's
+/// is high + (2^15 - 1 - limit) / 2^16.
+struct Matrix {
+    /// The low 16 bits of the product with 2^3 * factor: the 13 fractional bits, moved up.
+    static HWY_INLINE V16 fraction(V16 v, int factor) {
+        return hn::Mul(v, constant(static_cast<int>(8U * static_cast<unsigned>(factor) & 0xffffU)));
+    }
+
+    static HWY_INLINE ChannelTerm term(V16 chroma, int factor) {
+        return {MulShift13(chroma, static_cast<std::int16_t>(factor)),
+                hn::Xor(fraction(chroma, factor), constant(0x7fff))};
+    }
+
+    static HWY_INLINE LumaTerm luma(V16 y) {
+        // 4 (Y - 16), so that the rounding product with 15 fractional bits is one with 13.
+        V16 const scaled = hn::Sub(hn::ShiftLeft<2>(y), constant(4 * lumaOffset));
+        return {hn::MulFixedPoint15(scaled, constant(lumaScale)),
+                hn::Mul(scaled, constant(2 * lumaScale))};
+    }
+
+    static HWY_INLINE ChromaTerms chroma(V16 u_byte, V16 v_byte) {
+        V16 const u = hn::Sub(u_byte, constant(chromaOffset));
+        V16 const v = hn::Sub(v_byte, constant(chromaOffset));
+        return {term(u, blueFromU), addToTerm(term(u, greenFromU), v, greenFromV),
+                term(v, redFromV)};
+    }
+
+    /// Two fractions give a carry where the second, unsigned, passes what the first leaves.
+    static HWY_INLINE ChannelTerm addToTerm(ChannelTerm first, V16 chroma, int factor) {
+        V16 const second = fraction(chroma, factor);
+        V16 const high = hn::Add(first.high, MulShift13(chroma, static_cast<std::int16_t>(factor)));
+        return {AddWhereGreater(high, hn::Xor(second, constant(-0x8000)), first.limit),
+                hn::Sub(first.limit, second)};
+    }
+};
+
+/// With 8 fractional bits: luma's term is high + low / 2^8, chroma's, rounding included, is
+/// high + (2^8 - 1 - limit) / 2^8. Factors are taken apart so that no product leaves 16 bits.
+struct DirectMatrix {
+    static constexpr int half = 1 << (directBits - 1);
+    static constexpr int one = 1 << directBits;
+
+    static HWY_INLINE V16 times(V16 v, int factor) { return hn::Mul(v, constant(factor)); }
+
+    /// @param whole what the factor has above one
+    static HWY_INLINE ChannelTerm term(V16 whole, V16 rest) {
+        V16 const rounded = hn::Add(rest, constant(half));
+        return {hn::Add(whole, hn::ShiftRight<directBits>(rounded)),
+                hn::AndNot(rounded, constant(one - 1))};
+    }
+
+    static HWY_INLINE LumaTerm luma(V16 y_byte) {
+        V16 const y = hn::Max(hn::Sub(y_byte, constant(lumaOffset)), constant(0));
+        V16 const rest = times(y, directLumaScale - one);
+        return {hn::Add(y, hn::ShiftRight<directBits>(rest)), hn::And(rest, constant(one - 1))};
+    }
+
+    static HWY_INLINE ChromaTerms chroma(V16 u_byte, V16 v_byte) {
+        V16 const u = hn::Sub(u_byte, constant(chromaOffset));
+        V16 const v = hn::Sub(v_byte, constant(chromaOffset));
+        V16 const green = hn::Add(times(u, directGreenFromU), times(v, directGreenFromV + one));
+        return {term(hn::Add(u, u), times(u, directBlueFromU - 2 * one)), term(hn::Neg(v), green),
+                term(v, times(v, directRedFromV - one))};
+    }
+};
+
+struct BlueFirst {
+    static HWY_INLINE ThreeChannels order(V8 b, V8 g, V8 r) { return {b, g, r}; }
+};
+
+struct RedFirst {
+    static HWY_INLINE ThreeChannels order(V8 b, V8 g, V8 r) { return {r, g, b}; }
+};
+
+/// Converts a block of pixels of one row; `even` and `odd` are chroma's terms for its columns.
+template <class Matrix, class Order>
+HWY_INLINE void storeBlock(Bytes dst, V8 y, ChromaTerms const& even, ChromaTerms const& odd) {
+    LumaTerm const first = Matrix::luma(EvenBytes(y));
+    LumaTerm const second = Matrix::luma(OddBytes(y));
+    StoreThreePixels(dst,
+                     Order::order(PackPixels(channelOf(first, even.b), channelOf(second, odd.b)),
+                                  PackPixels(channelOf(first, even.g), channelOf(second, odd.g)),
+                                  PackPixels(channelOf(first, even.r), channelOf(second, odd.r))));
+}
+
+/// A row of chroma at half the columns, as two planes or as pairs. terms(x) are those of the block
+/// of pixels at x.
+struct PlanarChroma {
+    ConstBytes u;
+    std::size_t u_stride;
+    ConstBytes v;
+    std::size_t v_stride;
+
+    template <class Matrix>
+    HWY_INLINE ChromaTerms terms(std::size_t x) const {
+        HalfTag8 const half;
+        return Matrix::chroma(hn::PromoteTo(TagS16(), hn::LoadU(half, u + x / 2)),
+                              hn::PromoteTo(TagS16(), hn::LoadU(half, v + x / 2)));
+    }
+    void next() {
+        u += u_stride;
+        v += v_stride;
+    }
+};
+
+template <bool v_first>
+struct PairedChroma {
+    ConstBytes uv;
+    std::size_t stride;
+
+    template <class Matrix>
+    HWY_INLINE ChromaTerms terms(std::size_t x) const {
+        V8 const pairs = hn::LoadU(Tag8(), uv + x);
+        return v_first ? Matrix::chroma(OddBytes(pairs), EvenBytes(pairs))
+                       : Matrix::chroma(EvenBytes(pairs), OddBytes(pairs));
+    }
+    void next() { uv += stride; }
+};
+
+template <class Matrix, class Order, class Chroma>
+void convert420(ConstBytes y, std::size_t y_stride, Chroma chroma, std::size_t width,
+                std::size_t height, Bytes dst, std::size_t dst_stride) {
+    Tag8 const d;
+    for (std::size_t row = 0; row < height / 2; ++row) {
+        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+            ChromaTerms const terms = chroma.template terms<Matrix>(x);
+            storeBlock<Matrix, Order>(dst + 3 * x, hn::LoadU(d, y + x), terms, terms);
+            storeBlock<Matrix, Order>(dst + dst_stride + 3 * x, hn::LoadU(d, y + y_stride + x),
+                                      terms, terms);
+        });
+        y += 2 * y_stride;
+        chroma.next();
+        dst += 2 * dst_stride;
+    }
+}
+
+void ConvertI420ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::size_t u_stride,
+                      ConstBytes v, std::size_t v_stride, std::size_t width, std::size_t height,
+                      Bytes bgr, std::size_t bgr_stride) {
+    if (width < blockBytes) {
+        return Base::ConvertI420ToBgr(y, y_stride, u, u_stride, v, v_stride, width, height, bgr,
+                                      bgr_stride);
+    }
+    convert420<Matrix, BlueFirst>(y, y_stride, PlanarChroma{u, u_stride, v, v_stride}, width,
+                                  height, bgr, bgr_stride);
+}
+
+void ConvertI420ToRgb(ConstBytes y, std::size_t y_stride, ConstBytes u, std::size_t u_stride,
+                      ConstBytes v, std::size_t v_stride, std::size_t width, std::size_t height,
+                      Bytes rgb, std::size_t rgb_stride) {
+    if (width < blockBytes) {
+        return Base::ConvertI420ToRgb(y, y_stride, u, u_stride, v, v_stride, width, height, rgb,
+                                      rgb_stride);
+    }
+    convert420<Matrix, RedFirst>(y, y_stride, PlanarChroma{u, u_stride, v, v_stride}, width, height,
+                                 rgb, rgb_stride);
+}
+
+void ConvertNv12ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
+                      std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
+    if (width < blockBytes) {
+        return Base::ConvertNv12ToBgr(y, y_stride, uv, uv_stride, width, height, dst, dst_stride);
+    }
+    convert420<Matrix, BlueFirst>(y, y_stride, PairedChroma<false>{uv, uv_stride}, width, height,
+                                  dst, dst_stride);
+}
+
+void ConvertNv12ToRgb(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
+                      std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
+    if (width < blockBytes) {
+        return Base::ConvertNv12ToRgb(y, y_stride, uv, uv_stride, width, height, dst, dst_stride);
+    }
+    convert420<Matrix, RedFirst>(y, y_stride, PairedChroma<false>{uv, uv_stride}, width, height,
+                                 dst, dst_stride);
+}
+
+void ConvertNv21ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
+                      std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
+    if (width < blockBytes) {
+        return Base::ConvertNv21ToBgr(y, y_stride, uv, uv_stride, width, height, dst, dst_stride);
+    }
+    convert420<Matrix, BlueFirst>(y, y_stride, PairedChroma<true>{uv, uv_stride}, width, height,
+                                  dst, dst_stride);
+}
+
+void ConvertNv21ToRgb(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
+                      std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
+    if (width < blockBytes) {
+        return Base::ConvertNv21ToRgb(y, y_stride, uv, uv_stride, width, height, dst, dst_stride);
+    }
+    convert420<Matrix, RedFirst>(y, y_stride, PairedChroma<true>{uv, uv_stride}, width, height, dst,
+                                 dst_stride);
+}
+
+void ConvertNv12ToBgrDirectly(ConstBytes y, std::size_t y_stride, ConstBytes uv,
+                              std::size_t uv_stride, std::size_t width, std::size_t height,
+                              Bytes bgr, std::size_t bgr_stride) {
+    if (width < blockBytes) {
+        return Base::ConvertNv12ToBgrDirectly(y, y_stride, uv, uv_stride, width, height, bgr,
+                                              bgr_stride);
+    }
+    convert420<DirectMatrix, BlueFirst>(y, y_stride, PairedChroma<false>{uv, uv_stride}, width,
+                                        height, bgr, bgr_stride);
+}
+
+#if HWY_TARGET == HWY_AVX3_DL
+
+// Where each pixel has chroma of its own, sums of 32 bits are fewer operations: a lane has Y, U, V
+// and a 1, and a channel's weights are two bytes each, 256 * high + low.
+
+struct ChannelFactors {
+    int y;
+    int u;
+    int v;
+
+    constexpr int rest() const {
+        return (1 << (toBgrBits - 1)) - lumaOffset * y - chromaOffset * (u + v);
+    }
+};
+
+constexpr std::int8_t lowByte(int number) {
+    return static_cast<std::int8_t>(number);
+}
+
+constexpr int highPart(int number) {
+    return (number - lowByte(number)) / 256;
+}
+
+constexpr bool fitsBytes(ChannelFactors factors) {
+    auto const fits = [](int number) { return highPart(number) == lowByte(highPart(number)); };
+    return fits(factors.y) && fits(factors.u) && fits(factors.v);
+}
+
+HWY_INLINE V8 laneBytes(int first, int second, int third, int fourth) {
+    auto const at = [](int byte, int place) {
+        return static_cast<std::uint32_t>(byte & 0xff) << (8 * place);
+    };
+    return hn::BitCast(Tag8(),
+                       hn::Set(hn::RebindToUnsigned<BlockTagS32>(),
+                               at(first, 0) | at(second, 1) | at(third, 2) | at(fourth, 3)));
+}
+
+struct PixelLanes {
+    V8 lanes[4];
+
+    HWY_INLINE PixelLanes(V8 y, V8 u, V8 v) {
+        Tag8 const d;
+        Tag16 const words;
+        V8 const one = hn::Set(d, 1);
+        auto const pairs = [=](V8 bytes) HWY_ATTR { return hn::BitCast(words, bytes); };
+        auto const yu_lower = pairs(hn::InterleaveLower(y, u));
+        auto const yu_upper = pairs(hn::InterleaveUpper(d, y, u));
+        auto const v1_lower = pairs(hn::InterleaveLower(v, one));
+        auto const v1_upper = pairs(hn::InterleaveUpper(d, v, one));
+        lanes[0] = hn::BitCast(d, hn::InterleaveLower(yu_lower, v1_lower));
+        lanes[1] = hn::BitCast(d, hn::InterleaveUpper(words, yu_lower, v1_lower));
+        lanes[2] = hn::BitCast(d, hn::InterleaveLower(yu_upper, v1_upper));
+        lanes[3] = hn::BitCast(d, hn::InterleaveUpper(words, yu_upper, v1_upper));
+    }
+
+    template <ChannelFactors factors>
+    HWY_INLINE V8 channel() const {
+        static_assert(fitsBytes(factors));
+        V8 const high = laneBytes(highPart(factors.y), highPart(factors.u), highPart(factors.v), 0);
+        V8 const low = laneBytes(factors.y, factors.u, factors.v, factors.rest());
+        auto const sum = [=](V8 bytes) HWY_ATTR {
+            V32 const upper =
+                AddByteProducts(hn::Set(BlockTagS32(), highPart(factors.rest())), bytes, high);
+            return AddByteProducts(hn::ShiftLeft<8>(upper), bytes, low);
+        };
+        return BytesOf({sum(lanes[0]), sum(lanes[1]), sum(lanes[2]), sum(lanes[3])}, toBgrBits);
+    }
+};
+
+HWY_INLINE void storeFullChroma(Bytes bgr, V8 y, V8 u, V8 v) {
+    PixelLanes const pixels(y, u, v);
+    StoreThree(bgr, {pixels.channel<ChannelFactors{lumaScale, blueFromU, 0}>(),
+                     pixels.channel<ChannelFactors{lumaScale, greenFromU, greenFromV}>(),
+                     pixels.channel<ChannelFactors{lumaScale, 0, redFromV}>()});
+}
+
+#else
+
+HWY_INLINE void storeFullChroma(Bytes bgr, V8 y, V8 u, V8 v) {
+    storeBlock<Matrix, BlueFirst>(bgr, y, Matrix::chroma(EvenBytes(u), EvenBytes(v)),
+                                  Matrix::chroma(OddBytes(u), OddBytes(v)));
+}
+
+#endif
+
+void ConvertYuv444ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::size_t u_stride,
+                        ConstBytes v, std::size_t v_stride, std::size_t width, std::size_t height,
+                        Bytes bgr, std::size_t bgr_stride) {
+    joinRows(
+        width, height,
+        y_stride == width && u_stride == width && v_stride == width && bgr_stride == 3 * width);
+    if (width < blockBytes) {
+        return Base::ConvertYuv444ToBgr(y, y_stride, u, u_stride, v, v_stride, width, height, bgr,
+                                        bgr_stride);
+    }
+    Tag8 const d;
+    for (std::size_t row = 0; row < height; ++row) {
+        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+            storeFullChroma(bgr + 3 * x, hn::LoadU(d, y + x), hn::LoadU(d, u + x),
+                            hn::LoadU(d, v + x));
+        });
+        y += y_stride;
+        u += u_stride;
+        v += v_stride;
+        bgr += bgr_stride;
+    }
+}
+
+#endif
+
+void takeRoutines([[maybe_unused]] Routines& routines) {
+#if HWY_TARGET != HWY_SCALAR
+    routines.convertI420ToBgr = ConvertI420ToBgr;
+    routines.convertI420ToRgb = ConvertI420ToRgb;
+    routines.convertNv12ToBgr = ConvertNv12ToBgr;
+    routines.convertNv12ToRgb = ConvertNv12ToRgb;
+    routines.convertNv21ToBgr = ConvertNv21ToBgr;
+    routines.convertNv21ToRgb = ConvertNv21ToRgb;
+    routines.convertNv12ToBgrDirectly = ConvertNv12ToBgrDirectly;
+    routines.convertYuv444ToBgr = ConvertYuv444ToBgr;
+#endif
+}
+
+}  // namespace
+}  // namespace Simd::Neon::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Simd::Neon {
+
+HWY_EXPORT(takeRoutines);
+
+void takeYuvToBgrRoutines(Routines& routines) {
+    HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
+}
+
+}  // namespace Simd::Neon
+#endif  // HWY_ONCE

@@ -1,0 +1,85 @@
+/// @file
+/// Bilinear resizing of 16-bit and float elements, with float weights.
+///
+/// A weighted pair is always fma(a, 1 - w, w * b), the second product rounded first.
+
+#pragma once
+
+#include <type_traits>
+
+#include "simd/resizers/resizer.h"
+#include "vector/aligned_array.h"
+#include "vector/row_program.h"
+
+namespace Simd::Base {
+
+/// For each destination index along an axis: the index of the first source sample and the weight of
+/// the second. `index` counts samples, or `channels` elements a sample, and then both are repeated
+/// for each channel. At the far end the first sample is the last but one, with weight 1; it is -1
+/// if the axis has one sample.
+void fillBilinear(ResizerMethod method, std::uint64_t src, std::uint64_t dst,
+                  std::uint64_t channels, std::int32_t* index, float* weight);
+
+/// What both classes hold. The tables are built by the constructor.
+template <class T>
+class ResizerBilinear : public Resizer {
+  public:
+    explicit ResizerBilinear(ResizerParam const& param);
+
+    /// Shifts the strides to elements and calls the typed routine.
+    void Run(std::uint8_t const* src, std::size_t srcStride, std::uint8_t* dst,
+             std::size_t dstStride) override;
+    /// @param srcStride, dstStride in elements
+    virtual void Run(T const* src, std::size_t srcStride, T* dst, std::size_t dstStride) = 0;
+
+  protected:
+    /// 16-bit rows have room for a block behind their end.
+    static constexpr std::uint64_t slack = std::is_same_v<T, float> ? 0 : 16;
+
+    AlignedArray<std::int32_t> ix;  ///< offset of each entry's first sample in a row, in elements
+    AlignedArray<std::int32_t> iy;
+    AlignedArray<float> ax;  ///< weight of each entry's second sample
+    AlignedArray<float> ay;
+    AlignedArray<float> bx[2];  ///< two rows after the horizontal pass
+};
+
+/// Any number of channels.
+class ResizerFloatBilinear : public ResizerBilinear<float> {
+  public:
+    using ResizerBilinear::ResizerBilinear;
+    using ResizerBilinear::Run;
+    void Run(float const* src, std::size_t srcStride, float* dst, std::size_t dstStride) override;
+};
+
+/// One to four channels; any other number is left unwritten.
+class ResizerShortBilinear : public ResizerBilinear<std::uint16_t> {
+  public:
+    using ResizerBilinear::ResizerBilinear;
+    using ResizerBilinear::Run;
+    void Run(std::uint16_t const* src, std::size_t srcStride, std::uint16_t* dst,
+             std::size_t dstStride) override;
+};
+
+}  // namespace Simd::Base
+
+namespace Simd::Neon {
+
+class ResizerFloatBilinear : public Base::ResizerFloatBilinear {
+  public:
+    using Base::ResizerFloatBilinear::ResizerFloatBilinear;
+    using Base::ResizerFloatBilinear::Run;
+    void Run(float const* src, std::size_t srcStride, float* dst, std::size_t dstStride) override;
+
+  private:
+    RowProgram program;  ///< how samples of a row are gathered, in this processor's registers
+};
+
+class ResizerShortBilinear : public Base::ResizerShortBilinear {
+  public:
+    using Base::ResizerShortBilinear::ResizerShortBilinear;
+    using Base::ResizerShortBilinear::Run;
+    void Run(std::uint16_t const* src, std::size_t srcStride, std::uint16_t* dst,
+             std::size_t dstStride) override;
+};
+
+}  // namespace Simd::Neon

@@ -1,0 +1,198 @@
+#include "vector/targets.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "simd/resizers/vector_floats.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include <algorithm>
+
+#include "simd/kernels/take_routines.h"
+#include "vector/ops-inl.h"
+#include "vector/walk-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Simd::Neon::HWY_NAMESPACE {
+namespace {
+
+using namespace ox::vector::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+static_assert(HWY_NATIVE_FMA, "fused sums are required");
+
+using TagF32 = hn::ScalableTag<float>;
+using TagS32 = hn::RebindToSigned<TagF32>;
+using VF32 = hn::Vec<TagF32>;
+
+HWY_INLINE std::size_t lanes() {
+    return hn::Lanes(TagF32());
+}
+
+template <class V>
+HWY_INLINE V blend(V first, V second, V weight) {
+    V const rest = hn::Sub(hn::Set(hn::DFromV<V>(), 1.0F), weight);
+    return hn::MulAdd(first, rest, hn::Mul(weight, second));
+}
+
+// The two samples of an entry are neighbours in rows of one channel, and come by one load.
+
+using PairsTag = hn::Full128<float>;
+constexpr std::size_t pairsOfBlock = 4;
+
+HWY_INLINE hn::Vec<PairsTag> blendPairs(float const* src, std::int32_t const* places,
+                                        hn::Vec<PairsTag> weight) {
+    PairsTag const d;
+    auto const pair = [=](std::size_t i)
+                          HWY_ATTR { return hn::LoadU(hn::Half<PairsTag>(), src + places[i]); };
+    auto const lower = hn::Combine(d, pair(1), pair(0));
+    auto const upper = hn::Combine(d, pair(3), pair(2));
+    return blend(hn::ConcatEven(d, upper, lower), hn::ConcatOdd(d, upper, lower), weight);
+}
+
+void blendFloatPairs(FloatColumns columns, float const* src, float* sums) {
+    PairsTag const d;
+    walkShortBlocks(columns.entries, pairsOfBlock, [=](std::size_t k) HWY_ATTR {
+        auto const weight = hn::LoadU(d, columns.weight + k);
+        hn::StoreU(blendPairs(src, columns.first + k, weight), d, sums + k);
+    });
+}
+
+void blendFloatPairRows(FloatColumns const& columns, float const* top, float const* bottom,
+                        float weight, float* dst) {
+    PairsTag const d;
+    auto const second_weight = hn::Set(d, weight);
+    std::int32_t const* const first = columns.first;
+    float const* const weights = columns.weight;
+    walkShortBlocks(columns.entries, pairsOfBlock, [=](std::size_t k) HWY_ATTR {
+        auto const column_weight = hn::LoadU(d, weights + k);
+        hn::StoreU(blend(blendPairs(top, first + k, column_weight),
+                         blendPairs(bottom, first + k, column_weight), second_weight),
+                   d, dst + k);
+    });
+}
+
+#if HWY_TARGET == HWY_AVX3_DL
+
+// A step takes its samples out of two registers by one permutation.
+
+constexpr std::uint64_t windowLanes = 32;
+constexpr std::uint64_t stepLanes = 16;
+
+/// A step ends when it has as many entries as fit, or when the next pixel lies about a window
+/// behind its start.
+std::uint64_t mostSteps(FloatColumns const& columns) {
+    std::uint64_t const of_source = columns.rowElements / (windowLanes - 2 * columns.channels + 1);
+    return of_source + columns.entries / stepLanes + 2;
+}
+
+bool compileFloatColumns(FloatColumns const& columns, RowProgram& program) {
+    constexpr std::uint64_t most_channels = 8;
+    if (columns.entries < stepLanes || columns.rowElements < windowLanes ||
+        columns.channels > most_channels) {
+        return false;
+    }
+    constexpr std::uint64_t sparse = 3;  // pixels apart: steps have few entries then
+    program.takesPairs = columns.channels == 1 && columns.rowElements / columns.entries >= sparse;
+    if (program.takesPairs || program.steps != 0) {
+        return true;
+    }
+    program.offsets.Resize((2 + stepLanes) * mostSteps(columns), 64);
+    auto const last_window = static_cast<std::int32_t>(columns.rowElements - windowLanes);
+    std::int32_t* step = program.offsets.data;
+    std::uint64_t used = stepLanes;  // entries of the step
+    std::uint64_t channel = 0;
+    for (std::uint64_t k = 0; k < columns.entries; ++k) {
+        std::int32_t const second = columns.first[k] + static_cast<std::int32_t>(columns.channels);
+        if (used == stepLanes || second - step[0] >= static_cast<std::int32_t>(windowLanes)) {
+            step += k == 0 ? 0 : 2 + stepLanes;
+            step[0] = std::min(columns.first[k] - static_cast<std::int32_t>(channel), last_window);
+            step[1] = static_cast<std::int32_t>(k);
+            std::fill_n(step + 2, stepLanes, 0);
+            used = 0;
+            ++program.steps;
+        }
+        step[2 + used] = columns.first[k] - step[0];
+        ++used;
+        channel = channel + 1 == columns.channels ? 0 : channel + 1;
+    }
+    return true;
+}
+
+void blendFloatColumns(RowProgram const& program, FloatColumns const& columns, float const* src,
+                       float* sums) {
+    if (program.takesPairs) {
+        return blendFloatPairs(columns, src, sums);
+    }
+    TagF32 const d;
+    __m512i const pixel = _mm512_set1_epi32(static_cast<int>(columns.channels));
+    std::int32_t const* step = program.offsets.data;
+    for (std::uint64_t i = 0; i < program.steps; ++i, step += 2 + stepLanes) {
+        __m512 const lower = _mm512_loadu_ps(src + step[0]);
+        __m512 const upper = _mm512_loadu_ps(src + step[0] + 16);
+        __m512i const places = _mm512_loadu_si512(step + 2);
+        VF32 const first{_mm512_permutex2var_ps(lower, places, upper)};
+        VF32 const second{_mm512_permutex2var_ps(lower, _mm512_add_epi32(places, pixel), upper)};
+        hn::StoreU(blend(first, second, hn::LoadU(d, columns.weight + step[1])), d, sums + step[1]);
+    }
+}
+
+#else
+
+bool compileFloatColumns(FloatColumns const& columns, RowProgram& program) {
+    program.takesPairs = columns.channels == 1;
+    return columns.entries >= lanes();
+}
+
+void blendFloatColumns(RowProgram const& program, FloatColumns const& columns, float const* src,
+                       float* sums) {
+    if (program.takesPairs) {
+        return blendFloatPairs(columns, src, sums);
+    }
+    TagF32 const d;
+    walkShortBlocks(columns.entries, lanes(), [&](std::size_t k) HWY_ATTR {
+        auto const places = hn::LoadU(TagS32(), columns.first + k);
+        VF32 const first = hn::GatherIndex(d, src, places);
+        VF32 const second = hn::GatherIndex(d, src + columns.channels, places);
+        hn::StoreU(blend(first, second, hn::LoadU(d, columns.weight + k)), d, sums + k);
+    });
+}
+
+#endif
+
+void blendFloatRows(float const* top, float const* bottom, float weight, std::size_t count,
+                    float* dst) {
+    TagF32 const d;
+    VF32 const second_weight = hn::Set(d, weight);
+    walkShortBlocks(count, lanes(), [&](std::size_t k) HWY_ATTR {
+        hn::StoreU(blend(hn::LoadU(d, top + k), hn::LoadU(d, bottom + k), second_weight), d,
+                   dst + k);
+    });
+}
+
+#endif
+
+void takeRoutines([[maybe_unused]] Routines& routines) {
+#if HWY_TARGET != HWY_SCALAR
+    routines.compileFloatColumns = compileFloatColumns;
+    routines.blendFloatColumns = blendFloatColumns;
+    routines.blendFloatPairRows = blendFloatPairRows;
+    routines.blendFloatRows = blendFloatRows;
+#endif
+}
+
+}  // namespace
+}  // namespace Simd::Neon::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Simd::Neon {
+
+HWY_EXPORT(takeRoutines);
+
+void takeResizeFloatRoutines(Routines& routines) {
+    HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
+}
+
+}  // namespace Simd::Neon
+#endif  // HWY_ONCE

@@ -1,0 +1,64 @@
+/// @file
+/// What the row routines of both affine warps share.
+
+#pragma once
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "simd/warps/columns.h"
+#include "simd/warps/warp_affine.h"
+
+namespace Simd::Base {
+
+/// Bytes of scratch for a row: `bytes` for each column, and for one more. What doesn't fit 64 bits
+/// is a size that can't be had.
+inline std::uint64_t warpSliceBytes(WarpAffineParam const& param, std::uint64_t bytes) {
+    std::uint64_t const columns = (param.dstW + param.align - 1) / param.align * param.align;
+    return columns < UINT64_MAX / bytes - param.align ? (columns + param.align) * bytes
+                                                      : UINT64_MAX;
+}
+
+/// Whether every offset in the source fits 32 bits, which rows that overlap may not.
+inline bool hasShortOffsets(WarpAffineParam const& param) {
+    constexpr std::uint64_t most = 0x100000000;
+    return param.srcW <= most / param.channels &&
+           (param.srcH - 1) * param.srcS <= most - param.srcW * param.channels;
+}
+
+/// Index of the last of `count`, or of the last that a coordinate can reach.
+inline std::int32_t lastIndex(std::uint64_t count) {
+    constexpr std::uint64_t most = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::min(count - 1, most));
+}
+
+inline WarpPlane sourcePlane(WarpAffineParam const& param) {
+    return {lastIndex(param.srcW), lastIndex(param.srcH), static_cast<std::uint32_t>(param.srcS),
+            static_cast<std::uint32_t>(param.channels)};
+}
+
+template <std::size_t channels>
+void copyPixel(std::uint8_t* dst, std::uint8_t const* src) {
+    std::memcpy(dst, src, channels);
+}
+
+/// Columns `first` up to before `last` of a row take the border's colour, unless they stay as they
+/// are.
+template <std::size_t channels>
+void fillBorder(WarpAffineParam const& param, std::uint8_t* row, std::uint64_t first,
+                std::uint64_t last) {
+    if ((param.flags & WarpAffineFlagTransparent) != 0) {
+        return;
+    }
+    if (first < last && std::count(param.border, param.border + channels, param.border[0]) ==
+                            static_cast<std::ptrdiff_t>(channels)) {
+        std::memset(row + first * channels, param.border[0], (last - first) * channels);
+        return;
+    }
+    for (std::uint64_t x = first; x < last; ++x) {
+        copyPixel<channels>(row + x * channels, param.border);
+    }
+}
+
+}  // namespace Simd::Base

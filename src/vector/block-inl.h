@@ -1,0 +1,87 @@
+/// @file
+/// The registers that the vector routines work on, once per instruction set.
+///
+/// A block is a register of bytes, one pixel (or pair of chroma) each: 64 with AVX3_DL, 32 with
+/// AVX2, 16 with NEON. Registers are made of lanes of 16 bytes; widening and packing stay within
+/// them.
+
+// Included once per instruction set, so the guard is a toggle.
+#if defined(OX_VECTOR_BLOCK_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef OX_VECTOR_BLOCK_INL_H
+#undef OX_VECTOR_BLOCK_INL_H
+#else
+#define OX_VECTOR_BLOCK_INL_H
+#endif
+
+#include <hwy/highway.h>
+
+#include <cstddef>
+#include <cstdint>
+
+#if HWY_TARGET == HWY_AVX3_DL
+// Highway looks for AVX512-VNNI before it takes this target, but doesn't name it to the compiler.
+#undef HWY_TARGET_STR
+#define HWY_TARGET_STR  \
+    HWY_TARGET_STR_AVX3 \
+    ",vpclmulqdq,avx512vbmi,avx512vbmi2,vaes,avxvnni,avx512vnni,avx512bitalg,avx512vpopcntdq"
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace ox::vector::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+#if HWY_TARGET == HWY_AVX3_DL
+constexpr std::size_t blockBytes = 64;
+constexpr std::size_t permutePeriod = 64;  ///< bytes that one byte permute reaches
+#elif HWY_TARGET == HWY_NEON
+constexpr std::size_t blockBytes = 16;
+#else
+constexpr std::size_t blockBytes = 32;
+constexpr std::size_t permutePeriod = 16;
+#endif
+
+/// What resizing takes at a time: what one byte permute reaches.
+constexpr std::size_t windowBytes = blockBytes == 64 ? 64 : 16;
+
+/// In a table of places, a byte of which nothing comes.
+constexpr std::uint8_t emptyPlace = 0x80;
+
+using Tag8 = hn::CappedTag<std::uint8_t, blockBytes>;
+using Tag16 = hn::RepartitionToWide<Tag8>;
+using TagS16 = hn::RebindToSigned<Tag16>;
+using BlockTagS32 = hn::RebindToSigned<hn::RepartitionToWide<Tag16>>;
+using HalfTag8 = hn::Half<Tag8>;
+using BlockTagF32 = hn::Repartition<float, Tag8>;
+using WindowTag = hn::CappedTag<std::uint8_t, windowBytes>;
+using WindowTag16 = hn::RepartitionToWide<WindowTag>;
+using WindowTagS32 = hn::RebindToSigned<hn::RepartitionToWide<WindowTag16>>;
+using V8 = hn::Vec<Tag8>;
+using V16 = hn::Vec<TagS16>;
+using V32 = hn::Vec<BlockTagS32>;
+using VF = hn::Vec<BlockTagF32>;
+
+/// The channels of a block of pixels.
+struct ThreeChannels {
+    V8 c0;
+    V8 c1;
+    V8 c2;
+};
+
+/// The bytes at even and at odd positions, widened.
+HWY_INLINE V16 EvenBytes(V8 v) {
+    return hn::And(hn::BitCast(TagS16(), v), hn::Set(TagS16(), 0xff));
+}
+
+HWY_INLINE V16 OddBytes(V8 v) {
+    return hn::BitCast(TagS16(), hn::ShiftRight<8>(hn::BitCast(Tag16(), v)));
+}
+
+#endif  // HWY_SCALAR
+
+}  // namespace ox::vector::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // toggle

@@ -1,0 +1,259 @@
+/// @file
+/// The operations of ops-inl.h on NEON.
+
+// Included once per instruction set, so the guard is a toggle.
+#if defined(OX_VECTOR_OPS_NEON_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef OX_VECTOR_OPS_NEON_INL_H
+#undef OX_VECTOR_OPS_NEON_INL_H
+#else
+#define OX_VECTOR_OPS_NEON_INL_H
+#endif
+
+#include "vector/block-inl.h"
+#include "vector/split.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ox::vector::HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_NEON
+
+HWY_INLINE ThreeChannels LoadThree(std::uint8_t const* p) {
+    uint8x16x3_t const v = vld3q_u8(p);
+    return {V8(v.val[0]), V8(v.val[1]), V8(v.val[2])};
+}
+
+HWY_INLINE void StoreThree(std::uint8_t* p, ThreeChannels v) {
+    vst3q_u8(p, {v.c0.raw, v.c1.raw, v.c2.raw});
+}
+
+HWY_INLINE void StoreThreePixels(std::uint8_t* p, ThreeChannels v) {
+    StoreThree(p, v);
+}
+
+HWY_INLINE void StoreThreeSame(std::uint8_t* p, V8 v) {
+    StoreThree(p, {v, v, v});
+}
+
+HWY_INLINE V8 PackPixels(V16 even, V16 odd) {
+    return V8(vzip1q_u8(vcombine_u8(vqmovun_s16(even.raw), vdup_n_u8(0)),
+                        vcombine_u8(vqmovun_s16(odd.raw), vdup_n_u8(0))));
+}
+
+/// floor(v * factor / 2^13), for |v| <= 256.
+HWY_INLINE V16 MulShift13(V16 v, std::int16_t factor) {
+    return V16(vqdmulhq_n_s16(vshlq_n_s16(v.raw, 2), factor));
+}
+
+HWY_INLINE V16 AddWhereGreater(V16 sum, V16 a, V16 b) {
+    return V16(vsubq_s16(sum.raw, vreinterpretq_s16_u16(vcgtq_s16(a.raw, b.raw))));
+}
+
+/// Eight pixels, ready to be weighted.
+struct PixelHalf {
+    uint8x8_t b;
+    uint8x8_t g;
+    uint8x8_t r;
+};
+
+HWY_INLINE PixelHalf LowerHalf(ThreeChannels v) {
+    return {vget_low_u8(v.c0.raw), vget_low_u8(v.c1.raw), vget_low_u8(v.c2.raw)};
+}
+
+HWY_INLINE PixelHalf UpperHalf(ThreeChannels v) {
+    return {vget_high_u8(v.c0.raw), vget_high_u8(v.c1.raw), vget_high_u8(v.c2.raw)};
+}
+
+HWY_INLINE uint8x8_t AverageOfFour(V8 top, V8 bottom) {
+    return vrshrn_n_u16(vpadalq_u8(vpaddlq_u8(top.raw), bottom.raw), 2);
+}
+
+HWY_INLINE PixelHalf Average(ThreeChannels top, ThreeChannels bottom) {
+    return {AverageOfFour(top.c0, bottom.c0), AverageOfFour(top.c1, bottom.c1),
+            AverageOfFour(top.c2, bottom.c2)};
+}
+
+template <int weight>
+HWY_INLINE uint16x8_t AddProduct(uint16x8_t sum, uint8x8_t channel) {
+    if constexpr (weight >= 0) {
+        return vmlal_u8(sum, channel, vdup_n_u8(weight));
+    } else {
+        return vmlsl_u8(sum, channel, vdup_n_u8(-weight));
+    }
+}
+
+template <ChannelWeights weights>
+HWY_INLINE int16x8_t SumOf(PixelHalf p) {
+    uint16x8_t sum = vdupq_n_u16(0);
+    sum = AddProduct<weights.b>(sum, p.b);
+    sum = AddProduct<weights.g>(sum, p.g);
+    sum = AddProduct<weights.r>(sum, p.r);
+    return vreinterpretq_s16_u16(sum);
+}
+
+template <ChannelWeights weights>
+HWY_INLINE uint8x8_t WeightedBytesOf(PixelHalf p) {
+    constexpr SplitWeights split = splitWeights(weights);
+    int16x8_t const sum = vsraq_n_s16(SumOf<split.high>(p), SumOf<split.low>(p), 7);
+    return vreinterpret_u8_s8(vrshrn_n_s16(sum, 7));
+}
+
+template <ChannelWeights weights>
+HWY_INLINE V8 WeightedBytes(PixelHalf lower, PixelHalf upper) {
+    return V8(vcombine_u8(WeightedBytesOf<weights>(lower), WeightedBytesOf<weights>(upper)));
+}
+
+template <ChannelWeights weights>
+HWY_INLINE hn::Vec<HalfTag8> WeightedBytes(PixelHalf p) {
+    return hn::Vec<HalfTag8>(WeightedBytesOf<weights>(p));
+}
+
+HWY_INLINE uint16x8_t TruncateTwo(VF a, VF b) {
+    return vreinterpretq_u16_s16(
+        vcombine_s16(vqmovn_s32(vcvtq_s32_f32(a.raw)), vqmovn_s32(vcvtq_s32_f32(b.raw))));
+}
+
+/// Four registers of floats as a block of bytes, in order; for numbers from 0 to 255.
+HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
+    return V8(vcombine_u8(vqmovn_u16(TruncateTwo(a, b)), vqmovn_u16(TruncateTwo(c, d))));
+}
+
+HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
+    return hn::Vec<WindowTag>(vqtbl1q_u8(v.raw, places.raw));
+}
+
+HWY_INLINE hn::Vec<WindowTag> PermuteToWords(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
+    return PermuteWindow(v, places);  // places past the window give 0
+}
+
+HWY_INLINE hn::Vec<WindowTagS32> MulAddWords(hn::Vec<WindowTag> words, hn::Vec<WindowTag> weights) {
+    int16x8_t const a = vreinterpretq_s16_u8(words.raw);
+    int16x8_t const b = vreinterpretq_s16_u8(weights.raw);
+    return hn::Vec<WindowTagS32>(
+        vpaddq_s32(vmull_s16(vget_low_s16(a), vget_low_s16(b)), vmull_high_s16(a, b)));
+}
+
+HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
+                                                  hn::Vec<WindowTag> weights) {
+    return hn::Vec<WindowTag16>(
+        vpaddq_u16(vmull_u8(vget_low_u8(bytes.raw), vget_low_u8(weights.raw)),
+                   vmull_high_u8(bytes.raw, weights.raw)));
+}
+
+/// (a * (64 - weight) + b * weight) >> 6, for weights from 0 to 64.
+HWY_INLINE V8 BlendBy64ths(V8 a, V8 b, std::int8_t weight) {
+    uint8x16_t const second = vdupq_n_u8(static_cast<std::uint8_t>(weight));
+    uint8x16_t const first = vsubq_u8(vdupq_n_u8(64), second);
+    uint16x8_t const lower = vmull_u8(vget_low_u8(a.raw), vget_low_u8(first));
+    uint16x8_t const upper = vmull_high_u8(a.raw, first);
+    return V8(
+        vshrn_high_n_u16(vshrn_n_u16(vmlal_u8(lower, vget_low_u8(b.raw), vget_low_u8(second)), 6),
+                         vmlal_high_u8(upper, b.raw, second), 6));
+}
+
+/// Of the first and of the second half of the words.
+struct WordSums {
+    int32x4_t lower;
+    int32x4_t upper;
+};
+
+HWY_INLINE WordSums NoWordSums() {
+    return {vdupq_n_s32(0), vdupq_n_s32(0)};
+}
+
+HWY_INLINE WordSums AddWordProducts(WordSums sums, V16 words, V16 weights) {
+    return {vmlal_s16(sums.lower, vget_low_s16(words.raw), vget_low_s16(weights.raw)),
+            vmlal_high_s16(sums.upper, words.raw, weights.raw)};
+}
+
+HWY_INLINE V32 TotalOf(WordSums sums) {
+    return V32(vpaddq_s32(sums.lower, sums.upper));
+}
+
+HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
+    hn::Rebind<std::uint8_t, BlockTagS32> const d;
+    hn::StoreU(hn::DemoteTo(d, v), d, p);
+}
+
+HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
+    return V32(vpaddq_s32(a.raw, b.raw));
+}
+
+using ColourHalf = PixelHalf;
+
+HWY_INLINE ColourHalf LowerColours(ThreeChannels v) {
+    return LowerHalf(v);
+}
+
+HWY_INLINE ColourHalf UpperColours(ThreeChannels v) {
+    return UpperHalf(v);
+}
+
+template <ChannelWeights weights>
+HWY_INLINE V16 SumModulo(ColourHalf p) {
+    return V16(SumOf<weights>(p));
+}
+
+HWY_INLINE V8 HighBytes(V16 lower, V16 upper) {
+    return V8(vuzp2q_u8(vreinterpretq_u8_s16(lower.raw), vreinterpretq_u8_s16(upper.raw)));
+}
+
+template <ChannelWeights weights, int shift>
+HWY_INLINE V16 MeanWords(V16 b, V16 g, V16 r) {
+    auto const sum = [](int16x4_t blue, int16x4_t green, int16x4_t red) HWY_ATTR {
+        int32x4_t v = vdupq_n_s32(128 << shift);
+        v = vmlal_n_s16(v, blue, weights.b);
+        v = vmlal_n_s16(v, green, weights.g);
+        return vshrn_n_s32(vmlal_n_s16(v, red, weights.r), shift);
+    };
+    return V16(vcombine_s16(sum(vget_low_s16(b.raw), vget_low_s16(g.raw), vget_low_s16(r.raw)),
+                            sum(vget_high_s16(b.raw), vget_high_s16(g.raw), vget_high_s16(r.raw))));
+}
+
+struct FourSums {
+    int32x4_t s0;
+    int32x4_t s1;
+    int32x4_t s2;
+    int32x4_t s3;
+};
+
+HWY_INLINE FourSums NoFourSums() {
+    int32x4_t const zero = vdupq_n_s32(0);
+    return {zero, zero, zero, zero};
+}
+
+HWY_INLINE FourSums AddRow(FourSums sums, V8 row, std::int16_t weight) {
+    int16x8_t const lower = vreinterpretq_s16_u16(vmovl_u8(vget_low_u8(row.raw)));
+    int16x8_t const upper = vreinterpretq_s16_u16(vmovl_high_u8(row.raw));
+    return {vmlal_n_s16(sums.s0, vget_low_s16(lower), weight),
+            vmlal_high_n_s16(sums.s1, lower, weight),
+            vmlal_n_s16(sums.s2, vget_low_s16(upper), weight),
+            vmlal_high_n_s16(sums.s3, upper, weight)};
+}
+
+HWY_INLINE FourSums AddTwoRows(FourSums sums, V8 a, V8 b, std::int16_t weight_a,
+                               std::int16_t weight_b) {
+    return AddRow(AddRow(sums, a, weight_a), b, weight_b);
+}
+
+HWY_INLINE V8 BytesOf(FourSums sums, int shift) {
+    int32x4_t const left = vdupq_n_s32(-shift);
+    auto const words = [&](int32x4_t a, int32x4_t b) HWY_ATTR {
+        return vcombine_s16(vqmovn_s32(vshlq_s32(a, left)), vqmovn_s32(vshlq_s32(b, left)));
+    };
+    return V8(
+        vcombine_u8(vqmovun_s16(words(sums.s0, sums.s1)), vqmovun_s16(words(sums.s2, sums.s3))));
+}
+
+/// The bytes of two sums, in pairs.
+template <ChannelWeights first, ChannelWeights second>
+HWY_INLINE V8 WeightedPairs(PixelHalf p) {
+    uint8x8x2_t const pairs = vzip_u8(WeightedBytesOf<first>(p), WeightedBytesOf<second>(p));
+    return V8(vcombine_u8(pairs.val[0], pairs.val[1]));
+}
+
+#endif
+
+}  // namespace ox::vector::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // toggle

@@ -1,0 +1,67 @@
+/// @file
+/// The walks of vector routines over rows and arrays.
+
+#if defined(OX_VECTOR_WALK_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef OX_VECTOR_WALK_INL_H
+#undef OX_VECTOR_WALK_INL_H
+#else
+#define OX_VECTOR_WALK_INL_H
+#endif
+
+#include <hwy/highway.h>
+
+#include <cstddef>
+#include <cstdint>
+
+HWY_BEFORE_NAMESPACE();
+namespace ox::vector::HWY_NAMESPACE {
+
+/// Makes one row of rows that follow one another.
+HWY_INLINE void joinRows(std::size_t& width, std::size_t& height, bool follow) {
+    if (follow) {
+        width *= height;
+        height = 1;
+    }
+}
+
+enum class For { reading, writing };
+
+/// Asks for the `bytes` that a later block will work on, `ahead` bytes behind those of this one. It
+/// pays where little is computed on much; past the row's end it is in vain, for it can't fault.
+template <std::size_t bytes, std::size_t ahead, For purpose = For::reading>
+HWY_INLINE void prefetch(void const* at) {
+    auto const address = reinterpret_cast<std::uintptr_t>(at) + ahead;
+    for (std::size_t line = 0; line < bytes; line += 64) {
+        // An address that no pointer of the row's may be moved to.
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
+        auto const* const target = reinterpret_cast<void const*>(address + line);
+        __builtin_prefetch(target, purpose == For::writing ? 1 : 0);
+    }
+}
+
+/// Calls block(x) for the whole blocks of a row that has one at least; the last block overlaps the
+/// one before where the row's length isn't a multiple.
+template <class Block>
+HWY_INLINE void walkBlocks(std::size_t length, std::size_t block_length, Block block) {
+    // One call, so that a block's code is there once.
+    for (std::size_t x = 0; x < length; x += block_length) {
+        block(HWY_MIN(x, length - block_length));
+    }
+}
+
+/// The same for blocks that are so short that the walk itself counts: their code is there twice.
+template <class Block>
+HWY_INLINE void walkShortBlocks(std::size_t length, std::size_t block_length, Block block) {
+    std::size_t x = 0;
+    for (; x + block_length <= length; x += block_length) {
+        block(x);
+    }
+    if (x < length) {
+        block(length - block_length);
+    }
+}
+
+}  // namespace ox::vector::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // toggle
