@@ -150,7 +150,7 @@ bool AreaRowTaps::sum(SumRows::Cut const& cut, std::int64_t samples, unsigned ch
     rows::Routines const& routines = rows::routines();
     auto const bytes = static_cast<std::size_t>(samples);
     // Neither for short rows, nor for cells of more rows than there is room for.
-    if (routines.sum_rows == nullptr || bytes < routines.least_row_bytes ||
+    if (routines.taps.sum_rows == nullptr || bytes < routines.taps.least_row_bytes ||
         std::max<std::int64_t>(cut.middle_end, 1) + 1 > static_cast<std::int64_t>(_words.size())) {
         return false;
     }
@@ -161,7 +161,8 @@ bool AreaRowTaps::sum(SumRows::Cut const& cut, std::int64_t samples, unsigned ch
         return true;
     }
     if (is_one && _rows.size() == 2) {
-        routines.blend_rows(_rows[0], _rows[1], blendWeight(_weights[1], cut.shift), bytes, dst);
+        routines.blend.blend_rows(_rows[0], _rows[1], blendWeight(_weights[1], cut.shift), bytes,
+                                  dst);
         return true;
     }
     if (_rows.empty() || !std::all_of(_weights.begin(), _weights.end(), isWord) ||
@@ -169,7 +170,7 @@ bool AreaRowTaps::sum(SumRows::Cut const& cut, std::int64_t samples, unsigned ch
         return false;
     }
     std::copy(_weights.begin(), _weights.end(), _words.begin());
-    routines.sum_rows({_rows.data(), _words.data(), _rows.size(), cut.shift}, bytes, dst);
+    routines.taps.sum_rows({_rows.data(), _words.data(), _rows.size(), cut.shift}, bytes, dst);
     return true;
 }
 

@@ -32,11 +32,12 @@ bool describeBilinearBlend(RowPlan const& row, ScaleElement element, std::int32_
 bool BlendPlane::plan(rows::BlendAxis const& axis, char const* file) {
     rows::Routines const& routines = rows::routines();
     std::size_t const bytes = axis.pixels.size() * axis.channels;
-    if (routines.compile_blend == nullptr || bytes < routines.least_row_bytes) {
+    if (routines.blend.compile_blend == nullptr || bytes < routines.blend.least_row_bytes) {
         return false;
     }
     _copies = planPixels(axis, file);
-    if (!_copies && !withMemory(file, [&] { return routines.compile_blend(axis, _program); })) {
+    if (!_copies &&
+        !withMemory(file, [&] { return routines.blend.compile_blend(axis, _program); })) {
         return false;
     }
     _bytes = bytes;
@@ -67,7 +68,7 @@ void BlendPlane::blend(unsigned char const* src, unsigned char* dst) {
     if (_copies) {
         rows::routines().copy_pixels(_pixels, src, dst);
     } else {
-        rows::routines().blend_columns(_program, src, dst);
+        rows::routines().blend.blend_columns(_program, src, dst);
     }
 }
 
@@ -98,18 +99,18 @@ void BlendPlane::columnsAndRows(unsigned char const* upper, std::int64_t upper_r
                                 std::uint32_t weight, unsigned char* dst) {
     unsigned char const* const top = keep(upper, upper_row, lower_row);
     unsigned char const* const bottom = keep(lower, lower_row, upper_row);
-    rows::routines().blend_rows(top, bottom, static_cast<std::uint16_t>(weight), _bytes, dst);
+    rows::routines().blend.blend_rows(top, bottom, static_cast<std::uint16_t>(weight), _bytes, dst);
 }
 
 bool blendRowsByVectors(unsigned char const* upper, unsigned char const* lower,
                         std::uint32_t weight, std::int64_t bytes, unsigned char* dst) {
     rows::Routines const& routines = rows::routines();
-    if (routines.blend_rows == nullptr ||
-        bytes < static_cast<std::int64_t>(routines.least_row_bytes)) {
+    if (routines.blend.blend_rows == nullptr ||
+        bytes < static_cast<std::int64_t>(routines.blend.least_row_bytes)) {
         return false;
     }
-    routines.blend_rows(upper, lower, static_cast<std::uint16_t>(weight),
-                        static_cast<std::size_t>(bytes), dst);
+    routines.blend.blend_rows(upper, lower, static_cast<std::uint16_t>(weight),
+                              static_cast<std::size_t>(bytes), dst);
     return true;
 }
 

@@ -38,8 +38,8 @@ Byte lowByte(float value) {
 /// Numbers from 0 to 255.
 void bytesToFloats(Byte const* src, std::size_t count, Byte* dst) {
     rows::Routines const& routines = rows::routines();
-    if (routines.bytes_to_floats != nullptr && count >= routines.least_floats) {
-        return routines.bytes_to_floats(src, count, dst);
+    if (routines.colour.bytes_to_floats != nullptr && count >= routines.colour.least_floats) {
+        return routines.colour.bytes_to_floats(src, count, dst);
     }
     for (std::size_t i = 0; i < count; ++i) {
         storeFloat(dst, static_cast<std::int64_t>(i), src[i]);
@@ -128,8 +128,8 @@ void bgr32fToBgr24(RowData const* const* rows, RowData& dst, int width,
     Byte const* const src = (*rows[0])[0];
     std::size_t const count = 3 * pixelsOf(width);
     rows::Routines const& routines = rows::routines();
-    if (routines.floats_to_low_bytes != nullptr && count >= routines.least_floats) {
-        return routines.floats_to_low_bytes(src, count, dst[0]);
+    if (routines.colour.floats_to_low_bytes != nullptr && count >= routines.colour.least_floats) {
+        return routines.colour.floats_to_low_bytes(src, count, dst[0]);
     }
     for (std::size_t i = 0; i < count; ++i) {
         dst[0][i] = lowByte(loadFloat(src, static_cast<std::int64_t>(i)));

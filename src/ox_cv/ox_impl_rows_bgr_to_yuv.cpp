@@ -69,13 +69,14 @@ struct SampleRows {
     static int convertByVectors(rows::BgrRows src, Samples dst, int width) {
         rows::Routines const& routines = rows::routines();
         auto const layout = rows::yuvLayoutOf(dst, LumaStep, ChromaStep, Columns);
-        rows::BgrToYuv* const convert = routines.bgr_to_yuv[static_cast<std::size_t>(layout)];
+        rows::BgrToYuv* const convert =
+            routines.colour.bgr_to_yuv[static_cast<std::size_t>(layout)];
         bool const all = dst.y != nullptr && dst.u != nullptr && dst.v != nullptr;
         bool const luma_alone = LumaStep == 1 && Columns == 2 && dst.y != nullptr &&
                                 dst.u == nullptr && dst.v == nullptr;
         int const pixels = width / Columns * Columns;
         if (convert == nullptr || !(all || luma_alone) ||
-            pixels < static_cast<int>(routines.least_pixels)) {
+            pixels < static_cast<int>(routines.colour.least_pixels)) {
             return 0;
         }
         convert(src, static_cast<std::size_t>(pixels), dst);
@@ -127,8 +128,9 @@ void bgr24ToGray(RowData const* const* rows, RowData& dst, int width, ImplFormat
     }
     Byte const* const src = (*rows[0])[0];
     rows::Routines const& routines = rows::routines();
-    if (routines.bgr_to_gray != nullptr && width >= static_cast<int>(routines.least_pixels)) {
-        routines.bgr_to_gray(src, static_cast<std::size_t>(width), dst[0]);
+    if (routines.colour.bgr_to_gray != nullptr &&
+        width >= static_cast<int>(routines.colour.least_pixels)) {
+        routines.colour.bgr_to_gray(src, static_cast<std::size_t>(width), dst[0]);
     } else {
         sampleRow<Gray, 1, 1>(src, nullptr, dst[0], 1, width);
     }

@@ -239,9 +239,9 @@ rows::PackedLuma* packedLumaOf(rows::YuvLayout layout) {
     rows::Routines const& routines = rows::routines();
     switch (layout) {
         case rows::YuvLayout::PackedYuyv:
-            return routines.luma_of_yuyv;
+            return routines.colour.luma_of_yuyv;
         case rows::YuvLayout::PackedUyvy:
-            return routines.luma_of_uyvy;
+            return routines.colour.luma_of_uyvy;
         default:
             return nullptr;
     }
@@ -257,7 +257,7 @@ int copyLuma(rows::YuvSamples<Byte const> src, FormatInfo const& info, Byte* dst
         return width;
     }
     rows::PackedLuma* const packed_luma = packedLumaOf(layout);
-    if (packed_luma != nullptr && pixels >= rows::routines().least_pixels) {
+    if (packed_luma != nullptr && pixels >= rows::routines().colour.least_pixels) {
         packed_luma(src.y - info.y_offset, pixels, dst);
         return width;
     }

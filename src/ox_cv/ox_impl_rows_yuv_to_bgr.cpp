@@ -34,9 +34,9 @@ template <int LumaStep, int ChromaStep, int PixelsPerChroma>
 int convertByVectors(Samples src, Byte* dst, int width) {
     rows::Routines const& routines = rows::routines();
     auto const layout = rows::yuvLayoutOf(src, LumaStep, ChromaStep, PixelsPerChroma);
-    rows::YuvToBgr* const convert = routines.yuv_to_bgr[static_cast<std::size_t>(layout)];
+    rows::YuvToBgr* const convert = routines.colour.yuv_to_bgr[static_cast<std::size_t>(layout)];
     int const pixels = width / PixelsPerChroma * PixelsPerChroma;
-    if (convert == nullptr || pixels < static_cast<int>(routines.least_pixels)) {
+    if (convert == nullptr || pixels < static_cast<int>(routines.colour.least_pixels)) {
         return 0;
     }
     convert(src, static_cast<std::size_t>(pixels), dst);

@@ -22,12 +22,12 @@ std::array<unsigned char*, 4> planesOf(Buffer const& buffer, std::uint64_t plane
 
 bool TapPlanes::plan(rows::TapAxis const& axis, std::size_t channels, std::uint64_t src_pixels,
                      char const* file) {
-    if (rows::routines().compile_taps == nullptr || axis.taps == 0 || axis.starts.empty()) {
+    if (rows::routines().taps.compile_taps == nullptr || axis.taps == 0 || axis.starts.empty()) {
         return false;
     }
     auto const compile = [&](std::size_t interleaved) {
         return withMemory(file, [&] {
-            return rows::routines().compile_taps(axis, {interleaved, src_pixels}, _program);
+            return rows::routines().taps.compile_taps(axis, {interleaved, src_pixels}, _program);
         });
     };
     _channels = channels;
@@ -49,7 +49,7 @@ bool TapPlanes::plan(rows::TapAxis const& axis, std::size_t channels, std::uint6
 }
 
 void TapPlanes::sum(unsigned char const* src, unsigned char* dst) {
-    rows::SumTaps* const sum_taps = rows::routines().sum_taps;
+    rows::SumTaps* const sum_taps = rows::routines().taps.sum_taps;
     if (_as_it_is) {
         return sum_taps(_program, src, dst);
     }

@@ -39,8 +39,8 @@ void sumWords(unsigned char const* const* rows, std::int16_t const* weights, int
               std::uint64_t bytes, unsigned char* dst) {
     rows::RowTaps const row_taps{rows, weights, static_cast<std::size_t>(taps), shift};
     rows::Routines const& routines = rows::routines();
-    if (routines.sum_rows != nullptr && taps > 0 && bytes >= routines.least_row_bytes) {
-        routines.sum_rows(row_taps, bytes, dst);
+    if (routines.taps.sum_rows != nullptr && taps > 0 && bytes >= routines.taps.least_row_bytes) {
+        routines.taps.sum_rows(row_taps, bytes, dst);
     } else {
         sumPlainly(row_taps, bytes, dst);
     }

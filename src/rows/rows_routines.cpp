@@ -1,42 +1,38 @@
 #include "rows/rows_routines.h"
 
-#ifdef OX_WITH_HIGHWAY
-#include "rows/rows_targets.h"
 #include "simd/kernels/neon.h"
-#endif
+#include "vector/dispatch.h"
 
 namespace ox::rows {
 
 namespace {
 
-Routines& chosenRoutines() {
-    static Routines chosen = findRoutines();
-    return chosen;
-}
+using Table = vector::RoutineTable<Routines, findRoutines>;
 
 }  // namespace
 
 Routines findRoutines() {
     Routines found{};
 #ifdef OX_WITH_HIGHWAY
-    takeBgrToYuvRoutines(found);
-    takeBlendRoutines(found);
-    takeFloatRoutines(found);
-    takeTapColumnRoutines(found);
-    takeTapRowRoutines(found);
-    takeYuvToBgrRoutines(found);
-    found.compile_pixels = Simd::Neon::routines().compilePixels;
-    found.copy_pixels = Simd::Neon::routines().copyPixels;
+    takeBgrToYuvRoutines(found.colour);
+    takeFloatRoutines(found.colour);
+    takeYuvToBgrRoutines(found.colour);
+    takeBlendRoutines(found.blend);
+    takeTapColumnRoutines(found.taps);
+    takeTapRowRoutines(found.taps);
+    Simd::Neon::Routines const whole_planes = Simd::Neon::findRoutines();
+    found.compile_pixels = whole_planes.compilePixels;
+    found.copy_pixels = whole_planes.copyPixels;
 #endif
     return found;
 }
 
 Routines const& routines() {
-    return chosenRoutines();
+    return Table::get();
 }
 
 void useRoutines(Routines const& wanted) {
-    chosenRoutines() = wanted;
+    Table::get() = wanted;
 }
 
 }  // namespace ox::rows

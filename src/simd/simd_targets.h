@@ -1,5 +1,6 @@
 /// @file
-/// The instruction sets of the vector routines, for tests and benchmarks.
+/// The instruction sets of vector code, of kernels and of the pipeline's rows, for tests and
+/// benchmarks: what vector/dispatch.h has, by the kernel layer's names.
 
 #pragma once
 
@@ -7,15 +8,8 @@
 
 namespace Simd::Neon {
 
-/// Names of those that the routines were compiled for, best first; "SCALAR", the last on x86-64,
-/// and "plain" stand for loops without vector code.
 std::vector<char const*> CompiledTargets();
-
-/// Those that this processor has. While `UseTarget` has taken one, it comes first, and what is
-/// better is left out.
 std::vector<char const*> Targets();
-
-/// Takes the named one from now on, or the best again for null. Not while kernels run.
 void UseTarget(char const* name);
 
 }  // namespace Simd::Neon

@@ -138,10 +138,10 @@ class AreaRowSums : public testing::Test {
     // By vectors if there are any; then as the plain loop.
     void expectSummed(impl::SumRows::Cut const& cut) {
         std::array<unsigned char, bytes> dst{};
-        ASSERT_EQ(taps.sum(cut, bytes, dst.data()), rows::routines().sum_rows != nullptr);
+        ASSERT_EQ(taps.sum(cut, bytes, dst.data()), rows::routines().taps.sum_rows != nullptr);
         std::array<unsigned char, bytes> expected = dst;
         alignas(std::uint32_t) std::array<unsigned char, 4 * bytes> sums{};
-        if (rows::routines().sum_rows != nullptr) {
+        if (rows::routines().taps.sum_rows != nullptr) {
             impl::SumRows::row<std::uint8_t, 1>(cut, bytes, sums.data(), expected.data());
         }
         EXPECT_EQ(dst, expected);
@@ -177,7 +177,7 @@ TEST_F(AreaRowSums, NotOfOtherWeightsOrMoreRows) {
     expectLeftOut(cut(2, 20000, 20000, 0));
     expectLeftOut(cut(1, 0, one, 0));
     expectLeftOut(cut(4, 100, 100, 0));
-    auto const least = static_cast<std::int64_t>(rows::routines().least_row_bytes);
+    auto const least = static_cast<std::int64_t>(rows::routines().taps.least_row_bytes);
     expectLeftOut(cut(1, one, one, 0), least - 1);
 }
 

@@ -57,7 +57,7 @@ void BgrToYuvRoutines::check(LayoutCase const& layout, std::size_t width, bool t
         samples.u = nullptr;
         samples.v = nullptr;
     }
-    routines.bgr_to_yuv[static_cast<std::size_t>(layout.layout)](
+    routines.colour.bgr_to_yuv[static_cast<std::size_t>(layout.layout)](
         {upper->data(), two_rows ? lower->data() : nullptr}, width, samples);
     std::size_t const group = layout.pixels_per_chroma;
     for (std::size_t x = 0; x < width; ++x) {
@@ -84,7 +84,7 @@ void BgrToYuvRoutines::check(LayoutCase const& layout, std::size_t width, bool t
 void BgrToYuvRoutines::checkGray(std::size_t width, Guard guard) {
     auto const row = drawRow(width, guard);
     GuardedMemory gray(width, guard);
-    routines.bgr_to_gray(row->data(), width, gray.data());
+    routines.colour.bgr_to_gray(row->data(), width, gray.data());
     for (std::size_t x = 0; x < width; ++x) {
         std::uint8_t const* const p = row->data() + 3 * x;
         ASSERT_EQ(gray.data()[x], (28 * p[0] + 152 * p[1] + 76 * p[2]) / 256) << "pixel " << x;
@@ -97,7 +97,8 @@ TEST_P(BgrToYuvRoutines, EveryLayoutAndWidth) {
         std::size_t const step = layout.pixels_per_chroma;
         for (std::size_t more = 0; more <= 140; more += step) {
             Guard const guard = more % 4 == 0 ? Guard::AtEnd : Guard::AtStart;
-            check(layout, routines.least_pixels + more, step == 2 && more % 3 == 0, true, guard);
+            check(layout, routines.colour.least_pixels + more, step == 2 && more % 3 == 0, true,
+                  guard);
             if (HasFatalFailure()) {
                 return;
             }
@@ -107,13 +108,14 @@ TEST_P(BgrToYuvRoutines, EveryLayoutAndWidth) {
 
 TEST_P(BgrToYuvRoutines, LumaAlone) {
     for (std::size_t layout = 0; layout < 3; ++layout) {
-        check(yuvLayoutCases[layout], routines.least_pixels + 6, false, false, Guard::AtEnd);
+        check(yuvLayoutCases[layout], routines.colour.least_pixels + 6, false, false, Guard::AtEnd);
     }
 }
 
 TEST_P(BgrToYuvRoutines, Gray) {
     for (std::size_t more = 0; more <= 140; ++more) {
-        checkGray(routines.least_pixels + more, more % 2 == 0 ? Guard::AtEnd : Guard::AtStart);
+        checkGray(routines.colour.least_pixels + more,
+                  more % 2 == 0 ? Guard::AtEnd : Guard::AtStart);
     }
 }
 
@@ -132,7 +134,7 @@ TEST_P(BgrToYuvRoutines, ColoursAtTheEnds) {
     std::vector<std::uint8_t> y(width);
     std::vector<std::uint8_t> u(width);
     std::vector<std::uint8_t> v(width);
-    routines.bgr_to_yuv[static_cast<std::size_t>(rows::YuvLayout::FullPlanes)](
+    routines.colour.bgr_to_yuv[static_cast<std::size_t>(rows::YuvLayout::FullPlanes)](
         {bgr.data(), nullptr}, width, {y.data(), u.data(), v.data()});
     for (std::size_t x = 0; x < width; ++x) {
         Sums const sums = sumsOf(bgr.data() + 3 * x);

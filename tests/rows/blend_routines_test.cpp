@@ -33,14 +33,14 @@ class BlendRoutines : public RowRoutines {
 
     void checkColumns(rows::BlendAxis const& axis, Guard guard) {
         rows::BlendProgram program;
-        if (!routines.compile_blend(axis, program)) {
+        if (!routines.blend.compile_blend(axis, program)) {
             EXPECT_LT(axis.row_bytes, 64U);  // no register of bytes is longer
             return;
         }
         GuardedMemory src(axis.row_bytes, guard);
         GuardedMemory dst(program.row_room, guard);
         std::generate_n(src.data(), src.size(), [&] { return random.byte(); });
-        routines.blend_columns(program, src.data(), dst.data());
+        routines.blend.blend_columns(program, src.data(), dst.data());
         for (std::size_t i = 0; i < axis.pixels.size(); ++i) {
             rows::PixelPair const& pixel = axis.pixels[i];
             for (std::size_t c = 0; c < axis.channels; ++c) {
@@ -102,7 +102,7 @@ TEST_P(BlendRoutines, RowsOfEveryPair) {
     for (std::uint16_t const weight : weights) {
         for (std::size_t a = 0; a < values; ++a) {
             std::vector<std::uint8_t> const upper(values, static_cast<std::uint8_t>(a));
-            routines.blend_rows(upper.data(), lower.data(), weight, values, dst.data());
+            routines.blend.blend_rows(upper.data(), lower.data(), weight, values, dst.data());
             for (std::size_t b = 0; b < values; ++b) {
                 ASSERT_EQ(dst[b], blended(static_cast<int>(a), static_cast<int>(b), weight))
                     << a << " and " << b << " by " << weight;
@@ -113,7 +113,7 @@ TEST_P(BlendRoutines, RowsOfEveryPair) {
 
 TEST_P(BlendRoutines, RowsOfEveryWidth) {
     for (std::size_t more = 0; more <= 140; ++more) {
-        std::size_t const bytes = routines.least_row_bytes + more;
+        std::size_t const bytes = routines.blend.least_row_bytes + more;
         Guard const guard = more % 2 == 0 ? Guard::AtEnd : Guard::AtStart;
         GuardedMemory upper(bytes, guard);
         GuardedMemory lower(bytes, guard);
@@ -121,7 +121,7 @@ TEST_P(BlendRoutines, RowsOfEveryWidth) {
         std::generate_n(upper.data(), bytes, [&] { return random.byte(); });
         std::generate_n(lower.data(), bytes, [&] { return random.byte(); });
         auto const weight = static_cast<std::uint16_t>(random.next());
-        routines.blend_rows(upper.data(), lower.data(), weight, bytes, dst.data());
+        routines.blend.blend_rows(upper.data(), lower.data(), weight, bytes, dst.data());
         for (std::size_t i = 0; i < bytes; ++i) {
             ASSERT_EQ(dst.data()[i], blended(upper.data()[i], lower.data()[i], weight)) << i;
         }

@@ -26,7 +26,7 @@ class FloatRoutines : public RowRoutines {
         GuardedMemory src(count, guard);
         GuardedMemory dst(4 * count, guard);
         std::generate_n(src.data(), count, [&] { return random.byte(); });
-        routines.bytes_to_floats(src.data(), count, dst.data());
+        routines.colour.bytes_to_floats(src.data(), count, dst.data());
         for (std::size_t i = 0; i < count; ++i) {
             float number = -1.0F;
             std::memcpy(&number, dst.data() + 4 * i, sizeof number);
@@ -39,7 +39,7 @@ class FloatRoutines : public RowRoutines {
         GuardedMemory src(4 * numbers.size(), guard);
         GuardedMemory dst(numbers.size(), guard);
         std::memcpy(src.data(), numbers.data(), src.size());
-        routines.floats_to_low_bytes(src.data(), numbers.size(), dst.data());
+        routines.colour.floats_to_low_bytes(src.data(), numbers.size(), dst.data());
         for (std::size_t i = 0; i < numbers.size(); ++i) {
             ASSERT_EQ(dst.data()[i], lowByteOf(numbers[i])) << numbers[i];
         }
@@ -51,7 +51,8 @@ class FloatRoutines : public RowRoutines {
 
 TEST_P(FloatRoutines, BytesToFloats) {
     for (std::size_t more = 0; more <= 70; ++more) {
-        checkToFloats(routines.least_floats + more, more % 2 == 0 ? Guard::AtEnd : Guard::AtStart);
+        checkToFloats(routines.colour.least_floats + more,
+                      more % 2 == 0 ? Guard::AtEnd : Guard::AtStart);
     }
 }
 
@@ -74,7 +75,7 @@ TEST_P(FloatRoutines, FloatsOfAnyKind) {
 
 TEST_P(FloatRoutines, FloatsOfAnyCount) {
     for (std::size_t more = 0; more <= 70; ++more) {
-        std::vector<float> numbers(routines.least_floats + more);
+        std::vector<float> numbers(routines.colour.least_floats + more);
         std::generate(numbers.begin(), numbers.end(), [&] { return random.real(-20.0F, 280.0F); });
         checkToBytes(numbers, more % 2 == 0 ? Guard::AtEnd : Guard::AtStart);
     }

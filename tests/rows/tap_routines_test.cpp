@@ -69,7 +69,7 @@ class TapRoutines : public RowRoutines {
     // Of an axis that windows can't serve.
     void checkIfThereIsAProgram(rows::TapAxis const& axis) {
         rows::TapProgram program;
-        if (routines.compile_taps(axis, {1, rowFor(axis)}, program)) {
+        if (routines.taps.compile_taps(axis, {1, rowFor(axis)}, program)) {
             checkPlane(axis, rowFor(axis), Guard::AtEnd);
         } else {
             EXPECT_EQ(GetParam(), "AVX3_DL");
@@ -113,7 +113,7 @@ rows::TapAxis TapRoutines::drawAxis(std::size_t pixels, float scale, std::size_t
 // Taps behind the row's end add nothing.
 void TapRoutines::checkColumns(rows::TapAxis const& axis, rows::TapRow row, Guard guard) {
     rows::TapProgram program;
-    if (!routines.compile_taps(axis, row, program)) {
+    if (!routines.taps.compile_taps(axis, row, program)) {
         ASSERT_GT(row.channels, 1U);
         return;
     }
@@ -123,7 +123,7 @@ void TapRoutines::checkColumns(rows::TapAxis const& axis, rows::TapRow row, Guar
     GuardedMemory dst(program.dst_bytes, guard);
     std::fill_n(src.data(), src.size(), std::uint8_t{0});
     std::generate_n(src.data(), std::min(src.size(), row_bytes), [&] { return random.byte(); });
-    routines.sum_taps(program, src.data(), dst.data());
+    routines.taps.sum_taps(program, src.data(), dst.data());
     for (std::size_t i = 0; i < axis.starts.size() * row.channels; ++i) {
         rows::TapStart const start = axis.starts[i / row.channels];
         Total total;
@@ -143,7 +143,7 @@ void TapRoutines::checkColumns(rows::TapAxis const& axis, rows::TapRow row, Guar
 // There is a program for rows of one channel in any case.
 void TapRoutines::checkPlane(rows::TapAxis const& axis, std::size_t pixels, Guard guard) {
     rows::TapProgram program;
-    ASSERT_TRUE(routines.compile_taps(axis, {1, pixels}, program));
+    ASSERT_TRUE(routines.taps.compile_taps(axis, {1, pixels}, program));
     checkColumns(axis, {1, pixels}, guard);
 }
 
@@ -157,7 +157,7 @@ void TapRoutines::checkRows(std::size_t bytes, std::size_t taps, Weights weights
     }
     std::vector<std::int16_t> const words = drawWeights(random, taps, weights);
     int const shift = shiftOf(weights);
-    routines.sum_rows({rows.data(), words.data(), taps, shift}, bytes, dst.data());
+    routines.taps.sum_rows({rows.data(), words.data(), taps, shift}, bytes, dst.data());
     for (std::size_t i = 0; i < bytes; ++i) {
         Total total;
         for (std::size_t k = 0; k < taps; ++k) {
@@ -191,11 +191,11 @@ void TapRoutines::checkColumnUnits(int first, int last) {
         axis.weights.insert(axis.weights.end(), weights.begin(), weights.end());
     }
     rows::TapProgram program;
-    ASSERT_TRUE(routines.compile_taps(axis, {1, axis.taps}, program));
+    ASSERT_TRUE(routines.taps.compile_taps(axis, {1, axis.taps}, program));
     std::vector<std::uint8_t> src(program.src_bytes);
     std::fill_n(src.begin(), axis.taps, std::uint8_t{128});
     std::vector<std::uint8_t> dst(program.dst_bytes);
-    routines.sum_taps(program, src.data(), dst.data());
+    routines.taps.sum_taps(program, src.data(), dst.data());
     for (int units = first; units <= last; ++units) {
         ASSERT_EQ(dst[static_cast<std::size_t>(units - first)], std::clamp(units, 0, 255))
             << "of " << units;
@@ -203,11 +203,11 @@ void TapRoutines::checkColumnUnits(int first, int last) {
 }
 
 void TapRoutines::checkRowUnits(int units) {
-    std::vector<std::uint8_t> const row(routines.least_row_bytes, 128);
+    std::vector<std::uint8_t> const row(routines.taps.least_row_bytes, 128);
     std::vector<std::uint8_t const*> const rows(tapsOfUnits, row.data());
     std::vector<std::int16_t> const weights = weightsOf(units, rows.size());
     std::vector<std::uint8_t> dst(row.size());
-    routines.sum_rows({rows.data(), weights.data(), rows.size(), 14}, row.size(), dst.data());
+    routines.taps.sum_rows({rows.data(), weights.data(), rows.size(), 14}, row.size(), dst.data());
     ASSERT_EQ(dst, std::vector<std::uint8_t>(row.size(),
                                              static_cast<std::uint8_t>(std::clamp(units, 0, 255))))
         << "of " << units;
@@ -263,13 +263,13 @@ TEST_P(TapRoutines, ThreeChannelsNeedNoRoom) {
     if (GetParam() != "AVX3_DL") {
         rows::TapProgram program;
         EXPECT_FALSE(
-            routines.compile_taps(drawAxis(40, 3.0F, 6, Weights::Usual), {3, 130}, program));
+            routines.taps.compile_taps(drawAxis(40, 3.0F, 6, Weights::Usual), {3, 130}, program));
         return;
     }
     for (float const scale : {0.4F, 1.0F, 1.7F, 3.0F, 3.4F, 4.4F}) {
         rows::TapAxis const axis = drawAxis(41, scale, 7, Weights::Usual);
         rows::TapProgram program;
-        ASSERT_TRUE(routines.compile_taps(axis, {3, rowFor(axis)}, program));
+        ASSERT_TRUE(routines.taps.compile_taps(axis, {3, rowFor(axis)}, program));
         EXPECT_EQ(program.src_bytes, 3 * rowFor(axis));
         EXPECT_EQ(program.dst_bytes, 3 * axis.starts.size());
     }
@@ -292,7 +292,7 @@ TEST_P(TapRoutines, WeightsThatAreTooLargeToBeSplit) {
 
 TEST_P(TapRoutines, Rows) {
     for (std::size_t more = 0; more <= 70; ++more) {
-        std::size_t const bytes = routines.least_row_bytes + more;
+        std::size_t const bytes = routines.taps.least_row_bytes + more;
         for (std::size_t const taps : {1U, 2U, 3U, 4U, 5U, 7U, 18U, 64U}) {
             checkRows(bytes, taps, allWeights[(more + taps) % 3],
                       more % 2 == 0 ? Guard::AtStart : Guard::AtEnd);
@@ -305,7 +305,7 @@ TEST_P(TapRoutines, Rows) {
 
 TEST_P(TapRoutines, SumsWrap) {
     checkPlane(drawAxis(3, 1.0F, 3000, Weights::Large), 3010, Guard::AtEnd);
-    checkRows(routines.least_row_bytes, 3000, Weights::Large, Guard::AtEnd);
+    checkRows(routines.taps.least_row_bytes, 3000, Weights::Large, Guard::AtEnd);
 }
 
 // Sums around the ends of bytes, of signed and unsigned words, and of 32 bits.
@@ -329,10 +329,10 @@ GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TapRoutines);  // without vector c
 // So that an empty table doesn't pass for a fast one.
 TEST(RowRoutinesOfThisBuild, AreThereWhereThereIsVectorCode) {
     bool const vectors = hasVectors(testTargets().front());
-    EXPECT_EQ(rows::routines().sum_rows != nullptr, vectors);
-    EXPECT_EQ(rows::routines().compile_taps != nullptr, vectors);
-    EXPECT_EQ(rows::routines().sum_taps != nullptr, vectors);
-    EXPECT_EQ(rows::routines().yuv_to_bgr[0] != nullptr, vectors);
+    EXPECT_EQ(rows::routines().taps.sum_rows != nullptr, vectors);
+    EXPECT_EQ(rows::routines().taps.compile_taps != nullptr, vectors);
+    EXPECT_EQ(rows::routines().taps.sum_taps != nullptr, vectors);
+    EXPECT_EQ(rows::routines().colour.yuv_to_bgr[0] != nullptr, vectors);
 }
 
 }  // namespace

@@ -24,7 +24,8 @@ class YuvToBgrRoutines : public RowRoutines {
         row.draw(_random);
         auto const [y, u, v] = row.samples();
         GuardedMemory bgr(3 * width, guard);
-        routines.yuv_to_bgr[static_cast<std::size_t>(layout.layout)]({y, u, v}, width, bgr.data());
+        routines.colour.yuv_to_bgr[static_cast<std::size_t>(layout.layout)]({y, u, v}, width,
+                                                                            bgr.data());
         for (std::size_t x = 0; x < width; ++x) {
             std::size_t const chroma = x / layout.pixels_per_chroma;
             std::array<int, 3> const expected = bgrOf(*row.y(x), *row.u(chroma), *row.v(chroma));
@@ -57,7 +58,7 @@ TEST_P(YuvToBgrRoutines, EveryLayoutAndWidth) {
     for (LayoutCase const& layout : yuvLayoutCases) {
         std::size_t const step = layout.pixels_per_chroma;
         for (std::size_t more = 0; more <= 140; more += step) {
-            check(layout, routines.least_pixels + more,
+            check(layout, routines.colour.least_pixels + more,
                   more % 4 == 0 ? Guard::AtEnd : Guard::AtStart);
             if (HasFatalFailure()) {
                 return;
@@ -80,7 +81,7 @@ TEST_P(YuvToBgrRoutines, EveryColour) {
         u.fill(static_cast<std::uint8_t>(cu));
         for (int cv = 0; cv < 256; cv += step) {
             v.fill(static_cast<std::uint8_t>(cv));
-            routines.yuv_to_bgr[static_cast<std::size_t>(YuvLayout::FullPlanes)](
+            routines.colour.yuv_to_bgr[static_cast<std::size_t>(YuvLayout::FullPlanes)](
                 {y.data(), u.data(), v.data()}, width, bgr.data());
             for (std::size_t x = 0; x < width; ++x) {
                 std::array<int, 3> const expected = bgrOf(static_cast<int>(x), cu, cv);
@@ -95,8 +96,8 @@ TEST_P(YuvToBgrRoutines, EveryColour) {
 TEST_P(YuvToBgrRoutines, LumaOfEveryWidth) {
     for (std::size_t more = 0; more <= 140; ++more) {
         Guard const guard = more % 2 == 0 ? Guard::AtEnd : Guard::AtStart;
-        checkLuma(routines.luma_of_yuyv, 0, routines.least_pixels + more, guard);
-        checkLuma(routines.luma_of_uyvy, 1, routines.least_pixels + more, guard);
+        checkLuma(routines.colour.luma_of_yuyv, 0, routines.colour.least_pixels + more, guard);
+        checkLuma(routines.colour.luma_of_uyvy, 1, routines.colour.least_pixels + more, guard);
     }
 }
 

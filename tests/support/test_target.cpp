@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "rows/rows_routines.h"
-
 namespace ox::test {
 
 namespace {
@@ -32,7 +30,6 @@ TargetChoice takeTestTarget(std::string const& name) {
     if (choice == TargetChoice::Taken) {
         targets() = {*std::find(targets().begin(), targets().end(), name)};
         Simd::Neon::UseTarget(targets().front());
-        rows::useRoutines(rows::findRoutines());
     }
     return choice;
 }

@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-#include "rows/rows_targets.h"
+#include "rows/blend/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -157,11 +157,12 @@ void blendRows(std::uint8_t const* upper, std::uint8_t const* lower, std::uint16
 
 #endif
 
-void takeRoutines([[maybe_unused]] Routines& routines) {
+void takeRoutines([[maybe_unused]] BlendRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.compile_blend = compileBlend;
     routines.blend_columns = blendColumns;
     routines.blend_rows = blendRows;
+    routines.least_row_bytes = blockBytes;
 #endif
 }
 
@@ -174,7 +175,7 @@ namespace ox::rows {
 
 HWY_EXPORT(takeRoutines);
 
-void takeBlendRoutines(Routines& routines) {
+void takeBlendRoutines(BlendRoutines& routines) {
     HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
 }
 

@@ -5,7 +5,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "rows/rows_targets.h"
+#include "rows/colour/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -168,7 +168,7 @@ void convertRowToGray(std::uint8_t const* bgr, std::size_t width, std::uint8_t* 
 
 #endif
 
-void takeRoutines([[maybe_unused]] Routines& routines) {
+void takeRoutines([[maybe_unused]] ColourRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.bgr_to_yuv = {convertRow<YuvLayout::HalfPlanes>, convertRow<YuvLayout::PairsUv>,
                            convertRow<YuvLayout::PairsVu>,    convertRow<YuvLayout::PackedYuyv>,
@@ -188,7 +188,7 @@ namespace ox::rows {
 
 HWY_EXPORT(takeRoutines);
 
-void takeBgrToYuvRoutines(Routines& routines) {
+void takeBgrToYuvRoutines(ColourRoutines& routines) {
     HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
 }
 

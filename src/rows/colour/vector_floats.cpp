@@ -7,7 +7,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "rows/rows_targets.h"
+#include "rows/colour/routines.h"
 #include "vector/block-inl.h"
 #include "vector/walk-inl.h"
 
@@ -76,7 +76,7 @@ void convertFloats(std::uint8_t const* floats, std::size_t count, std::uint8_t* 
 
 #endif
 
-void takeRoutines([[maybe_unused]] Routines& routines) {
+void takeRoutines([[maybe_unused]] ColourRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.bytes_to_floats = convertBytes;
     routines.floats_to_low_bytes = convertFloats;
@@ -93,7 +93,7 @@ namespace ox::rows {
 
 HWY_EXPORT(takeRoutines);
 
-void takeFloatRoutines(Routines& routines) {
+void takeFloatRoutines(ColourRoutines& routines) {
     HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
 }
 

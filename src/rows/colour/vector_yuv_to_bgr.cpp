@@ -5,7 +5,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "rows/rows_targets.h"
+#include "rows/colour/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -184,7 +184,7 @@ void takeLuma(std::uint8_t const* row, std::size_t pixels, std::uint8_t* luma) {
 
 #endif
 
-void takeRoutines([[maybe_unused]] Routines& routines) {
+void takeRoutines([[maybe_unused]] ColourRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.yuv_to_bgr = {convertRow<YuvLayout::HalfPlanes>, convertRow<YuvLayout::PairsUv>,
                            convertRow<YuvLayout::PairsVu>,    convertRow<YuvLayout::PackedYuyv>,
@@ -205,7 +205,7 @@ namespace ox::rows {
 
 HWY_EXPORT(takeRoutines);
 
-void takeYuvToBgrRoutines(Routines& routines) {
+void takeYuvToBgrRoutines(ColourRoutines& routines) {
     HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
 }
 

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <limits>
 
-#include "rows/rows_targets.h"
+#include "rows/taps/routines.h"
 #include "vector/ops-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -357,7 +357,7 @@ void sumTaps(TapProgram const& program, std::uint8_t const* src, std::uint8_t* d
 
 #endif
 
-void takeRoutines([[maybe_unused]] Routines& routines) {
+void takeRoutines([[maybe_unused]] TapRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.compile_taps = compileTaps;
     routines.sum_taps = sumTaps;
@@ -373,7 +373,7 @@ namespace ox::rows {
 
 HWY_EXPORT(takeRoutines);
 
-void takeTapColumnRoutines(Routines& routines) {
+void takeTapColumnRoutines(TapRoutines& routines) {
     HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
 }
 

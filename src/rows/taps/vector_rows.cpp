@@ -5,7 +5,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "rows/rows_targets.h"
+#include "rows/taps/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -39,7 +39,7 @@ void sumRows(RowTaps const& taps, std::size_t bytes, std::uint8_t* dst) {
 
 #endif
 
-void takeRoutines([[maybe_unused]] Routines& routines) {
+void takeRoutines([[maybe_unused]] TapRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.sum_rows = sumRows;
     routines.least_row_bytes = blockBytes;
@@ -55,7 +55,7 @@ namespace ox::rows {
 
 HWY_EXPORT(takeRoutines);
 
-void takeTapRowRoutines(Routines& routines) {
+void takeTapRowRoutines(TapRoutines& routines) {
     HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
 }
 

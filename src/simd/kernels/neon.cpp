@@ -3,18 +3,13 @@
 #include "simd/kernels/plain.h"
 #include "simd/kernels/take_routines.h"
 #include "simd/simd_targets.h"
-
-#ifdef OX_WITH_HIGHWAY
-#include <hwy/targets.h>
-
-#include <cstring>
-#endif
+#include "vector/dispatch.h"
 
 namespace Simd::Neon {
 
-namespace {
+bool KernelsEnabled = true;
 
-Routines bestRoutines() {
+Routines findRoutines() {
     Routines best = Plain::routines();
 #ifdef OX_WITH_HIGHWAY
     takeBgrRoutines(best);
@@ -29,58 +24,20 @@ Routines bestRoutines() {
     return best;
 }
 
-#if defined(OX_WITH_HIGHWAY) && !defined(HWY_COMPILE_ONLY_STATIC)
-/// Lower bits are better.
-std::vector<char const*> namesOf(std::int64_t targets) {
-    std::vector<char const*> names;
-    for (auto left = static_cast<std::uint64_t>(targets); left != 0; left &= left - 1) {
-        names.push_back(hwy::TargetName(static_cast<std::int64_t>(left & (~left + 1))));
-    }
-    return names;
-}
-#endif
-
-Routines& chosenRoutines() {
-    static Routines chosen = bestRoutines();
-    return chosen;
-}
-
-}  // namespace
-
-bool KernelsEnabled = true;
-
 Routines const& routines() {
-    return chosenRoutines();
+    return ox::vector::RoutineTable<Routines, findRoutines>::get();
 }
 
 std::vector<char const*> CompiledTargets() {
-#if !defined(OX_WITH_HIGHWAY)
-    return {"plain"};
-#elif defined(HWY_COMPILE_ONLY_STATIC)
-    return {hwy::TargetName(HWY_STATIC_TARGET)};
-#else
-    return namesOf(HWY_TARGETS);
-#endif
+    return ox::vector::compiledTargets();
 }
 
 std::vector<char const*> Targets() {
-#if defined(OX_WITH_HIGHWAY) && !defined(HWY_COMPILE_ONLY_STATIC)
-    return namesOf(hwy::SupportedTargets() & HWY_TARGETS);
-#else
-    return CompiledTargets();
-#endif
+    return ox::vector::targets();
 }
 
-void UseTarget([[maybe_unused]] char const* name) {
-#if defined(OX_WITH_HIGHWAY) && !defined(HWY_COMPILE_ONLY_STATIC)
-    hwy::DisableTargets(0);
-    for (std::int64_t const target : hwy::SupportedAndGeneratedTargets()) {
-        if (name != nullptr && std::strcmp(name, hwy::TargetName(target)) == 0) {
-            hwy::DisableTargets(~(target | HWY_STATIC_TARGET));
-        }
-    }
-    chosenRoutines() = bestRoutines();
-#endif
+void UseTarget(char const* name) {
+    ox::vector::useTarget(name);
 }
 
 }  // namespace Simd::Neon

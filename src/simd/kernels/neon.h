@@ -57,8 +57,11 @@ struct Routines {
     BlendFloatRows* blendFloatRows;
 };
 
-/// Those of the best instruction set of this processor.
+/// Those of the instruction set in use; see vector/dispatch.h.
 Routines const& routines();
+
+/// The same, looked up anew.
+Routines findRoutines();
 
 template <class Shape>
 struct Routine;
