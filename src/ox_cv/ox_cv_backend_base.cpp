@@ -3,7 +3,7 @@
 #include "ox_core/ox_float_planes.h"
 #include "ox_core/ox_impl_assert.h"
 #include "ox_cv/ox_cv_helpers.h"
-#include "ox_cv/ox_impl_color_routes.h"
+#include "ox_cv/ox_impl_backend_rules.h"
 #include "ox_cv/ox_impl_scale_elements.h"
 
 namespace ox {

@@ -1,7 +1,8 @@
 #include "ox_core/ox_impl_assert.h"
 #include "ox_cv/ox_cv_backend_simd.h"
 #include "ox_cv/ox_cv_helpers.h"
-#include "ox_cv/ox_impl_color_routes.h"
+#include "ox_cv/ox_impl_backend_rules.h"
+#include "ox_cv/ox_impl_colour_routes.h"
 #include "ox_cv/ox_impl_planes.h"
 #include "simd/simd.h"
 
@@ -9,7 +10,7 @@ namespace ox {
 
 namespace {
 
-using impl::ColorRoute;
+using impl::ColourRoute;
 using impl::planeOf;
 using impl::PlaneView;
 
@@ -210,45 +211,45 @@ void CvBackendSimd::colorCvt(Frame const& src, Frame& dst, Rect src_roi) {
 }
 
 void CvBackendSimd::runRoute(Frame& region, Frame& dst) {
-    impl::ColorRouteRecord const record = impl::colorRoute(region.format(), dst.format());
+    impl::ColourRouteRecord const record = impl::colourRoute(region.format(), dst.format());
     switch (record.route) {
-        case ColorRoute::TwoSteps:
+        case ColourRoute::TwoSteps:
             return throughScratch(region, dst, record.through);
-        case ColorRoute::CopyLuma:
+        case ColourRoute::CopyLuma:
             return copyLuma(region, dst);
-        case ColorRoute::ExpandGray:
+        case ColourRoute::ExpandGray:
             return runPacked(Simd::ExpandGrayToBgr, region, dst);
-        case ColorRoute::SwapRedBlue:
+        case ColourRoute::SwapRedBlue:
             return runPacked(Simd::SwapRedBlue, region, dst);
-        case ColorRoute::SplitPixels:
+        case ColourRoute::SplitPixels:
             return splitPixels(region, dst);
-        case ColorRoute::MergePixels:
+        case ColourRoute::MergePixels:
             return mergePlanes(Simd::MergeThreePlanes, region, dst);
-        case ColorRoute::SplitChroma:
+        case ColourRoute::SplitChroma:
             return splitChroma(region, dst);
-        case ColorRoute::MergeChroma:
+        case ColourRoute::MergeChroma:
             return mergeChroma(region, dst);
-        case ColorRoute::ExchangeChroma:
+        case ColourRoute::ExchangeChroma:
             return exchangeChroma(region, dst);
-        case ColorRoute::BgrToGray:
+        case ColourRoute::BgrToGray:
             return runPacked(Simd::ConvertBgrToGray, region, dst);
-        case ColorRoute::BgrToI420:
+        case ColourRoute::BgrToI420:
             return bgrToI420(region, dst);
-        case ColorRoute::BgrToNv12:
+        case ColourRoute::BgrToNv12:
             return bgrToNv12(region, dst);
-        case ColorRoute::BgrToYuv444:
+        case ColourRoute::BgrToYuv444:
             return bgrToYuv444(region, dst);
-        case ColorRoute::I420ToPacked:
+        case ColourRoute::I420ToPacked:
             return mergePlanes(i420Kernel(dst.format()), region, dst);
-        case ColorRoute::SemiPlanarToPacked:
+        case ColourRoute::SemiPlanarToPacked:
             return semiPlanarToPacked(region, dst);
-        case ColorRoute::Yuv444ToBgr:
+        case ColourRoute::Yuv444ToBgr:
             return mergePlanes(Simd::ConvertYuv444ToBgr, region, dst);
-        case ColorRoute::BytesToFloats:
+        case ColourRoute::BytesToFloats:
             return toFloats(region, dst);
-        case ColorRoute::FloatsToBytes:
+        case ColourRoute::FloatsToBytes:
             return fromFloats(region, dst);
-        case ColorRoute::Unsupported:
+        case ColourRoute::Unsupported:
             throw Exception(nullptr, StatusNotSupported, "colorCvt", file, __LINE__,
                             "colorCvt: Unsupported conversion %s -> %s.", toString(region.format()),
                             toString(dst.format()));

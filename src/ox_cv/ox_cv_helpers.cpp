@@ -7,7 +7,7 @@
 
 #include "ox_core/ox_impl_assert.h"
 #include "ox_cv/ox_cv_backend_simd.h"
-#include "ox_cv/ox_impl_color_routes.h"
+#include "ox_cv/ox_impl_backend_rules.h"
 #include "ox_cv/ox_packed_422_resizer.h"
 #include "simd/simd.h"
 

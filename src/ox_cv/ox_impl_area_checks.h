@@ -21,8 +21,7 @@ inline void checkPrecision(ScalerPrecision precision) {
                     "Failure in %s::produce(...) : unsupported frame format.", name);
 }
 
-/// Formats that the area scalers refuse. 32-bit samples are computed and written before they are
-/// refused: that is on purpose.
+/// Before rows are summed, and behind that.
 inline void refuseUnscalable(FrameFormat format, char const* name) {
     if (!isScalable(format)) {
         throwUnsupportedArea(name);
@@ -30,7 +29,7 @@ inline void refuseUnscalable(FrameFormat format, char const* name) {
 }
 
 inline void refuseWritten(FrameFormat format, char const* name) {
-    if (format == FRAME_C1_32U) {
+    if (!isScalableByArea(format)) {
         throwUnsupportedArea(name);
     }
 }

@@ -116,6 +116,11 @@ Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format, int 
     return {};
 }
 
+Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format) {
+    int const subsampling = isYuv(dst_format) ? yuvInfo(dst_format).y_subsampling : 0;
+    return chooseConversion(src_format, dst_format, subsampling);
+}
+
 void ImplFormatConverter::getFormatInfo(FrameFormat format, FormatInfo& info) const {
     if (isYuv(format)) {
         info = yuvInfo(format);

@@ -50,6 +50,9 @@ struct Conversion {
 /// @param dst_y_subsampling of the destination's record, which may be a stale one
 Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format, int dst_y_subsampling);
 
+/// The same for a new converter, which holds no stale record.
+Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format);
+
 /// A chosen conversion. A new object is all zero.
 class ImplFormatConverter {
   public:

@@ -27,6 +27,11 @@ constexpr bool isScalable(FrameFormat format) {
            format != FRAME_RGB_PLANAR;
 }
 
+/// By area, 32-bit samples are refused too, after they have been computed and written: on purpose.
+constexpr bool isScalableByArea(FrameFormat format) {
+    return isScalable(format) && format != FRAME_C1_32U;
+}
+
 /// The packed 4:2:2 formats are treated as 3-channel and 4-channel data, on purpose and whatever
 /// their packing is.
 constexpr ScaleElement scaleElement(FrameFormat format, int plane) {

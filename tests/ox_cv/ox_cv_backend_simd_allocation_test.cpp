@@ -60,7 +60,7 @@ TEST(CvBackendSimdAllocation, NoneInARepeatedConversion) {
 TEST(CvBackendSimdAllocation, NoneForPlainKernels) {
     Random random;
     for (ColourRoute const& route : colourRoutes) {
-        bool const scratch = route.route == ColorRoute::TwoSteps;
+        bool const scratch = route.route == ColourRoute::TwoSteps;
         Conversion conversion(route, {34, 6}, random);
         CvBackendSimd backend;
         std::uint64_t const before = allocationCalls();

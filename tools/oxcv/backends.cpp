@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "failure.h"
+#include "ox_cv/ox_impl_backend_rules.h"
 #include "parse.h"
 #include "vector_limits.h"
 
@@ -17,7 +18,7 @@ bool convertsAnywhere(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size) {
 }
 
 bool scalesAnywhere(ox::FrameFormat format, ox::ResizeMethod method) {
-    return whyNotScaled(format, method).empty() || scalesInPipeline(format, method);
+    return whyNotScaled(format, method).empty() || ox::impl::pipelineScales(format, method);
 }
 
 struct BackendChoice {
@@ -27,7 +28,7 @@ struct BackendChoice {
 
 constexpr std::array choices{
     BackendChoice{"simd", {true, convertsAnywhere, scalesAnywhere, true}},
-    BackendChoice{"base", {false, convertsInPipeline, scalesInPipeline, false}},
+    BackendChoice{"base", {false, convertsInPipeline, ox::impl::pipelineScales, false}},
 };
 
 }  // namespace

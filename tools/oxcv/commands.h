@@ -8,7 +8,7 @@
 #include <string>
 
 #include "image_io.h"
-#include "pipeline.h"
+#include "step_runner.h"
 
 namespace oxcv {
 

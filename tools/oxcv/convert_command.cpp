@@ -39,10 +39,10 @@ void checkPixels(std::string const& name, ox::Size size, std::int64_t most) {
 }
 
 /// The steps' own failures don't know the file.
-ox::Frame runSteps(Pipeline& pipeline, std::string const& input, ox::Frame& frame) {
+ox::Frame runSteps(StepRunner& runner, std::string const& input, ox::Frame& frame) {
     return attempt(input, [&] {
         try {
-            return pipeline.run(frame);
+            return runner.run(frame);
         } catch (Failure const& failure) {
             throw Failure(input + ": " + failure.what());
         }
@@ -50,7 +50,7 @@ ox::Frame runSteps(Pipeline& pipeline, std::string const& input, ox::Frame& fram
 }
 
 /// @return frames converted
-std::int64_t pump(ConvertOptions const& options, FrameReader& reader, Pipeline& pipeline,
+std::int64_t pump(ConvertOptions const& options, FrameReader& reader, StepRunner& runner,
                   FrameWriter& writer) {
     std::string const input = nameOf(options.input);
     std::string const output = nameOf(options.output);
@@ -59,7 +59,7 @@ std::int64_t pump(ConvertOptions const& options, FrameReader& reader, Pipeline& 
     ox::Frame frame;
     std::int64_t frames = 0;
     while ((!limit || frames < *limit) && attempt(input, [&] { return reader.read(frame); })) {
-        ox::Frame const result = runSteps(pipeline, input, frame);
+        ox::Frame const result = runSteps(runner, input, frame);
         attempt(output, [&] { writer.write(result); });
         ++frames;
         progress.update(frames, fractionDone(reader, frames, limit));
@@ -84,10 +84,10 @@ void convert(ConvertOptions options) {
     options.output.rate = reader->info().rate;
     options.output.frames = expectedFrames(reader->info().frames, options.frames);
 
-    Pipeline pipeline(options.steps, backend, output_kind.storedAs);
+    StepRunner runner(options.steps, backend, output_kind.storedAs);
     OutputFile file(options.output.path);
     auto const writer = output_kind.makeWriter(file, options.output);
-    if (pump(options, *reader, pipeline, *writer) == 0) {
+    if (pump(options, *reader, runner, *writer) == 0) {
         throw Failure(nameOf(options.input) + ": there are no frames");
     }
     writer->finish();

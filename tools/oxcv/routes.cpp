@@ -8,7 +8,7 @@
 #include "ox_core/ox_exception.h"
 #include "ox_core/ox_impl_format_facts.h"
 #include "ox_cv/ox_format_converter.h"
-#include "ox_cv/ox_scaler.h"
+#include "ox_cv/ox_impl_backend_rules.h"
 #include "parse.h"
 #include "vector_limits.h"
 
@@ -16,35 +16,16 @@ namespace oxcv {
 
 namespace {
 
-/// Large enough for every conversion and scaler that exists.
-constexpr ox::Size trialSize{8, 8};
-constexpr ox::Size trialScaledSize{6, 6};
-
-ox::Frame blankFrame(ox::FrameFormat format, ox::Size size) {
-    ox::Frame frame;
-    frame.reuse(format, size, ox::DeviceContext(), 0);
-    frame.setZero();
-    return frame;
-}
-
-/// Always by a new converter: a used one remembers things about earlier destinations, and takes
-/// pairs then that don't exist.
-void tryConversion(ox::FrameFormat src, ox::FrameFormat dst) {
-    ox::Frame const source = blankFrame(src, trialSize);
-    ox::Frame target = blankFrame(dst, trialSize);
-    ox::FormatConverter converter;
-    converter.reuse(source, dst);
-    ox::produceFrame(converter, target);
-}
-
-template <class Attempt>
-bool succeeds(Attempt attempt) {
+/// What the library says to a pair that its pipeline doesn't convert.
+std::string refusalOf(ox::FrameFormat src, ox::FrameFormat dst) {
+    ox::Frame source;
+    source.reuse(src, {2, 2}, ox::DeviceContext(), 0);
     try {
-        attempt();
-        return true;
-    } catch (ox::Exception const&) {
-        return false;
+        ox::FormatConverter().reuse(source, dst);
+    } catch (ox::Exception const& refusal) {
+        return refusal.what();
     }
+    return "there is no such pair";
 }
 
 std::vector<ox::FrameFormat> listFormats() {
@@ -93,17 +74,7 @@ std::vector<ox::FrameFormat> const& allFormats() {
 }
 
 bool convertsInPipeline(ox::FrameFormat src, ox::FrameFormat dst, ox::Size /*size*/) {
-    return src == dst || succeeds([&] { tryConversion(src, dst); });
-}
-
-bool scalesInPipeline(ox::FrameFormat format, ox::ResizeMethod method) {
-    return succeeds([&] {
-        ox::Frame const source = blankFrame(format, trialSize);
-        ox::Frame target = blankFrame(format, trialScaledSize);
-        ox::Scaler scaler;
-        scaler.reuse(source, trialScaledSize, static_cast<ox::ScaleMethod>(method));
-        ox::produceFrame(scaler, target);
-    });
+    return ox::impl::pipelineConverts(src, dst);
 }
 
 std::vector<ox::FrameFormat> findRoute(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size,
@@ -122,13 +93,8 @@ std::vector<ox::FrameFormat> findRoute(ox::FrameFormat src, ox::FrameFormat dst,
     if (auto route = orderedRoute(src, dst); isWay(src, route, size, converts)) {
         return route;
     }
-    std::string const what = "no way from " + shortName(src) + " to " + shortName(dst);
-    try {
-        tryConversion(src, dst);
-    } catch (ox::Exception const& refusal) {
-        throw Failure(what + ": " + refusal.what());
-    }
-    throw Failure(what);
+    throw Failure("no way from " + shortName(src) + " to " + shortName(dst) + ": " +
+                  refusalOf(src, dst));
 }
 
 }  // namespace oxcv

@@ -1,5 +1,5 @@
 /// @file
-/// Which conversions and scalers the library has, found out by trying them.
+/// The ways from format to format, of one or more conversions.
 
 #pragma once
 
@@ -21,9 +21,6 @@ bool convertsInPipeline(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size)
 
 /// Whether a backend scales frames of a format.
 using Scales = bool (*)(ox::FrameFormat format, ox::ResizeMethod method);
-
-/// True if the pipeline's scaler of that method takes the format.
-bool scalesInPipeline(ox::FrameFormat format, ox::ResizeMethod method);
 
 /// The formats to convert frames of a size to, one after the other: none if the formats are equal,
 /// one if the backend converts in one step, else two, through `FRAME_BGR24` if that will do.

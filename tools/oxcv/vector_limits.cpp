@@ -1,9 +1,8 @@
 #include "vector_limits.h"
 
 #include <algorithm>
-#include <cstdint>
 
-#include "ox_cv/ox_impl_color_routes.h"
+#include "ox_cv/ox_impl_backend_rules.h"
 
 namespace oxcv {
 
@@ -19,7 +18,7 @@ std::string_view whyNotConverted(ox::FrameFormat src, ox::FrameFormat dst, ox::S
     if (src == dst) {
         return {};
     }
-    if (ox::impl::colorRoute(src, dst).route == ox::impl::ColorRoute::Unsupported) {
+    if (!ox::impl::vectorConverts(src, dst)) {
         return "the vector backend doesn't convert this pair";
     }
     if ((isRedFirst(src) && isColourOfFloats(dst)) || (isColourOfFloats(src) && isRedFirst(dst))) {
@@ -35,27 +34,25 @@ std::string_view whyNotConverted(ox::FrameFormat src, ox::FrameFormat dst, ox::S
 std::string_view whyNotScaled(ox::FrameFormat format, ox::ResizeMethod method) {
     ox::FrameLayout const layout(format, {1, 1}, 1);
     int const bits = layout.plane[0].bits;
-    if (bits != 8 && bits != 32) {
+    if (!ox::impl::hasResizers(bits)) {
         return "the vector backend scales channels of 8 and 32 bits only";
     }
     if (format == ox::FRAME_C1_32U && method != ox::ResizeNearestNeighbour) {
         return "the vector backend takes channels of 32 bits for floats";
     }
-    if (bits == 32 && method == ox::ResizeArea) {
+    if (method == ox::ResizeArea && !ox::impl::hasAreaResizer(bits)) {
         return "the vector backend doesn't scale floats by area";
     }
     return {};
 }
 
 std::string_view whyNotWarped(ox::FrameLayout const& layout) {
-    constexpr std::uint64_t largestPlane = std::uint64_t{1} << 32U;
     auto const* const planes_end = layout.plane + layout.planeCount;
     if (std::any_of(layout.plane, planes_end,
                     [](ox::FramePlane const& plane) { return plane.bits != 8; })) {
         return "warps are for formats of 8 bits a channel";
     }
-    if (std::any_of(layout.plane, planes_end,
-                    [](ox::FramePlane const& plane) { return plane.planeBytes > largestPlane; })) {
+    if (!std::all_of(layout.plane, planes_end, ox::impl::canWarp)) {
         return "warps are for planes of up to 4 GiB";
     }
     return {};

@@ -18,8 +18,6 @@ namespace Base {
 
 namespace {
 
-constexpr std::uint64_t mostSourceBytes = 0x100000000;
-
 /// All zeros in the linear part, or NaN with infinite numbers, if there is no inverse.
 void invert(float const* mat, float* inv) {
     float const determinant = std::fma(mat[0], mat[4], -(mat[1] * mat[3]));
@@ -39,13 +37,9 @@ bool isSingular(float const* inv) {
     return inv[0] == 0 && inv[1] == 0 && inv[3] == 0 && inv[4] == 0;
 }
 
-bool isTooLarge(std::uint64_t height, std::uint64_t stride) {
-    return height != 0 && stride > mostSourceBytes / height;
-}
-
 bool isSupported(WarpAffineParam const& param) {
     constexpr std::uint32_t kind = WarpAffineFlagNonByte | WarpAffineFlagBilinear;
-    return !isTooLarge(param.srcH, param.srcS) && !isSingular(param.inv) &&
+    return CanWarpSource(param.srcH, param.srcS) && !isSingular(param.inv) &&
            (param.flags & kind) != kind;
 }
 

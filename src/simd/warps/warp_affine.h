@@ -53,12 +53,18 @@ class WarpAffine : Deletable {
     AlignedArray<std::uint8_t> buffer;
 };
 
+/// Whether a plane of that many rows is small enough to be a source: 4 GiB with all its strides.
+constexpr bool CanWarpSource(std::uint64_t height, std::uint64_t stride) {
+    constexpr std::uint64_t most_bytes = std::uint64_t{1} << 32;
+    return height == 0 || stride <= most_bytes / height;
+}
+
 namespace Base {
 
 /// @param mat six floats, source to destination
 /// @param border `channels` bytes, or null for zeros
 /// @return an object that the caller deletes; null for channels outside 1 to 4, a singular matrix,
-///         a source past 4 GiB, or bilinear sampling of what isn't bytes
+///         a source that is too large, or bilinear sampling of what isn't bytes
 WarpAffine* CreateWarpAffine(std::uint64_t srcW, std::uint64_t srcH, std::uint64_t srcS,
                              std::uint64_t dstW, std::uint64_t dstH, std::uint64_t dstS,
                              std::uint64_t channels, float const* mat, std::uint32_t flags,

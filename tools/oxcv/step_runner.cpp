@@ -1,4 +1,4 @@
-#include "pipeline.h"
+#include "step_runner.h"
 
 #include <string>
 
@@ -18,8 +18,8 @@ char const* warpOption(Steps const& steps) {
 
 }  // namespace
 
-Pipeline::Pipeline(Steps const& steps, Backend& backend,
-                   ox::FrameFormat (*stored_as)(ox::FrameFormat))
+StepRunner::StepRunner(Steps const& steps, Backend& backend,
+                       ox::FrameFormat (*stored_as)(ox::FrameFormat))
     : _steps(steps),
       _backend(backend),
       _stored_as(stored_as),
@@ -35,7 +35,7 @@ Pipeline::Pipeline(Steps const& steps, Backend& backend,
     backend.setMethods(steps.method, steps.warp_method);
 }
 
-ox::Frame Pipeline::run(ox::Frame& frame) {
+ox::Frame StepRunner::run(ox::Frame& frame) {
     ox::Frame current = frame;
     ox::FrameFormat const target = targetOf(frame.format());
     if (_steps.roi) {
@@ -53,12 +53,12 @@ ox::Frame Pipeline::run(ox::Frame& frame) {
 }
 
 /// What no step asks for is converted to the stored format at once, not by way of its own.
-ox::FrameFormat Pipeline::targetOf(ox::FrameFormat source) const {
+ox::FrameFormat StepRunner::targetOf(ox::FrameFormat source) const {
     bool const arithmetic_comes = _steps.mul || _steps.add;
     return _steps.format.value_or(arithmetic_comes ? source : _stored_as(source));
 }
 
-ox::Frame Pipeline::resized(ox::Frame const& frame) {
+ox::Frame StepRunner::resized(ox::Frame const& frame) {
     ox::Size const size = resolveSize(*_steps.size, frame.size());
     if (size == frame.size()) {
         return frame;
@@ -71,7 +71,7 @@ ox::Frame Pipeline::resized(ox::Frame const& frame) {
     return _resized;
 }
 
-void Pipeline::scale(ox::Frame const& frame, ox::Size size) {
+void StepRunner::scale(ox::Frame const& frame, ox::Size size) {
     if (_scaler == nullptr) {
         chooseScaler(frame, size);
     }
@@ -86,7 +86,7 @@ void Pipeline::scale(ox::Frame const& frame, ox::Size size) {
 }
 
 /// The conversions of packed formats are the library's own business, and the pipeline's.
-void Pipeline::chooseScaler(ox::Frame const& frame, ox::Size size) {
+void StepRunner::chooseScaler(ox::Frame const& frame, ox::Size size) {
     ox::FrameFormat const format = frame.format();
     ox::FrameFormat const within = formatToScaleIn(format);
     if (within != format) {
@@ -98,14 +98,14 @@ void Pipeline::chooseScaler(ox::Frame const& frame, ox::Size size) {
     }
 }
 
-void Pipeline::reduce(ox::Frame const& frame, ox::Size size) {
+void StepRunner::reduce(ox::Frame const& frame, ox::Size size) {
     ox::Frame const source = _before_reduction.run(frame, formatToFilterIn(frame.format()));
     _backend.leaveToPipeline("--kernel", "the vector backend has no filters");
     attempt("--kernel", [&] { prepare(_resized, source.format(), size); });
     _reduction.run("--kernel", source, _resized, *_steps.kernel, _steps.precision);
 }
 
-ox::Frame Pipeline::warped(ox::Frame const& frame, ox::FrameFormat target) {
+ox::Frame StepRunner::warped(ox::Frame const& frame, ox::FrameFormat target) {
     std::string const option = warpOption(_steps);
     ox::Frame const source = _before_warp.run(frame, formatToWarpIn(frame.format(), target));
     if (_warper == nullptr) {
@@ -120,7 +120,7 @@ ox::Frame Pipeline::warped(ox::Frame const& frame, ox::FrameFormat target) {
     return _warped;
 }
 
-void Pipeline::arithmetic(ox::Frame& frame) {
+void StepRunner::arithmetic(ox::Frame& frame) {
     ox::ICvBackend& operations = _backend.forArithmetic();
     if (_steps.mul) {
         attempt("--mul", [&] { operations.mul(frame, *_steps.mul, ox::emptyRoi()); });

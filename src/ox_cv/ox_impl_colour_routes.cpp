@@ -1,4 +1,4 @@
-#include "ox_cv/ox_impl_color_routes.h"
+#include "ox_cv/ox_impl_colour_routes.h"
 
 #include <algorithm>
 #include <iterator>
@@ -7,9 +7,9 @@ namespace ox::impl {
 
 namespace {
 
-using enum ColorRoute;
+using enum ColourRoute;
 
-constexpr ColorRouteRecord records[] = {
+constexpr ColourRouteRecord records[] = {
     {FRAME_GRAY8, FRAME_BGR24, ExpandGray},
     {FRAME_RGB24, FRAME_RGB_PLANAR, SplitPixels},
     {FRAME_RGB24, FRAME_BGR24, SwapRedBlue},
@@ -62,11 +62,11 @@ constexpr ColorRouteRecord records[] = {
 
 }  // namespace
 
-ColorRouteRecord colorRoute(FrameFormat src, FrameFormat dst) {
+ColourRouteRecord colourRoute(FrameFormat src, FrameFormat dst) {
     auto const* const record =
         std::find_if(std::begin(records), std::end(records),
-                     [&](ColorRouteRecord const& r) { return r.src == src && r.dst == dst; });
-    return record == std::end(records) ? ColorRouteRecord{src, dst} : *record;
+                     [&](ColourRouteRecord const& r) { return r.src == src && r.dst == dst; });
+    return record == std::end(records) ? ColourRouteRecord{src, dst} : *record;
 }
 
 }  // namespace ox::impl

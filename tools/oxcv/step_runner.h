@@ -34,11 +34,11 @@ struct Steps {
 
 /// Each step is one call of the library. The frames between the steps are kept, so that a stream
 /// takes no more memory than its first frame.
-class Pipeline {
+class StepRunner {
   public:
     /// @param stored_as the format in which the output stores frames of a format
     /// @throws UsageError for a step that the backend never does
-    Pipeline(Steps const& steps, Backend& backend, ox::FrameFormat (*stored_as)(ox::FrameFormat));
+    StepRunner(Steps const& steps, Backend& backend, ox::FrameFormat (*stored_as)(ox::FrameFormat));
 
     /// `frame` may be changed; the result stays valid until the next call, and as long as `frame`.
     /// All frames have one format and size.

@@ -3,14 +3,11 @@
 
 #pragma once
 
-#include <cstdint>
-#include <limits>
-
-#include "ox_core/ox_frame_layout.h"
+#include "ox_core/ox_frame_format.h"
 
 namespace ox::impl {
 
-enum class ColorRoute {
+enum class ColourRoute {
     Unsupported,
     TwoSteps,        ///< through another format
     CopyLuma,        ///< plane 0 alone
@@ -32,31 +29,15 @@ enum class ColorRoute {
     FloatsToBytes,
 };
 
-struct ColorRouteRecord {
+struct ColourRouteRecord {
     FrameFormat src = FRAME_FORMAT_NONE;
     FrameFormat dst = FRAME_FORMAT_NONE;
-    ColorRoute route = ColorRoute::Unsupported;
+    ColourRoute route = ColourRoute::Unsupported;
     FrameFormat through = FRAME_FORMAT_NONE;  ///< of `TwoSteps`, both of which are direct
 };
 
 /// The record of a pair of different formats. Pairs without one are refused, on purpose also where
 /// the reverse or a neighbour is there.
-ColorRouteRecord colorRoute(FrameFormat src, FrameFormat dst);
-
-/// 4:2:0 sources of the vector backend are converted with even sides only, whatever the
-/// destination.
-constexpr bool needsEvenSides(FrameFormat src) {
-    return src == FRAME_I420 || src == FRAME_NV12 || src == FRAME_NV21;
-}
-
-/// `NV12toBGR_neon` takes strides of 32 bits.
-constexpr std::int64_t maxDirectStride = std::numeric_limits<int>::max();
-
-/// Whether the planes of a source are such that `NV12toBGR_neon`, which steps over both by one
-/// stride, can convert it.
-inline bool hasDirectStrides(FrameLayout const& src) {
-    return src.format == FRAME_NV12 && src.plane[0].stride == src.plane[1].stride &&
-           src.plane[0].stride <= maxDirectStride;
-}
+ColourRouteRecord colourRoute(FrameFormat src, FrameFormat dst);
 
 }  // namespace ox::impl

@@ -1,0 +1,54 @@
+/// @file
+/// What each backend takes, as decisions that touch no pixel: the backends go by them, and so can a
+/// caller who wants to know beforehand.
+
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+#include "ox_core/ox_frame_layout.h"
+#include "ox_cv/ox_cv_backend.h"
+
+namespace ox::impl {
+
+/// Whether a new `FormatConverter` takes that pair of formats, in frames of two rows and more.
+/// Equal formats count.
+bool pipelineConverts(FrameFormat src, FrameFormat dst);
+
+/// Whether `Scaler` yields pictures of that format and another size.
+bool pipelineScales(FrameFormat format, ResizeMethod method);
+
+/// Whether the vector backend converts that pair, of frames whose sides suit `needsEvenSides`.
+/// Equal formats count.
+bool vectorConverts(FrameFormat src, FrameFormat dst);
+
+/// 4:2:0 sources of the vector backend are converted with even sides only, whatever the
+/// destination.
+constexpr bool needsEvenSides(FrameFormat src) {
+    return src == FRAME_I420 || src == FRAME_NV12 || src == FRAME_NV21;
+}
+
+/// Whether there are resizers for channels of that depth; those of 32 bits are taken for floats.
+constexpr bool hasResizers(int bits) {
+    return bits == 8 || bits == 32;
+}
+
+constexpr bool hasAreaResizer(int bits) {
+    return bits == 8;
+}
+
+/// Whether a plane isn't too large to be warped.
+bool canWarp(FramePlane const& src);
+
+/// `NV12toBGR_neon` takes strides of 32 bits.
+constexpr std::int64_t maxDirectStride = std::numeric_limits<int>::max();
+
+/// Whether the planes of a source are such that `NV12toBGR_neon`, which steps over both by one
+/// stride, can convert it.
+inline bool hasDirectStrides(FrameLayout const& src) {
+    return src.format == FRAME_NV12 && src.plane[0].stride == src.plane[1].stride &&
+           src.plane[0].stride <= maxDirectStride;
+}
+
+}  // namespace ox::impl
