@@ -4,7 +4,7 @@
 #include <new>
 #include <utility>
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_core/ox_impl_sizes.h"
 
 namespace ox {
@@ -20,9 +20,9 @@ unsigned char* allocate(unsigned long bytes) {
                               ? ::operator new(bytes + slackBytes, storageAlignment, std::nothrow)
                               : nullptr;
     if (storage == nullptr) {
-        throw Exception(nullptr, StatusCapacityExceeded, "resize", "src/ox_core/ox_buffer",
-                        __LINE__, "Failure in Buffer::resize(...) : %lu bytes are not available.",
-                        bytes);
+        impl::Place{"src/ox_core/ox_buffer"}.fail(
+            {StatusCapacityExceeded, "resize"},
+            "Failure in Buffer::resize(...) : %lu bytes are not available.", bytes);
     }
     return static_cast<unsigned char*>(storage);
 }

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <utility>
 
-#include "ox_core/ox_exception.h"
 #include "ox_core/ox_impl_format_facts.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_core/ox_impl_sizes.h"
 #include "ox_core/ox_impl_storage.h"
 
@@ -13,9 +13,10 @@ namespace ox {
 
 namespace {
 
-[[noreturn]] void fail(Status status, char const* function, int line, char const* text) {
-    throw Exception(nullptr, status, function, "src/ox_core/ox_frame", line,
-                    "Failure in Frame::%s(...) : %s", function, text);
+constexpr impl::Place here{"src/ox_core/ox_frame"};
+
+[[noreturn]] void fail(impl::Failure const& failure, char const* text) {
+    here.fail(failure, "Failure in Frame::%s(...) : %s", failure.function, text);
 }
 
 bool sameRows(FramePlane const& a, FramePlane const& b) {
@@ -81,25 +82,24 @@ Frame::~Frame() = default;
 
 Frame Frame::wrap(FrameLayout const& layout, unsigned char* const* planes) {
     if (layout.planeCount == 0) {
-        fail(StatusInvalidParameter, "wrap", __LINE__, "layout has no planes.");
+        fail(StatusInvalidParameter, "layout has no planes.");
     }
     if (layout.size.width < 0 || layout.size.height < 0) {
-        fail(StatusInvalidParameter, "wrap", __LINE__, "size is below zero.");
+        fail(StatusInvalidParameter, "size is below zero.");
     }
     Frame frame;
     frame._layout = FrameLayout(layout.format, layout.size, 1);
     if (!samePlanes(frame._layout, layout)) {
-        fail(StatusInvalidParameter, "wrap", __LINE__, "layout isn't that of its format and size.");
+        fail(StatusInvalidParameter, "layout isn't that of its format and size.");
     }
     for (int i = 0; i < layout.planeCount; ++i) {
         FramePlane& plane = frame._layout.plane[i];
         std::int64_t const stride = layout.plane[i].stride;
         if (stride < 0 || static_cast<std::uint64_t>(stride) < plane.rowBytes) {
-            fail(StatusInvalidParameter, "wrap", __LINE__,
-                 "stride is smaller than the row's bytes.");
+            fail(StatusInvalidParameter, "stride is smaller than the row's bytes.");
         }
         if (planes == nullptr || planes[i] == nullptr) {
-            fail(StatusNullPointer, "wrap", __LINE__, "plane address is null.");
+            fail(StatusNullPointer, "plane address is null.");
         }
         plane.stride = stride;
         plane.planeBytes = impl::multiplyBytes(static_cast<std::uint64_t>(stride),
@@ -144,11 +144,11 @@ void Frame::reuse(FrameFormat wanted, Size wanted_size, DeviceContext context,
     std::shared_ptr<Buffer> storage = std::move(_buffer);
     clear();
     if (wanted_size.empty()) {
-        fail(StatusInvalidParameter, "reuse", __LINE__, "size is empty.");
+        fail(StatusInvalidParameter, "size is empty.");
     }
     FrameLayout const layout(wanted, wanted_size, alignment);
     if (layout.planeCount == 0) {
-        fail(StatusUnsupportedFormat, "reuse", __LINE__, "unsupported format.");
+        fail(StatusUnsupportedFormat, "unsupported format.");
     }
     _buffer = impl::takeStorage(storage, context, layout.totalBytes());
     _layout = layout;
@@ -180,8 +180,7 @@ void Frame::clear() {
 
 Frame getRegion(Frame& frame, Rect region) {
     if (!contains(frame.size(), region)) {
-        throw Exception(nullptr, StatusOutOfRange, "getRegion", "src/ox_core/ox_frame", __LINE__,
-                        "Failure in getRegion(...) : region is out of range.");
+        here.fail(StatusOutOfRange, "Failure in getRegion(...) : region is out of range.");
     }
     Frame narrowed = frame;
     FrameLayout& layout = narrowed._layout;

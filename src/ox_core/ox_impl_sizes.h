@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 
 namespace ox::impl {
 
@@ -16,8 +16,8 @@ constexpr std::uint64_t defaultAlignment = 64;
 constexpr std::uint64_t maxBytes = std::uint64_t{1} << 62;
 
 [[noreturn]] inline void throwTooLarge() {
-    throw Exception(nullptr, StatusCapacityExceeded, "checkBytes", "src/ox_core/ox_impl_sizes",
-                    __LINE__, "Size is too large.");
+    Place{"src/ox_core/ox_impl_sizes"}.fail({StatusCapacityExceeded, "checkBytes"},
+                                            "Size is too large.");
 }
 
 inline std::uint64_t checkBytes(std::uint64_t bytes, bool wrapped) {

@@ -3,7 +3,7 @@
 #include <new>
 #include <utility>
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 
 namespace ox::impl {
 
@@ -16,8 +16,8 @@ std::shared_ptr<Buffer> takeStorage(std::shared_ptr<Buffer>& storage, DeviceCont
         try {
             buffer = std::make_shared<Buffer>(context);
         } catch (std::bad_alloc const&) {
-            throw Exception(nullptr, StatusCapacityExceeded, "reuse", "src/ox_core/ox_frame",
-                            __LINE__, "Failure in reuse(...) : memory is exhausted.");
+            Place{"src/ox_core/ox_frame"}.fail({StatusCapacityExceeded, "reuse"},
+                                               "Failure in reuse(...) : memory is exhausted.");
         }
     }
     buffer->resize(bytes, false);

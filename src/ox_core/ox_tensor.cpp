@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_core/ox_impl_storage.h"
 
 namespace ox {
@@ -27,8 +27,8 @@ TensorLayout::TensorLayout(TensorDataType data_type, TensorFormat format, Tensor
       _strides(strides),
       _channel_order(channel_order) {
     if (!valid(size) || !valid(strides) || size.count != strides.count) {
-        throw Exception(nullptr, StatusInvalidParameter, "TensorLayout", "src/ox_core/ox_tensor",
-                        __LINE__, "Failure in TensorLayout::TensorLayout(...) : invalid size.");
+        impl::Place{"src/ox_core/ox_tensor"}.fail(
+            StatusInvalidParameter, "Failure in TensorLayout::TensorLayout(...) : invalid size.");
     }
     for (std::uint64_t i = 0; i < size.count; ++i) {
         auto const extent = static_cast<std::uint64_t>(size.values[i]);

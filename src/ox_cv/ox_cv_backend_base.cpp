@@ -1,7 +1,7 @@
 #include "ox_cv/ox_cv_backend_base.h"
 
 #include "ox_core/ox_float_planes.h"
-#include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_cv_helpers.h"
 #include "ox_cv/ox_impl_backend_rules.h"
 #include "ox_cv/ox_impl_scale_elements.h"
@@ -10,12 +10,11 @@ namespace ox {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_cv_backend_base";
+constexpr impl::Place here{"src/ox_cv/ox_cv_backend_base"};
 
 void checkDevices(Frame const& src, Frame const& dst) {
     OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
-                  src.deviceContext() == dst.deviceContext(),
-              file);
+              src.deviceContext() == dst.deviceContext());
 }
 
 /// A second handle on `frame`, narrowed to `roi` if that is one.
@@ -71,13 +70,13 @@ void applyToPlane(FloatOperation const& operation, float value, Frame& frame, in
 }
 
 void apply(FloatOperation const& operation, Frame& frame, float value, Rect roi) {
-    OX_ASSERT_TEXT(frame.initialized(), "src_dst.initialized()", file);
-    OX_ASSERT_TEXT(frame.deviceContext() == DeviceContext::cpuContext(),
-                   "src_dst.deviceContext() == DeviceContext::cpuContext()", file);
+    here.require(frame.initialized(), "src_dst.initialized()");
+    here.require(frame.deviceContext() == DeviceContext::cpuContext(),
+                 "src_dst.deviceContext() == DeviceContext::cpuContext()");
     Size extent = frame.size();
     if (!roi.empty()) {
         roi.crop(frame.size());
-        OX_ASSERT_TEXT(!roi.empty(), "!src_roi.empty()", file);
+        here.require(!roi.empty(), "!src_roi.empty()");
         extent = {roi.width, roi.height};  // the origin is dropped, on purpose
     }
     switch (frame.format()) {
@@ -95,8 +94,7 @@ void apply(FloatOperation const& operation, Frame& frame, float value, Rect roi)
             }
             break;
         default:
-            throw Exception(nullptr, StatusNotSupported, "apply", file, __LINE__, "%s",
-                            operation.unsupported);
+            here.fail(StatusNotSupported, "%s", operation.unsupported);
     }
 }
 
@@ -105,10 +103,10 @@ void apply(FloatOperation const& operation, Frame& frame, float value, Rect roi)
 CvBackendBase::~CvBackendBase() = default;
 
 void CvBackendBase::colorCvt(Frame const& src, Frame& dst, Rect src_roi) {
-    OX_ASSERT(src.initialized(), file);
+    OX_ASSERT(src.initialized());
     checkDevices(src, dst);
     Frame const temp = select(src, src_roi);
-    OX_ASSERT(temp.size() == dst.size(), file);
+    OX_ASSERT(temp.size() == dst.size());
     if (src_roi.empty() && goesDirectly(src, dst)) {
         NV12toBGR_neon(src.planeData(0), src.planeData(1), dst.planeData(0), dst.width(),
                        dst.height(), static_cast<int>(src.layout().plane[0].stride),
@@ -126,7 +124,7 @@ void CvBackendBase::_convertFormat(Frame const& src, Frame& dst) {
 }
 
 void CvBackendBase::resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) {
-    OX_ASSERT(src.initialized() && src.format() == dst.format(), file);
+    OX_ASSERT(src.initialized() && src.format() == dst.format());
     checkDevices(src, dst);
     Frame const temp_src = select(src, src_roi);
     Frame temp_dst = select(dst, dst_roi);
@@ -135,7 +133,7 @@ void CvBackendBase::resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_
 }
 
 void CvBackendBase::convert(Frame const& src, Frame& dst, Rect src_roi) {
-    OX_ASSERT(src.initialized() && dst.initialized(), file);
+    OX_ASSERT(src.initialized() && dst.initialized());
     checkDevices(src, dst);
     Frame const temp = select(src, src_roi);
     if (temp.size() == dst.size()) {
@@ -168,8 +166,7 @@ void CvBackendBase::mul(Frame& src_dst, float value, Rect src_roi) {
 
 void CvBackendBase::warpAffine(Frame const& /*src*/, Frame& /*dst*/, float const (* /*matrix*/)[3],
                                Rect /*roi*/, bool /*invert*/) {
-    throw Exception(nullptr, StatusNotSupported, "warpAffine", file, __LINE__,
-                    "Operation is not implemented");
+    here.fail(StatusNotSupported, "Operation is not implemented");
 }
 
 int CvBackendBase::setIntProperty(int id, int value) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_impl_planes.h"
 #include "simd/simd.h"
 
@@ -10,7 +10,7 @@ namespace ox {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_cv_backend_simd";
+constexpr impl::Place here{"src/ox_cv/ox_cv_backend_simd"};
 
 bool isFloat(FrameFormat format) {
     return format == FRAME_GRAY_32F || format == FRAME_BGR_32F || format == FRAME_BGR_32F_PLANAR;
@@ -43,10 +43,6 @@ float* floatsAt(Frame const& frame, int plane, std::size_t row) {
     return impl::floatsAt(frame.planeData(plane) + offset);
 }
 
-[[noreturn]] void refuse(char const* function, char const* what, FrameFormat format, int line) {
-    throw Exception(nullptr, StatusNotSupported, function, file, line, what, toString(format));
-}
-
 bool rowsDrift(Frame const& frame) {
     FrameLayout const& layout = frame.layout();
     return std::any_of(layout.plane, layout.plane + layout.planeCount,
@@ -58,11 +54,11 @@ bool rowsDrift(Frame const& frame) {
 CvBackendSimd::~CvBackendSimd() = default;
 
 void CvBackendSimd::add(Frame& src_dst, float value, Rect src_roi) {
-    OX_ASSERT(src_dst.initialized(), file);
-    OX_ASSERT(src_dst.deviceContext() == DeviceContext::cpuContext(), file);
+    OX_ASSERT(src_dst.initialized());
+    OX_ASSERT(src_dst.deviceContext() == DeviceContext::cpuContext());
     Frame const region = impl::selectRegion(src_dst, src_roi);
     if (!isFloat(region.format())) {
-        refuse("add", "add: Unsupported src format %s.", region.format(), __LINE__);
+        here.fail(StatusNotSupported, "add: Unsupported src format %s.", toString(region.format()));
     }
     forEachRun(region, impl::isContiguous(region),
                [&](int plane, std::size_t row, std::size_t count) {
@@ -71,8 +67,8 @@ void CvBackendSimd::add(Frame& src_dst, float value, Rect src_roi) {
 }
 
 void CvBackendSimd::mul(Frame& src_dst, float value, Rect src_roi) {
-    OX_ASSERT(src_dst.initialized(), file);
-    OX_ASSERT(src_dst.deviceContext() == DeviceContext::cpuContext(), file);
+    OX_ASSERT(src_dst.initialized());
+    OX_ASSERT(src_dst.deviceContext() == DeviceContext::cpuContext());
     Frame region = impl::selectRegion(src_dst, src_roi);
     _color_frame.reuse(region.format(), region.size(), DeviceContext::cpuContext(), 0);
     if (isFloat(region.format()) && !rowsDrift(region)) {
@@ -86,7 +82,7 @@ void CvBackendSimd::mul(Frame& src_dst, float value, Rect src_roi) {
     region.copyTo(_color_frame);
     region.setZero();
     if (!isFloat(region.format())) {
-        refuse("mul", "mul: Unsupported src format %s.", region.format(), __LINE__);
+        here.fail(StatusNotSupported, "mul: Unsupported src format %s.", toString(region.format()));
     }
     bool const contiguous = impl::isContiguous(region) && impl::isContiguous(_color_frame);
     forEachRun(region, contiguous, [&](int plane, std::size_t row, std::size_t count) {
@@ -99,8 +95,7 @@ int CvBackendSimd::setIntProperty(int id, int value) {
     if (id != PropertyResizeMethod && id != PropertyWarpMethod) {
         return 0;
     }
-    OX_ASSERT(value == ResizeBilinear || value == ResizeArea || value == ResizeNearestNeighbour,
-              file);
+    OX_ASSERT(value == ResizeBilinear || value == ResizeArea || value == ResizeNearestNeighbour);
     (id == PropertyResizeMethod ? _resize_method : _warp_method) = value;
     return 1;
 }
@@ -121,11 +116,12 @@ DeviceContext CvBackendSimd::getDeviceContext() const {
 }
 
 void CvBackendSimd::roiToYuv444(Frame& src, Rect const& roi) {
-    OX_ASSERT(src.initialized(), file);
+    OX_ASSERT(src.initialized());
     Frame const region = getRegion(src, roi);
     FramePlane const& plane = region.layout().plane[0];
     if (std::uint64_t{3} * static_cast<std::uint64_t>(region.width()) > plane.rowBytes) {
-        refuse("roiToYuv444", "roiToYuv444: Unsupported src format %s.", src.format(), __LINE__);
+        here.fail(StatusNotSupported, "roiToYuv444: Unsupported src format %s.",
+                  toString(src.format()));
     }
     _color_frame.reuse(FRAME_YUV444_PLANAR, region.size(), DeviceContext(), 0);
     impl::PlaneView const bgr = impl::planeOf(region, 0);

@@ -1,4 +1,4 @@
-#include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_cv_backend_simd.h"
 #include "ox_cv/ox_cv_helpers.h"
 #include "ox_cv/ox_impl_backend_rules.h"
@@ -14,7 +14,7 @@ using impl::ColourRoute;
 using impl::planeOf;
 using impl::PlaneView;
 
-constexpr char file[] = "src/ox_cv/ox_cv_backend_simd";
+constexpr impl::Place here{"src/ox_cv/ox_cv_backend_simd"};
 
 void copyPlane(PlaneView src, PlaneView dst, std::size_t width, std::size_t height) {
     Simd::CopyPlaneRows(src.data, src.stride, width, height, 1, dst.data, dst.stride);
@@ -185,21 +185,20 @@ void fromFloats(Frame const& region, Frame const& dst) {
 }  // namespace
 
 void CvBackendSimd::colorCvt(Frame const& src, Frame& dst, Rect src_roi) {
-    OX_ASSERT(src.initialized() && dst.initialized(), file);
+    OX_ASSERT(src.initialized() && dst.initialized());
     OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
-                  src.deviceContext() == dst.deviceContext(),
-              file);
+              src.deviceContext() == dst.deviceContext());
     Frame src_region = src;
     if (!src_roi.empty()) {
         src_region = getRegion(src_region, src_roi);
     }
-    OX_ASSERT(src_region.size() == dst.size(), file);
+    OX_ASSERT(src_region.size() == dst.size());
     if (src.format() == dst.format()) {
         src_region.copyTo(dst);
         return;
     }
     if (impl::needsEvenSides(src.format())) {
-        OX_ASSERT(src_region.width() % 2 == 0 && src_region.height() % 2 == 0, file);
+        OX_ASSERT(src_region.width() % 2 == 0 && src_region.height() % 2 == 0);
     }
     if (src_roi.empty() && goesDirectly(src, dst)) {
         NV12toBGR_neon(src.planeData(0), src.planeData(1), dst.planeData(0), dst.width(),
@@ -250,9 +249,9 @@ void CvBackendSimd::runRoute(Frame& region, Frame& dst) {
         case ColourRoute::FloatsToBytes:
             return fromFloats(region, dst);
         case ColourRoute::Unsupported:
-            throw Exception(nullptr, StatusNotSupported, "colorCvt", file, __LINE__,
-                            "colorCvt: Unsupported conversion %s -> %s.", toString(region.format()),
-                            toString(dst.format()));
+            here.fail({StatusNotSupported, "colorCvt"},
+                      "colorCvt: Unsupported conversion %s -> %s.", toString(region.format()),
+                      toString(dst.format()));
     }
 }
 

@@ -1,7 +1,7 @@
 #include <limits>
 #include <memory>
 
-#include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_cv_backend_simd.h"
 #include "ox_cv/ox_cv_helpers.h"
 #include "ox_cv/ox_impl_planes.h"
@@ -14,7 +14,7 @@ namespace {
 using impl::planeOf;
 using impl::PlaneView;
 
-constexpr char file[] = "src/ox_cv/ox_cv_backend_simd";
+constexpr impl::Place here{"src/ox_cv/ox_cv_backend_simd"};
 
 Simd::ResizerMethod resizerMethod(std::int32_t property) {
     switch (property) {
@@ -36,8 +36,7 @@ std::uint32_t warpFlags(std::int32_t property) {
 void refuseLongRows(Frame const& frame) {
     for (int i = 0; i < frame.layout().planeCount; ++i) {
         if (frame.layout().plane[i].rowBytes > std::numeric_limits<std::int32_t>::max()) {
-            throw Exception(nullptr, StatusCapacityExceeded, "resize", file, __LINE__,
-                            "resize: Rows are too long.");
+            here.fail({StatusCapacityExceeded, "resize"}, "resize: Rows are too long.");
         }
     }
 }
@@ -54,12 +53,11 @@ void resizePlane(PlaneView src, PlaneView dst, std::size_t channels, Simd::Resiz
 }  // namespace
 
 void CvBackendSimd::resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) {
-    OX_ASSERT(src.initialized() && src.format() == dst.format(), file);
+    OX_ASSERT(src.initialized() && src.format() == dst.format());
     OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
-                  src.deviceContext() == dst.deviceContext(),
-              file);
+              src.deviceContext() == dst.deviceContext());
     int const bits_per_channel = src.layout().plane[0].bits;
-    OX_ASSERT(bits_per_channel == 8 || bits_per_channel == 32, file);
+    OX_ASSERT(bits_per_channel == 8 || bits_per_channel == 32);
     Simd::ResizerType const type =
         bits_per_channel == 8 ? Simd::ResizerTypeByte : Simd::ResizerTypeFloat;
 
@@ -70,8 +68,7 @@ void CvBackendSimd::resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_
     Simd::ResizerMethod const method =
         has_side_of_one ? Simd::ResizerMethodNearest : resizerMethod(_resize_method);
     if (type == Simd::ResizerTypeFloat && method == Simd::ResizerMethodArea) {
-        throw Exception(nullptr, StatusNotSupported, "resize", file, __LINE__,
-                        "resize: Unsupported method.");
+        here.fail(StatusNotSupported, "resize: Unsupported method.");
     }
     refuseLongRows(from);
     refuseLongRows(to);
@@ -82,10 +79,9 @@ void CvBackendSimd::resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_
 }
 
 void CvBackendSimd::convert(Frame const& src, Frame& dst, Rect src_roi) {
-    OX_ASSERT(src.initialized() && dst.initialized(), file);
+    OX_ASSERT(src.initialized() && dst.initialized());
     OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
-                  src.deviceContext() == dst.deviceContext(),
-              file);
+              src.deviceContext() == dst.deviceContext());
     Frame const from = impl::selectRegion(src, src_roi);
     if (from.size() == dst.size()) {
         colorCvt(from, dst, Rect{});
@@ -105,10 +101,9 @@ void CvBackendSimd::convert(Frame const& src, Frame& dst, Rect src_roi) {
 
 void CvBackendSimd::warpAffine(Frame const& src, Frame& dst, float const (*matrix)[3], Rect roi,
                                bool invert) {
-    OX_ASSERT(src.initialized() && src.format() == dst.format(), file);
+    OX_ASSERT(src.initialized() && src.format() == dst.format());
     OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
-                  src.deviceContext() == dst.deviceContext(),
-              file);
+              src.deviceContext() == dst.deviceContext());
     Frame const from = impl::selectRegion(src, roi);
     float const given[6] = {matrix[0][0], matrix[0][1], matrix[0][2],
                             matrix[1][0], matrix[1][1], matrix[1][2]};
@@ -123,8 +118,7 @@ void CvBackendSimd::warpAffine(Frame const& src, Frame& dst, float const (*matri
             dst.layout().plane[i].channels, invert ? inverse : given, warpFlags(_warp_method),
             nullptr));
         if (warp == nullptr) {
-            throw Exception(nullptr, StatusNotSupported, "warpAffine", file, __LINE__,
-                            "warpAffine: Can't create context.");
+            here.fail(StatusNotSupported, "warpAffine: Can't create context.");
         }
         warp->Run(source.data, target.data);
     }

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <limits>
 
-#include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_cv_backend_simd.h"
 #include "ox_cv/ox_impl_backend_rules.h"
 #include "ox_cv/ox_packed_422_resizer.h"
@@ -27,7 +27,7 @@ void clearUnwritten(Frame const& src, Frame& dst) {
     }
 }
 
-constexpr char file[] = "src/ox_cv/ox_cv_helpers";
+constexpr impl::Place here{"src/ox_cv/ox_cv_helpers"};
 
 struct ByteRange {
     std::uintptr_t begin;
@@ -80,8 +80,8 @@ TensorSize doubled(TensorSize strides) {
     for (std::uint64_t i = 0; i < strides.count; ++i) {
         std::int32_t& stride = strides.values[i];
         if (stride > std::numeric_limits<std::int32_t>::max() / 2) {
-            throw Exception(nullptr, StatusCapacityExceeded, "tensorFp16ToFp32", file, __LINE__,
-                            "Stride %d is too large.", stride);
+            here.fail({StatusCapacityExceeded, "tensorFp16ToFp32"}, "Stride %d is too large.",
+                      stride);
         }
         stride *= 2;
     }
@@ -179,10 +179,9 @@ void resizePacked422(ICvBackend& backend, Frame const& src, Frame& dst) {
 }
 
 void tensorFp16ToFp32(Tensor const& src, Tensor& dst) {
-    OX_ASSERT(src.initialized() && src.layout().dataType() == TENSOR_FLOAT_16, file);
+    OX_ASSERT(src.initialized() && src.layout().dataType() == TENSOR_FLOAT_16);
     OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
-                  src.deviceContext() == dst.deviceContext(),
-              file);
+              src.deviceContext() == dst.deviceContext());
     Tensor const source = src;  // NOLINT(performance-unnecessary-copy-initialization): as above
     TensorLayout const& layout = source.layout();
     // The channel order isn't taken over, on purpose.

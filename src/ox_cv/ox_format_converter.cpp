@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_format_converter.h"
 #include "ox_cv/ox_impl_frame_conversion.h"
@@ -12,16 +12,14 @@ namespace ox {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_format_converter";
+constexpr impl::Place here{"src/ox_cv/ox_format_converter"};
 
 void checkArguments(bool initialized, char const* source, FrameFormat dst_format) {
     if (!initialized) {
-        throw Exception(nullptr, StatusInvalidParameter, "reuse", file, __LINE__,
-                        "Parameter '%s' is not initialized.", source);
+        here.fail({StatusInvalidParameter, "reuse"}, "Parameter '%s' is not initialized.", source);
     }
     if (dst_format == FRAME_FORMAT_NONE) {
-        throw Exception(nullptr, StatusUnsupportedFormat, "reuse", file, __LINE__,
-                        "Invalid value for parameter 'dst_format'.");
+        here.fail({StatusUnsupportedFormat, "reuse"}, "Invalid value for parameter 'dst_format'.");
     }
 }
 
@@ -35,7 +33,7 @@ Frame const* frameOf(IRowProducer const& /*source*/) {
 
 }  // namespace
 
-FormatConverter::FormatConverter() : _context(impl::makeState<ImplFormatConverter>(file)) {}
+FormatConverter::FormatConverter() : _context(impl::makeState<ImplFormatConverter>(here)) {}
 
 FormatConverter::~FormatConverter() = default;
 
@@ -105,9 +103,8 @@ void FormatConverter::produce(RowData& row) {
         return;
     }
     if (_src_layout == nullptr) {
-        throw Exception(nullptr, StatusNotInitialized, "produce", file, __LINE__,
-                        "FormatConverter is not initialized. Call FormatConverter::reuse(...) "
-                        "first.");
+        here.fail(StatusNotInitialized,
+                  "FormatConverter is not initialized. Call FormatConverter::reuse(...) first.");
     }
     if (_context->function == nullptr) {
         return;

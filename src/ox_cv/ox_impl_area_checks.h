@@ -3,22 +3,22 @@
 
 #pragma once
 
-#include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_impl_scale_elements.h"
 #include "ox_cv/ox_scaler_area.h"
 
 namespace ox::impl {
 
-constexpr char areaFile[] = "src/ox_cv/ox_scaler_area";
+constexpr Place areaPlace{"src/ox_cv/ox_scaler_area"};
 
 inline void checkPrecision(ScalerPrecision precision) {
-    OX_ASSERT(precision == OX_SCALER_FIXED_POINT_8S || precision == OX_SCALER_FIXED_POINT_16S,
-              areaFile);
+    constexpr Place here = areaPlace;
+    OX_ASSERT(precision == OX_SCALER_FIXED_POINT_8S || precision == OX_SCALER_FIXED_POINT_16S);
 }
 
 [[noreturn]] inline void throwUnsupportedArea(char const* name) {
-    throw Exception(nullptr, StatusNotSupported, "produce", areaFile, __LINE__,
-                    "Failure in %s::produce(...) : unsupported frame format.", name);
+    areaPlace.fail({StatusNotSupported, "produce"},
+                   "Failure in %s::produce(...) : unsupported frame format.", name);
 }
 
 /// Before rows are summed, and behind that.
@@ -37,8 +37,8 @@ inline void refuseWritten(FrameFormat format, char const* name) {
 /// A region without columns or rows has nothing to weigh.
 inline void checkSide(int src, char const* name) {
     if (src <= 0) {
-        throw Exception(nullptr, StatusInvalidParameter, "reuse", areaFile, __LINE__,
-                        "Failure in %s::reuse(...) : source is empty.", name);
+        areaPlace.fail({StatusInvalidParameter, "reuse"},
+                       "Failure in %s::reuse(...) : source is empty.", name);
     }
 }
 

@@ -116,12 +116,12 @@ bool describeAreaBlend(AreaAxis const& area, AreaRow8 const& row,
     return true;
 }
 
-void AreaRowTaps::reserve(std::int64_t rows, char const* owner) {
+void AreaRowTaps::reserve(std::int64_t rows, Place here) {
     _rows.clear();
     _weights.clear();
-    reserveTable(_rows, rows, owner);
-    reserveTable(_weights, rows, owner);
-    resizeTable(_words, rows, owner);
+    reserveTable(_rows, rows, here);
+    reserveTable(_weights, rows, here);
+    resizeTable(_words, rows, here);
 }
 
 /// Rows without weight are left out.

@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_impl_area_rows.h"
 #include "rows/blend/axis.h"
 #include "rows/taps/axis.h"
@@ -35,7 +36,7 @@ bool describeAreaBlend(AreaAxis const& area, AreaRow8 const& row,
 class AreaRowTaps {
   public:
     /// @param rows that a destination row takes at most
-    void reserve(std::int64_t rows, char const* file);
+    void reserve(std::int64_t rows, Place here);
 
     /// Sums bytes by vector code.
     /// @return false if it can't

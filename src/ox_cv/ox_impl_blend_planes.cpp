@@ -29,15 +29,15 @@ bool describeBilinearBlend(RowPlan const& row, ScaleElement element, std::int32_
     return true;
 }
 
-bool BlendPlane::plan(rows::BlendAxis const& axis, char const* file) {
+bool BlendPlane::plan(rows::BlendAxis const& axis, Place here) {
     rows::Routines const& routines = rows::routines();
     std::size_t const bytes = axis.pixels.size() * axis.channels;
     if (routines.blend.compile_blend == nullptr || bytes < routines.blend.least_row_bytes) {
         return false;
     }
-    _copies = planPixels(axis, file);
+    _copies = planPixels(axis, here);
     if (!_copies &&
-        !withMemory(file, [&] { return routines.blend.compile_blend(axis, _program); })) {
+        !withMemory(here, [&] { return routines.blend.compile_blend(axis, _program); })) {
         return false;
     }
     _bytes = bytes;
@@ -49,14 +49,14 @@ bool BlendPlane::plan(rows::BlendAxis const& axis, char const* file) {
 }
 
 /// Copies pixels where none has a neighbour with a weight.
-bool BlendPlane::planPixels(rows::BlendAxis const& axis, char const* file) {
+bool BlendPlane::planPixels(rows::BlendAxis const& axis, Place here) {
     bool const single = std::all_of(axis.pixels.begin(), axis.pixels.end(),
                                     [](rows::PixelPair const& pair) { return pair.weight == 0; });
     std::vector<std::int32_t> offsets;
     if (!single) {
         return false;
     }
-    resizeTable(offsets, static_cast<std::int64_t>(axis.pixels.size()), file);
+    resizeTable(offsets, static_cast<std::int64_t>(axis.pixels.size()), here);
     auto const channels = static_cast<std::int32_t>(axis.channels);
     std::transform(axis.pixels.begin(), axis.pixels.end(), offsets.begin(),
                    [=](rows::PixelPair const& pair) { return pair.left * channels; });

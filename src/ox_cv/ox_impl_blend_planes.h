@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "ox_core/ox_buffer.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_impl_scale_elements.h"
 #include "rows/blend/axis.h"
 #include "vector/row_program.h"
@@ -17,10 +18,10 @@ namespace ox::impl {
 /// picture come from the same two again and again.
 class BlendPlane {
   public:
-    /// @param file of the owner, for failures
+    /// @param here the owner's place, for failures
     /// @return false if there is no vector code for it
     /// @throws Exception `StatusCapacityExceeded`
-    bool plan(rows::BlendAxis const& axis, char const* file);
+    bool plan(rows::BlendAxis const& axis, Place here);
 
     /// Forgets the rows; before another picture.
     void restart() { _kept = {-1, -1}; }
@@ -35,7 +36,7 @@ class BlendPlane {
                         unsigned char* dst);
 
   private:
-    bool planPixels(rows::BlendAxis const& axis, char const* file);
+    bool planPixels(rows::BlendAxis const& axis, Place here);
     void blend(unsigned char const* src, unsigned char* dst);
     unsigned char const* keep(unsigned char const* src, std::int64_t row, std::int64_t other);
 

@@ -4,14 +4,14 @@
 #include <array>
 #include <iterator>
 
-#include "ox_core/ox_exception.h"
 #include "ox_core/ox_impl_format_facts.h"
+#include "ox_core/ox_impl_place.h"
 
 namespace ox {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_impl_format_converter";
+constexpr impl::Place here{"src/ox_cv/ox_impl_format_converter"};
 /// Nearly all failures share their words; callers tell them apart by status.
 constexpr char unsupportedFormat[] =
     "Failure in ImplFormatConverter::get_context(...) : unsupported format.";
@@ -125,8 +125,7 @@ void ImplFormatConverter::getFormatInfo(FrameFormat format, FormatInfo& info) co
     if (isYuv(format)) {
         info = yuvInfo(format);
     } else if (!hasNoInfo(format)) {
-        throw Exception(nullptr, StatusUnsupportedFormat, "getFormatInfo", file, __LINE__, "%s",
-                        unsupportedFormat);
+        here.fail({StatusUnsupportedFormat, "getFormatInfo"}, "%s", unsupportedFormat);
     }
 }
 
@@ -150,7 +149,7 @@ void ImplFormatConverter::get_context(FrameFormat src_format, FrameFormat dst_fo
         // Only the float planes have no row of their own in the table of pairs.
         Status const status =
             src_format == FRAME_BGR_32F_PLANAR ? StatusUnsupportedFormat : StatusNotSupported;
-        throw Exception(nullptr, status, "get_context", file, __LINE__, "%s", unsupportedFormat);
+        here.fail(status, "%s", unsupportedFormat);
     }
     function = conversion.function;
     *window_size = conversion.window_size;
@@ -174,9 +173,8 @@ void ImplFormatConverter::findJoints(FrameFormat src_format, FrameFormat dst_for
 void ImplFormatConverter::reuse(FrameFormat src_format, FrameFormat dst_format, int row_width,
                                 int* window_size) {
     if (window_size == nullptr) {
-        throw Exception(nullptr, StatusUnsupportedFormat, "reuse", file, __LINE__,
-                        "Failure in ImplFormatConverter::reuse(...) : Null pointer to window "
-                        "size.");
+        here.fail(StatusUnsupportedFormat,
+                  "Failure in ImplFormatConverter::reuse(...) : Null pointer to window size.");
     }
     function = nullptr;
     get_context(src_format, dst_format, window_size);

@@ -7,7 +7,7 @@ namespace ox::impl {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_impl_scale_conv_x";
+constexpr Place here{"src/ox_cv/ox_impl_scale_conv_x"};
 
 /// Fewer formats than the other scalers take.
 constexpr bool takesFormat(FrameFormat format) {
@@ -40,7 +40,7 @@ void ScaleX<Weight>::arm(IKernel& kernel, Source& source, FrameLayout const& src
         _reuseScaleData(kernel, src_layout, dst_width);
         planColumns(src_layout);
     });
-    armWindow(_window, source, 1, file);
+    armWindow(_window, source, 1, here);
 }
 
 template <class Weight>
@@ -58,10 +58,10 @@ void ScaleX<Weight>::_reuseScaleData(IKernel& kernel, FrameLayout const& src_lay
     _dst_layout =
         FrameLayout(src_layout.format, {dst_width, src_layout.size.height}, defaultAlignment);
     if (src_layout.planeCount == 0) {
-        throw Exception(nullptr, StatusNotInitialized, "_reuseScaleData", file, __LINE__,
-                        "Failure in ScaleX::reuse(...) : source frame is not initialized.");
+        here.fail(StatusNotInitialized,
+                  "Failure in ScaleX::reuse(...) : source frame is not initialized.");
     }
-    passOnFailure("_reuseScaleData", file, [&] {
+    passOnFailure("_reuseScaleData", here, [&] {
         // A plane that the format doesn't have is refused: it has no width to be scaled to.
         for (int i = 0; i < src_layout.planeCount; ++i) {
             _scale_data[i].reuse(kernel, src_layout.plane[i].width, _dst_layout.plane[i].width);
@@ -102,12 +102,11 @@ FrameLayout const& ScaleX<Weight>::layout() {
 template <class Weight>
 void ScaleX<Weight>::produce(RowData& dst) {
     if (!_window.initialized()) {
-        throw Exception(nullptr, StatusNotInitialized, "produce", file, __LINE__,
-                        "Failure in ScaleX::produce(...): the scaler is not initialized.");
+        here.fail(StatusNotInitialized,
+                  "Failure in ScaleX::produce(...): the scaler is not initialized.");
     }
     if (!takesFormat(_format)) {
-        throw Exception(nullptr, StatusNotSupported, "produce", file, __LINE__,
-                        "Failure in ScaleX::produce(...) : unsupported format.");
+        here.fail(StatusNotSupported, "Failure in ScaleX::produce(...) : unsupported format.");
     }
     RowData const* src = nullptr;
     for (int i = 0; i < _dst_layout.planeCount; ++i) {

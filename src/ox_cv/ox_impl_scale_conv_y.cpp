@@ -11,7 +11,7 @@ namespace ox::impl {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_impl_scale_conv_y";
+constexpr Place here{"src/ox_cv/ox_impl_scale_conv_y"};
 
 /// Formats of bytes that can be scaled but for `FRAME_BGR_PLANAR`; among them those of packed
 /// pairs, which the horizontal pass refuses.
@@ -34,9 +34,9 @@ void ScaleY<Weight>::reuse(IKernel& kernel, IRowProducer& src_producer, int dst_
         _reuseScaleData(kernel, src_layout, dst_height);
         _row_index.reuse(_dst_layout);
         _src_layout = src_layout;
-        resizeTable(_rows, tallestKernel(), file);
+        resizeTable(_rows, tallestKernel(), here);
     });
-    armWindow(_window, src_producer, tallestKernel(), file);
+    armWindow(_window, src_producer, tallestKernel(), here);
 }
 
 template <class Weight>
@@ -51,10 +51,10 @@ void ScaleY<Weight>::_reuseScaleData(IKernel& kernel, FrameLayout const& src_lay
     _dst_layout =
         FrameLayout(src_layout.format, {src_layout.size.width, dst_height}, defaultAlignment);
     if (src_layout.planeCount == 0) {
-        throw Exception(nullptr, StatusNotInitialized, "_reuseScaleData", file, __LINE__,
-                        "Failure in ScaleY::reuse(...) : source frame is not initialized.");
+        here.fail(StatusNotInitialized,
+                  "Failure in ScaleY::reuse(...) : source frame is not initialized.");
     }
-    passOnFailure("_reuseScaleData", file, [&] {
+    passOnFailure("_reuseScaleData", here, [&] {
         // A plane that the format doesn't have is refused: it has no height to be scaled to.
         for (int i = 0; i < src_layout.planeCount; ++i) {
             _scale_data[i].reuse(kernel, src_layout.plane[i].height, _dst_layout.plane[i].height);
@@ -93,12 +93,11 @@ FrameLayout const& ScaleY<Weight>::layout() {
 template <class Weight>
 void ScaleY<Weight>::produce(RowData& dst) {
     if (!_window.initialized()) {
-        throw Exception(nullptr, StatusNotInitialized, "produce", file, __LINE__,
-                        "The scaler is not initialized.");
+        here.fail(StatusNotInitialized, "The scaler is not initialized.");
     }
     if (!takesFormat(_dst_layout.format)) {
-        throw Exception(nullptr, StatusNotSupported, "produce", file, __LINE__,
-                        "Failure in ScaleY::produce(...) : unsupported frame format.");
+        here.fail(StatusNotSupported,
+                  "Failure in ScaleY::produce(...) : unsupported frame format.");
     }
     for (int i = 0; i < _dst_layout.planeCount; ++i) {
         if (dst[i] != nullptr) {

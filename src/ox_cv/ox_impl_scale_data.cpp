@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numeric>
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_impl_scale_weights.h"
 #include "ox_cv/ox_impl_state.h"
 
@@ -12,10 +12,10 @@ namespace ox::impl {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_impl_scale_data";
+constexpr Place here{"src/ox_cv/ox_impl_scale_data"};
 
 [[noreturn]] void refuse(char const* text) {
-    throw Exception(nullptr, StatusOutOfRange, "reuse", file, __LINE__, "%s", text);
+    here.fail({StatusOutOfRange, "reuse"}, "%s", text);
 }
 
 void checkExtents(int src_size, int dst_size, int most_samples, int most_reduction) {
@@ -34,9 +34,9 @@ void checkExtents(int src_size, int dst_size, int most_samples, int most_reducti
 template <class Weight>
 int capacityFor(float aperture) {
     if (!(aperture <= static_cast<float>(maxAperture<Weight>()))) {
-        throw Exception(nullptr, StatusCapacityExceeded, "reuse", file, __LINE__,
-                        "Failure in _computeWeights(...): The kernel aperture is greater than "
-                        "MAX_FIXED_POINT_APERTURE");
+        here.fail({StatusCapacityExceeded, "reuse"},
+                  "Failure in _computeWeights(...): The kernel aperture is greater than "
+                  "MAX_FIXED_POINT_APERTURE");
     }
     float const least = std::max(aperture, -1.0F);  // which leaves no room, as all below
     return static_cast<int>(std::ceil(least + 1.0F));
@@ -100,7 +100,7 @@ void ScaleData<Weight>::reuse(IKernel& kernel, int src_size, int dst_size) {
     clear();
     checkExtents(src_size, dst_size, mostSamples, mostReduction);
     try {
-        passOnFailure("reuse", file, [&] { _build(kernel, src_size, dst_size); });
+        passOnFailure("reuse", here, [&] { _build(kernel, src_size, dst_size); });
     } catch (...) {  // a filter of the caller's own may throw anything
         clear();
         throw;
@@ -111,7 +111,7 @@ void ScaleData<Weight>::reuse(IKernel& kernel, int src_size, int dst_size) {
 
 template <class Weight>
 void ScaleData<Weight>::_build(IKernel& kernel, int src_size, int dst_size) {
-    reserveTable(_sources, dst_size, file);
+    reserveTable(_sources, dst_size, here);
     float const scale = static_cast<float>(src_size) / static_cast<float>(dst_size);
     int const period = dst_size / std::gcd(src_size, dst_size);
     kernel.setScale(scale);

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <new>
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_state.h"
 
@@ -12,7 +12,7 @@ namespace ox::impl {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_impl_scale_kernel_builder";
+constexpr Place here{"src/ox_cv/ox_impl_scale_kernel_builder"};
 
 /// Phases that differ by less are the same.
 constexpr double phaseTolerance = 0.001;
@@ -22,8 +22,7 @@ constexpr double phaseTolerance = 0.001;
 template <class Weight>
 void ScaleKernelBuilder<Weight>::reuse(int aperture) {
     if (aperture < 1) {
-        throw Exception(nullptr, StatusOutOfRange, "reuse", file, __LINE__,
-                        "Parameter 'aperture' is out of range.");
+        here.fail(StatusOutOfRange, "Parameter 'aperture' is out of range.");
     }
     _inner_count = 0;
     _inner_capacity = innerCapacity;
@@ -36,10 +35,9 @@ void ScaleKernelBuilder<Weight>::reuse(int aperture) {
     try {
         _data.resize((weights + innerCapacity) * _row_stride, false);
     } catch (Exception const& cause) {
-        throw Exception(&cause, cause.status, "reuse", file, __LINE__,
-                        "Failed to allocate kernel data due to: %s", cause.what());
+        here.fail(cause, "Failed to allocate kernel data due to: %s", cause.what());
     }
-    reserveTable(_phases, innerCapacity, file);
+    reserveTable(_phases, innerCapacity, here);
 }
 
 template <class Weight>
@@ -58,9 +56,8 @@ void ScaleKernelBuilder<Weight>::store(int index, Weight const* weights) {
 template <class Weight>
 int ScaleKernelBuilder<Weight>::addInnerKernel(Weight const* weights, float phase) {
     if (_inner_count >= _inner_capacity) {
-        throw Exception(
-            nullptr, StatusAssertionFailed, "addInnerKernel", file, __LINE__,
-            "Failure in ScaleKernelBuilder::addInnerKernel(...), buffer has already filled");
+        here.fail(StatusAssertionFailed,
+                  "Failure in ScaleKernelBuilder::addInnerKernel(...), buffer has already filled");
     }
     int const index = _inner_count++;
     _phases.push_back(phase);
@@ -71,9 +68,8 @@ int ScaleKernelBuilder<Weight>::addInnerKernel(Weight const* weights, float phas
 template <class Weight>
 int ScaleKernelBuilder<Weight>::addBorderKernel(Weight const* weights) {
     if (_border_count >= _border_capacity) {
-        throw Exception(
-            nullptr, StatusAssertionFailed, "addBorderKernel", file, __LINE__,
-            "Failure in ScaleKernelBuilder::addBorderKernel(...), buffer has already filled");
+        here.fail(StatusAssertionFailed,
+                  "Failure in ScaleKernelBuilder::addBorderKernel(...), buffer has already filled");
     }
     int const index = _inner_capacity + _border_count++;
     store(index, weights);

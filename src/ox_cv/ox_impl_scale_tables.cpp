@@ -8,7 +8,7 @@ namespace ox::impl {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_impl_scale_tables";
+constexpr Place here{"src/ox_cv/ox_impl_scale_tables"};
 
 std::int32_t wrappingAdd(std::int32_t a, std::int32_t b) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
@@ -30,7 +30,7 @@ std::int32_t wrappingShift(std::int32_t value, int shift) {
 template <class Entry, class MakeEntry>
 void fillTable(std::vector<Entry>& table, std::int32_t count, std::int32_t start, std::int32_t step,
                MakeEntry make_entry) {
-    resizeTable(table, count, file);
+    resizeTable(table, count, here);
     std::int32_t position = start;
     for (Entry& entry : table) {
         entry = make_entry(position);
@@ -58,7 +58,7 @@ std::uint16_t buildAreaTable(std::int32_t src, std::int32_t dst, int shift,
                              std::vector<AreaWeight>& weights) {
     std::int32_t const one = 1 << shift;
     std::int32_t const ratio = wrappingShift(dst, shift) / src;
-    resizeTable(weights, std::int64_t{dst} + 1, file);
+    resizeTable(weights, std::int64_t{dst} + 1, here);
     auto const full_weight = static_cast<std::uint16_t>(std::min(one, ratio));
     for (std::int32_t i = 0; i < dst; ++i) {
         auto const index = static_cast<std::int32_t>(std::int64_t{i} * src / dst);

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 
 namespace ox::impl {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_impl_scale_data";
+constexpr Place here{"src/ox_cv/ox_impl_scale_data"};
 
 /// Steps of the trapezoid rule, in pixels.
 constexpr float step = 0.0625F;
@@ -19,12 +19,12 @@ constexpr double leastSum = 0.001;
 
 constexpr std::int32_t mostCapacity = 1073741823;
 
-[[noreturn]] void refuse(Status status, char const* function, char const* text) {
-    throw Exception(nullptr, status, function, file, __LINE__, "%s", text);
+[[noreturn]] void refuse(Failure const& failure, char const* text) {
+    here.fail(failure, "%s", text);
 }
 
 [[noreturn]] void refuseWeights(Status status, char const* text) {
-    refuse(status, "_computeWeights", text);
+    refuse({status, "_computeWeights"}, text);
 }
 
 /// `value` modulo 2^bits. Numbers of 2^63 and more are multiples of all that counts; what isn't
@@ -105,7 +105,7 @@ void forceSum(Weight* weights, int count, int unit) {
 
 float _computeIntegral(IKernel* _p_kernel, float phase, float lower, float upper) {
     if (_p_kernel == nullptr) {
-        refuse(StatusNullPointer, "_computeIntegral", "Parameter '_p_kernel' is null.");
+        refuse(StatusNullPointer, "Parameter '_p_kernel' is null.");
     }
     float const centre = std::fma(_p_kernel->aperture(), 0.5F, phase);
     auto const f = [&](float x) { return _p_kernel->value(x - centre); };
@@ -166,11 +166,11 @@ template <class Weight>
 std::int32_t _reflectWeights(Weight const* weights, BorderTaps taps, Weight* p_borderWieghts,
                              int capacity) {
     if (p_borderWieghts == nullptr) {
-        refuse(StatusNullPointer, "_reflectWeights",
+        refuse(StatusNullPointer,
                "Failure in _reflectWeights(...) : Parameter 'p_borderWieghts' is null.");
     }
     if (taps.count > maxAperture<Weight>()) {
-        refuse(StatusOutOfRange, "_reflectWeights",
+        refuse(StatusOutOfRange,
                "Failure in _reflectWeights(...) : Parameter 'aperture' is out of range.");
     }
     bool const passes_end = std::int64_t{taps.start} + taps.count > taps.src_size;

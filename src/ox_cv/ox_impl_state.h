@@ -7,45 +7,40 @@
 #include <new>
 #include <vector>
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_row_window.h"
 
 namespace ox::impl {
 
-[[noreturn]] inline void throwMemoryExhausted(char const* function, char const* file) {
-    throw Exception(nullptr, StatusCapacityExceeded, function, file, __LINE__,
-                    "Memory is exhausted.");
-}
-
 /// A new private state.
 template <class State>
-std::unique_ptr<State> makeState(char const* file) {
+std::unique_ptr<State> makeState(Place here) {
     std::unique_ptr<State> state(new (std::nothrow) State());
     if (!state) {
-        throwMemoryExhausted("State", file);
+        here.fail({StatusCapacityExceeded, "State"}, "Memory is exhausted.");
     }
     return state;
 }
 
 /// Reports what the standard library says of exhausted memory as everything else is.
 template <class Action>
-auto withMemory(char const* file, Action action) {
+auto withMemory(Place here, Action action) {
     try {
         return action();
     } catch (std::bad_alloc const&) {
-        throwMemoryExhausted("reuse", file);
+        here.fail({StatusCapacityExceeded, "reuse"}, "Memory is exhausted.");
     }
 }
 
 template <class Entry>
-void resizeTable(std::vector<Entry>& table, std::int64_t count, char const* file) {
-    withMemory(file, [&] { table.resize(static_cast<std::size_t>(count)); });
+void resizeTable(std::vector<Entry>& table, std::int64_t count, Place here) {
+    withMemory(here, [&] { table.resize(static_cast<std::size_t>(count)); });
 }
 
 /// Room for entries that are appended one by one.
 template <class Entry>
-void reserveTable(std::vector<Entry>& table, std::int64_t count, char const* file) {
-    withMemory(file, [&] { table.reserve(static_cast<std::size_t>(count)); });
+void reserveTable(std::vector<Entry>& table, std::int64_t count, Place here) {
+    withMemory(here, [&] { table.reserve(static_cast<std::size_t>(count)); });
 }
 
 /// Runs the part of a `reuse` that rebuilds tables; if it fails, the window is emptied, so that
@@ -69,20 +64,20 @@ inline void checkArmed(RowWindow& window) {
 
 /// Lets a failure of `action` go on under the name of the function that it happened in.
 template <class Action>
-void passOnFailure(char const* function, char const* file, Action action) {
+void passOnFailure(char const* function, Place here, Action action) {
     try {
         action();
     } catch (Exception const& cause) {
-        throw Exception(&cause, cause.status, function, file, __LINE__, "%s", cause.what());
+        here.fail({cause, function}, "%s", cause.what());
     }
 }
 
 /// Arms a window; after a failure it is empty, so that no stale row can be read, and the failure
 /// goes on under the owner's name.
 template <class Source>
-void armWindow(RowWindow& window, Source& source, int window_size, char const* file) {
+void armWindow(RowWindow& window, Source& source, int window_size, Place here) {
     try {
-        passOnFailure("reuse", file, [&] { window.reuse(source, window_size); });
+        passOnFailure("reuse", here, [&] { window.reuse(source, window_size); });
     } catch (...) {  // a source of the caller's own may throw anything
         window.clear();
         throw;

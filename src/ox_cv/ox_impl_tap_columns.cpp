@@ -10,7 +10,7 @@ namespace ox::impl {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_impl_scale_conv_x";
+constexpr Place here{"src/ox_cv/ox_impl_scale_conv_x"};
 
 /// Where the products of a sample and a weight are summed.
 template <class Sample>
@@ -88,8 +88,8 @@ void TapColumns<Weight>::plan(ScaleData<Weight> const& data, ScaleElement elemen
     bool const whole_pixels = row_bytes % channels == 0;
     bool by_vectors = element.bits == 8 && whole_pixels;
     if (by_vectors) {
-        withMemory(file, [&] { fillAxis(); });
-        by_vectors = _planes.plan(_axis, channels, reachedBytes(row_bytes) / channels, file);
+        withMemory(here, [&] { fillAxis(); });
+        by_vectors = _planes.plan(_axis, channels, reachedBytes(row_bytes) / channels, here);
     }
     _sum = by_vectors ? sumByVectors : pickRowFunction<PlainLoops>(element);
 }

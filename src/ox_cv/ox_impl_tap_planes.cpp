@@ -21,12 +21,12 @@ std::array<unsigned char*, 4> planesOf(Buffer const& buffer, std::uint64_t plane
 }  // namespace
 
 bool TapPlanes::plan(rows::TapAxis const& axis, std::size_t channels, std::uint64_t src_pixels,
-                     char const* file) {
+                     Place here) {
     if (rows::routines().taps.compile_taps == nullptr || axis.taps == 0 || axis.starts.empty()) {
         return false;
     }
     auto const compile = [&](std::size_t interleaved) {
-        return withMemory(file, [&] {
+        return withMemory(here, [&] {
             return rows::routines().taps.compile_taps(axis, {interleaved, src_pixels}, _program);
         });
     };

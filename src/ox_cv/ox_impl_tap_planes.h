@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "ox_core/ox_buffer.h"
+#include "ox_core/ox_impl_place.h"
 #include "rows/taps/axis.h"
 
 namespace ox::impl {
@@ -16,11 +17,11 @@ class TapPlanes {
   public:
     /// @param channels interleaved in a row, 1 to 4
     /// @param src_pixels of a row
-    /// @param file of the owner, for failures
+    /// @param here the owner's place, for failures
     /// @return false if there is no vector code for it
     /// @throws Exception `StatusCapacityExceeded`
     bool plan(rows::TapAxis const& axis, std::size_t channels, std::uint64_t src_pixels,
-              char const* file);
+              Place here);
 
     void sum(unsigned char const* src, unsigned char* dst);
 

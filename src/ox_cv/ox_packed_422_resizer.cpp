@@ -1,6 +1,6 @@
 #include "ox_cv/ox_packed_422_resizer.h"
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_cv_helpers.h"
 
 namespace ox {
@@ -8,8 +8,8 @@ namespace ox {
 namespace {
 
 [[noreturn]] void refuse(Status status, char const* name, char const* text) {
-    throw Exception(nullptr, status, "resize", "src/ox_cv/ox_packed_422_resizer", __LINE__,
-                    "Failure in Packed422Resizer::resize(...) : '%s' %s.", name, text);
+    impl::Place{"src/ox_cv/ox_packed_422_resizer"}.fail(
+        {status, "resize"}, "Failure in Packed422Resizer::resize(...) : '%s' %s.", name, text);
 }
 
 void checkFrame(Frame const& frame, char const* name) {

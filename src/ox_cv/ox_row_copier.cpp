@@ -1,26 +1,26 @@
 #include "ox_cv/ox_row_copier.h"
 
-#include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_place.h"
 
 namespace ox {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_row_copier";
+constexpr impl::Place here{"src/ox_cv/ox_row_copier"};
 
 }  // namespace
 
 RowCopier::~RowCopier() = default;
 
 void RowCopier::reuse(Frame const& src_frame) {
-    OX_ASSERT(src_frame.initialized(), file);
+    OX_ASSERT(src_frame.initialized());
     _layout = src_frame.layout();
     _reader.reuse(src_frame);
     _producer = nullptr;
 }
 
 void RowCopier::reuse(IRowProducer& src_producer) {
-    OX_ASSERT(!src_producer.layout().size.empty(), file);
+    OX_ASSERT(!src_producer.layout().size.empty());
     _layout = src_producer.layout();
     _producer = &src_producer;
     _reader.clear();

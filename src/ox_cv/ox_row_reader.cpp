@@ -1,6 +1,6 @@
 #include "ox_cv/ox_row_reader.h"
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_impl_row_cursor.h"
 
 namespace ox {
@@ -15,8 +15,8 @@ void RowReader::reuse(Frame const& frame) {
     clear();
     if (!frame.initialized()) {
         // The text names the writer on purpose: callers match it.
-        throw Exception(nullptr, StatusInputNotInitialized, "reuse", "src/ox_cv/ox_row_reader",
-                        __LINE__, impl::cursorNotInitialized);
+        impl::Place{"src/ox_cv/ox_row_reader"}.fail(StatusInputNotInitialized,
+                                                    impl::cursorNotInitialized);
     }
     FrameLayout const& layout = frame.layout();
     height = layout.size.height;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <limits>
 
-#include "ox_core/ox_impl_assert.h"
 #include "ox_core/ox_impl_format_facts.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_passed_rows.h"
 #include "ox_cv/ox_impl_row_cursor.h"
@@ -13,12 +13,11 @@ namespace ox {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_row_window";
+constexpr impl::Place here{"src/ox_cv/ox_row_window"};
 
 void checkWindowSize(int window_size, FrameLayout const& layout) {
     if (window_size < 1 || window_size > layout.size.height) {
-        throw Exception(nullptr, StatusOutOfRange, "reuse", file, __LINE__,
-                        "Parameter 'window_size' is out of range.");
+        here.fail({StatusOutOfRange, "reuse"}, "Parameter 'window_size' is out of range.");
     }
 }
 
@@ -26,8 +25,8 @@ void checkWindowSize(int window_size, FrameLayout const& layout) {
 void checkPlanes(FrameLayout const& layout) {
     int const least = std::max(impl::factsOf(layout.format).plane_count, 1);
     if (layout.planeCount < least || layout.planeCount > 4) {
-        throw Exception(nullptr, StatusInvalidParameter, "reuse", file, __LINE__,
-                        "Row producer's planes aren't those of its format.");
+        here.fail({StatusInvalidParameter, "reuse"},
+                  "Row producer's planes aren't those of its format.");
     }
 }
 
@@ -75,8 +74,7 @@ void RowWindow::_placeRows(int window_size, char const* what) {
         _rows_buffer.resize(2 * bytes, false);
     } catch (Exception const& cause) {
         clear();
-        throw Exception(&cause, cause.status, "reuse", file, __LINE__, "%s allocation failure: %s",
-                        what, cause.what());
+        here.fail({cause, "reuse"}, "%s allocation failure: %s", what, cause.what());
     }
     _rows = reinterpret_cast<RowData*>(_rows_buffer.data);
     _rows_temp = reinterpret_cast<RowData*>(_rows_buffer.data + bytes);
@@ -101,15 +99,13 @@ void RowWindow::_placeRings(FrameLayout const& layout, int window_size) {
         }
     } catch (Exception const& cause) {
         clear();
-        throw Exception(&cause, cause.status, "reuse", file, __LINE__,
-                        "Data buffer allocation failure: %s", cause.what());
+        here.fail({cause, "reuse"}, "Data buffer allocation failure: %s", cause.what());
     }
 }
 
 void RowWindow::reuse(Frame const& frame, int window_size) {
     if (!frame.initialized()) {
-        throw Exception(nullptr, StatusInputNotInitialized, "reuse", file, __LINE__,
-                        "Frame is not initialized.");
+        here.fail(StatusInputNotInitialized, "Frame is not initialized.");
     }
     if (!sameGeometry(frame.layout(), _layout) || window_size != _window_size) {
         checkWindowSize(window_size, frame.layout());
@@ -125,15 +121,14 @@ void RowWindow::reuse(Frame const& frame, int window_size) {
         _reader.reuse(frame);
     } catch (Exception const& cause) {
         clear();
-        throw Exception(&cause, cause.status, "reuse", file, __LINE__, "%s", cause.what());
+        here.fail(cause, "%s", cause.what());
     }
 }
 
 void RowWindow::reuse(IRowProducer& producer, int window_size) {
     FrameLayout const& layout = producer.layout();
     if (layout.planeCount == 0) {
-        throw Exception(nullptr, StatusInputNotInitialized, "reuse", file, __LINE__,
-                        "Row producer is not initialized.");
+        here.fail(StatusInputNotInitialized, "Row producer is not initialized.");
     }
     checkPlanes(layout);
     bool const keeps_rings =
@@ -153,15 +148,13 @@ void RowWindow::reuse(IRowProducer& producer, int window_size) {
 
 /// What `rowData` does where it can't hand out a row at once.
 void RowWindow::prepareRow(bool is_inside) {
-    if (!is_inside) {
-        impl::throwAssertion("rowData", file, __LINE__,
-                             "0 <= row_index_in_window && row_index_in_window < _window_size");
-    }
+    here.require(is_inside, "0 <= row_index_in_window && row_index_in_window < _window_size",
+                 "rowData");
     _update();
 }
 
 void RowWindow::_update() {
-    OX_ASSERT(initialized(), file);
+    OX_ASSERT(initialized());
     int const kept = std::max(_loaded_end - _first_row, 0);
     _rotate(kept);
     if (_producer != nullptr) {

@@ -1,6 +1,6 @@
 #include "ox_cv/ox_row_writer.h"
 
-#include "ox_core/ox_exception.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_impl_row_cursor.h"
 
 namespace ox {
@@ -15,8 +15,8 @@ void RowWriter::clear() {
 void RowWriter::reuse(Frame& frame) {
     clear();
     if (!frame.initialized()) {
-        throw Exception(nullptr, StatusInputNotInitialized, "reuse", "src/ox_cv/ox_row_writer",
-                        __LINE__, impl::cursorNotInitialized);
+        impl::Place{"src/ox_cv/ox_row_writer"}.fail(StatusInputNotInitialized,
+                                                    impl::cursorNotInitialized);
     }
     rows = planes = RowData{};
     FrameLayout const& layout = frame.layout();

@@ -1,6 +1,6 @@
 #include "ox_cv/ox_scaler.h"
 
-#include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_impl_state.h"
 #include "ox_cv/ox_row_copier.h"
 #include "ox_cv/ox_scaler_area.h"
@@ -11,7 +11,7 @@ namespace ox {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_scaler";
+constexpr impl::Place here{"src/ox_cv/ox_scaler"};
 
 }  // namespace
 
@@ -95,21 +95,21 @@ void Scaler::State::arm(Source& source, Size src_size, Size dst_size, ScaleMetho
             _active = &armArea(source, src_size, dst_size);
             break;
         default:
-            throw Exception(nullptr, StatusInvalidParameter, "reuse", file, __LINE__,
-                            "Failure in Scaler::reuse(...) : parameter 'method' is invalid %u.",
-                            static_cast<unsigned>(method));
+            here.fail({StatusInvalidParameter, "reuse"},
+                      "Failure in Scaler::reuse(...) : parameter 'method' is invalid %u.",
+                      static_cast<unsigned>(method));
     }
 }
 
 IRowProducer& Scaler::State::active() const {
     if (_active == nullptr) {
-        throw Exception(nullptr, StatusNotInitialized, "produce", file, __LINE__,
-                        "Scaler is not initialized. Call Scaler::reuse(...) first.");
+        here.fail({StatusNotInitialized, "produce"},
+                  "Scaler is not initialized. Call Scaler::reuse(...) first.");
     }
     return *_active;
 }
 
-Scaler::Scaler() : _state(impl::makeState<State>(file)) {}
+Scaler::Scaler() : _state(impl::makeState<State>(here)) {}
 
 Scaler::~Scaler() = default;
 
@@ -118,14 +118,14 @@ void Scaler::renew() {
 }
 
 void Scaler::reuse(Frame const& src_frame, Size dst_size, ScaleMethod method) {
-    OX_ASSERT(src_frame.initialized(), file);
-    OX_ASSERT(!dst_size.empty(), file);
+    OX_ASSERT(src_frame.initialized());
+    OX_ASSERT(!dst_size.empty());
     _state->arm(src_frame, src_frame.size(), dst_size, method);
 }
 
 void Scaler::reuse(IRowProducer& src_producer, Size dst_size, ScaleMethod method) {
-    OX_ASSERT(!src_producer.layout().size.empty(), file);
-    OX_ASSERT(!dst_size.empty(), file);
+    OX_ASSERT(!src_producer.layout().size.empty());
+    OX_ASSERT(!dst_size.empty());
     _state->arm(src_producer, src_producer.layout().size, dst_size, method);
 }
 

@@ -17,7 +17,7 @@ namespace ox {
 
 namespace {
 
-constexpr char const* file = impl::areaFile;
+constexpr impl::Place here = impl::areaPlace;
 
 /// The constructors' value, which no `reuse` keeps.
 constexpr int initialShift = 16;
@@ -76,7 +76,7 @@ struct ScalerAreaX::State {
     void arm(Source& source, FrameLayout const& src_layout, int dst_width,
              ScalerPrecision precision) {
         impl::prepareTables(_window, [&] { prepare(src_layout, dst_width, precision); });
-        impl::armWindow(_window, source, 1, file);
+        impl::armWindow(_window, source, 1, here);
     }
 };
 
@@ -104,10 +104,10 @@ void ScalerAreaX::State::planPlanes() {
 
 bool ScalerAreaX::State::planTaps(int plane, impl::AreaRow8 const& row, int channels) {
     rows::TapAxis axis;
-    return impl::withMemory(file,
+    return impl::withMemory(here,
                             [&] { return impl::describeAreaTaps(this->axis(), row, axis); }) &&
            _taps[plane].plan(axis, static_cast<std::size_t>(channels),
-                             static_cast<std::uint64_t>(row.last_pixel + 1), file);
+                             static_cast<std::uint64_t>(row.last_pixel + 1), here);
 }
 
 bool ScalerAreaX::State::planBlend(int plane, impl::AreaRow8 const& row, int channels) {
@@ -115,8 +115,8 @@ bool ScalerAreaX::State::planBlend(int plane, impl::AreaRow8 const& row, int cha
     axis.channels = static_cast<std::size_t>(channels);
     axis.row_bytes = static_cast<std::size_t>((row.last_pixel + 1) * channels);
     return impl::withMemory(
-               file, [&] { return impl::describeAreaBlend(this->axis(), row, axis.pixels); }) &&
-           _blends[plane].plan(axis, file);
+               here, [&] { return impl::describeAreaBlend(this->axis(), row, axis.pixels); }) &&
+           _blends[plane].plan(axis, here);
 }
 
 /// Vector code does planes of bytes whose rows are whole elements.
@@ -182,7 +182,7 @@ void ScalerAreaX::State::produce(int plane, unsigned char const* src, unsigned c
     }
 }
 
-ScalerAreaX::ScalerAreaX() : _state(impl::makeState<State>(file)) {}
+ScalerAreaX::ScalerAreaX() : _state(impl::makeState<State>(here)) {}
 
 ScalerAreaX::~ScalerAreaX() = default;
 
@@ -195,15 +195,15 @@ void ScalerAreaX::renew() {
 }
 
 void ScalerAreaX::reuse(Frame const& src_frame, int dst_width, ScalerPrecision precision) {
-    OX_ASSERT(src_frame.initialized(), file);
-    OX_ASSERT(0 < dst_width, file);
+    OX_ASSERT(src_frame.initialized());
+    OX_ASSERT(0 < dst_width);
     impl::checkPrecision(precision);
     _state->arm(src_frame, src_frame.layout(), dst_width, precision);
 }
 
 void ScalerAreaX::reuse(IRowProducer& src_producer, int dst_width, ScalerPrecision precision) {
-    OX_ASSERT(!src_producer.layout().size.empty(), file);
-    OX_ASSERT(0 < dst_width, file);
+    OX_ASSERT(!src_producer.layout().size.empty());
+    OX_ASSERT(0 < dst_width);
     impl::checkPrecision(precision);
     _state->arm(src_producer, src_producer.layout(), dst_width, precision);
 }
@@ -261,7 +261,7 @@ struct ScalerAreaY::State {
         impl::prepareTables(_window, [&] { prepare(src_layout, dst_height, precision); });
         int const count = static_cast<int>(_rows.size());
         impl::armWindow(_window, source,
-                        std::min(_subsampled ? 2 * count : count, src_layout.size.height), file);
+                        std::min(_subsampled ? 2 * count : count, src_layout.size.height), here);
     }
 };
 
@@ -313,8 +313,8 @@ void ScalerAreaY::State::prepare(FrameLayout const& src_layout, int dst_height,
         FrameLayout(src_layout.format, {src_size.width, dst_height}, impl::defaultAlignment);
     _subsampled =
         _dst_layout.planeCount >= 2 && _dst_layout.plane[0].height != _dst_layout.plane[1].height;
-    impl::resizeTable(_rows, rowCount(), file);
-    _taps.reserve(rowCount() + std::int64_t{2}, file);
+    impl::resizeTable(_rows, rowCount(), here);
+    _taps.reserve(rowCount() + std::int64_t{2}, here);
     planPlanes();
     _key.dst = dst_height;
     _key.is_new = false;
@@ -353,7 +353,7 @@ impl::SumRows::Cut ScalerAreaY::State::cutPlane(int plane) {
             _shift};
 }
 
-ScalerAreaY::ScalerAreaY() : _state(impl::makeState<State>(file)) {}
+ScalerAreaY::ScalerAreaY() : _state(impl::makeState<State>(here)) {}
 
 ScalerAreaY::~ScalerAreaY() = default;
 
@@ -366,15 +366,15 @@ void ScalerAreaY::renew() {
 }
 
 void ScalerAreaY::reuse(Frame const& src_frame, int dst_height, ScalerPrecision precision) {
-    OX_ASSERT(src_frame.initialized(), file);
-    OX_ASSERT(0 < dst_height, file);
+    OX_ASSERT(src_frame.initialized());
+    OX_ASSERT(0 < dst_height);
     impl::checkPrecision(precision);
     _state->arm(src_frame, src_frame.layout(), dst_height, precision);
 }
 
 void ScalerAreaY::reuse(IRowProducer& src_producer, int dst_height, ScalerPrecision precision) {
-    OX_ASSERT(!src_producer.layout().size.empty(), file);
-    OX_ASSERT(0 < dst_height, file);
+    OX_ASSERT(!src_producer.layout().size.empty());
+    OX_ASSERT(0 < dst_height);
     impl::checkPrecision(precision);
     _state->arm(src_producer, src_producer.layout(), dst_height, precision);
 }

@@ -10,20 +10,20 @@ namespace ox {
 
 namespace {
 
-constexpr char const* file = impl::areaFile;
+constexpr impl::Place here = impl::areaPlace;
 
 /// 16.16 coordinates hold no larger side.
 constexpr int maxSide = 32767;
 
 void checkSizes(Size src_size, Size dst_size) {
     if (dst_size.width > src_size.width || dst_size.height > src_size.height) {
-        throw Exception(nullptr, StatusNotSupported, "reuse", file, __LINE__,
-                        "Failure in scaleAreaXY::reuse(...) : the area method is implemented for "
-                        "down-scaling only.");
+        here.fail({StatusNotSupported, "reuse"},
+                  "Failure in scaleAreaXY::reuse(...) : the area method is implemented for "
+                  "down-scaling only.");
     }
     if (src_size.width > maxSide || src_size.height > maxSide) {
-        throw Exception(nullptr, StatusOutOfRange, "reuse", file, __LINE__,
-                        "Failure in scaleAreaXY::reuse(...) : size is out of range.");
+        here.fail({StatusOutOfRange, "reuse"},
+                  "Failure in scaleAreaXY::reuse(...) : size is out of range.");
     }
 }
 
@@ -72,7 +72,7 @@ void scaleAreaXY::State::prepare(FrameLayout const& src_layout, Size dst_size) {
     }
     _dst_row = 0;
     bool const partial = (_step_y & impl::coordinateMask) != 0;
-    impl::resizeTable(_rows, (_step_y >> impl::coordinateBits) + (partial ? 2 : 0), file);
+    impl::resizeTable(_rows, (_step_y >> impl::coordinateBits) + (partial ? 2 : 0), here);
     _planes.plan(_src_layout, _dst_layout, static_cast<std::size_t>(dst_size.width),
                  [this](int, std::int64_t i) { return impl::lastOfCell(_step_x, i); });
 }
@@ -102,7 +102,7 @@ void scaleAreaXY::State::fillRows(int plane) {
     }
 }
 
-scaleAreaXY::scaleAreaXY() : _state(impl::makeState<State>(file)) {}
+scaleAreaXY::scaleAreaXY() : _state(impl::makeState<State>(here)) {}
 
 scaleAreaXY::~scaleAreaXY() = default;
 
@@ -115,13 +115,13 @@ void scaleAreaXY::renew() {
 }
 
 void scaleAreaXY::reuse(Frame const& src_frame, Size dst_size, ScalerPrecision precision) {
-    OX_ASSERT(src_frame.initialized(), file);
-    OX_ASSERT(!dst_size.empty(), file);
+    OX_ASSERT(src_frame.initialized());
+    OX_ASSERT(!dst_size.empty());
     impl::checkPrecision(precision);
     checkSizes(src_frame.size(), dst_size);
     State& state = *_state;
     impl::prepareTables(state._window, [&] { state.prepare(src_frame.layout(), dst_size); });
-    impl::armWindow(state._window, src_frame, state.windowSize(), file);
+    impl::armWindow(state._window, src_frame, state.windowSize(), here);
 }
 
 FrameLayout const& scaleAreaXY::layout() {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_impl_bilinear_rows.h"
 #include "ox_cv/ox_impl_blend_planes.h"
 #include "ox_cv/ox_impl_passed_rows.h"
@@ -15,7 +15,7 @@ namespace ox {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_scaler_bilinear";
+constexpr impl::Place here{"src/ox_cv/ox_scaler_bilinear"};
 
 using Coordinates = std::vector<std::int32_t>;
 
@@ -52,7 +52,7 @@ VerticalCut verticalCut(RowWindow& window, Coordinates const& table, std::int32_
     std::int32_t const coordinate = table[static_cast<std::size_t>(dst_row)];
     int const window_row = (coordinate >> impl::coordinateBits) - window.firstRow();
     int const window_size = window.windowSize();
-    OX_ASSERT(0 <= window_row && window_row < window_size, file);
+    OX_ASSERT(0 <= window_row && window_row < window_size);
     return {window_row, static_cast<std::uint32_t>(coordinate & impl::coordinateMask)};
 }
 
@@ -65,8 +65,8 @@ int lowerRow(RowWindow const& window, int window_row, int plane) {
 }
 
 [[noreturn]] void throwUnsupported(char const* name) {
-    throw Exception(nullptr, StatusNotSupported, "produce", file, __LINE__,
-                    "Failure in %s::produce(...) : unsupported frame format.", name);
+    here.fail({StatusNotSupported, "produce"},
+              "Failure in %s::produce(...) : unsupported frame format.", name);
 }
 
 /// The planes whose columns vector code blends; the others are done by plain loops.
@@ -81,12 +81,12 @@ class BlendPlanes {
         _src.clear();
         rows::BlendAxis axis;
         for (int i = 0; i < 3; ++i) {
-            bool const is_blend = impl::withMemory(file, [&] {
+            bool const is_blend = impl::withMemory(here, [&] {
                 return impl::describeBilinearBlend(planes[static_cast<std::size_t>(i)].plan,
                                                    impl::scaleElement(dst.format, i), table.data(),
                                                    axis);
             });
-            _has[i] = is_blend && _planes[i].plan(axis, file);
+            _has[i] = is_blend && _planes[i].plan(axis, here);
         }
         _src = src;
     }
@@ -143,7 +143,7 @@ struct ScalerBilinearX::State {
     template <class Source>
     void arm(Source& source, FrameLayout const& src_layout, int dst_width) {
         impl::prepareTables(_window, [&] { prepare(src_layout, dst_width); });
-        impl::armWindow(_window, source, 1, file);
+        impl::armWindow(_window, source, 1, here);
     }
 };
 
@@ -160,8 +160,8 @@ void ScalerBilinearX::State::prepare(FrameLayout const& src_layout, int dst_widt
         _dst_layout.clear();
         _table_width = 0;  // until all is made, no later call may take it as such
         impl::buildBilinearTable(src_size.width, dst_width, _src_xs);
-        OX_ASSERT_TEXT(endsInside(_src_xs, src_size.width),
-                       "_src_xs[dst_width - 1] < (src_size.width << SHIFT)", file);
+        here.require(endsInside(_src_xs, src_size.width),
+                     "_src_xs[dst_width - 1] < (src_size.width << SHIFT)");
     }
     _src_layout = src_layout;
     _dst_layout =
@@ -172,7 +172,7 @@ void ScalerBilinearX::State::prepare(FrameLayout const& src_layout, int dst_widt
     _table_width = dst_width;
 }
 
-ScalerBilinearX::ScalerBilinearX() : _state(impl::makeState<State>(file)) {}
+ScalerBilinearX::ScalerBilinearX() : _state(impl::makeState<State>(here)) {}
 
 ScalerBilinearX::~ScalerBilinearX() = default;
 
@@ -185,14 +185,14 @@ void ScalerBilinearX::renew() {
 }
 
 void ScalerBilinearX::reuse(Frame const& src_frame, int dst_width) {
-    OX_ASSERT(src_frame.initialized(), file);
-    OX_ASSERT(0 < dst_width, file);
+    OX_ASSERT(src_frame.initialized());
+    OX_ASSERT(0 < dst_width);
     _state->arm(src_frame, src_frame.layout(), dst_width);
 }
 
 void ScalerBilinearX::reuse(IRowProducer& src_producer, int dst_width) {
-    OX_ASSERT(!src_producer.layout().size.empty(), file);
-    OX_ASSERT(0 < dst_width, file);
+    OX_ASSERT(!src_producer.layout().size.empty());
+    OX_ASSERT(0 < dst_width);
     _state->arm(src_producer, src_producer.layout(), dst_width);
 }
 
@@ -238,7 +238,7 @@ struct ScalerBilinearY::State {
     void arm(Source& source, FrameLayout const& src_layout, int dst_height) {
         impl::prepareTables(_window, [&] { prepare(src_layout, dst_height); });
         int const window_size = limitWindowSize(verticalWindowSize(_dst_layout), source);
-        impl::armWindow(_window, source, window_size, file);
+        impl::armWindow(_window, source, window_size, here);
         _window.moveTo(_src_ys.front() >> impl::coordinateBits);
     }
 };
@@ -255,8 +255,8 @@ void ScalerBilinearY::State::prepare(FrameLayout const& src_layout, int dst_heig
         _dst_layout.clear();
         _table_height = 0;  // until all is made, no later call may take it as such
         impl::buildBilinearTable(src_size.height, dst_height, _src_ys);
-        OX_ASSERT_TEXT(endsInside(_src_ys, src_size.height),
-                       "_src_ys[dst_height - 1] < (src_layout.size.height << SHIFT)", file);
+        here.require(endsInside(_src_ys, src_size.height),
+                     "_src_ys[dst_height - 1] < (src_layout.size.height << SHIFT)");
     }
     _src_layout = src_layout;
     _dst_layout =
@@ -266,7 +266,7 @@ void ScalerBilinearY::State::prepare(FrameLayout const& src_layout, int dst_heig
     _table_height = dst_height;
 }
 
-ScalerBilinearY::ScalerBilinearY() : _state(impl::makeState<State>(file)) {}
+ScalerBilinearY::ScalerBilinearY() : _state(impl::makeState<State>(here)) {}
 
 ScalerBilinearY::~ScalerBilinearY() = default;
 
@@ -279,14 +279,14 @@ void ScalerBilinearY::renew() {
 }
 
 void ScalerBilinearY::reuse(Frame const& src_frame, int dst_height) {
-    OX_ASSERT(!src_frame.size().empty(), file);
-    OX_ASSERT(0 < dst_height, file);
+    OX_ASSERT(!src_frame.size().empty());
+    OX_ASSERT(0 < dst_height);
     _state->arm(src_frame, src_frame.layout(), dst_height);
 }
 
 void ScalerBilinearY::reuse(IRowProducer& src_producer, int dst_height) {
-    OX_ASSERT(!src_producer.layout().size.empty(), file);
-    OX_ASSERT(0 < dst_height, file);
+    OX_ASSERT(!src_producer.layout().size.empty());
+    OX_ASSERT(0 < dst_height);
     _state->arm(src_producer, src_producer.layout(), dst_height);
 }
 
@@ -340,7 +340,7 @@ struct ScalerBilinearXY::State {
     void arm(Source& source, FrameLayout const& src_layout, Size dst_size) {
         impl::prepareTables(_window, [&] { prepare(src_layout, dst_size); });
         int const window_size = limitWindowSize(verticalWindowSize(_dst_layout), source);
-        impl::armWindow(_window, source, window_size, file);
+        impl::armWindow(_window, source, window_size, here);
         _window.moveTo(_src_ys.front() >> impl::coordinateBits);
     }
 };
@@ -355,11 +355,11 @@ void ScalerBilinearXY::State::buildTables(Size src_size, Size dst_size) {
     _dst_layout.clear();
     _tables_size = {};  // until all is made, no later call may take it as such
     impl::buildBilinearTable(src_size.width, dst_size.width, _src_xs);
-    OX_ASSERT_TEXT(endsInside(_src_xs, src_size.width),
-                   "_src_xs[dst_size.width - 1] < (src_size.width << SHIFT)", file);
+    here.require(endsInside(_src_xs, src_size.width),
+                 "_src_xs[dst_size.width - 1] < (src_size.width << SHIFT)");
     impl::buildBilinearTable(src_size.height, dst_size.height, _src_ys);
-    OX_ASSERT_TEXT(endsInside(_src_ys, src_size.height),
-                   "_src_ys[dst_size.height - 1] < (src_size.height << SHIFT)", file);
+    here.require(endsInside(_src_ys, src_size.height),
+                 "_src_ys[dst_size.height - 1] < (src_size.height << SHIFT)");
 }
 
 void ScalerBilinearXY::State::prepare(FrameLayout const& src_layout, Size dst_size) {
@@ -376,7 +376,7 @@ void ScalerBilinearXY::State::prepare(FrameLayout const& src_layout, Size dst_si
     _tables_size = dst_size;
 }
 
-ScalerBilinearXY::ScalerBilinearXY() : _state(impl::makeState<State>(file)) {}
+ScalerBilinearXY::ScalerBilinearXY() : _state(impl::makeState<State>(here)) {}
 
 ScalerBilinearXY::~ScalerBilinearXY() = default;
 
@@ -389,14 +389,14 @@ void ScalerBilinearXY::renew() {
 }
 
 void ScalerBilinearXY::reuse(Frame const& src_frame, Size dst_size) {
-    OX_ASSERT(src_frame.initialized(), file);
-    OX_ASSERT(!dst_size.empty(), file);
+    OX_ASSERT(src_frame.initialized());
+    OX_ASSERT(!dst_size.empty());
     _state->arm(src_frame, src_frame.layout(), dst_size);
 }
 
 void ScalerBilinearXY::reuse(IRowProducer& src_producer, Size dst_size) {
-    OX_ASSERT(!src_producer.layout().size.empty(), file);
-    OX_ASSERT(!dst_size.empty(), file);
+    OX_ASSERT(!src_producer.layout().size.empty());
+    OX_ASSERT(!dst_size.empty());
     _state->arm(src_producer, src_producer.layout(), dst_size);
 }
 

@@ -8,15 +8,15 @@ namespace ox {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_scaler_convolutional";
+constexpr impl::Place here{"src/ox_cv/ox_scaler_convolutional"};
 
-[[noreturn]] void refuse(Status status, char const* function, char const* text) {
-    throw Exception(nullptr, status, function, file, __LINE__, "%s", text);
+[[noreturn]] void refuse(impl::Failure const& failure, char const* text) {
+    here.fail(failure, "%s", text);
 }
 
 void checkSize(Size dst_size) {
     if (dst_size.empty()) {
-        refuse(StatusInputNotInitialized, "reuse",
+        refuse({StatusInputNotInitialized, "reuse"},
                "Failure in ScalerConvolutional::reuse(...) : parameter 'dst_size' is empty.");
     }
 }
@@ -53,14 +53,15 @@ struct ScalerConvolutional::State {
     template <class Source>
     void arm(IKernel& kernel, Source& source, Size dst_size, ScalerPrecision wanted) {
         precision = wanted;
-        impl::passOnFailure("reuse", file, [&] {
+        impl::passOnFailure("reuse", here, [&] {
             switch (precision) {
                 case OX_SCALER_FIXED_POINT_8S:
                     return passes8.arm(kernel, source, dst_size);
                 case OX_SCALER_FIXED_POINT_16S:
                     return passes16.arm(kernel, source, dst_size);
                 default:
-                    refuse(StatusInvalidParameter, "reuse", "Parameter 'precision' is incorrect.");
+                    refuse({StatusInvalidParameter, "reuse"},
+                           "Parameter 'precision' is incorrect.");
             }
         });
     }
@@ -73,12 +74,12 @@ struct ScalerConvolutional::State {
             case OX_SCALER_FIXED_POINT_16S:
                 return passes16.y;
             default:
-                refuse(StatusNotInitialized, function, text);
+                refuse({StatusNotInitialized, function}, text);
         }
     }
 };
 
-ScalerConvolutional::ScalerConvolutional() : _state(impl::makeState<State>(file)) {}
+ScalerConvolutional::ScalerConvolutional() : _state(impl::makeState<State>(here)) {}
 
 ScalerConvolutional::~ScalerConvolutional() = default;
 
@@ -100,7 +101,7 @@ void ScalerConvolutional::renew() {
 void ScalerConvolutional::reuse(IKernel& kernel, Frame const& src_frame, Size dst_size,
                                 ScalerPrecision precision) {
     if (src_frame.layout().planeCount == 0) {
-        refuse(StatusInputNotInitialized, "reuse",
+        refuse(StatusInputNotInitialized,
                "Failure in ScalerConvolutional::reuse(...) : frame is not initialized.");
     }
     checkSize(dst_size);
@@ -111,7 +112,7 @@ void ScalerConvolutional::reuse(IKernel& kernel, IRowProducer& src_producer, Siz
                                 ScalerPrecision precision) {
     checkSize(dst_size);
     if (src_producer.layout().planeCount == 0) {
-        refuse(StatusInputNotInitialized, "reuse",
+        refuse(StatusInputNotInitialized,
                "Failure in ScalerConvolutional::reuse(...) : layout is not initialized.");
     }
     _state->arm(kernel, src_producer, dst_size, precision);
@@ -122,7 +123,7 @@ FrameLayout const& ScalerConvolutional::layout() {
 }
 
 void ScalerConvolutional::produce(RowData& dst) {
-    impl::passOnFailure("produce", file, [&] {
+    impl::passOnFailure("produce", here, [&] {
         _state
             ->rows("produce",
                    "Failure in ScalerConvolutional::produce(...) : instance not initialized")
@@ -132,7 +133,7 @@ void ScalerConvolutional::produce(RowData& dst) {
 
 bool ScalerConvolutional::next() {
     bool more = false;
-    impl::passOnFailure("next", file, [&] {
+    impl::passOnFailure("next", here, [&] {
         more = _state
                    ->rows("next",
                           "Failure in ScalerConvolutional::next(...) : instance not initialized")

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_impl_scale_elements.h"
 #include "ox_cv/ox_impl_scale_tables.h"
 #include "ox_cv/ox_impl_state.h"
@@ -14,7 +14,7 @@ namespace ox {
 
 namespace {
 
-constexpr char file[] = "src/ox_cv/ox_scaler_nn";
+constexpr impl::Place here{"src/ox_cv/ox_scaler_nn"};
 
 struct Gather {
     using Function = void (*)(impl::RowPlan const&, std::uint16_t const* table,
@@ -42,7 +42,7 @@ class GatherProgram {
             !std::is_sorted(table.begin(), table.end())) {
             return false;
         }
-        impl::resizeTable(_offsets, row.whole, file);
+        impl::resizeTable(_offsets, row.whole, here);
         std::transform(table.begin(), table.begin() + row.whole, _offsets.begin(),
                        [=](std::uint16_t x) { return static_cast<std::int32_t>(x * pixel_bytes); });
         auto const row_bytes = static_cast<std::uint64_t>(row.src_samples * element.bits / 8);
@@ -95,11 +95,10 @@ void ScalerNearestNeighbor::State::buildTables(Size src_size, Size dst_size) {
     _dst_layout.clear();
     _tables_size = {};  // until all is made, no later call may take it as such
     impl::buildNearestTable(src_size.width, dst_size.width, _src_xs);
-    OX_ASSERT_TEXT(_src_xs.back() < src_size.width, "_src_xs[dst_size.width - 1] < src_size.width",
-                   file);
+    here.require(_src_xs.back() < src_size.width, "_src_xs[dst_size.width - 1] < src_size.width");
     impl::buildNearestTable(src_size.height, dst_size.height, _src_ys);
-    OX_ASSERT_TEXT(_src_ys.back() < src_size.height,
-                   "_src_ys[dst_size.height - 1] < src_size.height", file);
+    here.require(_src_ys.back() < src_size.height,
+                 "_src_ys[dst_size.height - 1] < src_size.height");
 }
 
 void ScalerNearestNeighbor::State::planPrograms(FrameLayout const& src_layout) {
@@ -135,11 +134,11 @@ template <class Source>
 void ScalerNearestNeighbor::State::arm(Source& source, FrameLayout const& src_layout,
                                        Size dst_size) {
     impl::prepareTables(_window, [&] { prepare(src_layout, dst_size); });
-    impl::armWindow(_window, source, 1, file);
+    impl::armWindow(_window, source, 1, here);
     _window.moveTo(_src_ys.front());
 }
 
-ScalerNearestNeighbor::ScalerNearestNeighbor() : _state(impl::makeState<State>(file)) {}
+ScalerNearestNeighbor::ScalerNearestNeighbor() : _state(impl::makeState<State>(here)) {}
 
 ScalerNearestNeighbor::~ScalerNearestNeighbor() = default;
 
@@ -152,14 +151,14 @@ void ScalerNearestNeighbor::renew() {
 }
 
 void ScalerNearestNeighbor::reuse(Frame const& src_frame, Size dst_size) {
-    OX_ASSERT(src_frame.initialized(), file);
-    OX_ASSERT(!dst_size.empty(), file);
+    OX_ASSERT(src_frame.initialized());
+    OX_ASSERT(!dst_size.empty());
     _state->arm(src_frame, src_frame.layout(), dst_size);
 }
 
 void ScalerNearestNeighbor::reuse(IRowProducer& src_producer, Size dst_size) {
-    OX_ASSERT(!src_producer.layout().size.empty(), file);
-    OX_ASSERT(!dst_size.empty(), file);
+    OX_ASSERT(!src_producer.layout().size.empty());
+    OX_ASSERT(!dst_size.empty());
     _state->arm(src_producer, src_producer.layout(), dst_size);
 }
 
@@ -176,9 +175,8 @@ void ScalerNearestNeighbor::produce(RowData& dst) {
         return;
     }
     if (!impl::isScalable(layout.format)) {
-        throw Exception(nullptr, StatusNotSupported, "produce", file, __LINE__,
-                        "Failure in ScalerNearestNeighbor::produce(...) : unsupported frame "
-                        "format.");
+        here.fail(StatusNotSupported,
+                  "Failure in ScalerNearestNeighbor::produce(...) : unsupported frame format.");
     }
     _state->_planes.forEach(dst, [&](int i, auto const& plane) {
         if (_state->_has_program[i]) {

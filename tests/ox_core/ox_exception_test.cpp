@@ -6,7 +6,7 @@
 #include <string>
 #include <type_traits>
 
-#include "ox_core/ox_impl_assert.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_core/ox_status.h"
 #include "support/allocation_counter.h"
 #include "support/exceptions.h"
@@ -62,13 +62,34 @@ TEST(Exception, NeedsNoMemoryForItsText) {
     EXPECT_EQ(copy.status, StatusNotSupported);
 }
 
-TEST(Assert, CarriesTheExpression) {
+TEST(Place, AssertsWithTheExpressionAsText) {
+    constexpr impl::Place here{"file"};
     int const rows = 3;
     expectException(StatusAssertionFailed, "Assertion failed: rows == 4",
-                    [&] { OX_ASSERT(rows == 4, "src/ox_cv/ox_row_window"); });
+                    [&] { OX_ASSERT(rows == 4); });
     expectException(StatusAssertionFailed, "Assertion failed: initialized()",
-                    [&] { OX_ASSERT_TEXT(rows == 4, "initialized()", "file"); });
-    EXPECT_NO_THROW(OX_ASSERT(rows == 3, "file"));
+                    [&] { here.require(rows == 4, "initialized()"); });
+    EXPECT_NO_THROW(OX_ASSERT(rows == 3));
+}
+
+TEST(Place, FillsTheTextOfAFailure) {
+    constexpr impl::Place here{"file"};
+    expectException(StatusOutOfRange, "plain", [&] { here.fail(StatusOutOfRange, "plain"); });
+    Exception const cause(nullptr, StatusNullPointer, "f", "file", 1, "first");
+    expectException(StatusNullPointer, "4 of 7, -1: first", [&] {
+        here.fail({cause, "f"}, "%lu of %u, %d: %s", 4UL, 7U, -1, cause.what());
+    });
+}
+
+void expectCaller(impl::Failure const& failure, char const* function, int line) {
+    EXPECT_STREQ(failure.function, function);
+    EXPECT_EQ(failure.line, line);
+}
+
+TEST(Failure, NamesTheFunctionAndLineThatReport) {
+    expectCaller(StatusOutOfRange, __func__, __LINE__);
+    expectCaller({StatusOutOfRange, "reuse"}, "reuse", __LINE__);
+    expectCaller(Exception(nullptr, StatusOutOfRange, "f", "file", 1, "first"), __func__, __LINE__);
 }
 
 }  // namespace

@@ -126,7 +126,7 @@ class AreaRowSums : public testing::Test {
             std::generate(row.begin(), row.end(), [&] { return random.byte(); });
             _rows.push_back(row.data());
         }
-        taps.reserve(4, __FILE__);
+        taps.reserve(4, {__FILE__});
     }
 
     impl::SumRows::Cut cut(std::int64_t middle_end, std::uint16_t first, std::uint16_t full,
