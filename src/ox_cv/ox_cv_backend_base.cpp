@@ -2,8 +2,8 @@
 
 #include "ox_core/ox_float_planes.h"
 #include "ox_core/ox_impl_place.h"
-#include "ox_cv/ox_cv_helpers.h"
-#include "ox_cv/ox_impl_backend_rules.h"
+#include "ox_cv/ox_impl_backend_frames.h"
+#include "ox_cv/ox_impl_direct_nv12.h"
 #include "ox_cv/ox_impl_scale_elements.h"
 
 namespace ox {
@@ -11,47 +11,6 @@ namespace ox {
 namespace {
 
 constexpr impl::Place here{"src/ox_cv/ox_cv_backend_base"};
-
-void checkDevices(Frame const& src, Frame const& dst) {
-    OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
-              src.deviceContext() == dst.deviceContext());
-}
-
-/// A second handle on `frame`, narrowed to `roi` if that is one.
-Frame select(Frame frame, Rect roi) {
-    return roi.empty() ? frame : getRegion(frame, roi);
-}
-
-/// Whether `NV12toBGR_neon`, which steps over chroma by luma's stride, reads nothing but chroma
-/// rows of `frame`.
-bool readsInsideChroma(Frame const& frame) {
-    FramePlane const& chroma = frame.layout().plane[1];
-    std::int64_t const step = frame.layout().plane[0].stride;
-    std::int64_t const pairs = frame.height() / 2;
-    std::int64_t const bytes = frame.width() / 8 * std::int64_t{8};
-    if (step == chroma.stride || bytes == 0) {
-        return true;
-    }
-    auto const row_bytes = static_cast<std::int64_t>(chroma.rowBytes);
-    for (std::int64_t p = 0; p < pairs; ++p) {
-        std::int64_t const start = p * step;
-        std::int64_t const row = start / chroma.stride;
-        bool const contiguous = chroma.stride == row_bytes;
-        std::int64_t const end = start + bytes;
-        std::int64_t const room =
-            contiguous ? chroma.height * chroma.stride : row * chroma.stride + row_bytes;
-        if (row >= chroma.height || end > room) {
-            return false;
-        }
-    }
-    return true;
-}
-
-bool goesDirectly(Frame const& src, Frame const& dst) {
-    return src.format() == FRAME_NV12 && dst.format() == FRAME_BGR24 &&
-           src.layout().plane[0].stride <= impl::maxDirectStride &&
-           dst.layout().plane[0].stride <= impl::maxDirectStride && readsInsideChroma(src);
-}
 
 /// Constant arithmetic on the floats of a frame.
 struct FloatOperation {
@@ -104,13 +63,11 @@ CvBackendBase::~CvBackendBase() = default;
 
 void CvBackendBase::colorCvt(Frame const& src, Frame& dst, Rect src_roi) {
     OX_ASSERT(src.initialized());
-    checkDevices(src, dst);
-    Frame const temp = select(src, src_roi);
+    impl::requireCpu(here, src, dst);
+    Frame const temp = impl::selectRegion(src, src_roi);
     OX_ASSERT(temp.size() == dst.size());
-    if (src_roi.empty() && goesDirectly(src, dst)) {
-        NV12toBGR_neon(src.planeData(0), src.planeData(1), dst.planeData(0), dst.width(),
-                       dst.height(), static_cast<int>(src.layout().plane[0].stride),
-                       static_cast<int>(dst.layout().plane[0].stride));
+    if (src_roi.empty() && impl::goesDirectly(src, dst) && impl::readsInsideChroma(src)) {
+        impl::convertNv12Directly(src, dst);
         return;
     }
     _convertFormat(temp, dst);
@@ -125,23 +82,23 @@ void CvBackendBase::_convertFormat(Frame const& src, Frame& dst) {
 
 void CvBackendBase::resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) {
     OX_ASSERT(src.initialized() && src.format() == dst.format());
-    checkDevices(src, dst);
-    Frame const temp_src = select(src, src_roi);
-    Frame temp_dst = select(dst, dst_roi);
+    impl::requireCpu(here, src, dst);
+    Frame const temp_src = impl::selectRegion(src, src_roi);
+    Frame temp_dst = impl::selectRegion(dst, dst_roi);
     _scaler.reuse(temp_src, temp_dst.size(), static_cast<ScaleMethod>(_resize_method));
     produceFrame(_scaler, temp_dst);
 }
 
 void CvBackendBase::convert(Frame const& src, Frame& dst, Rect src_roi) {
     OX_ASSERT(src.initialized() && dst.initialized());
-    checkDevices(src, dst);
-    Frame const temp = select(src, src_roi);
+    impl::requireCpu(here, src, dst);
+    Frame const temp = impl::selectRegion(src, src_roi);
     if (temp.size() == dst.size()) {
         colorCvt(src, dst, src_roi);
         return;
     }
     if (src.format() == dst.format()) {
-        resize(src, dst, src_roi, emptyRoi());
+        resize(src, dst, src_roi, Rect{});
         return;
     }
     _temp.reuse(src.format(), dst.size(), DeviceContext(), 0);

@@ -1,8 +1,14 @@
 #include "ox_cv/ox_cv_backend_simd.h"
 
 #include <algorithm>
+#include <limits>
 
-#include "ox_core/ox_impl_place.h"
+#include "ox_cv/ox_cv_helpers.h"
+#include "ox_cv/ox_impl_backend_frames.h"
+#include "ox_cv/ox_impl_backend_rules.h"
+#include "ox_cv/ox_impl_direct_nv12.h"
+#include "ox_cv/ox_impl_plane_colours.h"
+#include "ox_cv/ox_impl_plane_resampling.h"
 #include "ox_cv/ox_impl_planes.h"
 #include "simd/simd.h"
 
@@ -43,6 +49,15 @@ float* floatsAt(Frame const& frame, int plane, std::size_t row) {
     return impl::floatsAt(frame.planeData(plane) + offset);
 }
 
+/// Offsets inside a row are 32-bit numbers in the resizers' tables.
+void refuseLongRows(Frame const& frame) {
+    for (int i = 0; i < frame.layout().planeCount; ++i) {
+        if (frame.layout().plane[i].rowBytes > std::numeric_limits<std::int32_t>::max()) {
+            here.fail({StatusCapacityExceeded, "resize"}, "resize: Rows are too long.");
+        }
+    }
+}
+
 bool rowsDrift(Frame const& frame) {
     FrameLayout const& layout = frame.layout();
     return std::any_of(layout.plane, layout.plane + layout.planeCount,
@@ -52,6 +67,82 @@ bool rowsDrift(Frame const& frame) {
 }  // namespace
 
 CvBackendSimd::~CvBackendSimd() = default;
+
+void CvBackendSimd::colorCvt(Frame const& src, Frame& dst, Rect src_roi) {
+    OX_ASSERT(src.initialized() && dst.initialized());
+    impl::requireCpu(here, src, dst);
+    Frame const src_region = impl::selectRegion(src, src_roi);
+    OX_ASSERT(src_region.size() == dst.size());
+    if (src.format() == dst.format()) {
+        src_region.copyTo(dst);
+        return;
+    }
+    if (impl::needsEvenSides(src.format())) {
+        OX_ASSERT(src_region.width() % 2 == 0 && src_region.height() % 2 == 0);
+    }
+    if (src_roi.empty() && impl::goesDirectly(src, dst) && impl::hasDirectStrides(src.layout())) {
+        impl::convertNv12Directly(src, dst);
+        return;
+    }
+    if (!impl::convertColours(src_region, dst, _color_frame)) {
+        here.fail(StatusNotSupported, "colorCvt: Unsupported conversion %s -> %s.",
+                  toString(src.format()), toString(dst.format()));
+    }
+}
+
+void CvBackendSimd::resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) {
+    OX_ASSERT(src.initialized() && src.format() == dst.format());
+    impl::requireCpu(here, src, dst);
+    int const bits_per_channel = src.layout().plane[0].bits;
+    here.require(impl::hasResizers(bits_per_channel),
+                 "bits_per_channel == 8 || bits_per_channel == 32");
+    Frame const from = impl::selectRegion(src, src_roi);
+    Frame const to = impl::selectRegion(dst, dst_roi);
+    // The frame's sides decide, not each plane's, on purpose.
+    bool const has_side_of_one = from.width() == 1 || from.height() == 1;
+    ResizeMethod const method = has_side_of_one ? ResizeNearestNeighbour : _resize_method;
+    if (method == ResizeArea && !impl::hasAreaResizer(bits_per_channel)) {
+        here.fail(StatusNotSupported, "resize: Unsupported method.");
+    }
+    refuseLongRows(from);
+    refuseLongRows(to);
+    impl::resizePlanes(from, to, method);
+}
+
+void CvBackendSimd::convert(Frame const& src, Frame& dst, Rect src_roi) {
+    OX_ASSERT(src.initialized() && dst.initialized());
+    impl::requireCpu(here, src, dst);
+    Frame const from = impl::selectRegion(src, src_roi);
+    if (from.size() == dst.size()) {
+        colorCvt(from, dst, Rect{});
+        return;
+    }
+    if (from.format() == dst.format()) {
+        resize(from, dst, Rect{}, Rect{});
+        return;
+    }
+    _resize_frame.reuse(from.format(), dst.size(), DeviceContext(), 0);
+    if (from.size().empty()) {
+        _resize_frame.setZero();  // there is nothing to resample
+    }
+    resize(from, _resize_frame, Rect{}, Rect{});
+    colorCvt(_resize_frame, dst, Rect{});
+}
+
+void CvBackendSimd::warpAffine(Frame const& src, Frame& dst, float const (*matrix)[3], Rect roi,
+                               bool invert) {
+    OX_ASSERT(src.initialized() && src.format() == dst.format());
+    impl::requireCpu(here, src, dst);
+    Frame const from = impl::selectRegion(src, roi);
+    float const given[6] = {matrix[0][0], matrix[0][1], matrix[0][2],
+                            matrix[1][0], matrix[1][1], matrix[1][2]};
+    float inverse[6];
+    // Whether there is an inverse doesn't matter here: without one it is zeros, which are refused.
+    invertAffineTransform(given, inverse);
+    if (!impl::warpPlanes(from, dst, invert ? inverse : given, _warp_method)) {
+        here.fail(StatusNotSupported, "warpAffine: Can't create context.");
+    }
+}
 
 void CvBackendSimd::add(Frame& src_dst, float value, Rect src_roi) {
     OX_ASSERT(src_dst.initialized());
@@ -96,16 +187,16 @@ int CvBackendSimd::setIntProperty(int id, int value) {
         return 0;
     }
     OX_ASSERT(value == ResizeBilinear || value == ResizeArea || value == ResizeNearestNeighbour);
-    (id == PropertyResizeMethod ? _resize_method : _warp_method) = value;
+    (id == PropertyResizeMethod ? _resize_method : _warp_method) = static_cast<ResizeMethod>(value);
     return 1;
 }
 
 int CvBackendSimd::getIntProperty(int id) const {
     switch (id) {
         case PropertyResizeMethod:
-            return _resize_method;
+            return static_cast<int>(_resize_method);
         case PropertyWarpMethod:
-            return _warp_method;
+            return static_cast<int>(_warp_method);
         default:
             return -1;
     }
@@ -123,13 +214,7 @@ void CvBackendSimd::roiToYuv444(Frame& src, Rect const& roi) {
         here.fail(StatusNotSupported, "roiToYuv444: Unsupported src format %s.",
                   toString(src.format()));
     }
-    _color_frame.reuse(FRAME_YUV444_PLANAR, region.size(), DeviceContext(), 0);
-    impl::PlaneView const bgr = impl::planeOf(region, 0);
-    impl::PlaneView const y = impl::planeOf(_color_frame, 0);
-    impl::PlaneView const u = impl::planeOf(_color_frame, 1);
-    impl::PlaneView const v = impl::planeOf(_color_frame, 2);
-    Simd::ConvertBgrToYuv444(bgr.data, y.width, y.height, bgr.stride, y.data, y.stride, u.data,
-                             u.stride, v.data, v.stride);
+    impl::convertBgrToYuv444(region, _color_frame);
 }
 
 }  // namespace ox

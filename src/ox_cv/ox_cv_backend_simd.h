@@ -117,16 +117,9 @@ class OX_API CvBackendSimd : public ICvBackend {
   private:
     friend class CvBackendSimdProbe;  // of the tests, which look at the scratch frames
 
-    void runRoute(Frame& region, Frame& dst);
-    void throughScratch(Frame const& region, Frame& dst, FrameFormat through);
-    void bgrToI420(Frame& region, Frame& dst);
-    void bgrToNv12(Frame& region, Frame& dst);
-    void convertOddEdges(Frame& region, Frame& dst);
-    void convertStrip(Frame& region, Frame& dst, Rect strip);
-
     DeviceContext _device_context;  ///< never read
-    std::int32_t _resize_method = ResizeBilinear;
-    std::int32_t _warp_method = ResizeBilinear;
+    ResizeMethod _resize_method = ResizeBilinear;
+    ResizeMethod _warp_method = ResizeBilinear;
     Frame _resize_frame;  ///< scratch of `convert`
     Frame _color_frame;   ///< scratch of `colorCvt`, `mul` and `roiToYuv444`
 };

@@ -4,9 +4,6 @@
 
 #pragma once
 
-#include <cstdint>
-#include <limits>
-
 #include "ox_core/ox_frame_layout.h"
 #include "ox_cv/ox_cv_backend.h"
 
@@ -40,15 +37,5 @@ constexpr bool hasAreaResizer(int bits) {
 
 /// Whether a plane isn't too large to be warped.
 bool canWarp(FramePlane const& src);
-
-/// `NV12toBGR_neon` takes strides of 32 bits.
-constexpr std::int64_t maxDirectStride = std::numeric_limits<int>::max();
-
-/// Whether the planes of a source are such that `NV12toBGR_neon`, which steps over both by one
-/// stride, can convert it.
-inline bool hasDirectStrides(FrameLayout const& src) {
-    return src.format == FRAME_NV12 && src.plane[0].stride == src.plane[1].stride &&
-           src.plane[0].stride <= maxDirectStride;
-}
 
 }  // namespace ox::impl

@@ -22,11 +22,6 @@ struct PlaneView {
     }
 };
 
-/// A second handle on `frame`, narrowed to `roi` if that is one.
-inline Frame selectRegion(Frame frame, Rect roi) {
-    return roi.empty() ? frame : getRegion(frame, roi);
-}
-
 inline PlaneView planeOf(Frame const& frame, int index) {
     FramePlane const& plane = frame.layout().plane[index];
     return {frame.planeData(index), static_cast<std::size_t>(plane.stride),

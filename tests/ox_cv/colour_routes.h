@@ -11,14 +11,14 @@ namespace ox::test {
 
 using impl::ColourRoute;
 
-struct ColourRoute {
+struct RoutedPair {
     FrameFormat src;
     FrameFormat dst;
     ColourRoute route;
     FrameFormat through = FRAME_FORMAT_NONE;
 };
 
-constexpr std::array<ColourRoute, 48> colourRoutes{{
+constexpr std::array<RoutedPair, 48> colourRoutes{{
     {FRAME_GRAY8, FRAME_BGR24, ColourRoute::ExpandGray},
     {FRAME_RGB24, FRAME_RGB_PLANAR, ColourRoute::SplitPixels},
     {FRAME_RGB24, FRAME_BGR24, ColourRoute::SwapRedBlue},

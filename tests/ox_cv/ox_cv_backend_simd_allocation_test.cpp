@@ -17,7 +17,7 @@ namespace {
 
 // Sources and destinations of every pair, none of which goes directly.
 struct Conversion {
-    Conversion(ColourRoute const& route, Size size, Random& random)
+    Conversion(RoutedPair const& route, Size size, Random& random)
         : picture(drawPicture(random, {static_cast<int>(route.src), size.width, size.height})),
           expected(model::vectorColour(picture, static_cast<int>(route.dst))),
           src(picture, Placements{{{0, 0}, {0, 2}}}),
@@ -37,13 +37,13 @@ struct Conversion {
     PlacedImage dst;
 };
 
-Size sizeFor(ColourRoute const& route, Size size) {
+Size sizeFor(RoutedPair const& route, Size size) {
     return impl::needsEvenSides(route.src) ? Size{size.width / 2 * 2, size.height / 2 * 2} : size;
 }
 
 TEST(CvBackendSimdAllocation, NoneInARepeatedConversion) {
     Random random;
-    for (ColourRoute const& route : colourRoutes) {
+    for (RoutedPair const& route : colourRoutes) {
         // odd sides need strips, for which the scratch frame changes within the call
         Conversion conversion(route, sizeFor(route, {35, 7}), random);
         CvBackendSimd backend;
@@ -59,7 +59,7 @@ TEST(CvBackendSimdAllocation, NoneInARepeatedConversion) {
 
 TEST(CvBackendSimdAllocation, NoneForPlainKernels) {
     Random random;
-    for (ColourRoute const& route : colourRoutes) {
+    for (RoutedPair const& route : colourRoutes) {
         bool const scratch = route.route == ColourRoute::TwoSteps;
         Conversion conversion(route, {34, 6}, random);
         CvBackendSimd backend;
@@ -99,7 +99,7 @@ TEST(CvBackendSimdAllocation, ScratchFramesFollowTheCalls) {
     Random random;
     CvBackendSimd backend;
     for (Size const size : {Size{36, 8}, Size{6, 2}, Size{100, 20}, Size{6, 2}, Size{37, 9}}) {
-        for (ColourRoute const& route : colourRoutes) {
+        for (RoutedPair const& route : colourRoutes) {
             Conversion conversion(route, sizeFor(route, size), random);
             conversion.run(backend);
             EXPECT_TRUE(conversion.isDone()) << route.src << " to " << route.dst;
@@ -122,7 +122,7 @@ bool succeedsWithout(std::uint64_t k, std::function<void()> const& call) {
 
 TEST(CvBackendSimdAllocation, AFailureLeavesABackendThatConverts) {
     Random random;
-    for (ColourRoute const& route : colourRoutes) {
+    for (RoutedPair const& route : colourRoutes) {
         for (bool const used : {false, true}) {
             Conversion conversion(route, sizeFor(route, {35, 7}), random);
             Conversion small(route, sizeFor(route, {5, 3}), random);

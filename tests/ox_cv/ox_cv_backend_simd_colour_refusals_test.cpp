@@ -18,7 +18,7 @@ constexpr char oddSides[] =
 
 bool isConverted(FrameFormat src, FrameFormat dst) {
     return std::any_of(colourRoutes.begin(), colourRoutes.end(),
-                       [&](ColourRoute const& each) { return each.src == src && each.dst == dst; });
+                       [&](RoutedPair const& each) { return each.src == src && each.dst == dst; });
 }
 
 // Each call breaks one rule and, where it can, all that are looked at later.

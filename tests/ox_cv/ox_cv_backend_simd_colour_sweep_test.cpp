@@ -17,7 +17,7 @@ struct Pair {
 std::vector<Pair> convertedPairs() {
     std::vector<Pair> pairs;
     std::transform(colourRoutes.begin(), colourRoutes.end(), std::back_inserter(pairs),
-                   [](ColourRoute const& each) {
+                   [](RoutedPair const& each) {
                        return Pair{static_cast<int>(each.src), static_cast<int>(each.dst)};
                    });
     return pairs;

@@ -272,7 +272,7 @@ TEST(CvBackendSimdColour, FloatsGiveEveryByteBackWithoutAnExchange) {
 TEST(CvBackendSimdColour, WritesThroughRegionsOfTheDestination) {
     CvBackendSimd backend;
     Random random;
-    for (ColourRoute const& each : colourRoutes) {
+    for (RoutedPair const& each : colourRoutes) {
         model::Image whole = drawImage(random, {static_cast<int>(each.dst), 40, 12});
         PlacedImage canvas(whole, everywhere(gapped));
         model::Image const picture = drawPicture(random, {static_cast<int>(each.src), 34, 6});

@@ -126,7 +126,7 @@ TEST_F(CvBackendSimdConvert, Ways) {
 }
 
 TEST_F(CvBackendSimdConvert, EveryPairAtEqualSizes) {
-    for (ColourRoute const& each : colourRoutes) {
+    for (RoutedPair const& each : colourRoutes) {
         for (int i = 0; i < draws(25); ++i) {
             Size const size = drawSize(40, 6);
             check(each.src, size, {}, each.dst, size);
@@ -137,7 +137,7 @@ TEST_F(CvBackendSimdConvert, EveryPairAtEqualSizes) {
 }
 
 TEST_F(CvBackendSimdConvert, EveryPairAtOtherSizes) {
-    for (ColourRoute const& each : colourRoutes) {
+    for (RoutedPair const& each : colourRoutes) {
         for (int i = 0; i < draws(25); ++i) {
             Size const whole{random.between(1, 30), random.between(1, 9)};
             check(each.src, whole, {}, each.dst, drawSize(60, 12));

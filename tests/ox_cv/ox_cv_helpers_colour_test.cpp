@@ -37,7 +37,7 @@ model::Image converted(model::Image const& image, int format) {
 TEST(ColorConvert, EveryPair) {
     Random random;
     Frame dst;  // one for all pairs
-    for (ColourRoute const& each : colourRoutes) {
+    for (RoutedPair const& each : colourRoutes) {
         for (Size const size : {Size{34, 6}, Size{12, 2}, Size{70, 10}, Size{33, 5}}) {
             if (impl::needsEvenSides(each.src) && size.width % 2 != 0) {
                 continue;
@@ -105,7 +105,7 @@ TEST(ColorConvert, TheOwnFormatIsNotConverted) {
 
 TEST(ColorConvert, TheSourceItselfMayReceive) {
     Random random;
-    for (ColourRoute const& each : colourRoutes) {
+    for (RoutedPair const& each : colourRoutes) {
         model::Image const picture = drawPicture(random, {static_cast<int>(each.src), 34, 6});
         Frame frame = frameOf(picture);
         colorConvert(frame, each.dst, frame);
@@ -121,7 +121,7 @@ TEST(ColorConvert, TheSourceItselfMayReceive) {
 
 TEST(ColorConvert, AnotherHandleOnTheSourceMayReceive) {
     Random random;
-    for (ColourRoute const& each : colourRoutes) {
+    for (RoutedPair const& each : colourRoutes) {
         model::Image const picture = drawPicture(random, {static_cast<int>(each.src), 34, 6});
         Frame const src = frameOf(picture);
         Frame dst = src;

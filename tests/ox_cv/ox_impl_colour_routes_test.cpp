@@ -1,5 +1,5 @@
-#include "ox_cv/ox_impl_backend_rules.h"
 #include "ox_cv/ox_impl_colour_routes.h"
+#include "ox_cv/ox_impl_backend_rules.h"
 
 #include <gtest/gtest.h>
 
@@ -10,11 +10,11 @@ namespace ox::test {
 
 namespace {
 
-ColourRoute routeInTable(FrameFormat src, FrameFormat dst) {
+RoutedPair routeInTable(FrameFormat src, FrameFormat dst) {
     auto const* const found =
         std::find_if(colourRoutes.begin(), colourRoutes.end(),
-                     [&](ColourRoute const& each) { return each.src == src && each.dst == dst; });
-    return found != colourRoutes.end() ? *found : ColourRoute{src, dst, ColourRoute::Unsupported};
+                     [&](RoutedPair const& each) { return each.src == src && each.dst == dst; });
+    return found != colourRoutes.end() ? *found : RoutedPair{src, dst, ColourRoute::Unsupported};
 }
 
 TEST(ColourRoutes, EveryPairOfValues) {
@@ -22,7 +22,7 @@ TEST(ColourRoutes, EveryPairOfValues) {
         for (std::uint32_t to = 0; to <= FRAME_BGR_32F_PLANAR; ++to) {
             auto const src = static_cast<FrameFormat>(from);
             auto const dst = static_cast<FrameFormat>(to);
-            ColourRoute const expected = routeInTable(src, dst);
+            RoutedPair const expected = routeInTable(src, dst);
             impl::ColourRouteRecord const record = impl::colourRoute(src, dst);
             EXPECT_EQ(record.route, expected.route) << from << " to " << to;
             EXPECT_EQ(record.through, expected.through) << from << " to " << to;
@@ -41,7 +41,7 @@ TEST(ColourRoutes, ValuesOutsideTheListHaveNone) {
 
 // Both steps of two are direct and leave the scratch frame between them alone.
 TEST(ColourRoutes, TwoStepsAreTwoPlainOnes) {
-    for (ColourRoute const& each : colourRoutes) {
+    for (RoutedPair const& each : colourRoutes) {
         impl::ColourRouteRecord const record = impl::colourRoute(each.src, each.dst);
         if (record.route != ColourRoute::TwoSteps) {
             EXPECT_EQ(record.through, FRAME_FORMAT_NONE);

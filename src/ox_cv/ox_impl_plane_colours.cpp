@@ -1,20 +1,13 @@
-#include "ox_core/ox_impl_place.h"
-#include "ox_cv/ox_cv_backend_simd.h"
-#include "ox_cv/ox_cv_helpers.h"
-#include "ox_cv/ox_impl_backend_rules.h"
+#include "ox_cv/ox_impl_plane_colours.h"
+
+#include "ox_cv/ox_impl_backend_frames.h"
 #include "ox_cv/ox_impl_colour_routes.h"
 #include "ox_cv/ox_impl_planes.h"
 #include "simd/simd.h"
 
-namespace ox {
+namespace ox::impl {
 
 namespace {
-
-using impl::ColourRoute;
-using impl::planeOf;
-using impl::PlaneView;
-
-constexpr impl::Place here{"src/ox_cv/ox_cv_backend_simd"};
 
 void copyPlane(PlaneView src, PlaneView dst, std::size_t width, std::size_t height) {
     Simd::CopyPlaneRows(src.data, src.stride, width, height, 1, dst.data, dst.stride);
@@ -62,9 +55,9 @@ void bgrToPlanes(Kernel const& kernel, PlaneView bgr, std::size_t width, std::si
 }
 
 void bgrToYuv444(Frame const& region, Frame const& dst) {
-    PlaneView const bgr = planeOf(region, 0);
-    bgrToPlanes(Simd::ConvertBgrToYuv444, bgr, bgr.width, bgr.height, planeOf(dst, 0),
-                planeOf(dst, 1), planeOf(dst, 2));
+    PlaneView const y = planeOf(dst, 0);
+    bgrToPlanes(Simd::ConvertBgrToYuv444, planeOf(region, 0), y.width, y.height, y, planeOf(dst, 1),
+                planeOf(dst, 2));
 }
 
 /// The planes of chroma in the order of the pairs of a semi-planar format.
@@ -131,7 +124,7 @@ void convertFloats(Kernel const& kernel, Frame const& region, Frame const& dst,
                    Frame const& bytes) {
     float const lower = 0.0F;
     float const upper = 255.0F;
-    bool const contiguous = impl::isContiguous(region) && impl::isContiguous(dst);
+    bool const contiguous = isContiguous(region) && isContiguous(dst);
     for (int i = 0; i < region.layout().planeCount; ++i) {
         PlaneView const from = planeOf(region, i);
         PlaneView const to = planeOf(dst, i);
@@ -161,15 +154,10 @@ auto const& i420Kernel(FrameFormat packed) {
     return packed == FRAME_RGB24 ? Simd::ConvertI420ToRgb : Simd::ConvertI420ToBgr;
 }
 
-bool goesDirectly(Frame const& src, Frame const& dst) {
-    return dst.format() == FRAME_BGR24 && impl::hasDirectStrides(src.layout()) &&
-           dst.layout().plane[0].stride <= impl::maxDirectStride;
-}
-
 void toFloats(Frame const& region, Frame const& dst) {
     auto const kernel = [](PlaneView from, std::size_t count, float const* lower,
                            float const* upper, PlaneView to) {
-        Simd::ScaleBytesToFloats(from.data, count, lower, upper, impl::floatsAt(to.data));
+        Simd::ScaleBytesToFloats(from.data, count, lower, upper, floatsAt(to.data));
     };
     convertFloats(kernel, region, dst, region);
 }
@@ -177,43 +165,68 @@ void toFloats(Frame const& region, Frame const& dst) {
 void fromFloats(Frame const& region, Frame const& dst) {
     auto const kernel = [](PlaneView from, std::size_t count, float const* lower,
                            float const* upper, PlaneView to) {
-        Simd::ScaleFloatsToBytes(impl::floatsAt(from.data), count, lower, upper, to.data);
+        Simd::ScaleFloatsToBytes(floatsAt(from.data), count, lower, upper, to.data);
     };
     convertFloats(kernel, region, dst, dst);
 }
 
-}  // namespace
-
-void CvBackendSimd::colorCvt(Frame const& src, Frame& dst, Rect src_roi) {
-    OX_ASSERT(src.initialized() && dst.initialized());
-    OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
-              src.deviceContext() == dst.deviceContext());
-    Frame src_region = src;
-    if (!src_roi.empty()) {
-        src_region = getRegion(src_region, src_roi);
-    }
-    OX_ASSERT(src_region.size() == dst.size());
-    if (src.format() == dst.format()) {
-        src_region.copyTo(dst);
+/// Chroma isn't averaged here: each square takes that of its top left pixel, on purpose.
+void convertStrip(Frame const& region, Frame& dst, Rect strip, Frame& scratch) {
+    if (strip.empty()) {
         return;
     }
-    if (impl::needsEvenSides(src.format())) {
-        OX_ASSERT(src_region.width() % 2 == 0 && src_region.height() % 2 == 0);
+    convertBgrToYuv444(selectRegion(region, strip), scratch);
+    Frame const part = getRegion(dst, strip);
+    PlaneView const luma = planeOf(scratch, 0);
+    copyPlane(luma, planeOf(part, 0), luma.width, luma.height);
+    bool const pairs = part.format() == FRAME_NV12;
+    PlaneView const u = planeOf(part, 1);
+    for (std::size_t y = 0; y < u.height; ++y) {
+        unsigned char const* const u_row = planeOf(scratch, 1).fromRow(2 * y).data;
+        unsigned char const* const v_row = planeOf(scratch, 2).fromRow(2 * y).data;
+        unsigned char* const u_out = u.fromRow(y).data;
+        unsigned char* const v_out = pairs ? u_out + 1 : planeOf(part, 2).fromRow(y).data;
+        std::size_t const step = pairs ? 2 : 1;
+        for (std::size_t x = 0; x < u.width; ++x) {
+            u_out[step * x] = u_row[2 * x];
+            v_out[step * x] = v_row[2 * x];
+        }
     }
-    if (src_roi.empty() && goesDirectly(src, dst)) {
-        NV12toBGR_neon(src.planeData(0), src.planeData(1), dst.planeData(0), dst.width(),
-                       dst.height(), static_cast<int>(src.layout().plane[0].stride),
-                       static_cast<int>(dst.layout().plane[0].stride));
-        return;
-    }
-    runRoute(src_region, dst);
 }
 
-void CvBackendSimd::runRoute(Frame& region, Frame& dst) {
-    impl::ColourRouteRecord const record = impl::colourRoute(region.format(), dst.format());
-    switch (record.route) {
+/// The 4:2:0 kernels take pairs of columns and rows; the last odd ones are converted apart.
+void convertOddEdges(Frame const& region, Frame& dst, Frame& scratch) {
+    int const even_width = region.width() / 2 * 2;
+    int const even_height = region.height() / 2 * 2;
+    if (even_width != region.width()) {
+        convertStrip(region, dst, {even_width, 0, 1, even_height}, scratch);
+    }
+    if (even_height != region.height()) {
+        convertStrip(region, dst, {0, even_height, region.width(), 1}, scratch);
+    }
+}
+
+void bgrToI420(Frame const& region, Frame& dst, Frame& scratch) {
+    bgrToPlanes(Simd::ConvertBgrToI420, planeOf(region, 0), 2 * half(region.width()),
+                2 * half(region.height()), planeOf(dst, 0), planeOf(dst, 1), planeOf(dst, 2));
+    convertOddEdges(region, dst, scratch);
+}
+
+void bgrToNv12(Frame const& region, Frame& dst, Frame& scratch) {
+    PlaneView const bgr = planeOf(region, 0);
+    PlaneView const y = planeOf(dst, 0);
+    PlaneView const uv = planeOf(dst, 1);
+    Simd::ConvertBgrToNv12(bgr.data, 2 * half(region.width()), 2 * half(region.height()),
+                           bgr.stride, y.data, y.stride, uv.data, uv.stride);
+    convertOddEdges(region, dst, scratch);
+}
+
+/// Routes of one step.
+void convertDirectly(ColourRoute route, Frame const& region, Frame& dst, Frame& scratch) {
+    switch (route) {
+        case ColourRoute::Unsupported:
         case ColourRoute::TwoSteps:
-            return throughScratch(region, dst, record.through);
+            return;
         case ColourRoute::CopyLuma:
             return copyLuma(region, dst);
         case ColourRoute::ExpandGray:
@@ -233,9 +246,9 @@ void CvBackendSimd::runRoute(Frame& region, Frame& dst) {
         case ColourRoute::BgrToGray:
             return runPacked(Simd::ConvertBgrToGray, region, dst);
         case ColourRoute::BgrToI420:
-            return bgrToI420(region, dst);
+            return bgrToI420(region, dst, scratch);
         case ColourRoute::BgrToNv12:
-            return bgrToNv12(region, dst);
+            return bgrToNv12(region, dst, scratch);
         case ColourRoute::BgrToYuv444:
             return bgrToYuv444(region, dst);
         case ColourRoute::I420ToPacked:
@@ -248,68 +261,24 @@ void CvBackendSimd::runRoute(Frame& region, Frame& dst) {
             return toFloats(region, dst);
         case ColourRoute::FloatsToBytes:
             return fromFloats(region, dst);
-        case ColourRoute::Unsupported:
-            here.fail({StatusNotSupported, "colorCvt"},
-                      "colorCvt: Unsupported conversion %s -> %s.", toString(region.format()),
-                      toString(dst.format()));
     }
 }
 
-void CvBackendSimd::throughScratch(Frame const& region, Frame& dst, FrameFormat through) {
-    _color_frame.reuse(through, region.size(), DeviceContext(), 0);
-    colorCvt(region, _color_frame, Rect{});
-    colorCvt(_color_frame, dst, Rect{});
+}  // namespace
+
+void convertBgrToYuv444(Frame const& src, Frame& dst) {
+    dst.reuse(FRAME_YUV444_PLANAR, src.size(), DeviceContext(), 0);
+    bgrToYuv444(src, dst);
 }
 
-void CvBackendSimd::bgrToI420(Frame& region, Frame& dst) {
-    bgrToPlanes(Simd::ConvertBgrToI420, planeOf(region, 0), 2 * half(region.width()),
-                2 * half(region.height()), planeOf(dst, 0), planeOf(dst, 1), planeOf(dst, 2));
-    convertOddEdges(region, dst);
-}
-
-void CvBackendSimd::bgrToNv12(Frame& region, Frame& dst) {
-    PlaneView const bgr = planeOf(region, 0);
-    PlaneView const y = planeOf(dst, 0);
-    PlaneView const uv = planeOf(dst, 1);
-    Simd::ConvertBgrToNv12(bgr.data, 2 * half(region.width()), 2 * half(region.height()),
-                           bgr.stride, y.data, y.stride, uv.data, uv.stride);
-    convertOddEdges(region, dst);
-}
-
-/// The 4:2:0 kernels take pairs of columns and rows; the last odd ones are converted apart.
-void CvBackendSimd::convertOddEdges(Frame& region, Frame& dst) {
-    int const even_width = region.width() / 2 * 2;
-    int const even_height = region.height() / 2 * 2;
-    if (even_width != region.width()) {
-        convertStrip(region, dst, {even_width, 0, 1, even_height});
+bool convertColours(Frame const& src, Frame& dst, Frame& scratch) {
+    ColourRouteRecord const record = colourRoute(src.format(), dst.format());
+    if (record.route == ColourRoute::TwoSteps) {
+        scratch.reuse(record.through, src.size(), DeviceContext(), 0);
+        return convertColours(src, scratch, scratch) && convertColours(scratch, dst, scratch);
     }
-    if (even_height != region.height()) {
-        convertStrip(region, dst, {0, even_height, region.width(), 1});
-    }
+    convertDirectly(record.route, src, dst, scratch);
+    return record.route != ColourRoute::Unsupported;
 }
 
-/// Chroma isn't averaged here: each square takes that of its top left pixel, on purpose.
-void CvBackendSimd::convertStrip(Frame& region, Frame& dst, Rect strip) {
-    if (strip.empty()) {
-        return;
-    }
-    roiToYuv444(region, strip);
-    Frame const part = getRegion(dst, strip);
-    PlaneView const luma = planeOf(_color_frame, 0);
-    copyPlane(luma, planeOf(part, 0), luma.width, luma.height);
-    bool const pairs = part.format() == FRAME_NV12;
-    PlaneView const u = planeOf(part, 1);
-    for (std::size_t y = 0; y < u.height; ++y) {
-        unsigned char const* const u_row = planeOf(_color_frame, 1).fromRow(2 * y).data;
-        unsigned char const* const v_row = planeOf(_color_frame, 2).fromRow(2 * y).data;
-        unsigned char* const u_out = u.fromRow(y).data;
-        unsigned char* const v_out = pairs ? u_out + 1 : planeOf(part, 2).fromRow(y).data;
-        std::size_t const step = pairs ? 2 : 1;
-        for (std::size_t x = 0; x < u.width; ++x) {
-            u_out[step * x] = u_row[2 * x];
-            v_out[step * x] = v_row[2 * x];
-        }
-    }
-}
-
-}  // namespace ox
+}  // namespace ox::impl
