@@ -1,6 +1,6 @@
 #include "rows/rows_routines.h"
 
-#include "simd/kernels/neon.h"
+#include "simd/resizers/routines.h"
 #include "vector/dispatch.h"
 
 namespace ox::rows {
@@ -20,7 +20,7 @@ Routines findRoutines() {
     takeBlendRoutines(found.blend);
     takeTapColumnRoutines(found.taps);
     takeTapRowRoutines(found.taps);
-    Simd::Neon::Routines const whole_planes = Simd::Neon::findRoutines();
+    Simd::Neon::ResizeRoutines const whole_planes = Simd::Neon::findResizeRoutines();
     found.compile_pixels = whole_planes.compilePixels;
     found.copy_pixels = whole_planes.copyPixels;
 #endif

@@ -15,10 +15,6 @@ Routines findRoutines() {
     takeBgrRoutines(best);
     takeBgrToYuvRoutines(best);
     takeFloatRoutines(best);
-    takeResizeAreaRoutines(best);
-    takeResizeByteRoutines(best);
-    takeResizeFloatRoutines(best);
-    takeWarpRoutines(best);
     takeYuvToBgrRoutines(best);
 #endif
     return best;

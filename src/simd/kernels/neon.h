@@ -5,8 +5,6 @@
 #pragma once
 
 #include "simd/kernels/kernel_types.h"
-#include "simd/warps/columns.h"
-#include "vector/row_program.h"
 
 namespace Simd::Neon {
 
@@ -40,21 +38,6 @@ struct Routines {
     ConstantIntoFloats* addConstantFloats;
     FloatsIntoFloats* accumulateScaledFloats;
     ConstantIntoFloats* multiplyFloats;
-    NearestOffsets* findNearestOffsets;
-    BilinearPositions* findBilinearPositions;
-    BlendTaps* blendWarpTaps;
-    CompilePixels* compilePixels;
-    CopyPixels* copyPixels;
-    FillByteSamples* fillByteSamples;
-    CompileBytePairs* compileBytePairs;
-    BlendBytePairs* blendBytePairs;
-    BlendByteRows* blendByteRows;
-    CompileAreaColumns* compileAreaColumns;
-    AverageAreaRow* averageAreaRow;
-    CompileFloatColumns* compileFloatColumns;
-    BlendFloatColumns* blendFloatColumns;
-    BlendFloatPairRows* blendFloatPairRows;
-    BlendFloatRows* blendFloatRows;
 };
 
 /// Those of the instruction set in use; see vector/dispatch.h.
@@ -105,9 +88,5 @@ inline constexpr Routine<FloatsIntoFloats> AccumulateScaledFloats{
     &Routines::accumulateScaledFloats};
 
 inline constexpr Routine<ConstantIntoFloats> MultiplyFloats{&Routines::multiplyFloats};
-
-inline constexpr Routine<NearestOffsets> FindNearestOffsets{&Routines::findNearestOffsets};
-inline constexpr Routine<BilinearPositions> FindBilinearPositions{&Routines::findBilinearPositions};
-inline constexpr Routine<BlendTaps> BlendWarpTaps{&Routines::blendWarpTaps};
 
 }  // namespace Simd::Neon

@@ -1,6 +1,5 @@
 #include "simd/kernels/plain.h"
 
-#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -34,44 +33,6 @@ void HalvesToFloats(std::uint16_t const* src, std::size_t count, float* dst) {
     }
 }
 
-namespace {
-
-/// The offsets of both bytes of each entry.
-void compileBytePairs(BytePairs const& pairs, RowProgram& program) {
-    program.entries = pairs.width * pairs.channels;
-    program.offsets.Resize(2 * program.entries, 16);
-    program.tables.Resize(2 * program.entries, 16);
-    std::copy_n(pairs.alpha, 2 * program.entries, program.tables.data);
-    auto const channels = static_cast<std::int32_t>(pairs.channels);
-    std::int32_t* offset = program.offsets.data;
-    for (std::uint64_t x = 0; x < pairs.width; ++x) {
-        std::int32_t const first = pairs.index[x] * channels;
-        for (std::int32_t c = 0; c < channels; ++c) {
-            *offset++ = std::max(first, 0) + c;
-            *offset++ = first + channels + c;
-        }
-    }
-}
-
-void blendBytePairs(RowProgram& program, std::uint8_t const* src, std::uint16_t* row) {
-    for (std::uint64_t k = 0; k < program.entries; ++k) {
-        std::int32_t const* const offset = program.offsets.data + 2 * k;
-        std::uint8_t const* const weight = program.tables.data + 2 * k;
-        row[k] =
-            static_cast<std::uint16_t>(src[offset[0]] * weight[0] + src[offset[1]] * weight[1]);
-    }
-}
-
-void blendByteRows(std::uint16_t const* top, std::uint16_t const* bottom, std::int32_t weight,
-                   std::size_t count, std::uint8_t* dst) {
-    for (std::size_t k = 0; k < count; ++k) {
-        dst[k] =
-            static_cast<std::uint8_t>((top[k] * (16 - weight) + bottom[k] * weight + 128) >> 8);
-    }
-}
-
-}  // namespace
-
 Neon::Routines routines() {
     return {
         .swapRedBlue = Base::SwapRedBlue,
@@ -99,21 +60,6 @@ Neon::Routines routines() {
         .addConstantFloats = Base::AddConstantFloats,
         .accumulateScaledFloats = Base::AccumulateScaledFloats,
         .multiplyFloats = Base::MultiplyFloats,
-        .findNearestOffsets = Base::FindNearestOffsets,
-        .findBilinearPositions = Base::FindBilinearPositions,
-        .blendWarpTaps = Base::BlendWarpTaps,
-        .compilePixels = [](PixelColumns const&, RowProgram&) { return false; },
-        .copyPixels = nullptr,
-        .fillByteSamples = nullptr,
-        .compileBytePairs = compileBytePairs,
-        .blendBytePairs = blendBytePairs,
-        .blendByteRows = blendByteRows,
-        .compileAreaColumns = [](AreaColumns const&, RowProgram&) { return false; },
-        .averageAreaRow = nullptr,
-        .compileFloatColumns = [](FloatColumns const&, RowProgram&) { return false; },
-        .blendFloatColumns = nullptr,
-        .blendFloatPairRows = nullptr,
-        .blendFloatRows = nullptr,
     };
 }
 

@@ -12,10 +12,6 @@ namespace Simd::Neon {
 void takeBgrRoutines(Routines& routines);
 void takeBgrToYuvRoutines(Routines& routines);
 void takeFloatRoutines(Routines& routines);
-void takeResizeAreaRoutines(Routines& routines);
-void takeResizeByteRoutines(Routines& routines);
-void takeResizeFloatRoutines(Routines& routines);
-void takeWarpRoutines(Routines& routines);
 void takeYuvToBgrRoutines(Routines& routines);
 
 }  // namespace Simd::Neon

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <limits>
 
-#include "simd/kernels/neon.h"
 #include "simd/resizers/axis.h"
 #include "simd/resizers/nearest.h"
+#include "simd/resizers/routines.h"
 
 namespace Simd {
 
@@ -270,12 +270,12 @@ ResizerByteArea1x1::Way ResizerByteArea1x1::chooseWay() {
         offsets.Resize(param.dstW, tableAlign);
         std::transform(ix.data, ix.data + param.dstW, offsets.data,
                        [this](std::int32_t column) { return rowOffset(column, param.channels); });
-        if (routines().compilePixels({offsets.data, param.dstW, param.channels, row_bytes},
-                                     program)) {
+        if (resizeRoutines().compilePixels({offsets.data, param.dstW, param.channels, row_bytes},
+                                           program)) {
             return Way::Pixels;
         }
     }
-    bool const columns = routines().compileAreaColumns(
+    bool const columns = resizeRoutines().compileAreaColumns(
         {ax.data, ix.data, param.dstW, param.channels, row_bytes}, program);
     return columns ? Way::Columns : Way::Plain;
 }
@@ -292,7 +292,7 @@ void ResizerByteArea1x1::Run(std::uint8_t const* src, std::size_t srcStride, std
         return Base::copyNearestRows(iy.data, param.dstH, src, srcStride, dst, dstStride,
                                      param.dstW * param.channels,
                                      [this](std::uint8_t const* from, std::uint8_t* to) {
-                                         routines().copyPixels(program, from, to);
+                                         resizeRoutines().copyPixels(program, from, to);
                                      });
     }
     if (way == Way::Plain) {
@@ -312,7 +312,7 @@ void ResizerByteArea1x1::Run(std::uint8_t const* src, std::size_t srcStride, std
                               wrapped(rowWeight(ay.data, r, 0, rows)),
                               wrapped(ay[0]),
                               rows == 0 ? 0 : wrapped(rowWeight(ay.data, r, rows, rows))};
-        routines().averageAreaRow(program, source, dst + r * dstStride);
+        resizeRoutines().averageAreaRow(program, source, dst + r * dstStride);
     }
 }
 

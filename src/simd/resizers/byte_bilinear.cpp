@@ -7,6 +7,7 @@
 
 #include "simd/kernels/neon.h"
 #include "simd/resizers/bilinear_rows.h"
+#include "simd/resizers/routines.h"
 
 namespace Simd {
 
@@ -57,7 +58,8 @@ void fillOneByOne(std::uint64_t src, std::uint64_t dst, std::int32_t* index, std
 
 template <class Precision>
 void fillSamples(std::uint64_t src, std::uint64_t dst, std::int32_t* index, std::int32_t* weight) {
-    FillByteSamples* const fill = Neon::KernelsEnabled ? Neon::routines().fillByteSamples : nullptr;
+    FillByteSamples* const fill =
+        Neon::KernelsEnabled ? Neon::resizeRoutines().fillByteSamples : nullptr;
     if (fill != nullptr && dst >= leastVectorSamples && std::max(src, dst) <= mostVectorSamples) {
         fill({src, dst, std::is_same_v<Precision, DoublePrecision>}, index, weight);
     } else {
@@ -210,7 +212,7 @@ void ResizerByteBilinear::buildTables() {
     fillSamples<DoublePrecision>(param.srcW, param.dstW, index.data, weight.data);
     alphaX.Resize(2 * param.channels * param.dstW, param.align);
     fillPairs(weight.data, param.dstW, param.channels, alphaX.data);
-    routines().compileBytePairs(
+    resizeRoutines().compileBytePairs(
         {index.data, alphaX.data, param.dstW, param.channels, param.srcW * param.channels},
         program);
     if (gathersBlocks(param)) {
@@ -234,11 +236,11 @@ void ResizerByteBilinear::Run(std::uint8_t const* src, std::size_t srcStride, st
         buildTables();
     }
     auto const horizontal = [&](std::uint8_t const* row, std::uint16_t* sums) {
-        routines().blendBytePairs(program, row, sums);
+        resizeRoutines().blendBytePairs(program, row, sums);
     };
     auto const vertical = [&](std::uint16_t const* top, std::uint16_t const* bottom,
                               std::int32_t weight, std::uint8_t* row) {
-        routines().blendByteRows(top, bottom, weight, param.dstW * param.channels, row);
+        resizeRoutines().blendByteRows(top, bottom, weight, param.dstW * param.channels, row);
     };
     walkBilinearRows(param, iy, ay, PlaneRows{src, srcStride}, PlaneRows{dst, dstStride}, rows,
                      horizontal, vertical);

@@ -5,6 +5,7 @@
 
 #include "simd/kernels/neon.h"
 #include "simd/resizers/axis.h"
+#include "simd/resizers/routines.h"
 
 namespace Simd::Base {
 
@@ -96,7 +97,7 @@ void ResizerNearest::buildTables() {
     std::transform(ix.data, ix.data + param.dstW, ix.data,
                    [this](std::int32_t index) { return rowOffset(index, pixelSize); });
     hasProgram = Neon::KernelsEnabled &&
-                 Neon::routines().compilePixels(
+                 Neon::resizeRoutines().compilePixels(
                      {ix.data, param.dstW, pixelSize, param.srcW * pixelSize}, program);
 }
 
@@ -112,7 +113,7 @@ void ResizerNearest::Run(std::uint8_t const* src, std::size_t srcStride, std::ui
     copyNearestRows(iy.data, param.dstH, src, srcStride, dst, dstStride, param.dstW * pixelSize,
                     [&](std::uint8_t const* from, std::uint8_t* to) {
                         if (hasProgram) {
-                            Neon::routines().copyPixels(program, from, to);
+                            Neon::resizeRoutines().copyPixels(program, from, to);
                         } else {
                             copy(from, ix.data, param.dstW, pixelSize, to);
                         }

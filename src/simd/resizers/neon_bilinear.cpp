@@ -1,6 +1,6 @@
-#include "simd/kernels/neon.h"
 #include "simd/resizers/bilinear.h"
 #include "simd/resizers/bilinear_rows.h"
+#include "simd/resizers/routines.h"
 
 namespace Simd::Neon {
 
@@ -8,7 +8,7 @@ void ResizerFloatBilinear::Run(float const* src, std::size_t srcStride, float* d
                                std::size_t dstStride) {
     FloatColumns const columns{ix.data, ax.data, param.dstW * param.channels, param.channels,
                                param.srcW * param.channels};
-    if (param.srcW < 2 || !routines().compileFloatColumns(columns, program)) {
+    if (param.srcW < 2 || !resizeRoutines().compileFloatColumns(columns, program)) {
         Base::ResizerFloatBilinear::Run(src, srcStride, dst, dstStride);
         return;
     }
@@ -18,18 +18,18 @@ void ResizerFloatBilinear::Run(float const* src, std::size_t srcStride, float* d
     if (program.takesPairs && param.dstH <= param.srcH / 2) {
         for (std::uint64_t row = 0; row < param.dstH; ++row) {
             auto const first = static_cast<std::uint64_t>(iy[row]);
-            routines().blendFloatPairRows(columns, source[first], source[first + 1], ay[row],
-                                          target[row]);
+            resizeRoutines().blendFloatPairRows(columns, source[first], source[first + 1], ay[row],
+                                                target[row]);
         }
         return;
     }
     walkBilinearRows(
         param, iy, ay, source, target, bx,
         [&](float const* row, float* sums) {
-            routines().blendFloatColumns(program, columns, row, sums);
+            resizeRoutines().blendFloatColumns(program, columns, row, sums);
         },
         [&](float const* top, float const* bottom, float weight, float* row) {
-            routines().blendFloatRows(top, bottom, weight, columns.entries, row);
+            resizeRoutines().blendFloatRows(top, bottom, weight, columns.entries, row);
         });
 }
 

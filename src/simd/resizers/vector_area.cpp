@@ -9,7 +9,7 @@
 #include <cstring>
 #include <limits>
 
-#include "simd/kernels/take_routines.h"
+#include "simd/resizers/routines.h"
 #include "vector/ops-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -311,7 +311,7 @@ void averageAreaRow(RowProgram const& program, AreaRows const& rows, std::uint8_
 
 #endif
 
-void takeRoutines([[maybe_unused]] Routines& routines) {
+void takeRoutines([[maybe_unused]] ResizeRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.compileAreaColumns = compileAreaColumns;
     routines.averageAreaRow = averageAreaRow;
@@ -327,7 +327,7 @@ namespace Simd::Neon {
 
 HWY_EXPORT(takeRoutines);
 
-void takeResizeAreaRoutines(Routines& routines) {
+void takeResizeAreaRoutines(ResizeRoutines& routines) {
     HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
 }
 

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "simd/kernels/take_routines.h"
+#include "simd/resizers/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -323,7 +323,7 @@ void blendByteRows(std::uint16_t const* top, std::uint16_t const* bottom, std::i
 
 #endif
 
-void takeRoutines([[maybe_unused]] Routines& routines) {
+void takeRoutines([[maybe_unused]] ResizeRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.compilePixels = compilePixels;
     routines.copyPixels = copyPixels;
@@ -343,7 +343,7 @@ namespace Simd::Neon {
 
 HWY_EXPORT(takeRoutines);
 
-void takeResizeByteRoutines(Routines& routines) {
+void takeResizeByteRoutines(ResizeRoutines& routines) {
     HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
 }
 

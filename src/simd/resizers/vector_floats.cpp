@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-#include "simd/kernels/take_routines.h"
+#include "simd/resizers/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -172,7 +172,7 @@ void blendFloatRows(float const* top, float const* bottom, float weight, std::si
 
 #endif
 
-void takeRoutines([[maybe_unused]] Routines& routines) {
+void takeRoutines([[maybe_unused]] ResizeRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.compileFloatColumns = compileFloatColumns;
     routines.blendFloatColumns = blendFloatColumns;
@@ -190,7 +190,7 @@ namespace Simd::Neon {
 
 HWY_EXPORT(takeRoutines);
 
-void takeResizeFloatRoutines(Routines& routines) {
+void takeResizeFloatRoutines(ResizeRoutines& routines) {
     HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
 }
 

@@ -2,6 +2,7 @@
 
 #include "simd/kernels/neon.h"
 #include "simd/parallel.h"
+#include "simd/warps/routines.h"
 #include "simd/warps/rows.h"
 
 namespace Simd::Base {
@@ -119,8 +120,9 @@ struct RowWarp {
     /// Columns that are all inside, in sweeps over blocks of them.
     void blendInterior(std::int32_t first, std::int32_t last, std::uint8_t* slice) const {
         bool const vector = Neon::KernelsEnabled;
-        auto* const find = vector ? Neon::FindBilinearPositions.get() : FindBilinearPositions;
-        auto* const blend = vector ? Neon::BlendWarpTaps.get() : BlendWarpTaps;
+        auto* const find =
+            vector ? Neon::warpRoutines().findBilinearPositions : FindBilinearPositions;
+        auto* const blend = vector ? Neon::warpRoutines().blendTaps : BlendWarpTaps;
         WarpPlane const plane = sourcePlane(param);
         // Even parts, so that none is too short for the vector routines.
         std::size_t left = static_cast<std::size_t>(last - first);

@@ -2,6 +2,7 @@
 
 #include "simd/kernels/neon.h"
 #include "simd/parallel.h"
+#include "simd/warps/routines.h"
 #include "simd/warps/rows.h"
 
 namespace Simd::Base {
@@ -16,7 +17,8 @@ void copyColumns(WarpAffineParam const& param, WarpLine const& line, std::int32_
                  std::int32_t last, std::uint8_t const* src, std::uint8_t* row,
                  std::uint32_t* offsets) {
     auto const count = static_cast<std::size_t>(last - first);
-    auto* const find = Neon::KernelsEnabled ? Neon::FindNearestOffsets.get() : FindNearestOffsets;
+    auto* const find =
+        Neon::KernelsEnabled ? Neon::warpRoutines().findNearestOffsets : FindNearestOffsets;
     find(line, sourcePlane(param), first, count, offsets);
     std::uint8_t* const dst = row + static_cast<std::size_t>(first) * channels;
     for (std::size_t i = 0; i < count; ++i) {

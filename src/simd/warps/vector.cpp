@@ -7,8 +7,7 @@
 
 #include <array>
 
-#include "simd/kernels/take_routines.h"
-#include "simd/warps/columns.h"
+#include "simd/warps/routines.h"
 #include "vector/ops-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -271,11 +270,11 @@ void BlendWarpTaps(WarpTaps const& taps, std::size_t count, std::size_t channels
 
 #endif
 
-void takeRoutines([[maybe_unused]] Routines& routines) {
+void takeRoutines([[maybe_unused]] WarpRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.findNearestOffsets = FindNearestOffsets;
     routines.findBilinearPositions = FindBilinearPositions;
-    routines.blendWarpTaps = BlendWarpTaps;
+    routines.blendTaps = BlendWarpTaps;
 #endif
 }
 
@@ -288,7 +287,7 @@ namespace Simd::Neon {
 
 HWY_EXPORT(takeRoutines);
 
-void takeWarpRoutines(Routines& routines) {
+void takeWarpRoutines(WarpRoutines& routines) {
     HWY_DYNAMIC_DISPATCH(takeRoutines)(routines);
 }
 
