@@ -34,7 +34,7 @@ using namespace ox::benchmarks;
 constexpr ox::Size countedSize{384, 216};
 
 bool hasVectorCode() {
-    return Simd::Neon::routines().swapRedBlue != Simd::Plain::routines().swapRedBlue;
+    return Simd::Neon::routines().SwapRedBlue != Simd::Plain::routines().SwapRedBlue;
 }
 
 void count(Road const& road, std::string const& trigger) {

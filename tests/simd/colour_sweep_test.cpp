@@ -33,7 +33,7 @@ void checkOn(Record const& record, GuardedPlanes const& sources, std::size_t wid
 // Packed colours of one blue value, in a row for each green.
 template <class Record>
 void checkFromBgr(Record const& record) {
-    GuardedPlanes const sources({kernel_model::shapes::packed}, values, values);
+    GuardedPlanes const sources(kernel_model::shapes::packed, values, values);
     forEachFirst([&](unsigned char b) {
         for (std::size_t g = 0; g < values; ++g) {
             for (std::size_t r = 0; r < values; ++r) {
@@ -53,7 +53,7 @@ TEST(ColourSweep, BgrToYuv444) {
 }
 
 TEST(ColourSweep, BgrToI420OfSquaresOfOneColour) {
-    GuardedPlanes const sources({kernel_model::shapes::packed}, 2 * values, 2 * values);
+    GuardedPlanes const sources(kernel_model::shapes::packed, 2 * values, 2 * values);
     forEachFirst([&](unsigned char b) {
         for (std::size_t g = 0; g < 2 * values; ++g) {
             for (std::size_t r = 0; r < 2 * values; ++r) {
@@ -72,7 +72,7 @@ std::size_t sampleOfSum(std::size_t sum, std::size_t corner) {
 
 TEST(ColourSweep, BgrToI420RoundsTheMeanOfEverySum) {
     constexpr std::size_t sums = 1021;
-    GuardedPlanes const sources({kernel_model::shapes::packed}, 2 * sums, 2);
+    GuardedPlanes const sources(kernel_model::shapes::packed, 2 * sums, 2);
     for (std::size_t shift = 0; shift < sums; shift += emulated() ? 250U : 17U) {
         for (std::size_t x = 0; x < 2 * sums; ++x) {
             for (std::size_t y = 0; y < 2; ++y) {
@@ -135,8 +135,7 @@ TEST(ColourSweep, I420ToRgb) {
 }
 
 TEST(ColourSweep, Nv12ToBgrDirectly) {
-    GuardedPlanes const sources({kernel_model::shapes::byte, kernel_model::shapes::chromaPair},
-                                2 * squares, 2 * values);
+    GuardedPlanes const sources(kernel_model::shapes::nv12, 2 * squares, 2 * values);
     fillLumas(sources[0]);
     forEachFirst([&](unsigned char u) {
         for (std::size_t v = 0; v < values; ++v) {

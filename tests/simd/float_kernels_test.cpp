@@ -1,4 +1,4 @@
-// Kernels of floats on special numbers and ranges, and those that pick their routine once.
+// Kernels of floats on special numbers and ranges.
 #include <gtest/gtest.h>
 
 #include <numeric>
@@ -61,108 +61,6 @@ TEST(FloatKernels, ScaleFloatsToBytesTruncates) {
     }
     Operands const operands{planesOf(floats), {}, floats.size(), 1, 0.0F, 255.0F};
     ASSERT_TRUE(everyRoutineAgrees(Simd::ScaleFloatsToBytes, operands));
-}
-
-constexpr std::size_t largestCount = 140;
-
-// Sums of these are exact, rounded, infinite, denormal and NaN.
-void fill(GuardedPlane const& array, Random& random) {
-    for (std::size_t i = 0; i < array.size().row_bytes / sizeof(float); ++i) {
-        int const kind = random.between(0, 3);
-        storeAs(array.data(), i,
-                kind == 0   ? drawSpecial(random)
-                : kind == 1 ? drawBits(random)
-                            : random.real(-100.0F, 100.0F));
-    }
-}
-
-float drawValue(Random& random) {
-    return random.between(0, 1) == 0 ? drawSpecial(random) : random.real(-9.0F, 9.0F);
-}
-
-float* floatsOf(GuardedPlane const& array) {
-    return as<float>({array.data(), 0});
-}
-
-// Calls `check` with a name and a routine: scalar, vector ones and the kernel.
-template <class Kernel, class Routine, class Check>
-void forEachRoutine(Kernel const& kernel, Routine* base, Simd::Neon::Routine<Routine> neon,
-                    Check const& check) {
-    check(std::string("scalar"), base);
-    for (VectorTarget const& target : vectorTargets()) {
-        check(target.name, target.routines.*neon.member);
-    }
-    check(std::string("dispatch"), kernel);
-}
-
-template <class Action>
-void forEachCount(Action const& action) {
-    for (std::size_t count = 0; count <= largestCount; ++count) {
-        for (int i = 0; i < (emulated() ? 2 : 20); ++i) {
-            ASSERT_NO_FATAL_FAILURE(action(count));
-        }
-    }
-    ASSERT_NO_FATAL_FAILURE(action(100'003));
-}
-
-// A kernel that changes floats in place.
-template <class Kernel>
-void checkInPlace(Kernel const& kernel, Simd::ConstantIntoFloats* base,
-                  Simd::Neon::Routine<Simd::ConstantIntoFloats> neon,
-                  Simd::ConstantIntoFloats* model) {
-    Random random;
-    forEachCount([&](std::size_t count) {
-        PlaneSize const size{count * sizeof(float), 1};
-        GuardedPlane const before(size);
-        GuardedPlane const expected(size);
-        fill(before, random);
-        std::memcpy(expected.data(), before.data(), size.row_bytes);
-        float const value = drawValue(random);
-        model(&value, floatsOf(expected), count);
-        forEachRoutine(kernel, base, neon, [&](std::string const& name, auto const& routine) {
-            GuardedPlane const data(size, drawPlanePlacement(random));
-            std::memcpy(data.data(), before.data(), size.row_bytes);
-            routine(&value, floatsOf(data), count);
-            ASSERT_TRUE(sameFloats(data.data(), expected.data(), size.row_bytes))
-                << name << ", " << count << " elements, value " << value;
-            ASSERT_TRUE(data.surroundingsUntouched()) << name << ", " << count << " elements";
-        });
-    });
-}
-
-TEST(FloatKernels, AddConstantFloats) {
-    checkInPlace(Simd::AddConstantFloats, Simd::Base::AddConstantFloats,
-                 Simd::Neon::AddConstantFloats, kernel_model::addConstant);
-}
-
-TEST(FloatKernels, MultiplyFloats) {
-    checkInPlace(Simd::MultiplyFloats, Simd::Base::MultiplyFloats, Simd::Neon::MultiplyFloats,
-                 kernel_model::multiply);
-}
-
-TEST(FloatKernels, AccumulateScaledFloatsIsFused) {
-    Random random;
-    forEachCount([&](std::size_t count) {
-        PlaneSize const size{count * sizeof(float), 1};
-        GuardedPlane const src(size, drawPlanePlacement(random));
-        GuardedPlane const before(size);
-        GuardedPlane const expected(size);
-        fill(src, random);
-        fill(before, random);
-        std::memcpy(expected.data(), before.data(), size.row_bytes);
-        float const value = drawValue(random);
-        kernel_model::accumulateScaled(floatsOf(src), count, &value, floatsOf(expected));
-        forEachRoutine(
-            Simd::AccumulateScaledFloats, Simd::Base::AccumulateScaledFloats,
-            Simd::Neon::AccumulateScaledFloats, [&](std::string const& name, auto const& routine) {
-                GuardedPlane const dst(size, drawPlanePlacement(random));
-                std::memcpy(dst.data(), before.data(), size.row_bytes);
-                routine(floatsOf(src), count, &value, floatsOf(dst));
-                ASSERT_TRUE(sameFloats(dst.data(), expected.data(), size.row_bytes))
-                    << name << ", " << count << " elements, value " << value;
-                ASSERT_TRUE(dst.surroundingsUntouched()) << name << ", " << count << " elements";
-            });
-    });
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ class ExpectedHalves {
     std::uint16_t _half = 0;
 };
 
-void checkEveryFloat(Simd::FloatsToHalfBits* routine, Rounding rounding) {
+void checkEveryFloat(Simd::FloatsToHalfBits::Function* routine, Rounding rounding) {
     ExpectedHalves expected_halves(rounding);
     std::vector<std::uint16_t> expected(chunk);
     std::vector<std::uint16_t> got(chunk);
@@ -71,7 +71,7 @@ void checkEveryFloat(Simd::FloatsToHalfBits* routine, Rounding rounding) {
 }
 
 TEST(HalfExhaustive, VectorRoutineRoundsEveryFloatToNearest) {
-    checkEveryFloat(Simd::Neon::routines().floatsToHalves, Rounding::ToNearest);
+    checkEveryFloat(Simd::Neon::routines().FloatsToHalves, Rounding::ToNearest);
 }
 
 TEST(HalfExhaustive, ScalarRoutineTruncatesEveryFloat) {

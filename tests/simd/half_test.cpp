@@ -43,8 +43,8 @@ TEST(Half, EveryHalfButSomeNaNsComesBack) {
     Simd::Base::FloatsToHalves(floats.data(), floats.size(), again.data());
     EXPECT_EQ(again, halves);
     for (VectorTarget const& target : vectorTargets()) {
-        target.routines.halvesToFloats(halves.data(), halves.size(), floats.data());
-        target.routines.floatsToHalves(floats.data(), floats.size(), again.data());
+        target.routines.HalvesToFloats(halves.data(), halves.size(), floats.data());
+        target.routines.FloatsToHalves(floats.data(), floats.size(), again.data());
         for (std::size_t i = 0; i < halves.size(); ++i) {
             bool const nan = (i & 0x7FFF) > 0x7C00;
             ASSERT_EQ(again[i], nan ? (halves[i] | 0x200) : halves[i]) << target.name;

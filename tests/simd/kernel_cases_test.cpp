@@ -307,7 +307,8 @@ TEST(KernelCases, FiveHalvesAndNone) {
 }
 
 TEST(KernelCases, SumsAndProducts) {
-    auto const check = [](Simd::ConstantIntoFloats* add, Simd::FloatsIntoFloats* accumulate) {
+    auto const check = [](Simd::ConstantIntoFloats::Function* add,
+                          Simd::FloatsIntoFloats::Function* accumulate) {
         float const one = 1.0F;
         float data[]{16777216.0F, 0.5F, infinity, -1.0F, 3.0F};
         add(&one, data, 5);
@@ -334,7 +335,7 @@ TEST(KernelCases, SumsAndProducts) {
     check(Simd::Base::AddConstantFloats, Simd::Base::AccumulateScaledFloats);
     for (VectorTarget const& target : vectorTargets()) {
         SCOPED_TRACE(target.name);
-        check(target.routines.addConstantFloats, target.routines.accumulateScaledFloats);
+        check(target.routines.AddConstantFloats, target.routines.AccumulateScaledFloats);
     }
 }
 

@@ -114,7 +114,7 @@ class KernelCheck {
         if (auto const result = compare("scalar", _record.base, base); !result) {
             return result;
         }
-        if (_operands.width < _record.threshold) {
+        if (_operands.width < _model.threshold) {
             return compare("dispatch", _record, base);
         }
         GuardedPlanes const neon = expected(_model.neon);
@@ -128,7 +128,7 @@ class KernelCheck {
     }
 
   private:
-    GuardedPlanes expected(Shape* routine) const {
+    GuardedPlanes expected(typename Shape::Function* routine) const {
         GuardedPlanes planes = destinations({});
         run(routine, planes);
         return planes;
@@ -140,7 +140,8 @@ class KernelCheck {
         GuardedPlanes const got = destinations(_placements);
         run(call, got);
         // An operation may give any NaN. Copies and conversions keep theirs.
-        constexpr bool computes_floats = std::is_same_v<Shape, Simd::BytesToFloats>;
+        constexpr bool computes_floats =
+            worksInPlace<Shape> || std::is_same_v<Shape, Simd::BytesToFloats>;
         testing::AssertionResult result =
             got.hold(expected, computes_floats ? sameFloats : sameBytes);
         if (!result) {
@@ -159,7 +160,12 @@ class KernelCheck {
     void run(Call const& call, GuardedPlanes const& destination) const {
         Operands operands = _operands;
         operands.dst = destination.planes();
-        callKernel(_record, call, operands);
+        if constexpr (worksInPlace<Shape>) {
+            std::size_t const last = _model.sources[1].bytes == 0 ? 0 : 1;
+            std::memcpy(operands.dst[0].data, operands.src[last].data,
+                        sizeof(float) * operands.width);
+        }
+        callKernel(Shape(), call, operands);
     }
 
     Record const& _record;

@@ -124,8 +124,8 @@ std::uint32_t payloadOf(std::uint32_t bits) {
 
 }  // namespace
 
-void swapRedBlue(ConstBytes src, size_t width, size_t height, size_t src_stride, Bytes dst,
-                 size_t dst_stride) {
+void base::SwapRedBlue(ConstBytes src, size_t width, size_t height, size_t src_stride, Bytes dst,
+                       size_t dst_stride) {
     forEachPixel(width, height, [&](size_t x, size_t y) {
         for (size_t channel = 0; channel < 3; ++channel) {
             dst[y * dst_stride + 3 * x + channel] = src[y * src_stride + 3 * x + 2 - channel];
@@ -133,9 +133,9 @@ void swapRedBlue(ConstBytes src, size_t width, size_t height, size_t src_stride,
     });
 }
 
-void splitThreePlanes(ConstBytes src, size_t src_stride, size_t width, size_t height, Bytes dst0,
-                      size_t dst0_stride, Bytes dst1, size_t dst1_stride, Bytes dst2,
-                      size_t dst2_stride) {
+void base::SplitThreePlanes(ConstBytes src, size_t src_stride, size_t width, size_t height,
+                            Bytes dst0, size_t dst0_stride, Bytes dst1, size_t dst1_stride,
+                            Bytes dst2, size_t dst2_stride) {
     forEachPixel(width, height, [&](size_t x, size_t y) {
         dst0[y * dst0_stride + x] = src[y * src_stride + 3 * x];
         dst1[y * dst1_stride + x] = src[y * src_stride + 3 * x + 1];
@@ -143,9 +143,9 @@ void splitThreePlanes(ConstBytes src, size_t src_stride, size_t width, size_t he
     });
 }
 
-void mergeThreePlanes(ConstBytes src0, size_t src0_stride, ConstBytes src1, size_t src1_stride,
-                      ConstBytes src2, size_t src2_stride, size_t width, size_t height, Bytes dst,
-                      size_t dst_stride) {
+void base::MergeThreePlanes(ConstBytes src0, size_t src0_stride, ConstBytes src1,
+                            size_t src1_stride, ConstBytes src2, size_t src2_stride, size_t width,
+                            size_t height, Bytes dst, size_t dst_stride) {
     forEachPixel(width, height, [&](size_t x, size_t y) {
         dst[y * dst_stride + 3 * x] = src0[y * src0_stride + x];
         dst[y * dst_stride + 3 * x + 1] = src1[y * src1_stride + x];
@@ -153,47 +153,47 @@ void mergeThreePlanes(ConstBytes src0, size_t src0_stride, ConstBytes src1, size
     });
 }
 
-void splitTwoPlanes(ConstBytes src, size_t src_stride, size_t width, size_t height, Bytes dst0,
-                    size_t dst0_stride, Bytes dst1, size_t dst1_stride) {
+void base::SplitTwoPlanes(ConstBytes src, size_t src_stride, size_t width, size_t height,
+                          Bytes dst0, size_t dst0_stride, Bytes dst1, size_t dst1_stride) {
     forEachPixel(width, height, [&](size_t x, size_t y) {
         dst0[y * dst0_stride + x] = src[y * src_stride + 2 * x];
         dst1[y * dst1_stride + x] = src[y * src_stride + 2 * x + 1];
     });
 }
 
-void mergeTwoPlanes(ConstBytes src0, size_t src0_stride, ConstBytes src1, size_t src1_stride,
-                    size_t width, size_t height, Bytes dst, size_t dst_stride) {
+void base::MergeTwoPlanes(ConstBytes src0, size_t src0_stride, ConstBytes src1, size_t src1_stride,
+                          size_t width, size_t height, Bytes dst, size_t dst_stride) {
     forEachPixel(width, height, [&](size_t x, size_t y) {
         dst[y * dst_stride + 2 * x] = src0[y * src0_stride + x];
         dst[y * dst_stride + 2 * x + 1] = src1[y * src1_stride + x];
     });
 }
 
-void bgrToGray(ConstBytes bgr, size_t width, size_t height, size_t bgr_stride, Bytes gray,
-               size_t gray_stride) {
+void base::ConvertBgrToGray(ConstBytes bgr, size_t width, size_t height, size_t bgr_stride,
+                            Bytes gray, size_t gray_stride) {
     forEachPixel(width, height, [&](size_t x, size_t y) {
         Bgr const colour = pixelAt(bgr + y * bgr_stride + 3 * x);
         gray[y * gray_stride + x] = asByte(weighted(colour, {1868, 9617, 4899}));
     });
 }
 
-void grayToBgr(ConstBytes gray, size_t width, size_t height, size_t gray_stride, Bytes bgr,
-               size_t bgr_stride) {
+void base::ExpandGrayToBgr(ConstBytes gray, size_t width, size_t height, size_t gray_stride,
+                           Bytes bgr, size_t bgr_stride) {
     forEachPixel(width, height, [&](size_t x, size_t y) {
         std::fill_n(bgr + y * bgr_stride + 3 * x, 3, gray[y * gray_stride + x]);
     });
 }
 
-void bytesToFloats(ConstBytes src, size_t count, float const* lower, float const* upper,
-                   float* dst) {
+void base::ScaleBytesToFloats(ConstBytes src, size_t count, float const* lower, float const* upper,
+                              float* dst) {
     float const scale = (*upper - *lower) / 255.0F;
     for (size_t i = 0; i < count; ++i) {
         ox::test::storeFloat(dst, i, std::fma(scale, static_cast<float>(src[i]), *lower));
     }
 }
 
-void floatsToBytesBase(float const* src, size_t count, float const* lower, float const* upper,
-                       Bytes dst) {
+void base::ScaleFloatsToBytes(float const* src, size_t count, float const* lower,
+                              float const* upper, Bytes dst) {
     float const range = *upper - *lower;
     float const scale = 255.0F / range;
     for (size_t i = 0; i < count; ++i) {
@@ -203,8 +203,8 @@ void floatsToBytesBase(float const* src, size_t count, float const* lower, float
     }
 }
 
-void floatsToBytesNeon(float const* src, size_t count, float const* lower, float const* upper,
-                       Bytes dst) {
+void neon::ScaleFloatsToBytes(float const* src, size_t count, float const* lower,
+                              float const* upper, Bytes dst) {
     float const scale = 255.0F / (*upper - *lower);
     bool const ordered = !std::isnan(*lower) && !std::isnan(*upper);
     for (size_t i = 0; i < count; ++i) {
@@ -215,8 +215,8 @@ void floatsToBytesNeon(float const* src, size_t count, float const* lower, float
     }
 }
 
-void bgrToI420(ConstBytes bgr, size_t width, size_t height, size_t bgr_stride, Bytes y,
-               size_t y_stride, Bytes u, size_t u_stride, Bytes v, size_t v_stride) {
+void base::ConvertBgrToI420(ConstBytes bgr, size_t width, size_t height, size_t bgr_stride, Bytes y,
+                            size_t y_stride, Bytes u, size_t u_stride, Bytes v, size_t v_stride) {
     forEachPixel(width, height, [&](size_t column, size_t row) {
         y[row * y_stride + column] = lumaOf(pixelAt(bgr + row * bgr_stride + 3 * column));
     });
@@ -229,8 +229,9 @@ void bgrToI420(ConstBytes bgr, size_t width, size_t height, size_t bgr_stride, B
     });
 }
 
-void i420ToBgr(ConstBytes y, size_t y_stride, ConstBytes u, size_t u_stride, ConstBytes v,
-               size_t v_stride, size_t width, size_t height, Bytes bgr, size_t bgr_stride) {
+void base::ConvertI420ToBgr(ConstBytes y, size_t y_stride, ConstBytes u, size_t u_stride,
+                            ConstBytes v, size_t v_stride, size_t width, size_t height, Bytes bgr,
+                            size_t bgr_stride) {
     forEachPixel(width, height, [&](size_t column, size_t row) {
         store(bgr + row * bgr_stride + 3 * column,
               limitedToBgr({y[row * y_stride + column], u[row / 2 * u_stride + column / 2],
@@ -238,17 +239,19 @@ void i420ToBgr(ConstBytes y, size_t y_stride, ConstBytes u, size_t u_stride, Con
     });
 }
 
-void i420ToRgb(ConstBytes y, size_t y_stride, ConstBytes u, size_t u_stride, ConstBytes v,
-               size_t v_stride, size_t width, size_t height, Bytes rgb, size_t rgb_stride) {
-    i420ToBgr(y, y_stride, u, u_stride, v, v_stride, width, height, rgb, rgb_stride);
+void base::ConvertI420ToRgb(ConstBytes y, size_t y_stride, ConstBytes u, size_t u_stride,
+                            ConstBytes v, size_t v_stride, size_t width, size_t height, Bytes rgb,
+                            size_t rgb_stride) {
+    ConvertI420ToBgr(y, y_stride, u, u_stride, v, v_stride, width, height, rgb, rgb_stride);
     forEachPixel(width, height, [&](size_t column, size_t row) {
         Bytes const pixel = rgb + row * rgb_stride + 3 * column;
         std::swap(pixel[0], pixel[2]);
     });
 }
 
-void bgrToYuv444(ConstBytes bgr, size_t width, size_t height, size_t bgr_stride, Bytes y,
-                 size_t y_stride, Bytes u, size_t u_stride, Bytes v, size_t v_stride) {
+void base::ConvertBgrToYuv444(ConstBytes bgr, size_t width, size_t height, size_t bgr_stride,
+                              Bytes y, size_t y_stride, Bytes u, size_t u_stride, Bytes v,
+                              size_t v_stride) {
     forEachPixel(width, height, [&](size_t column, size_t row) {
         Bgr const colour = pixelAt(bgr + row * bgr_stride + 3 * column);
         y[row * y_stride + column] = lumaOf(colour);
@@ -257,8 +260,9 @@ void bgrToYuv444(ConstBytes bgr, size_t width, size_t height, size_t bgr_stride,
     });
 }
 
-void yuv444ToBgr(ConstBytes y, size_t y_stride, ConstBytes u, size_t u_stride, ConstBytes v,
-                 size_t v_stride, size_t width, size_t height, Bytes bgr, size_t bgr_stride) {
+void base::ConvertYuv444ToBgr(ConstBytes y, size_t y_stride, ConstBytes u, size_t u_stride,
+                              ConstBytes v, size_t v_stride, size_t width, size_t height, Bytes bgr,
+                              size_t bgr_stride) {
     forEachPixel(width, height, [&](size_t column, size_t row) {
         store(bgr + row * bgr_stride + 3 * column,
               limitedToBgr({y[row * y_stride + column], u[row * u_stride + column],
@@ -266,8 +270,8 @@ void yuv444ToBgr(ConstBytes y, size_t y_stride, ConstBytes u, size_t u_stride, C
     });
 }
 
-void nv12ToBgr(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride, size_t width,
-               size_t height, Bytes dst, size_t dst_stride) {
+void base::ConvertNv12ToBgr(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride,
+                            size_t width, size_t height, Bytes dst, size_t dst_stride) {
     forEachPixel(width, height, [&](size_t column, size_t row) {
         ConstBytes const shared = uv + row / 2 * uv_stride + column / 2 * 2;
         Bytes const pixel = dst + row * dst_stride + 3 * column;
@@ -275,8 +279,8 @@ void nv12ToBgr(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride, s
     });
 }
 
-void nv12ToRgb(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride, size_t width,
-               size_t height, Bytes dst, size_t dst_stride) {
+void base::ConvertNv12ToRgb(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride,
+                            size_t width, size_t height, Bytes dst, size_t dst_stride) {
     forEachPixel(width, height, [&](size_t column, size_t row) {
         ConstBytes const shared = uv + row / 2 * uv_stride + column / 2 * 2;
         Bytes const pixel = dst + row * dst_stride + 3 * column;
@@ -285,8 +289,8 @@ void nv12ToRgb(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride, s
     });
 }
 
-void nv21ToBgr(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride, size_t width,
-               size_t height, Bytes dst, size_t dst_stride) {
+void base::ConvertNv21ToBgr(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride,
+                            size_t width, size_t height, Bytes dst, size_t dst_stride) {
     forEachPixel(width, height, [&](size_t column, size_t row) {
         ConstBytes const shared = uv + row / 2 * uv_stride + column / 2 * 2;
         Bytes const pixel = dst + row * dst_stride + 3 * column;
@@ -294,8 +298,8 @@ void nv21ToBgr(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride, s
     });
 }
 
-void nv21ToRgb(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride, size_t width,
-               size_t height, Bytes dst, size_t dst_stride) {
+void base::ConvertNv21ToRgb(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride,
+                            size_t width, size_t height, Bytes dst, size_t dst_stride) {
     forEachPixel(width, height, [&](size_t column, size_t row) {
         ConstBytes const shared = uv + row / 2 * uv_stride + column / 2 * 2;
         Bytes const pixel = dst + row * dst_stride + 3 * column;
@@ -304,20 +308,21 @@ void nv21ToRgb(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride, s
     });
 }
 
-void bgrToNv12(ConstBytes bgr, size_t width, size_t height, size_t bgr_stride, Bytes y,
-               size_t y_stride, Bytes uv, size_t uv_stride) {
+void base::ConvertBgrToNv12(ConstBytes bgr, size_t width, size_t height, size_t bgr_stride, Bytes y,
+                            size_t y_stride, Bytes uv, size_t uv_stride) {
     size_t const chroma = width / 2;
     std::vector<unsigned char> u(chroma * (height / 2) + 1);
     std::vector<unsigned char> v(u.size());
-    bgrToI420(bgr, width, height, bgr_stride, y, y_stride, u.data(), chroma, v.data(), chroma);
+    ConvertBgrToI420(bgr, width, height, bgr_stride, y, y_stride, u.data(), chroma, v.data(),
+                     chroma);
     forEachPixel(chroma, height / 2, [&](size_t column, size_t row) {
         uv[row * uv_stride + 2 * column] = u[row * chroma + column];
         uv[row * uv_stride + 2 * column + 1] = v[row * chroma + column];
     });
 }
 
-void nv12ToBgrDirectly(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride, size_t width,
-                       size_t height, Bytes bgr, size_t bgr_stride) {
+void base::ConvertNv12ToBgrDirectly(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_stride,
+                                    size_t width, size_t height, Bytes bgr, size_t bgr_stride) {
     forEachPixel(width, height, [&](size_t column, size_t row) {
         ConstBytes const shared = uv + row / 2 * uv_stride + column / 2 * 2;
         store(bgr + row * bgr_stride + 3 * column,
@@ -325,7 +330,7 @@ void nv12ToBgrDirectly(ConstBytes y, size_t y_stride, ConstBytes uv, size_t uv_s
     });
 }
 
-void floatsToHalvesBase(float const* src, size_t count, std::uint16_t* dst) {
+void base::FloatsToHalves(float const* src, size_t count, std::uint16_t* dst) {
     for (size_t i = 0; i < count; ++i) {
         float const number = ox::test::loadFloat(src, i);
         std::uint32_t const magnitude =
@@ -336,7 +341,7 @@ void floatsToHalvesBase(float const* src, size_t count, std::uint16_t* dst) {
     }
 }
 
-void floatsToHalvesNeon(float const* src, size_t count, std::uint16_t* dst) {
+void neon::FloatsToHalves(float const* src, size_t count, std::uint16_t* dst) {
     for (size_t i = 0; i < count; ++i) {
         float const number = ox::test::loadFloat(src, i);
         std::uint32_t const magnitude =
@@ -363,25 +368,25 @@ std::uint32_t floatOfHalf(std::uint32_t half_bits, std::uint32_t nan_bits) {
 
 }  // namespace
 
-void halvesToFloatsBase(std::uint16_t const* src, size_t count, float* dst) {
+void base::HalvesToFloats(std::uint16_t const* src, size_t count, float* dst) {
     for (size_t i = 0; i < count; ++i) {
         ox::test::storeBits(dst, i, floatOfHalf(ox::test::loadHalf(src, i), 0));
     }
 }
 
-void halvesToFloatsNeon(std::uint16_t const* src, size_t count, float* dst) {
+void neon::HalvesToFloats(std::uint16_t const* src, size_t count, float* dst) {
     for (size_t i = 0; i < count; ++i) {
         ox::test::storeBits(dst, i, floatOfHalf(ox::test::loadHalf(src, i), 0x400000));
     }
 }
 
-void addConstant(float const* value, float* data, size_t count) {
+void base::AddConstantFloats(float const* value, float* data, size_t count) {
     for (size_t i = 0; i < count; ++i) {
         ox::test::storeFloat(data, i, ox::test::loadFloat(data, i) + *value);
     }
 }
 
-void accumulateScaled(float const* src, size_t count, float const* value, float* dst) {
+void base::AccumulateScaledFloats(float const* src, size_t count, float const* value, float* dst) {
     for (size_t i = 0; i < count; ++i) {
         float const sum =
             std::fma(*value, ox::test::loadFloat(src, i), ox::test::loadFloat(dst, i));
@@ -389,11 +394,11 @@ void accumulateScaled(float const* src, size_t count, float const* value, float*
     }
 }
 
-void multiply(float const* value, float* data, size_t count) {
+void base::MultiplyFloats(float const* value, float* data, size_t count) {
     for (size_t i = 0; i < count; ++i) {
         float zero = 0.0F;
         float const number = ox::test::loadFloat(data, i);
-        accumulateScaled(&number, 1, value, &zero);
+        AccumulateScaledFloats(&number, 1, value, &zero);
         ox::test::storeFloat(data, i, zero);
     }
 }

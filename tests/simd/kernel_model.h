@@ -21,13 +21,13 @@ struct PlaneShape {
 
 using PlaneShapes = std::array<PlaneShape, 3>;
 
-// What both routines of a kernel should give, each in the shape of the kernel itself.
+// What both routines of a kernel should give, and its shape, named a second time.
 template <class Shape>
 struct Model {
     std::string_view name;
-    std::size_t threshold;  // of the vector routine
-    Shape* base;
-    Shape* neon;
+    std::size_t threshold;  // of the vector routine; 0 for a choice on first use
+    typename Shape::Function* base;
+    typename Shape::Function* neon;
     PlaneShapes sources;
     PlaneShapes destinations;
 
@@ -43,98 +43,96 @@ struct Model {
     }
 };
 
-Simd::PlaneToPlane swapRedBlue;
-Simd::SplitThree splitThreePlanes;
-Simd::MergeThree mergeThreePlanes;
-Simd::SplitTwo splitTwoPlanes;
-Simd::MergeTwo mergeTwoPlanes;
-Simd::PlaneToPlane bgrToGray;
-Simd::PlaneToPlane grayToBgr;
-Simd::BytesToFloats bytesToFloats;
-Simd::FloatsToBytes floatsToBytesBase;  // a NaN counts as the lower end
-Simd::FloatsToBytes floatsToBytesNeon;  // a NaN gives 0
-Simd::PackedToYuv bgrToI420;
-Simd::YuvToPacked i420ToBgr;
-Simd::YuvToPacked i420ToRgb;
-Simd::PackedToYuv bgrToYuv444;
-Simd::YuvToPacked yuv444ToBgr;
-Simd::SemiPlanarToPacked nv12ToBgr;
-Simd::SemiPlanarToPacked nv12ToRgb;
-Simd::SemiPlanarToPacked nv21ToBgr;
-Simd::SemiPlanarToPacked nv21ToRgb;
-Simd::PackedToSemiPlanar bgrToNv12;
-Simd::SemiPlanarToPacked nv12ToBgrDirectly;
-Simd::FloatsToHalfBits floatsToHalvesBase;  // truncates
-Simd::FloatsToHalfBits floatsToHalvesNeon;  // rounds to nearest, ties to even
-Simd::HalfBitsToFloats halvesToFloatsBase;
-Simd::HalfBitsToFloats halvesToFloatsNeon;  // quiets NaNs
-Simd::ConstantIntoFloats addConstant;
-Simd::FloatsIntoFloats accumulateScaled;
-Simd::ConstantIntoFloats multiply;  // as if accumulated into zeros
+namespace base {
+
+#define OX_DECLARE(name, shape, ...) Simd::shape::Function name;
+OX_KERNELS(OX_DECLARE)
+#undef OX_DECLARE
+
+}  // namespace base
+
+// What isn't declared here is found there: most vector routines give what scalar ones give.
+namespace neon {
+
+using namespace base;
+
+Simd::FloatsToBytes::Function ScaleFloatsToBytes;  // a NaN gives 0, not the lower end
+Simd::FloatsToHalfBits::Function FloatsToHalves;   // rounds to nearest, ties to even
+Simd::HalfBitsToFloats::Function HalvesToFloats;   // quiets NaNs
+
+}  // namespace neon
 
 namespace shapes {
-inline constexpr PlaneShape byte{1};
-inline constexpr PlaneShape pair{2};
-inline constexpr PlaneShape packed{3};
-inline constexpr PlaneShape number{4};
-inline constexpr PlaneShape half{2};
 inline constexpr PlaneShape chroma{1, 2};
-inline constexpr PlaneShape chromaPair{2, 2};
-inline constexpr PlaneShapes three{byte, byte, byte};
-inline constexpr PlaneShapes i420{byte, chroma, chroma};
-inline constexpr PlaneShapes nv12{byte, chromaPair};
+inline constexpr PlaneShapes byte{{{1}}};
+inline constexpr PlaneShapes bytes{{{1}, {1}}};
+inline constexpr PlaneShapes pair{{{2}}};
+inline constexpr PlaneShapes packed{{{3}}};
+inline constexpr PlaneShapes half{{{2}}};
+inline constexpr PlaneShapes number{{{4}}};
+inline constexpr PlaneShapes numbers{{{4}, {4}}};
+inline constexpr PlaneShapes three{{{1}, {1}, {1}}};
+inline constexpr PlaneShapes i420{{{1}, chroma, chroma}};
+inline constexpr PlaneShapes nv12{{{1}, {2, 2}}};
 }  // namespace shapes
 
-// Deduces the shape from the functions.
-template <class Shape>
-constexpr Model<Shape> model(std::string_view name, std::size_t threshold, Shape* base, Shape* neon,
-                             PlaneShapes sources, PlaneShapes destinations) {
-    return {name, threshold, base, neon, sources, destinations};
-}
-
-template <class Shape>
-constexpr Model<Shape> model(std::string_view name, std::size_t threshold, Shape* both,
-                             PlaneShapes sources, PlaneShapes destinations) {
-    return {name, threshold, both, both, sources, destinations};
-}
+#define OX_MODEL(name, shape, threshold, sources, destinations)                         \
+    Model<Simd::shape> {                                                                \
+#name, threshold, base::name, neon::name, shapes::sources, shapes::destinations \
+    }
 
 inline constexpr std::tuple models{
-    model("SwapRedBlue", 16, swapRedBlue, {shapes::packed}, {shapes::packed}),
-    model("SplitThreePlanes", 16, splitThreePlanes, {shapes::packed}, shapes::three),
-    model("MergeThreePlanes", 16, mergeThreePlanes, shapes::three, {shapes::packed}),
-    model("SplitTwoPlanes", 16, splitTwoPlanes, {shapes::pair}, {shapes::byte, shapes::byte}),
-    model("MergeTwoPlanes", 16, mergeTwoPlanes, {shapes::byte, shapes::byte}, {shapes::pair}),
-    model("ConvertBgrToGray", 16, bgrToGray, {shapes::packed}, {shapes::byte}),
-    model("ExpandGrayToBgr", 16, grayToBgr, {shapes::byte}, {shapes::packed}),
-    model("ScaleBytesToFloats", 16, bytesToFloats, {shapes::byte}, {shapes::number}),
-    model("ScaleFloatsToBytes", 16, floatsToBytesBase, floatsToBytesNeon, {shapes::number},
-          {shapes::byte}),
-    model("ConvertBgrToI420", 32, bgrToI420, {shapes::packed}, shapes::i420),
-    model("ConvertI420ToBgr", 32, i420ToBgr, shapes::i420, {shapes::packed}),
-    model("ConvertI420ToRgb", 32, i420ToRgb, shapes::i420, {shapes::packed}),
-    model("ConvertBgrToYuv444", 16, bgrToYuv444, {shapes::packed}, shapes::three),
-    model("ConvertYuv444ToBgr", 16, yuv444ToBgr, shapes::three, {shapes::packed}),
-    model("ConvertNv12ToBgr", 32, nv12ToBgr, shapes::nv12, {shapes::packed}),
-    model("ConvertNv12ToRgb", 32, nv12ToRgb, shapes::nv12, {shapes::packed}),
-    model("ConvertNv21ToBgr", 32, nv21ToBgr, shapes::nv12, {shapes::packed}),
-    model("ConvertNv21ToRgb", 32, nv21ToRgb, shapes::nv12, {shapes::packed}),
-    model("ConvertBgrToNv12", 32, bgrToNv12, {shapes::packed}, shapes::nv12),
-    model("ConvertNv12ToBgrDirectly", 32, nv12ToBgrDirectly, shapes::nv12, {shapes::packed}),
-    model("FloatsToHalves", 4, floatsToHalvesBase, floatsToHalvesNeon, {shapes::number},
-          {shapes::half}),
-    model("HalvesToFloats", 4, halvesToFloatsBase, halvesToFloatsNeon, {shapes::half},
-          {shapes::number}),
+    OX_MODEL(SwapRedBlue, PlaneToPlane, 16, packed, packed),
+    OX_MODEL(SplitThreePlanes, SplitThree, 16, packed, three),
+    OX_MODEL(MergeThreePlanes, MergeThree, 16, three, packed),
+    OX_MODEL(SplitTwoPlanes, SplitTwo, 16, pair, bytes),
+    OX_MODEL(MergeTwoPlanes, MergeTwo, 16, bytes, pair),
+    OX_MODEL(ConvertBgrToGray, PlaneToPlane, 16, packed, byte),
+    OX_MODEL(ExpandGrayToBgr, PlaneToPlane, 16, byte, packed),
+    OX_MODEL(ConvertBgrToI420, PackedToYuv, 32, packed, i420),
+    OX_MODEL(ConvertBgrToYuv444, PackedToYuv, 16, packed, three),
+    OX_MODEL(ConvertBgrToNv12, PackedToSemiPlanar, 32, packed, nv12),
+    OX_MODEL(ConvertI420ToBgr, YuvToPacked, 32, i420, packed),
+    OX_MODEL(ConvertI420ToRgb, YuvToPacked, 32, i420, packed),
+    OX_MODEL(ConvertYuv444ToBgr, YuvToPacked, 16, three, packed),
+    OX_MODEL(ConvertNv12ToBgr, SemiPlanarToPacked, 32, nv12, packed),
+    OX_MODEL(ConvertNv12ToRgb, SemiPlanarToPacked, 32, nv12, packed),
+    OX_MODEL(ConvertNv21ToBgr, SemiPlanarToPacked, 32, nv12, packed),
+    OX_MODEL(ConvertNv21ToRgb, SemiPlanarToPacked, 32, nv12, packed),
+    OX_MODEL(ConvertNv12ToBgrDirectly, SemiPlanarToPacked, 32, nv12, packed),
+    OX_MODEL(ScaleBytesToFloats, BytesToFloats, 16, byte, number),
+    OX_MODEL(ScaleFloatsToBytes, FloatsToBytes, 16, number, byte),
+    OX_MODEL(FloatsToHalves, FloatsToHalfBits, 4, number, half),
+    OX_MODEL(HalvesToFloats, HalfBitsToFloats, 4, half, number),
+    OX_MODEL(AddConstantFloats, ConstantIntoFloats, 0, number, number),
+    OX_MODEL(AccumulateScaledFloats, FloatsIntoFloats, 0, numbers, number),
+    OX_MODEL(MultiplyFloats, ConstantIntoFloats, 0, number, number),
+};
+
+#undef OX_MODEL
+
+template <class Record>
+struct RecordShape;
+
+template <class Shape>
+struct RecordShape<Simd::Kernel<Shape>> {
+    using Type = Shape;
+};
+
+template <class Shape, auto base, auto neon>
+struct RecordShape<Simd::FirstUseKernel<Shape, base, neon>> {
+    using Type = Shape;
 };
 
 template <class Record>
-using ShapeOf = std::remove_pointer_t<decltype(Record::base)>;
+using ShapeOf = typename RecordShape<std::remove_cvref_t<Record>>::Type;
 
 // Whether the two lists name the same kernels, of the same shapes, in the same order.
 template <std::size_t... index>
 constexpr bool modelsMatch(std::index_sequence<index...> /*kernels*/) {
     return ((std::get<index>(Simd::kernels).name == std::get<index>(models).name &&
-             std::is_same_v<decltype(std::get<index>(Simd::kernels).base),
-                            decltype(std::get<index>(models).base)>)&&...);
+             std::is_same_v<Model<ShapeOf<decltype(std::get<index>(Simd::kernels))>>,
+                            std::remove_cvref_t<decltype(std::get<index>(models))>>)&&...);
 }
 
 constexpr std::size_t kernelCount = std::tuple_size_v<decltype(Simd::kernels)>;

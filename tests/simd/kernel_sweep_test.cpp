@@ -12,8 +12,7 @@ constexpr std::size_t largestHeight = 5;
 
 // Halves and what becomes of them lie at multiples of their size.
 template <class Shape>
-constexpr bool isAligned =
-    std::is_same_v<Shape, Simd::FloatsToHalfBits> || std::is_same_v<Shape, Simd::HalfBitsToFloats>;
+constexpr bool isAligned = isOneOf<Shape, Simd::FloatsToHalfBits, Simd::HalfBitsToFloats>;
 
 // Bytes of all values, or of the ends of the ranges only, where sums are largest.
 void fillBytes(GuardedPlanes const& planes, Random& random) {
@@ -47,6 +46,8 @@ class Sweep {
             Range const range = drawRange(_random);
             operands.lower = range.lower;
             operands.upper = range.upper;
+        } else if (worksInPlace<Shape>) {
+            operands.lower = drawFactor();
         }
         bool const tight = _random.between(0, 1) == 0;
         GuardedPlanes const sources(_model.sources, width, rows, drawPlacements(tight));
@@ -59,8 +60,19 @@ class Sweep {
 
   private:
     using Shape = kernel_model::ShapeOf<Record>;
-    static constexpr bool rangeMatters =
-        std::is_same_v<Shape, Simd::BytesToFloats> || std::is_same_v<Shape, Simd::FloatsToBytes>;
+    static constexpr bool rangeMatters = isOneOf<Shape, Simd::BytesToFloats, Simd::FloatsToBytes>;
+
+    float drawFactor() {
+        return _random.between(0, 1) == 0 ? drawSpecial(_random) : _random.real(-9.0F, 9.0F);
+    }
+
+    // Sums of these are exact, rounded, infinite, denormal and NaN.
+    float drawTerm() {
+        int const kind = _random.between(0, 3);
+        return kind == 0   ? drawSpecial(_random)
+               : kind == 1 ? drawBits(_random)
+                           : _random.real(-100.0F, 100.0F);
+    }
 
     // Where all rows are tight, an image may be taken for one long row.
     PlanePlacements drawPlacements(bool tight) {
@@ -79,6 +91,8 @@ class Sweep {
             fillFloats(sources, [&] { return drawAround(range, _random); });
         } else if constexpr (std::is_same_v<Shape, Simd::FloatsToHalfBits>) {
             fillFloats(sources, [&] { return drawForHalf(_random); });
+        } else if constexpr (worksInPlace<Shape>) {
+            fillFloats(sources, [&] { return drawTerm(); });
         } else {
             fillBytes(sources, _random);
         }
@@ -113,7 +127,8 @@ TEST(KernelSweep, AgreesWithTheModelAtEveryWidth) {
 }
 
 TEST(KernelSweep, AgreesWithTheModelOnLargeImages) {
-    constexpr PlaneSize sizes[]{{1920, 8}, {1366, 6}, {854, 30}, {4098, 2}, {2, 2000}, {34, 1000}};
+    constexpr PlaneSize sizes[]{{1920, 8},    {1366, 6}, {854, 30}, {4098, 2},
+                                {100'002, 2}, {2, 2000}, {34, 1000}};
     forEachKernel([&](auto const& record) {
         Sweep sweep(record);
         for (auto const [width, height] : sizes) {

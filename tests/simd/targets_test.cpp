@@ -51,9 +51,9 @@ TEST(Targets, StartWithTheOneInUse) {
 }
 
 TEST(Targets, OnesOwnIsBackAfterOthers) {
-    auto* const before = Simd::Neon::routines().swapRedBlue;
+    auto* const before = Simd::Neon::routines().SwapRedBlue;
     { UsedTarget const used(Simd::Neon::CompiledTargets().back()); }
-    EXPECT_EQ(Simd::Neon::routines().swapRedBlue, before);
+    EXPECT_EQ(Simd::Neon::routines().SwapRedBlue, before);
 }
 
 TEST(Targets, AreTakenSkippedOrRefused) {

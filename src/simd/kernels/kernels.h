@@ -1,33 +1,28 @@
 /// @file
-/// The kernels: one record each, which is also the function that callers call.
+/// The kernels: one record each, which is also the function that callers call; list.h has them.
 
 #pragma once
 
 #include <tuple>
+#include <type_traits>
 
 #include "simd/kernels/base.h"
 #include "simd/kernels/neon.h"
 
 namespace Simd {
 
-/// A vector routine needs a whole block in the row, of which the last may overlap the one before.
-inline constexpr std::size_t packedBlock = 16;
-inline constexpr std::size_t yuv420Block = 32;  ///< pixels of two rows
-inline constexpr std::size_t halfBlock = 4;
-
-template <class Shape, int size_argument>
+template <class Shape, class Function = typename Shape::Function>
 struct Kernel;
 
 /// A scalar and a vector routine behind one call, which takes the vector routine for rows (or
 /// arrays) of at least `threshold` elements.
-/// @tparam size_argument which argument that number is
-template <class... Arguments, int size_argument>
-struct Kernel<void(Arguments...), size_argument> {
+template <class Shape, class... Arguments>
+struct Kernel<Shape, void(Arguments...)> {
     using Routine = void(Arguments...);
 
     char const* name;
     Routine* base;
-    Neon::Routine<Routine> neon;
+    Neon::Routine<Shape> neon;
     std::size_t threshold;
 
     Routine* routine(std::size_t size) const {
@@ -35,18 +30,21 @@ struct Kernel<void(Arguments...), size_argument> {
     }
 
     void operator()(Arguments... arguments) const {
-        routine(std::get<size_argument>(std::tie(arguments...)))(arguments...);
+        routine(std::get<Shape::sizeArgument>(std::tie(arguments...)))(arguments...);
     }
 };
 
 /// A kernel that picks its routine on the first call and keeps it, whatever the size.
 /// @tparam base_routine one per kernel, which holds the kernels' choices apart
-template <auto base_routine, auto neon_routine>
+template <class Shape, auto base_routine, auto neon_routine>
 struct FirstUseKernel {
+    static constexpr auto* base = base_routine;
+    static constexpr auto const& neon = *neon_routine;
+
     char const* name;
 
     static auto* routine() {
-        static auto* const chosen = Neon::KernelsEnabled ? (*neon_routine).get() : base_routine;
+        static auto* const chosen = Neon::KernelsEnabled ? neon.get() : base;
         return chosen;
     }
 
@@ -56,52 +54,24 @@ struct FirstUseKernel {
     }
 };
 
-#define OX_KERNEL(name, shape, size_argument, threshold) \
-    inline constexpr Kernel<shape, size_argument> name { \
-#name, Base::name, Neon::name, threshold         \
+template <class Shape, auto base_routine, auto neon_routine, class Block>
+constexpr auto makeKernel(char const* name, [[maybe_unused]] Block block) {
+    if constexpr (std::is_same_v<Block, OnFirstUse>) {
+        return FirstUseKernel<Shape, base_routine, neon_routine>{name};
+    } else {
+        return Kernel<Shape>{name, base_routine, *neon_routine, block};
     }
+}
 
-OX_KERNEL(SwapRedBlue, PlaneToPlane, 1, packedBlock);
-OX_KERNEL(SplitThreePlanes, SplitThree, 2, packedBlock);
-OX_KERNEL(MergeThreePlanes, MergeThree, 6, packedBlock);
-OX_KERNEL(SplitTwoPlanes, SplitTwo, 2, packedBlock);
-OX_KERNEL(MergeTwoPlanes, MergeTwo, 4, packedBlock);
-OX_KERNEL(ConvertBgrToGray, PlaneToPlane, 1, packedBlock);
-OX_KERNEL(ExpandGrayToBgr, PlaneToPlane, 1, packedBlock);
-OX_KERNEL(ScaleBytesToFloats, BytesToFloats, 1, packedBlock);
-OX_KERNEL(ScaleFloatsToBytes, FloatsToBytes, 1, packedBlock);
-OX_KERNEL(ConvertBgrToI420, PackedToYuv, 1, yuv420Block);
-OX_KERNEL(ConvertI420ToBgr, YuvToPacked, 6, yuv420Block);
-OX_KERNEL(ConvertI420ToRgb, YuvToPacked, 6, yuv420Block);
-OX_KERNEL(ConvertBgrToYuv444, PackedToYuv, 1, packedBlock);
-OX_KERNEL(ConvertYuv444ToBgr, YuvToPacked, 6, packedBlock);
-OX_KERNEL(ConvertNv12ToBgr, SemiPlanarToPacked, 4, yuv420Block);
-OX_KERNEL(ConvertNv12ToRgb, SemiPlanarToPacked, 4, yuv420Block);
-OX_KERNEL(ConvertNv21ToBgr, SemiPlanarToPacked, 4, yuv420Block);
-OX_KERNEL(ConvertNv21ToRgb, SemiPlanarToPacked, 4, yuv420Block);
-OX_KERNEL(ConvertBgrToNv12, PackedToSemiPlanar, 1, yuv420Block);
-OX_KERNEL(ConvertNv12ToBgrDirectly, SemiPlanarToPacked, 4, yuv420Block);
-OX_KERNEL(FloatsToHalves, FloatsToHalfBits, 1, halfBlock);
-OX_KERNEL(HalvesToFloats, HalfBitsToFloats, 1, halfBlock);
-
+#define OX_KERNEL(name, shape, block) \
+    inline constexpr auto name = makeKernel<shape, Base::name, &Neon::name>(#name, block);
+OX_KERNELS(OX_KERNEL)
 #undef OX_KERNEL
 
-inline constexpr FirstUseKernel<Base::AddConstantFloats, &Neon::AddConstantFloats>
-    AddConstantFloats{"AddConstantFloats"};
-inline constexpr FirstUseKernel<Base::AccumulateScaledFloats, &Neon::AccumulateScaledFloats>
-    AccumulateScaledFloats{"AccumulateScaledFloats"};
-inline constexpr FirstUseKernel<Base::MultiplyFloats, &Neon::MultiplyFloats> MultiplyFloats{
-    "MultiplyFloats"};
-
-/// Every kernel that goes by its size; tests and benchmarks walk this list.
-inline constexpr std::tuple kernels{
-    SwapRedBlue,        SplitThreePlanes,   MergeThreePlanes, SplitTwoPlanes,
-    MergeTwoPlanes,     ConvertBgrToGray,   ExpandGrayToBgr,  ScaleBytesToFloats,
-    ScaleFloatsToBytes, ConvertBgrToI420,   ConvertI420ToBgr, ConvertI420ToRgb,
-    ConvertBgrToYuv444, ConvertYuv444ToBgr, ConvertNv12ToBgr, ConvertNv12ToRgb,
-    ConvertNv21ToBgr,   ConvertNv21ToRgb,   ConvertBgrToNv12, ConvertNv12ToBgrDirectly,
-    FloatsToHalves,     HalvesToFloats,
-};
+/// Every kernel, for tests.
+#define OX_NAME(name, ...) name,
+inline constexpr std::tuple kernels{OX_KERNELS(OX_NAME)};
+#undef OX_NAME
 
 /// Copies `height` rows of `width` pixels of `pixel_size` bytes.
 void CopyPlaneRows(ConstBytes src, std::size_t src_stride, std::size_t width, std::size_t height,

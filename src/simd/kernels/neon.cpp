@@ -1,13 +1,14 @@
 #include "simd/kernels/neon.h"
 
 #include "simd/kernels/plain.h"
-#include "simd/kernels/take_routines.h"
 #include "simd/simd_targets.h"
 #include "vector/dispatch.h"
 
 namespace Simd::Neon {
 
 bool KernelsEnabled = true;
+
+namespace {
 
 Routines findRoutines() {
     Routines best = Plain::routines();
@@ -19,6 +20,8 @@ Routines findRoutines() {
 #endif
     return best;
 }
+
+}  // namespace
 
 Routines const& routines() {
     return ox::vector::RoutineTable<Routines, findRoutines>::get();

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstring>
 
-#include "simd/kernels/base.h"
 #include "simd/kernels/half.h"
 
 namespace Simd::Plain {
@@ -35,31 +34,9 @@ void HalvesToFloats(std::uint16_t const* src, std::size_t count, float* dst) {
 
 Neon::Routines routines() {
     return {
-        .swapRedBlue = Base::SwapRedBlue,
-        .splitThreePlanes = Base::SplitThreePlanes,
-        .mergeThreePlanes = Base::MergeThreePlanes,
-        .splitTwoPlanes = Base::SplitTwoPlanes,
-        .mergeTwoPlanes = Base::MergeTwoPlanes,
-        .convertBgrToGray = Base::ConvertBgrToGray,
-        .expandGrayToBgr = Base::ExpandGrayToBgr,
-        .scaleBytesToFloats = Base::ScaleBytesToFloats,
-        .scaleFloatsToBytes = ScaleFloatsToBytes,
-        .convertBgrToI420 = Base::ConvertBgrToI420,
-        .convertBgrToYuv444 = Base::ConvertBgrToYuv444,
-        .convertI420ToBgr = Base::ConvertI420ToBgr,
-        .convertI420ToRgb = Base::ConvertI420ToRgb,
-        .convertYuv444ToBgr = Base::ConvertYuv444ToBgr,
-        .convertNv12ToBgr = Base::ConvertNv12ToBgr,
-        .convertNv12ToRgb = Base::ConvertNv12ToRgb,
-        .convertNv21ToBgr = Base::ConvertNv21ToBgr,
-        .convertNv21ToRgb = Base::ConvertNv21ToRgb,
-        .convertNv12ToBgrDirectly = Base::ConvertNv12ToBgrDirectly,
-        .convertBgrToNv12 = Base::ConvertBgrToNv12,
-        .floatsToHalves = FloatsToHalves,
-        .halvesToFloats = HalvesToFloats,
-        .addConstantFloats = Base::AddConstantFloats,
-        .accumulateScaledFloats = Base::AccumulateScaledFloats,
-        .multiplyFloats = Base::MultiplyFloats,
+#define OX_PLAIN(name, ...) .name = Plain::name,
+        OX_KERNELS(OX_PLAIN)
+#undef OX_PLAIN
     };
 }
 

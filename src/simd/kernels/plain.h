@@ -4,16 +4,19 @@
 
 #pragma once
 
+#include "simd/kernels/base.h"
 #include "simd/kernels/neon.h"
 
 namespace Simd::Plain {
 
-/// NaN gives 0, whatever the range.
-FloatsToBytes ScaleFloatsToBytes;
-FloatsToHalfBits FloatsToHalves;
-HalfBitsToFloats HalvesToFloats;
+// What isn't declared here is found there: the scalar routine has the vector routine's results.
+using namespace Base;
 
-/// These, and for all other kernels the scalar routines.
+/// NaN gives 0, whatever the range.
+FloatsToBytes::Function ScaleFloatsToBytes;
+FloatsToHalfBits::Function FloatsToHalves;
+HalfBitsToFloats::Function HalvesToFloats;
+
 Neon::Routines routines();
 
 }  // namespace Simd::Plain

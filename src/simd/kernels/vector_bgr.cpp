@@ -7,7 +7,7 @@
 
 #include "simd/kernels/base.h"
 #include "simd/kernels/formulas.h"
-#include "simd/kernels/take_routines.h"
+#include "simd/kernels/neon.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -193,13 +193,9 @@ void ExpandGrayToBgr(ConstBytes gray, std::size_t width, std::size_t height,
 
 void takeRoutines([[maybe_unused]] Routines& routines) {
 #if HWY_TARGET != HWY_SCALAR
-    routines.swapRedBlue = SwapRedBlue;
-    routines.splitThreePlanes = SplitThreePlanes;
-    routines.mergeThreePlanes = MergeThreePlanes;
-    routines.splitTwoPlanes = SplitTwoPlanes;
-    routines.mergeTwoPlanes = MergeTwoPlanes;
-    routines.convertBgrToGray = ConvertBgrToGray;
-    routines.expandGrayToBgr = ExpandGrayToBgr;
+#define OX_TAKE(name, ...) routines.name = name;
+    OX_BGR_KERNELS(OX_TAKE)
+#undef OX_TAKE
 #endif
 }
 

@@ -7,7 +7,7 @@
 
 #include "simd/kernels/base.h"
 #include "simd/kernels/formulas.h"
-#include "simd/kernels/take_routines.h"
+#include "simd/kernels/neon.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -132,9 +132,9 @@ void ConvertBgrToNv12(ConstBytes bgr, std::size_t width, std::size_t height, std
 
 void takeRoutines([[maybe_unused]] Routines& routines) {
 #if HWY_TARGET != HWY_SCALAR
-    routines.convertBgrToI420 = ConvertBgrToI420;
-    routines.convertBgrToNv12 = ConvertBgrToNv12;
-    routines.convertBgrToYuv444 = ConvertBgrToYuv444;
+#define OX_TAKE(name, ...) routines.name = name;
+    OX_BGR_TO_YUV_KERNELS(OX_TAKE)
+#undef OX_TAKE
 #endif
 }
 

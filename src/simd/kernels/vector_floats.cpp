@@ -8,8 +8,8 @@
 #include <limits>
 
 #include "simd/kernels/base.h"
+#include "simd/kernels/neon.h"
 #include "simd/kernels/plain.h"
-#include "simd/kernels/take_routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -143,13 +143,9 @@ void MultiplyFloats(float const* value, float* data, std::size_t count) {
 
 void takeRoutines([[maybe_unused]] Routines& routines) {
 #if HWY_TARGET != HWY_SCALAR
-    routines.scaleBytesToFloats = ScaleBytesToFloats;
-    routines.scaleFloatsToBytes = ScaleFloatsToBytes;
-    routines.floatsToHalves = FloatsToHalves;
-    routines.halvesToFloats = HalvesToFloats;
-    routines.addConstantFloats = AddConstantFloats;
-    routines.accumulateScaledFloats = AccumulateScaledFloats;
-    routines.multiplyFloats = MultiplyFloats;
+#define OX_TAKE(name, ...) routines.name = name;
+    OX_FLOAT_KERNELS(OX_TAKE)
+#undef OX_TAKE
 #endif
 }
 

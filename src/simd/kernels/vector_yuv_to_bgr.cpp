@@ -7,7 +7,7 @@
 
 #include "simd/kernels/base.h"
 #include "simd/kernels/formulas.h"
-#include "simd/kernels/take_routines.h"
+#include "simd/kernels/neon.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -365,14 +365,9 @@ void ConvertYuv444ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::s
 
 void takeRoutines([[maybe_unused]] Routines& routines) {
 #if HWY_TARGET != HWY_SCALAR
-    routines.convertI420ToBgr = ConvertI420ToBgr;
-    routines.convertI420ToRgb = ConvertI420ToRgb;
-    routines.convertNv12ToBgr = ConvertNv12ToBgr;
-    routines.convertNv12ToRgb = ConvertNv12ToRgb;
-    routines.convertNv21ToBgr = ConvertNv21ToBgr;
-    routines.convertNv21ToRgb = ConvertNv21ToRgb;
-    routines.convertNv12ToBgrDirectly = ConvertNv12ToBgrDirectly;
-    routines.convertYuv444ToBgr = ConvertYuv444ToBgr;
+#define OX_TAKE(name, ...) routines.name = name;
+    OX_YUV_TO_BGR_KERNELS(OX_TAKE)
+#undef OX_TAKE
 #endif
 }
 
