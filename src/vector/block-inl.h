@@ -15,6 +15,7 @@
 
 #include <hwy/highway.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -49,6 +50,7 @@ constexpr std::size_t windowBytes = blockBytes == 64 ? 64 : 16;
 /// In a table of places, a byte of which nothing comes.
 constexpr std::uint8_t emptyPlace = 0x80;
 
+using ByteTable = std::array<std::uint8_t, blockBytes>;
 using Tag8 = hn::CappedTag<std::uint8_t, blockBytes>;
 using Tag16 = hn::RepartitionToWide<Tag8>;
 using TagS16 = hn::RebindToSigned<Tag16>;

@@ -1,29 +1,64 @@
+// clang-format off
 /// @file
 /// Operations that Highway lacks: the only place with raw intrinsics. Each has the same meaning on
-/// every instruction set.
+/// every instruction set that has it.
 ///
 /// | operation | does |
 /// |---|---|
 /// | `LoadThree`, `StoreThree` | a block of packed pixels as three registers, in order, and back |
+/// | `StoreThreeSame` | stores each byte three times |
 /// | `PackPixels` | 16-bit lanes of even and of odd pixels, clamped to the bytes of a block |
 /// | `StoreThreePixels` | stores what came out of `PackPixels` |
-/// | `StoreThreeSame` | stores each byte three times |
 /// | `TruncateFour` | four registers of floats from 0 to 255, truncated to the bytes of a block |
+/// | `StoreLaneBytes` | clamps lanes to bytes and stores them |
+/// | `StoreLowBytes` | stores the low bytes of floats, truncated to 0 to 2^32 - 1; a NaN's is 0 |
 /// | `MulShift13` | floor(v * factor / 2^13), for lanes of at most 256 |
 /// | `AddWhereGreater` | sum + (a > b) |
 /// | `LowerHalf`, `UpperHalf`, `Average` | half a block of pixels, or means of two by two, for: |
 /// | `WeightedBytes` | the low bytes of (weights * pixel + 2^13) >> 14 |
 /// | `WeightedPairs` | the bytes of two such sums, in pairs |
+/// | `LowerColours`, `UpperColours` | half a block of pixels, for: |
+/// | `SumModulo` | weighted sums of bytes, modulo 2^16 |
+/// | `HighBytes` | the high bytes of two registers of words, in order |
+/// | `MeanWords` | (weights * pixel + (128 << shift)) >> shift, of words |
+/// | `BlendBy64ths` | (a * (64 - weight) + b * weight) >> 6, of bytes |
 /// | `PermuteWindow` | the bytes at the given places of a window |
 /// | `PermuteToWords` | the same for even bytes, whose neighbours become 0; theirs are above 127 |
 /// | `MulAddWords` | sums of products of neighbours, of signed words |
 /// | `MulAddWindowPairs` | sums of products of neighbours, bytes by weights below 128 |
-/// | `AddWordProducts` | adds products of words to `WordSums` |
+/// | `NoWordSums`, `AddWordProducts` | `WordSums` and products of words that are added to them |
 /// | `TotalOf` | the lanes of `WordSums`, each of two neighbouring products |
 /// | `AddNeighbours` | sums of neighbours of both registers, in order |
-/// | `StoreLaneBytes` | clamps lanes to bytes and stores them |
-/// | `AddTwoRows` | adds two weighted rows of a block to `FourSums`, whose `BytesOf` clamps |
+/// | `NoFourSums`, `AddTwoRows` | `FourSums` and two weighted rows of a block, added to them |
+/// | `BytesOf` | `FourSums` shifted and clamped to bytes |
+/// | `Permute` | the bytes of each period at a table's places; not on NEON, as are: |
+/// | `LoadPeriods`, `StorePeriods` | periods that overlap by a byte in memory; the later one wins |
+/// | `AddByteProducts` | adds products of four unsigned and signed bytes; only AVX3_DL has this and: |
+/// | `PermuteTwo` | the lanes at the given places of two registers |
 
-// The two files guard themselves.
+// clang-format on
+
+// Included once per instruction set, so the guard is a toggle.
+#if defined(OX_VECTOR_OPS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef OX_VECTOR_OPS_INL_H
+#undef OX_VECTOR_OPS_INL_H
+#else
+#define OX_VECTOR_OPS_INL_H
+#endif
+
+#include "vector/block-inl.h"
+#include "vector/split.h"
+
+// The files are included here alone, each on top of those before it.
+#if HWY_TARGET == HWY_AVX3_DL
+#include "vector/ops_avx3_dl-inl.h"
+#elif HWY_TARGET == HWY_AVX2
+#include "vector/ops_avx2-inl.h"
+#elif HWY_TARGET == HWY_NEON
 #include "vector/ops_neon-inl.h"
+#endif
+#if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX2
 #include "vector/ops_x86-inl.h"
+#endif
+
+#endif  // toggle

@@ -1,21 +1,8 @@
 /// @file
 /// The operations of ops-inl.h on NEON.
 
-// Included once per instruction set, so the guard is a toggle.
-#if defined(OX_VECTOR_OPS_NEON_INL_H) == defined(HWY_TARGET_TOGGLE)
-#ifdef OX_VECTOR_OPS_NEON_INL_H
-#undef OX_VECTOR_OPS_NEON_INL_H
-#else
-#define OX_VECTOR_OPS_NEON_INL_H
-#endif
-
-#include "vector/block-inl.h"
-#include "vector/split.h"
-
 HWY_BEFORE_NAMESPACE();
 namespace ox::vector::HWY_NAMESPACE {
-
-#if HWY_TARGET == HWY_NEON
 
 HWY_INLINE ThreeChannels LoadThree(std::uint8_t const* p) {
     uint8x16x3_t const v = vld3q_u8(p);
@@ -174,6 +161,12 @@ HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
     hn::StoreU(hn::DemoteTo(d, v), d, p);
 }
 
+HWY_INLINE void StoreLowBytes(VF v, std::uint8_t* p) {
+    hn::Rebind<std::uint8_t, BlockTagS32> const d;
+    hn::Vec<hn::RebindToUnsigned<BlockTagS32>> const numbers(vcvtq_u32_f32(v.raw));  // saturates
+    hn::StoreU(hn::TruncateTo(d, numbers), d, p);
+}
+
 HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
     return V32(vpaddq_s32(a.raw, b.raw));
 }
@@ -251,9 +244,5 @@ HWY_INLINE V8 WeightedPairs(PixelHalf p) {
     return V8(vcombine_u8(pairs.val[0], pairs.val[1]));
 }
 
-#endif
-
 }  // namespace ox::vector::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
-
-#endif  // toggle

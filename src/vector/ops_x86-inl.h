@@ -1,33 +1,12 @@
 /// @file
-/// The operations of ops-inl.h on AVX2 and AVX3_DL.
-
-// Included once per instruction set, so the guard is a toggle.
-#if defined(OX_VECTOR_OPS_X86_INL_H) == defined(HWY_TARGET_TOGGLE)
-#ifdef OX_VECTOR_OPS_X86_INL_H
-#undef OX_VECTOR_OPS_X86_INL_H
-#else
-#define OX_VECTOR_OPS_X86_INL_H
-#endif
-
-#include <array>
-
-#include "vector/block-inl.h"
-#include "vector/split.h"
+/// The operations of ops-inl.h that AVX2 and AVX3_DL have in common, on top of their own.
 
 HWY_BEFORE_NAMESPACE();
 namespace ox::vector::HWY_NAMESPACE {
 
-#if HWY_TARGET != HWY_NEON && HWY_TARGET != HWY_SCALAR
-
-using ByteTable = std::array<std::uint8_t, blockBytes>;
-
-/// Byte j of register k of three is of channel (k + j) mod 3, as 16 and 64 leave a rest of 1. So
-/// the bytes j = residue mod 3 of one register, and those of the next residues of the other two,
-/// make up one channel, each pixel in a place of its own: the pixel i at byte (3i + channel) mod
-/// period.
-constexpr std::uint64_t residueMask(int residue) {
-    return 0x9249249249249249U << residue;
-}
+// Byte j of register k of three is of channel (k + j) mod 3, as 16 and 64 leave a rest of 1. So the
+// bytes j = residue mod 3 of one register, and those of the next residues of the other two, make up
+// one channel, each pixel in a place of its own: the pixel i at byte (3i + channel) mod period.
 
 /// Where a pixel's byte is after `PackPixels`: the even ones of a lane before the odd ones.
 constexpr std::size_t evenOddPlace(std::size_t pixel) {
@@ -74,78 +53,7 @@ constexpr ThreeTables scatterPixelTables{
 constexpr ThreeTables repeatTables{{repeatTable(0), repeatTable(1), repeatTable(2)}};
 
 HWY_INLINE V8 Permute(V8 v, ByteTable const& table) {
-    V8 const indices = hn::Load(Tag8(), table.data());
-#if HWY_TARGET == HWY_AVX3_DL
-    return V8{_mm512_permutexvar_epi8(indices.raw, v.raw)};
-#else
-    return hn::TableLookupBytes(v, indices);
-#endif
-}
-
-/// Bytes of `b` where j mod 3 is `residue`, of `a` elsewhere (in each period).
-template <int residue>
-HWY_INLINE V8 BlendResidue(V8 a, V8 b) {
-#if HWY_TARGET == HWY_AVX3_DL
-    return V8{_mm512_mask_blend_epi8(residueMask(residue), a.raw, b.raw)};
-#else
-    alignas(32) static constexpr ByteTable select = [] {
-        ByteTable table{};
-        for (std::size_t j = 0; j < blockBytes; ++j) {
-            table[j] = j % permutePeriod % 3 == residue ? 0xff : 0;
-        }
-        return table;
-    }();
-    return V8{_mm256_blendv_epi8(a.raw, b.raw, hn::Load(Tag8(), select.data()).raw)};
-#endif
-}
-
-/// Periods that overlap by a byte in memory.
-HWY_INLINE V8 LoadPeriods(std::uint8_t const* p) {
-#if HWY_TARGET == HWY_AVX3_DL
-    return hn::LoadU(Tag8(), p);
-#else
-    HalfTag8 const half;
-    return hn::Combine(Tag8(), hn::LoadU(half, p + 15), hn::LoadU(half, p));
-#endif
-}
-
-/// The later period wins where two overlap.
-HWY_INLINE void StorePeriods(std::uint8_t* p, V8 v) {
-#if HWY_TARGET == HWY_AVX3_DL
-    hn::StoreU(v, Tag8(), p);
-#else
-    HalfTag8 const half;
-    hn::StoreU(hn::LowerHalf(half, v), half, p);
-    hn::StoreU(hn::UpperHalf(half, v), half, p + 15);
-#endif
-}
-
-/// The three registers of the packed pixels; with periods of 16 bytes, each lane of a register
-/// belongs to 16 pixels.
-HWY_INLINE ThreeChannels LoadPacked(std::uint8_t const* p) {
-#if HWY_TARGET == HWY_AVX3_DL
-    Tag8 const d;
-    return {hn::LoadU(d, p), hn::LoadU(d, p + 64), hn::LoadU(d, p + 128)};
-#else
-    auto const lanes = [](std::uint8_t const* at) HWY_ATTR {
-        HalfTag8 const half;
-        return hn::Combine(Tag8(), hn::LoadU(half, at + 48), hn::LoadU(half, at));
-    };
-    return {lanes(p), lanes(p + 16), lanes(p + 32)};
-#endif
-}
-
-HWY_INLINE void StorePacked(std::uint8_t* p, ThreeChannels v) {
-    Tag8 const d;
-#if HWY_TARGET == HWY_AVX3_DL
-    hn::StoreU(v.c0, d, p);
-    hn::StoreU(v.c1, d, p + 64);
-    hn::StoreU(v.c2, d, p + 128);
-#else
-    hn::StoreU(hn::ConcatLowerLower(d, v.c1, v.c0), d, p);
-    hn::StoreU(V8{_mm256_permute2x128_si256(v.c2.raw, v.c0.raw, 0x30)}, d, p + 32);
-    hn::StoreU(hn::ConcatUpperUpper(d, v.c2, v.c1), d, p + 64);
-#endif
+    return Permute(v, hn::Load(Tag8(), table.data()));
 }
 
 HWY_INLINE ThreeChannels LoadThree(std::uint8_t const* p) {
@@ -181,55 +89,14 @@ HWY_INLINE void StoreThreeSame(std::uint8_t* p, V8 v) {
     StorePacked(p, {Permute(v, table[0]), Permute(v, table[1]), Permute(v, table[2])});
 }
 
-HWY_INLINE V8 PackUnsigned(V16 lower, V16 upper) {
-#if HWY_TARGET == HWY_AVX3_DL
-    return V8{_mm512_packus_epi16(lower.raw, upper.raw)};
-#else
-    return V8{_mm256_packus_epi16(lower.raw, upper.raw)};
-#endif
-}
-
-HWY_INLINE V8 PackSigned(V16 lower, V16 upper) {
-#if HWY_TARGET == HWY_AVX3_DL
-    return V8{_mm512_packs_epi16(lower.raw, upper.raw)};
-#else
-    return V8{_mm256_packs_epi16(lower.raw, upper.raw)};
-#endif
-}
-
 /// Clamps to bytes; for `StoreThreePixels`.
 HWY_INLINE V8 PackPixels(V16 even, V16 odd) {
     return PackUnsigned(even, odd);
 }
 
-/// Four registers of floats as a block of bytes, in order; for numbers from 0 to 255.
-HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
-#if HWY_TARGET == HWY_AVX3_DL
-    __m512i const ab = _mm512_packs_epi32(_mm512_cvttps_epi32(a.raw), _mm512_cvttps_epi32(b.raw));
-    __m512i const cd = _mm512_packs_epi32(_mm512_cvttps_epi32(c.raw), _mm512_cvttps_epi32(d.raw));
-    __m512i const order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
-    return V8{_mm512_permutexvar_epi32(order, _mm512_packus_epi16(ab, cd))};
-#else
-    __m256i const ab = _mm256_packs_epi32(_mm256_cvttps_epi32(a.raw), _mm256_cvttps_epi32(b.raw));
-    __m256i const cd = _mm256_packs_epi32(_mm256_cvttps_epi32(c.raw), _mm256_cvttps_epi32(d.raw));
-    __m256i const order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
-    return V8{_mm256_permutevar8x32_epi32(_mm256_packus_epi16(ab, cd), order)};
-#endif
-}
-
 /// floor(v * factor / 2^13), for |v| <= 256.
 HWY_INLINE V16 MulShift13(V16 v, std::int16_t factor) {
     return hn::MulHigh(hn::ShiftLeft<3>(v), hn::Set(TagS16(), factor));
-}
-
-/// sum + (a > b)
-HWY_INLINE V16 AddWhereGreater(V16 sum, V16 a, V16 b) {
-#if HWY_TARGET == HWY_AVX3_DL
-    return V16{_mm512_mask_add_epi16(sum.raw, _mm512_cmpgt_epi16_mask(a.raw, b.raw), sum.raw,
-                                     _mm512_set1_epi16(1))};
-#else
-    return V16{_mm256_sub_epi16(sum.raw, _mm256_cmpgt_epi16(a.raw, b.raw))};
-#endif
 }
 
 /// Half a block of pixels, ready to be weighted: pairs of blue and green, pairs of red and 1.
@@ -252,11 +119,7 @@ HWY_INLINE V16 MulAddBytePairs(V8 unsigned_bytes, std::int8_t even, std::int8_t 
     auto const weights =
         hn::Set(Tag16(), static_cast<std::uint16_t>(static_cast<std::uint8_t>(even) |
                                                     static_cast<std::uint8_t>(odd) << 8));
-#if HWY_TARGET == HWY_AVX3_DL
-    return V16{_mm512_maddubs_epi16(unsigned_bytes.raw, weights.raw)};
-#else
-    return V16{_mm256_maddubs_epi16(unsigned_bytes.raw, weights.raw)};
-#endif
+    return MulAddBytes(unsigned_bytes, hn::BitCast(Tag8(), weights));
 }
 
 /// (a * (64 - weight) + b * weight) >> 6, for weights from 0 to 64.
@@ -309,85 +172,14 @@ HWY_INLINE hn::Vec<HalfTag8> WeightedBytes(PixelHalf p) {
     return hn::TruncateTo(HalfTag8(), hn::BitCast(Tag16(), Weighted<weights>(p)));
 }
 
-HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
-#if HWY_TARGET == HWY_AVX3_DL
-    return {_mm512_permutexvar_epi8(places.raw, v.raw)};
-#else
-    return hn::TableLookupBytes(v, places);
-#endif
-}
-
-HWY_INLINE hn::Vec<WindowTag> PermuteToWords(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
-#if HWY_TARGET == HWY_AVX3_DL
-    return {_mm512_maskz_permutexvar_epi8(0x5555555555555555U, places.raw, v.raw)};
-#else
-    return hn::TableLookupBytes(v, places);
-#endif
-}
-
-HWY_INLINE hn::Vec<WindowTagS32> MulAddWords(hn::Vec<WindowTag> words, hn::Vec<WindowTag> weights) {
-#if HWY_TARGET == HWY_AVX3_DL
-    return {_mm512_madd_epi16(words.raw, weights.raw)};
-#else
-    return {_mm_madd_epi16(words.raw, weights.raw)};
-#endif
-}
-
-HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
-                                                  hn::Vec<WindowTag> weights) {
-#if HWY_TARGET == HWY_AVX3_DL
-    return {_mm512_maddubs_epi16(bytes.raw, weights.raw)};
-#else
-    return {_mm_maddubs_epi16(bytes.raw, weights.raw)};
-#endif
-}
-
-#if HWY_TARGET == HWY_AVX3_DL
-HWY_INLINE V32 AddByteProducts(V32 sums, V8 unsigned_bytes, V8 signed_bytes) {
-    return V32{_mm512_dpbusd_epi32(sums.raw, unsigned_bytes.raw, signed_bytes.raw)};
-}
-#endif
-
 using WordSums = V32;
 
 HWY_INLINE WordSums NoWordSums() {
     return hn::Zero(BlockTagS32());
 }
 
-HWY_INLINE WordSums AddWordProducts(WordSums sums, V16 words, V16 weights) {
-#if HWY_TARGET == HWY_AVX3_DL
-    return V32{_mm512_dpwssd_epi32(sums.raw, words.raw, weights.raw)};
-#else
-    return hn::Add(sums, V32{_mm256_madd_epi16(words.raw, weights.raw)});
-#endif
-}
-
 HWY_INLINE V32 TotalOf(WordSums sums) {
     return sums;
-}
-
-// Highway 1.0.3 takes lanes of 32 bits to bytes through unsigned words whose bit 15 it clears, in
-// registers of 32 and 64 bytes: numbers from 32768 to 33022 lose 32768 instead of becoming 255.
-// `DemoteTo` to words, and from words to bytes, is right everywhere. Straight to bytes is for lanes
-// that can't be that large.
-HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
-    hn::Rebind<std::uint8_t, BlockTagS32> const d;
-#if HWY_TARGET == HWY_AVX3_DL
-    V32 const positive = hn::Max(v, hn::Zero(BlockTagS32()));
-    hn::StoreU(hn::Vec<decltype(d)>{_mm512_cvtusepi32_epi8(positive.raw)}, d, p);
-#else
-    hn::Rebind<std::int16_t, BlockTagS32> const words;
-    hn::StoreU(hn::DemoteTo(d, hn::DemoteTo(words, v)), d, p);
-#endif
-}
-
-HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
-#if HWY_TARGET == HWY_AVX3_DL
-    BlockTagS32 const d;
-    return hn::Add(hn::ConcatEven(d, b, a), hn::ConcatOdd(d, b, a));
-#else
-    return V32{_mm256_permute4x64_epi64(_mm256_hadd_epi32(a.raw, b.raw), 0xD8)};
-#endif
 }
 
 /// Half a block of pixels, ready for `SumModulo`: pairs of blue and green, of green and red.
@@ -501,9 +293,5 @@ HWY_INLINE V8 WeightedPairs(PixelHalf p) {
     return hn::BitCast(Tag8(), hn::Or(low, hn::ShiftLeft<8>(Weighted<second>(p))));
 }
 
-#endif
-
 }  // namespace ox::vector::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
-
-#endif  // toggle

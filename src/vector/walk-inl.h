@@ -24,6 +24,11 @@ HWY_INLINE void joinRows(std::size_t& width, std::size_t& height, bool follow) {
     }
 }
 
+/// How far ahead to prefetch, measured.
+constexpr std::size_t aheadOfBgr = 384;
+/// Beyond a page's end, where processors stop to fetch on their own.
+constexpr std::size_t aheadOfFloats = 6144;
+
 enum class For { reading, writing };
 
 /// Asks for the `bytes` that a later block will work on, `ahead` bytes behind those of this one. It

@@ -19,59 +19,49 @@ void SwapRedBlue(ConstBytes src, std::size_t width, std::size_t height, std::siz
 void SplitThreePlanes(ConstBytes src, std::size_t src_stride, std::size_t width, std::size_t height,
                       Bytes dst0, std::size_t dst0_stride, Bytes dst1, std::size_t dst1_stride,
                       Bytes dst2, std::size_t dst2_stride) {
-    for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t y = 0; y < height;
+         ++y, src += src_stride, dst0 += dst0_stride, dst1 += dst1_stride, dst2 += dst2_stride) {
         for (std::size_t x = 0; x < width; ++x) {
             dst0[x] = src[3 * x];
             dst1[x] = src[3 * x + 1];
             dst2[x] = src[3 * x + 2];
         }
-        src += src_stride;
-        dst0 += dst0_stride;
-        dst1 += dst1_stride;
-        dst2 += dst2_stride;
     }
 }
 
 void MergeThreePlanes(ConstBytes src0, std::size_t src0_stride, ConstBytes src1,
                       std::size_t src1_stride, ConstBytes src2, std::size_t src2_stride,
                       std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
-    for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t y = 0; y < height;
+         ++y, src0 += src0_stride, src1 += src1_stride, src2 += src2_stride, dst += dst_stride) {
         for (std::size_t x = 0; x < width; ++x) {
             dst[3 * x] = src0[x];
             dst[3 * x + 1] = src1[x];
             dst[3 * x + 2] = src2[x];
         }
-        src0 += src0_stride;
-        src1 += src1_stride;
-        src2 += src2_stride;
-        dst += dst_stride;
     }
 }
 
 void SplitTwoPlanes(ConstBytes src, std::size_t src_stride, std::size_t width, std::size_t height,
                     Bytes dst0, std::size_t dst0_stride, Bytes dst1, std::size_t dst1_stride) {
-    for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t y = 0; y < height;
+         ++y, src += src_stride, dst0 += dst0_stride, dst1 += dst1_stride) {
         for (std::size_t x = 0; x < width; ++x) {
             dst0[x] = src[2 * x];
             dst1[x] = src[2 * x + 1];
         }
-        src += src_stride;
-        dst0 += dst0_stride;
-        dst1 += dst1_stride;
     }
 }
 
 void MergeTwoPlanes(ConstBytes src0, std::size_t src0_stride, ConstBytes src1,
                     std::size_t src1_stride, std::size_t width, std::size_t height, Bytes dst,
                     std::size_t dst_stride) {
-    for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t y = 0; y < height;
+         ++y, src0 += src0_stride, src1 += src1_stride, dst += dst_stride) {
         for (std::size_t x = 0; x < width; ++x) {
             dst[2 * x] = src0[x];
             dst[2 * x + 1] = src1[x];
         }
-        src0 += src0_stride;
-        src1 += src1_stride;
-        dst += dst_stride;
     }
 }
 

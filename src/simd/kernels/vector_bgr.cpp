@@ -80,17 +80,14 @@ void SplitThreePlanes(ConstBytes src, std::size_t src_stride, std::size_t width,
                                       dst1_stride, dst2, dst2_stride);
     }
     Tag8 const d;
-    for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t y = 0; y < height;
+         ++y, src += src_stride, dst0 += dst0_stride, dst1 += dst1_stride, dst2 += dst2_stride) {
         walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             ThreeChannels const v = LoadThree(src + 3 * x);
             hn::StoreU(v.c0, d, dst0 + x);
             hn::StoreU(v.c1, d, dst1 + x);
             hn::StoreU(v.c2, d, dst2 + x);
         });
-        src += src_stride;
-        dst0 += dst0_stride;
-        dst1 += dst1_stride;
-        dst2 += dst2_stride;
     }
 }
 
@@ -105,15 +102,12 @@ void MergeThreePlanes(ConstBytes src0, std::size_t src0_stride, ConstBytes src1,
                                       width, height, dst, dst_stride);
     }
     Tag8 const d;
-    for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t y = 0; y < height;
+         ++y, src0 += src0_stride, src1 += src1_stride, src2 += src2_stride, dst += dst_stride) {
         walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             StoreThree(dst + 3 * x,
                        {hn::LoadU(d, src0 + x), hn::LoadU(d, src1 + x), hn::LoadU(d, src2 + x)});
         });
-        src0 += src0_stride;
-        src1 += src1_stride;
-        src2 += src2_stride;
-        dst += dst_stride;
     }
 }
 
@@ -126,7 +120,8 @@ void SplitTwoPlanes(ConstBytes src, std::size_t src_stride, std::size_t width, s
                                     dst1_stride);
     }
     Tag8 const d;
-    for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t y = 0; y < height;
+         ++y, src += src_stride, dst0 += dst0_stride, dst1 += dst1_stride) {
         walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             V8 even = hn::Zero(d);
             V8 odd = hn::Zero(d);
@@ -134,9 +129,6 @@ void SplitTwoPlanes(ConstBytes src, std::size_t src_stride, std::size_t width, s
             hn::StoreU(even, d, dst0 + x);
             hn::StoreU(odd, d, dst1 + x);
         });
-        src += src_stride;
-        dst0 += dst0_stride;
-        dst1 += dst1_stride;
     }
 }
 
@@ -150,13 +142,11 @@ void MergeTwoPlanes(ConstBytes src0, std::size_t src0_stride, ConstBytes src1,
                                     dst_stride);
     }
     Tag8 const d;
-    for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t y = 0; y < height;
+         ++y, src0 += src0_stride, src1 += src1_stride, dst += dst_stride) {
         walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             hn::StoreInterleaved2(hn::LoadU(d, src0 + x), hn::LoadU(d, src1 + x), d, dst + 2 * x);
         });
-        src0 += src0_stride;
-        src1 += src1_stride;
-        dst += dst_stride;
     }
 }
 
@@ -168,7 +158,7 @@ void ConvertBgrToGray(ConstBytes bgr, std::size_t width, std::size_t height, std
     }
     for (std::size_t y = 0; y < height; ++y, bgr += bgr_stride, gray += gray_stride) {
         walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
-            prefetch<3 * blockBytes, 384>(bgr + 3 * x);
+            prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
             ThreeChannels const v = LoadThree(bgr + 3 * x);
             hn::StoreU(WeightedBytes<grayWeights>(LowerHalf(v), UpperHalf(v)), Tag8(), gray + x);
         });

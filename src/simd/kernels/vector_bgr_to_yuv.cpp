@@ -19,6 +19,8 @@ using namespace ox::vector::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
+static_assert(toYuvBits == 14);  // as in `WeightedBytes`
+
 HWY_INLINE V8 lumaOf(PixelHalf lower, PixelHalf upper) {
     return hn::Add(WeightedBytes<lumaWeights>(lower, upper), hn::Set(Tag8(), lumaOffset));
 }
@@ -45,7 +47,7 @@ void ConvertBgrToYuv444(ConstBytes bgr, std::size_t width, std::size_t height,
     }
     for (std::size_t row = 0; row < height; ++row) {
         walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
-            prefetch<3 * blockBytes, 384>(bgr + 3 * x);
+            prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
             ThreeChannels const pixels = LoadThree(bgr + 3 * x);
             PixelHalf const lower = LowerHalf(pixels);
             PixelHalf const upper = UpperHalf(pixels);
@@ -95,8 +97,8 @@ void convertTo420(ConstBytes bgr, std::size_t width, std::size_t height, std::si
     Tag8 const d;
     for (std::size_t row = 0; row < height / 2; ++row) {
         walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
-            prefetch<3 * blockBytes, 384>(bgr + 3 * x);
-            prefetch<3 * blockBytes, 384>(bgr + bgr_stride + 3 * x);
+            prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
+            prefetch<3 * blockBytes, aheadOfBgr>(bgr + bgr_stride + 3 * x);
             ThreeChannels const top = LoadThree(bgr + 3 * x);
             ThreeChannels const bottom = LoadThree(bgr + bgr_stride + 3 * x);
             hn::StoreU(lumaOf(LowerHalf(top), UpperHalf(top)), d, y + x);

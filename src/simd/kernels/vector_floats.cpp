@@ -21,9 +21,6 @@ using namespace ox::vector::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-// Beyond a page's end, where processors stop to fetch on their own. Measured.
-constexpr std::size_t floatsAhead = 6144;
-
 static_assert(HWY_NATIVE_FMA, "fused sums are required");
 
 using TagF32 = hn::ScalableTag<float>;
@@ -46,7 +43,7 @@ void ScaleBytesToFloats(ConstBytes src, std::size_t count, float const* lower, f
     VF32 const offset = hn::Set(d, *lower);
     VF32 const scale = hn::Set(d, (*upper - *lower) / 255.0F);
     walkShortBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
-        prefetch<64, floatsAhead, For::writing>(dst + i);
+        prefetch<64, aheadOfFloats, For::writing>(dst + i);
         auto const bytes = hn::LoadU(TagU8(), src + i);
         VF32 const number = hn::ConvertTo(d, hn::PromoteTo(TagS32(), bytes));
         hn::StoreU(hn::MulAdd(scale, number, offset), d, dst + i);
@@ -76,7 +73,7 @@ void ScaleFloatsToBytes(float const* src, std::size_t count, float const* lower,
     constexpr std::size_t quarter = blockBytes / 4;
     walkShortBlocks(count, blockBytes, [&](std::size_t i) HWY_ATTR {
         float const* const x = src + i;
-        prefetch<4 * blockBytes, floatsAhead>(x);
+        prefetch<4 * blockBytes, aheadOfFloats>(x);
         hn::StoreU(TruncateFour(number(x), number(x + quarter), number(x + 2 * quarter),
                                 number(x + 3 * quarter)),
                    Tag8(), dst + i);
@@ -110,7 +107,7 @@ HWY_INLINE std::size_t changeWholeBlocks(float* data, std::size_t count, Step st
     TagF32 const d;
     std::size_t i = 0;
     for (; i + lanes() <= count; i += lanes()) {
-        prefetch<64, floatsAhead>(data + i);
+        prefetch<64, aheadOfFloats>(data + i);
         hn::StoreU(step(i, hn::LoadU(d, data + i)), d, data + i);
     }
     return i;

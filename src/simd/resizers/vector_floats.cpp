@@ -125,14 +125,15 @@ void blendFloatColumns(RowProgram const& program, FloatColumns const& columns, f
         return blendFloatPairs(columns, src, sums);
     }
     TagF32 const d;
-    __m512i const pixel = _mm512_set1_epi32(static_cast<int>(columns.channels));
+    TagS32 const places_tag;
+    auto const pixel = hn::Set(places_tag, static_cast<std::int32_t>(columns.channels));
     std::int32_t const* step = program.offsets.data;
     for (std::uint64_t i = 0; i < program.steps; ++i, step += 2 + stepLanes) {
-        __m512 const lower = _mm512_loadu_ps(src + step[0]);
-        __m512 const upper = _mm512_loadu_ps(src + step[0] + 16);
-        __m512i const places = _mm512_loadu_si512(step + 2);
-        VF32 const first{_mm512_permutex2var_ps(lower, places, upper)};
-        VF32 const second{_mm512_permutex2var_ps(lower, _mm512_add_epi32(places, pixel), upper)};
+        VF32 const lower = hn::LoadU(d, src + step[0]);
+        VF32 const upper = hn::LoadU(d, src + step[0] + stepLanes);
+        auto const places = hn::LoadU(places_tag, step + 2);
+        VF32 const first = PermuteTwo(lower, upper, places);
+        VF32 const second = PermuteTwo(lower, upper, hn::Add(places, pixel));
         hn::StoreU(blend(first, second, hn::LoadU(d, columns.weight + step[1])), d, sums + step[1]);
     }
 }

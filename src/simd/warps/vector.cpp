@@ -9,6 +9,7 @@
 
 #include "simd/warps/routines.h"
 #include "vector/ops-inl.h"
+#include "vector/walk-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Simd::Neon::HWY_NAMESPACE {
@@ -30,15 +31,6 @@ using VU32 = hn::Vec<TagU32>;
 
 HWY_INLINE std::size_t lanes() {
     return hn::Lanes(TagF32());
-}
-
-/// Calls block(x) for whole blocks of a row that has one at least, from one place, so that it is
-/// inlined; the last block overlaps the one before where the row's length isn't a multiple.
-template <class Block>
-HWY_INLINE void coverByBlocks(std::size_t length, std::size_t block_length, Block block) {
-    for (std::size_t x = 0; x < length; x += block_length) {
-        block(HWY_MIN(x, length - block_length));
-    }
 }
 
 /// The columns of a register. Its first lanes are kept, for their making is slow.
@@ -103,7 +95,7 @@ void FindNearestOffsets(WarpLine const& line, WarpPlane const& plane, std::int32
     Axis const x_axis(line.x);
     Axis const y_axis(line.y);
     Plane const source(plane);
-    coverByBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
+    walkBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
         VF32 const at = columns.at(i);
         VS32 const x = nearestIndex(x_axis.at(at), source.lastX);
         VS32 const y = nearestIndex(y_axis.at(at), source.lastY);
@@ -137,7 +129,7 @@ void FindBilinearPositions(WarpLine const& line, WarpPlane const& plane, std::in
     Axis const y_axis(line.y);
     Plane const source(plane);
     WarpTaps const to = taps;
-    coverByBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
+    walkBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
         VF32 const at = columns.at(i);
         VF32 const x = x_axis.at(at);
         VF32 const y = y_axis.at(at);
@@ -249,7 +241,7 @@ struct Blend {
             return Base::BlendWarpTaps(taps, count, channels, dst);
         }
         WarpTaps const from = taps;
-        coverByBlocks(count, step, [&](std::size_t i) HWY_ATTR {
+        walkBlocks(count, step, [&](std::size_t i) HWY_ATTR {
             WindowTag16 const d;
             auto const words = [&](VWindow32 upper, VWindow32 lower) HWY_ATTR {
                 auto const even = hn::ConcatEven(d, hn::BitCast(d, upper), hn::BitCast(d, lower));

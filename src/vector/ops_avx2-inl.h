@@ -1,0 +1,122 @@
+/// @file
+/// The operations of ops-inl.h whose code is AVX2's own.
+
+HWY_BEFORE_NAMESPACE();
+namespace ox::vector::HWY_NAMESPACE {
+
+HWY_INLINE V8 Permute(V8 v, V8 places) {
+    return hn::TableLookupBytes(v, places);
+}
+
+HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
+    return hn::TableLookupBytes(v, places);
+}
+
+HWY_INLINE hn::Vec<WindowTag> PermuteToWords(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
+    return PermuteWindow(v, places);  // places above 127 give 0
+}
+
+template <int residue>
+HWY_INLINE V8 BlendResidue(V8 a, V8 b) {
+    alignas(32) static constexpr ByteTable select = [] {
+        ByteTable table{};
+        for (std::size_t j = 0; j < blockBytes; ++j) {
+            table[j] = j % permutePeriod % 3 == residue ? 0xff : 0;
+        }
+        return table;
+    }();
+    return V8{_mm256_blendv_epi8(a.raw, b.raw, hn::Load(Tag8(), select.data()).raw)};
+}
+
+HWY_INLINE V8 LoadPeriods(std::uint8_t const* p) {
+    HalfTag8 const half;
+    return hn::Combine(Tag8(), hn::LoadU(half, p + 15), hn::LoadU(half, p));
+}
+
+HWY_INLINE void StorePeriods(std::uint8_t* p, V8 v) {
+    HalfTag8 const half;
+    hn::StoreU(hn::LowerHalf(half, v), half, p);
+    hn::StoreU(hn::UpperHalf(half, v), half, p + 15);
+}
+
+HWY_INLINE ThreeChannels LoadPacked(std::uint8_t const* p) {
+    auto const lanes = [](std::uint8_t const* at) HWY_ATTR {
+        HalfTag8 const half;
+        return hn::Combine(Tag8(), hn::LoadU(half, at + 48), hn::LoadU(half, at));
+    };
+    return {lanes(p), lanes(p + 16), lanes(p + 32)};
+}
+
+HWY_INLINE void StorePacked(std::uint8_t* p, ThreeChannels v) {
+    Tag8 const d;
+    hn::StoreU(hn::ConcatLowerLower(d, v.c1, v.c0), d, p);
+    hn::StoreU(V8{_mm256_permute2x128_si256(v.c2.raw, v.c0.raw, 0x30)}, d, p + 32);
+    hn::StoreU(hn::ConcatUpperUpper(d, v.c2, v.c1), d, p + 64);
+}
+
+HWY_INLINE V8 PackUnsigned(V16 lower, V16 upper) {
+    return V8{_mm256_packus_epi16(lower.raw, upper.raw)};
+}
+
+HWY_INLINE V8 PackSigned(V16 lower, V16 upper) {
+    return V8{_mm256_packs_epi16(lower.raw, upper.raw)};
+}
+
+HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
+    __m256i const ab = _mm256_packs_epi32(_mm256_cvttps_epi32(a.raw), _mm256_cvttps_epi32(b.raw));
+    __m256i const cd = _mm256_packs_epi32(_mm256_cvttps_epi32(c.raw), _mm256_cvttps_epi32(d.raw));
+    __m256i const order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+    return V8{_mm256_permutevar8x32_epi32(_mm256_packus_epi16(ab, cd), order)};
+}
+
+HWY_INLINE V16 AddWhereGreater(V16 sum, V16 a, V16 b) {
+    return V16{_mm256_sub_epi16(sum.raw, _mm256_cmpgt_epi16(a.raw, b.raw))};
+}
+
+HWY_INLINE V16 MulAddBytes(V8 unsigned_bytes, V8 signed_bytes) {
+    return V16{_mm256_maddubs_epi16(unsigned_bytes.raw, signed_bytes.raw)};
+}
+
+HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
+                                                  hn::Vec<WindowTag> weights) {
+    return {_mm_maddubs_epi16(bytes.raw, weights.raw)};
+}
+
+HWY_INLINE hn::Vec<WindowTagS32> MulAddWords(hn::Vec<WindowTag> words, hn::Vec<WindowTag> weights) {
+    return {_mm_madd_epi16(words.raw, weights.raw)};
+}
+
+HWY_INLINE V32 AddWordProducts(V32 sums, V16 words, V16 weights) {
+    return hn::Add(sums, V32{_mm256_madd_epi16(words.raw, weights.raw)});
+}
+
+HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
+    return V32{_mm256_permute4x64_epi64(_mm256_hadd_epi32(a.raw, b.raw), 0xD8)};
+}
+
+// Highway 1.0.3 takes lanes of 32 bits to bytes through unsigned words whose bit 15 it clears, in
+// registers of 32 and 64 bytes: numbers from 32768 to 33022 lose 32768 instead of becoming 255.
+// `DemoteTo` to words, and from words to bytes, is right everywhere. Straight to bytes is for lanes
+// that can't be that large.
+HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
+    hn::Rebind<std::uint8_t, BlockTagS32> const d;
+    hn::Rebind<std::int16_t, BlockTagS32> const words;
+    hn::StoreU(hn::DemoteTo(d, hn::DemoteTo(words, v)), d, p);
+}
+
+/// Numbers of 2^31 and more lose that much, whose low byte is 0, before they are converted; what
+/// is then still 2^31 saturates.
+HWY_INLINE void StoreLowBytes(VF v, std::uint8_t* p) {
+    BlockTagF32 const d;
+    BlockTagS32 const d32;
+    hn::Rebind<std::uint8_t, BlockTagS32> const bytes;
+    VF const half = hn::Set(d, 2147483648.0F);
+    VF const positive = hn::IfThenElseZero(hn::Gt(v, hn::Zero(d)), v);
+    VF const rest = hn::IfThenElse(hn::Ge(positive, half), hn::Sub(positive, half), positive);
+    auto const saturates = hn::RebindMask(d32, hn::Ge(rest, half));
+    V32 const numbers = hn::IfThenElse(saturates, hn::Set(d32, -1), hn::ConvertTo(d32, rest));
+    hn::StoreU(hn::DemoteTo(bytes, hn::And(numbers, hn::Set(d32, 0xff))), bytes, p);
+}
+
+}  // namespace ox::vector::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
