@@ -20,7 +20,7 @@ struct RedFirst {
     static constexpr int r = 0;
 };
 
-struct Matrix {
+struct FineMatrix {
     static Bgr terms(std::uint8_t u, std::uint8_t v) { return chromaTerms(u, v); }
     static std::uint8_t channel(std::uint8_t y, int term) { return channelOf(y, term); }
 };
@@ -155,39 +155,39 @@ void ConvertBgrToYuv444(ConstBytes bgr, std::size_t width, std::size_t height,
 void ConvertI420ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::size_t u_stride,
                       ConstBytes v, std::size_t v_stride, std::size_t width, std::size_t height,
                       Bytes bgr, std::size_t bgr_stride) {
-    convert420<Matrix, BlueFirst>(y, y_stride, PlanarChroma{u, u_stride, v, v_stride}, width,
-                                  height, bgr, bgr_stride);
+    convert420<FineMatrix, BlueFirst>(y, y_stride, PlanarChroma{u, u_stride, v, v_stride}, width,
+                                      height, bgr, bgr_stride);
 }
 
 void ConvertI420ToRgb(ConstBytes y, std::size_t y_stride, ConstBytes u, std::size_t u_stride,
                       ConstBytes v, std::size_t v_stride, std::size_t width, std::size_t height,
                       Bytes rgb, std::size_t rgb_stride) {
-    convert420<Matrix, RedFirst>(y, y_stride, PlanarChroma{u, u_stride, v, v_stride}, width, height,
-                                 rgb, rgb_stride);
+    convert420<FineMatrix, RedFirst>(y, y_stride, PlanarChroma{u, u_stride, v, v_stride}, width,
+                                     height, rgb, rgb_stride);
 }
 
 void ConvertNv12ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
                       std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
-    convert420<Matrix, BlueFirst>(y, y_stride, PairedChroma<false>{uv, uv_stride}, width, height,
-                                  dst, dst_stride);
+    convert420<FineMatrix, BlueFirst>(y, y_stride, PairedChroma<false>{uv, uv_stride}, width,
+                                      height, dst, dst_stride);
 }
 
 void ConvertNv12ToRgb(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
                       std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
-    convert420<Matrix, RedFirst>(y, y_stride, PairedChroma<false>{uv, uv_stride}, width, height,
-                                 dst, dst_stride);
+    convert420<FineMatrix, RedFirst>(y, y_stride, PairedChroma<false>{uv, uv_stride}, width, height,
+                                     dst, dst_stride);
 }
 
 void ConvertNv21ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
                       std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
-    convert420<Matrix, BlueFirst>(y, y_stride, PairedChroma<true>{uv, uv_stride}, width, height,
-                                  dst, dst_stride);
+    convert420<FineMatrix, BlueFirst>(y, y_stride, PairedChroma<true>{uv, uv_stride}, width, height,
+                                      dst, dst_stride);
 }
 
 void ConvertNv21ToRgb(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
                       std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
-    convert420<Matrix, RedFirst>(y, y_stride, PairedChroma<true>{uv, uv_stride}, width, height, dst,
-                                 dst_stride);
+    convert420<FineMatrix, RedFirst>(y, y_stride, PairedChroma<true>{uv, uv_stride}, width, height,
+                                     dst, dst_stride);
 }
 
 void ConvertNv12ToBgrDirectly(ConstBytes y, std::size_t y_stride, ConstBytes uv,
@@ -202,7 +202,7 @@ void ConvertYuv444ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::s
                         Bytes bgr, std::size_t bgr_stride) {
     for (std::size_t row = 0; row < height; ++row) {
         for (std::size_t x = 0; x < width; ++x) {
-            store<Matrix, BlueFirst>(bgr + 3 * x, y[x], chromaTerms(u[x], v[x]));
+            store<FineMatrix, BlueFirst>(bgr + 3 * x, y[x], chromaTerms(u[x], v[x]));
         }
         y += y_stride;
         u += u_stride;

@@ -48,12 +48,16 @@ HWY_INLINE V16 channelOf(LumaTerm luma, ChannelTerm chroma) {
     return AddWhereGreater(hn::Add(luma.high, chroma.high), luma.low, chroma.limit);
 }
 
-/// With 13 fractional bits. Luma's term, rounding included, is high + (low + 2^15) / 2^16; chroma's
-/// is high + (2^15 - 1 - limit) / 2^16.
-struct Matrix {
-    /// The low 16 bits of the product with 2^3 * factor: the 13 fractional bits, moved up.
+/// What formulas.h has with 13 fractional bits. Luma's term, rounding included, is
+/// high + (low + 2^15) / 2^16; chroma's is high + (2^15 - 1 - limit) / 2^16.
+struct FineMatrix {
+    static_assert(toBgrBits == 13);                  ///< as in `MulShift13`
+    static constexpr int toBits15 = 15 - toBgrBits;  ///< what lacks of a rounding product's
+    static constexpr int toBits16 = 16 - toBgrBits;  ///< what lacks of a fraction's
+
+    /// The low 16 bits of the product: the fractional bits, moved up.
     static HWY_INLINE V16 fraction(V16 v, int factor) {
-        return hn::Mul(v, constant(static_cast<int>(8U * static_cast<unsigned>(factor) & 0xffffU)));
+        return hn::Mul(v, constant(factor * (1 << toBits16)));
     }
 
     static HWY_INLINE ChannelTerm term(V16 chroma, int factor) {
@@ -62,10 +66,10 @@ struct Matrix {
     }
 
     static HWY_INLINE LumaTerm luma(V16 y) {
-        // 4 (Y - 16), so that the rounding product with 15 fractional bits is one with 13.
-        V16 const scaled = hn::Sub(hn::ShiftLeft<2>(y), constant(4 * lumaOffset));
+        V16 const scaled =
+            hn::Sub(hn::ShiftLeft<toBits15>(y), constant(lumaOffset * (1 << toBits15)));
         return {hn::MulFixedPoint15(scaled, constant(lumaScale)),
-                hn::Mul(scaled, constant(2 * lumaScale))};
+                hn::Mul(scaled, constant(lumaScale * (1 << (toBits16 - toBits15))))};
     }
 
     static HWY_INLINE ChromaTerms chroma(V16 u_byte, V16 v_byte) {
@@ -84,33 +88,55 @@ struct Matrix {
     }
 };
 
-/// With 8 fractional bits: luma's term is high + low / 2^8, chroma's, rounding included, is
-/// high + (2^8 - 1 - limit) / 2^8. Factors are taken apart so that no product leaves 16 bits.
+/// What formulas.h has with 8 fractional bits: luma's term is high + low / 2^8, chroma's, rounding
+/// included, is high + (2^8 - 1 - limit) / 2^8.
 struct DirectMatrix {
-    static constexpr int half = 1 << (directBits - 1);
     static constexpr int one = 1 << directBits;
+    static constexpr int half = one / 2;
+
+    /// A factor in ones and a rest, as few ones as leave no product with the rest past `most`.
+    struct Parts {
+        int ones;
+        int rest;
+    };
+
+    static constexpr Parts partsOf(int factor, int largest, int most) {
+        Parts parts{0, factor};
+        for (int const sign = factor < 0 ? -1 : 1; sign * parts.rest * largest > most;) {
+            parts = {parts.ones + sign, parts.rest - sign * one};
+        }
+        return parts;
+    }
 
     static HWY_INLINE V16 times(V16 v, int factor) { return hn::Mul(v, constant(factor)); }
 
-    /// @param whole what the factor has above one
-    static HWY_INLINE ChannelTerm term(V16 whole, V16 rest) {
+    /// The rests' products are to fit 16 bits together.
+    template <int u_factor, int v_factor>
+    static HWY_INLINE ChannelTerm term(V16 u, V16 v) {
+        constexpr int terms = (u_factor != 0 ? 1 : 0) + (v_factor != 0 ? 1 : 0);
+        constexpr int most = (32767 - half) / terms;
+        constexpr Parts u_parts = partsOf(u_factor, chromaOffset, most);
+        constexpr Parts v_parts = partsOf(v_factor, chromaOffset, most);
+        V16 const ones = hn::Add(times(u, u_parts.ones), times(v, v_parts.ones));
+        V16 const rest = hn::Add(times(u, u_parts.rest), times(v, v_parts.rest));
         V16 const rounded = hn::Add(rest, constant(half));
-        return {hn::Add(whole, hn::ShiftRight<directBits>(rounded)),
+        return {hn::Add(ones, hn::ShiftRight<directBits>(rounded)),
                 hn::AndNot(rounded, constant(one - 1))};
     }
 
     static HWY_INLINE LumaTerm luma(V16 y_byte) {
+        constexpr Parts parts = partsOf(directLumaScale, 255 - lumaOffset, 32767);
         V16 const y = hn::Max(hn::Sub(y_byte, constant(lumaOffset)), constant(0));
-        V16 const rest = times(y, directLumaScale - one);
-        return {hn::Add(y, hn::ShiftRight<directBits>(rest)), hn::And(rest, constant(one - 1))};
+        V16 const rest = times(y, parts.rest);
+        return {hn::Add(times(y, parts.ones), hn::ShiftRight<directBits>(rest)),
+                hn::And(rest, constant(one - 1))};
     }
 
     static HWY_INLINE ChromaTerms chroma(V16 u_byte, V16 v_byte) {
         V16 const u = hn::Sub(u_byte, constant(chromaOffset));
         V16 const v = hn::Sub(v_byte, constant(chromaOffset));
-        V16 const green = hn::Add(times(u, directGreenFromU), times(v, directGreenFromV + one));
-        return {term(hn::Add(u, u), times(u, directBlueFromU - 2 * one)), term(hn::Neg(v), green),
-                term(v, times(v, directRedFromV - one))};
+        return {term<directBlueFromU, 0>(u, v), term<directGreenFromU, directGreenFromV>(u, v),
+                term<0, directRedFromV>(u, v)};
     }
 };
 
@@ -184,74 +210,39 @@ void convert420(ConstBytes y, std::size_t y_stride, Chroma chroma, std::size_t w
     }
 }
 
-void ConvertI420ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::size_t u_stride,
-                      ConstBytes v, std::size_t v_stride, std::size_t width, std::size_t height,
-                      Bytes bgr, std::size_t bgr_stride) {
+template <auto scalar, class Matrix, class Order>
+void convertPlanar(ConstBytes y, std::size_t y_stride, ConstBytes u, std::size_t u_stride,
+                   ConstBytes v, std::size_t v_stride, std::size_t width, std::size_t height,
+                   Bytes dst, std::size_t dst_stride) {
     if (width < blockBytes) {
-        return Base::ConvertI420ToBgr(y, y_stride, u, u_stride, v, v_stride, width, height, bgr,
-                                      bgr_stride);
+        return scalar(y, y_stride, u, u_stride, v, v_stride, width, height, dst, dst_stride);
     }
-    convert420<Matrix, BlueFirst>(y, y_stride, PlanarChroma{u, u_stride, v, v_stride}, width,
-                                  height, bgr, bgr_stride);
+    convert420<Matrix, Order>(y, y_stride, PlanarChroma{u, u_stride, v, v_stride}, width, height,
+                              dst, dst_stride);
 }
 
-void ConvertI420ToRgb(ConstBytes y, std::size_t y_stride, ConstBytes u, std::size_t u_stride,
-                      ConstBytes v, std::size_t v_stride, std::size_t width, std::size_t height,
-                      Bytes rgb, std::size_t rgb_stride) {
+template <auto scalar, class Matrix, class Order, bool v_first>
+void convertPaired(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
+                   std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
     if (width < blockBytes) {
-        return Base::ConvertI420ToRgb(y, y_stride, u, u_stride, v, v_stride, width, height, rgb,
-                                      rgb_stride);
+        return scalar(y, y_stride, uv, uv_stride, width, height, dst, dst_stride);
     }
-    convert420<Matrix, RedFirst>(y, y_stride, PlanarChroma{u, u_stride, v, v_stride}, width, height,
-                                 rgb, rgb_stride);
+    convert420<Matrix, Order>(y, y_stride, PairedChroma<v_first>{uv, uv_stride}, width, height, dst,
+                              dst_stride);
 }
 
-void ConvertNv12ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
-                      std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
-    if (width < blockBytes) {
-        return Base::ConvertNv12ToBgr(y, y_stride, uv, uv_stride, width, height, dst, dst_stride);
-    }
-    convert420<Matrix, BlueFirst>(y, y_stride, PairedChroma<false>{uv, uv_stride}, width, height,
-                                  dst, dst_stride);
-}
-
-void ConvertNv12ToRgb(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
-                      std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
-    if (width < blockBytes) {
-        return Base::ConvertNv12ToRgb(y, y_stride, uv, uv_stride, width, height, dst, dst_stride);
-    }
-    convert420<Matrix, RedFirst>(y, y_stride, PairedChroma<false>{uv, uv_stride}, width, height,
-                                 dst, dst_stride);
-}
-
-void ConvertNv21ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
-                      std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
-    if (width < blockBytes) {
-        return Base::ConvertNv21ToBgr(y, y_stride, uv, uv_stride, width, height, dst, dst_stride);
-    }
-    convert420<Matrix, BlueFirst>(y, y_stride, PairedChroma<true>{uv, uv_stride}, width, height,
-                                  dst, dst_stride);
-}
-
-void ConvertNv21ToRgb(ConstBytes y, std::size_t y_stride, ConstBytes uv, std::size_t uv_stride,
-                      std::size_t width, std::size_t height, Bytes dst, std::size_t dst_stride) {
-    if (width < blockBytes) {
-        return Base::ConvertNv21ToRgb(y, y_stride, uv, uv_stride, width, height, dst, dst_stride);
-    }
-    convert420<Matrix, RedFirst>(y, y_stride, PairedChroma<true>{uv, uv_stride}, width, height, dst,
-                                 dst_stride);
-}
-
-void ConvertNv12ToBgrDirectly(ConstBytes y, std::size_t y_stride, ConstBytes uv,
-                              std::size_t uv_stride, std::size_t width, std::size_t height,
-                              Bytes bgr, std::size_t bgr_stride) {
-    if (width < blockBytes) {
-        return Base::ConvertNv12ToBgrDirectly(y, y_stride, uv, uv_stride, width, height, bgr,
-                                              bgr_stride);
-    }
-    convert420<DirectMatrix, BlueFirst>(y, y_stride, PairedChroma<false>{uv, uv_stride}, width,
-                                        height, bgr, bgr_stride);
-}
+constexpr auto* ConvertI420ToBgr = convertPlanar<Base::ConvertI420ToBgr, FineMatrix, BlueFirst>;
+constexpr auto* ConvertI420ToRgb = convertPlanar<Base::ConvertI420ToRgb, FineMatrix, RedFirst>;
+constexpr auto* ConvertNv12ToBgr =
+    convertPaired<Base::ConvertNv12ToBgr, FineMatrix, BlueFirst, false>;
+constexpr auto* ConvertNv12ToRgb =
+    convertPaired<Base::ConvertNv12ToRgb, FineMatrix, RedFirst, false>;
+constexpr auto* ConvertNv21ToBgr =
+    convertPaired<Base::ConvertNv21ToBgr, FineMatrix, BlueFirst, true>;
+constexpr auto* ConvertNv21ToRgb =
+    convertPaired<Base::ConvertNv21ToRgb, FineMatrix, RedFirst, true>;
+constexpr auto* ConvertNv12ToBgrDirectly =
+    convertPaired<Base::ConvertNv12ToBgrDirectly, DirectMatrix, BlueFirst, false>;
 
 #if HWY_TARGET == HWY_AVX3_DL
 
@@ -332,8 +323,8 @@ HWY_INLINE void storeFullChroma(Bytes bgr, V8 y, V8 u, V8 v) {
 #else
 
 HWY_INLINE void storeFullChroma(Bytes bgr, V8 y, V8 u, V8 v) {
-    storeBlock<Matrix, BlueFirst>(bgr, y, Matrix::chroma(EvenBytes(u), EvenBytes(v)),
-                                  Matrix::chroma(OddBytes(u), OddBytes(v)));
+    storeBlock<FineMatrix, BlueFirst>(bgr, y, FineMatrix::chroma(EvenBytes(u), EvenBytes(v)),
+                                      FineMatrix::chroma(OddBytes(u), OddBytes(v)));
 }
 
 #endif
