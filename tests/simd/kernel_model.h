@@ -76,10 +76,9 @@ inline constexpr PlaneShapes i420{{{1}, chroma, chroma}};
 inline constexpr PlaneShapes nv12{{{1}, {2, 2}}};
 }  // namespace shapes
 
-#define OX_MODEL(name, shape, threshold, sources, destinations)                         \
-    Model<Simd::shape> {                                                                \
-#name, threshold, base::name, neon::name, shapes::sources, shapes::destinations \
-    }
+#define OX_MODEL(name, shape, threshold, sources, destinations)                    \
+    (Model<Simd::shape>{#name, threshold, base::name, neon::name, shapes::sources, \
+                        shapes::destinations})
 
 inline constexpr std::tuple models{
     OX_MODEL(SwapRedBlue, PlaneToPlane, 16, packed, packed),
@@ -112,20 +111,7 @@ inline constexpr std::tuple models{
 #undef OX_MODEL
 
 template <class Record>
-struct RecordShape;
-
-template <class Shape>
-struct RecordShape<Simd::Kernel<Shape>> {
-    using Type = Shape;
-};
-
-template <class Shape, auto base, auto neon>
-struct RecordShape<Simd::FirstUseKernel<Shape, base, neon>> {
-    using Type = Shape;
-};
-
-template <class Record>
-using ShapeOf = typename RecordShape<std::remove_cvref_t<Record>>::Type;
+using ShapeOf = typename std::remove_cvref_t<Record>::Shape;
 
 // Whether the two lists name the same kernels, of the same shapes, in the same order.
 template <std::size_t... index>

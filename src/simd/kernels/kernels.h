@@ -11,13 +11,14 @@
 
 namespace Simd {
 
-template <class Shape, class Function = typename Shape::Function>
+template <class KernelShape, class Function = typename KernelShape::Function>
 struct Kernel;
 
 /// A scalar and a vector routine behind one call, which takes the vector routine for rows (or
 /// arrays) of at least `threshold` elements.
-template <class Shape, class... Arguments>
-struct Kernel<Shape, void(Arguments...)> {
+template <class KernelShape, class... Arguments>
+struct Kernel<KernelShape, void(Arguments...)> {
+    using Shape = KernelShape;
     using Routine = void(Arguments...);
 
     char const* name;
@@ -36,8 +37,9 @@ struct Kernel<Shape, void(Arguments...)> {
 
 /// A kernel that picks its routine on the first call and keeps it, whatever the size.
 /// @tparam base_routine one per kernel, which holds the kernels' choices apart
-template <class Shape, auto base_routine, auto neon_routine>
+template <class KernelShape, auto base_routine, auto neon_routine>
 struct FirstUseKernel {
+    using Shape = KernelShape;
     static constexpr auto* base = base_routine;
     static constexpr auto const& neon = *neon_routine;
 
