@@ -12,7 +12,7 @@ constexpr int null_pointer = 4;
 constexpr int capacity_exceeded = 19;
 
 constexpr std::size_t shared_rows = 16;
-constexpr float step = 0.0625F;
+constexpr float integral_step = 0.0625F;
 
 std::size_t asIndex(int value) {
     return static_cast<std::size_t>(value);
@@ -25,16 +25,16 @@ class Integral {
         : _filter(filter), _centre(std::fma(filter.aperture(), 0.5F, phase)) {}
 
     float over(float lower, float upper) const {
-        float x = lower + step;
+        float x = lower + integral_step;
         if (!(x < upper)) {
             return (at(upper) + at(lower)) * (upper - lower) * 0.5F;
         }
         float sum = at(lower) + at(x);
-        float next = x + step;
+        float next = x + integral_step;
         while (upper > next) {
             sum += at(x) + at(next);
             x = next;
-            next = x + step;
+            next = x + integral_step;
         }
         sum *= 0.03125F;
         return std::fma((at(upper) + at(x)) * (upper - x), 0.5F, sum);

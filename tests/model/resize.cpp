@@ -8,7 +8,7 @@ namespace model {
 
 namespace {
 
-struct Rule {
+struct ClassRule {
     bool (*holds)(Resize const& r);
     ResizeClass then;
 };
@@ -24,7 +24,7 @@ bool halves(Resize const& r) {
 
 // The first rule that holds decides.
 
-constexpr Rule scalarRules[]{
+constexpr ClassRule scalarRules[]{
     {[](Resize const& r) { return r.src_w == 1 || r.src_h == 1; }, ResizeClass::Nearest},
     {[](Resize const& r) { return r.method == 0 || r.method == 1; }, ResizeClass::Nearest},
     {isByteBilinear, ResizeClass::ByteBilinear},
@@ -38,7 +38,7 @@ constexpr Rule scalarRules[]{
      ResizeClass::ByteArea1x1},
 };
 
-constexpr Rule vectorRules[]{
+constexpr ClassRule vectorRules[]{
     {[](Resize const& r) { return isByteBilinear(r) && r.dst_w > 15; },
      ResizeClass::VectorByteBilinear},
     {[](Resize const& r) { return r.type == 0 && r.method == 6; }, ResizeClass::VectorByteArea1x1},
@@ -51,15 +51,16 @@ constexpr Rule vectorRules[]{
 };
 
 template <std::size_t count>
-std::optional<ResizeClass> firstOf(Rule const (&rules)[count], Resize const& request) {
-    auto const* const rule = std::find_if(std::begin(rules), std::end(rules),
-                                          [&](Rule const& each) { return each.holds(request); });
+std::optional<ResizeClass> firstOf(ClassRule const (&rules)[count], Resize const& request) {
+    auto const* const rule =
+        std::find_if(std::begin(rules), std::end(rules),
+                     [&](ClassRule const& each) { return each.holds(request); });
     return rule == std::end(rules) ? std::nullopt : std::optional(rule->then);
 }
 
 // The source. What is before its first column or row has no weight anywhere and counts as 0.
 template <class Element>
-struct Plane {
+struct ElementPlane {
     Resize const& size;
     std::vector<Element> const& elements;
 
@@ -80,14 +81,15 @@ struct Plane {
 };
 
 template <class Element>
-Element nearest(Plane<Element> const& src, std::uint64_t x, std::uint64_t y, std::uint64_t k) {
+Element nearest(ElementPlane<Element> const& src, std::uint64_t x, std::uint64_t y,
+                std::uint64_t k) {
     Resize const& r = src.size;
     return src.at(nearestPosition(r.method, r.src_w, r.dst_w, x),
                   nearestPosition(r.method, r.src_h, r.dst_h, y), k);
 }
 
 // Sixteenths in both directions.
-std::uint8_t byteBilinear(Plane<std::uint8_t> const& src, Position<int> const& x,
+std::uint8_t byteBilinear(ElementPlane<std::uint8_t> const& src, Position<int> const& x,
                           Position<int> const& y, std::uint64_t k) {
     auto const row = [&](std::int64_t at) {
         return (16 - x.weight) * src.at(x.index, at, k) + x.weight * src.at(x.index + 1, at, k);
@@ -101,7 +103,8 @@ float mixed(float first, float second, float weight) {
 }
 
 template <class Element>
-float bilinear(Plane<Element> const& src, std::uint64_t i, std::uint64_t j, std::uint64_t k) {
+float bilinear(ElementPlane<Element> const& src, std::uint64_t i, std::uint64_t j,
+               std::uint64_t k) {
     Resize const& r = src.size;
     Position<float> const x = floatPosition(r.method, r.src_w, r.dst_w, i);
     Position<float> const y = floatPosition(r.method, r.src_h, r.dst_h, j);
@@ -127,7 +130,7 @@ std::int32_t shiftedDown(std::uint32_t sum, int shift) {
     return static_cast<std::int32_t>(sum) >> shift;
 }
 
-std::uint8_t bicubic(Plane<std::uint8_t> const& src, std::uint64_t i, std::uint64_t j,
+std::uint8_t bicubic(ElementPlane<std::uint8_t> const& src, std::uint64_t i, std::uint64_t j,
                      std::uint64_t k) {
     Resize const& r = src.size;
     CubicPosition const x = cubicPosition(r.src_w, r.dst_w, i);
@@ -177,8 +180,8 @@ std::uint8_t cellSum(Cell const& columns, Cell const& rows, Narrowing narrowing,
                                                                         : mean & 0xFF);
 }
 
-std::uint8_t area(Plane<std::uint8_t> const& src, std::uint64_t i, std::uint64_t j, std::uint64_t k,
-                  bool vector) {
+std::uint8_t area(ElementPlane<std::uint8_t> const& src, std::uint64_t i, std::uint64_t j,
+                  std::uint64_t k, bool vector) {
     Resize const& r = src.size;
     Cell const rows = cellOf(r.src_h, r.dst_h, 2048, j);
     auto const sample = [&](std::int64_t x, std::int64_t y) {
@@ -192,7 +195,7 @@ std::uint8_t area(Plane<std::uint8_t> const& src, std::uint64_t i, std::uint64_t
 }
 
 // Cells of squares; the last column and row of odd sides stand for two.
-std::uint8_t areaOfSquares(Plane<std::uint8_t> const& src, std::uint64_t i, std::uint64_t j,
+std::uint8_t areaOfSquares(ElementPlane<std::uint8_t> const& src, std::uint64_t i, std::uint64_t j,
                            std::uint64_t k) {
     Resize const& r = src.size;
     Cell const columns = cellOf((r.src_w + 1) / 2, r.dst_w, 1024, i);
@@ -222,7 +225,7 @@ std::vector<Element> eachElement(Resize const& size, Formula const& formula) {
 
 using Index = std::uint64_t;
 
-std::uint8_t byteOf(ResizeClass resizer, Plane<std::uint8_t> const& src, Index x, Index y,
+std::uint8_t byteOf(ResizeClass resizer, ElementPlane<std::uint8_t> const& src, Index x, Index y,
                     Index k) {
     Resize const& r = src.size;
     switch (resizer) {
@@ -269,14 +272,14 @@ bool writesChannels(ResizeClass resizer, std::uint64_t channels) {
 
 std::vector<std::uint8_t> resized(ResizeClass resizer, Resize const& request,
                                   std::vector<std::uint8_t> const& src) {
-    Plane<std::uint8_t> const plane{request, src};
+    ElementPlane<std::uint8_t> const plane{request, src};
     return eachElement<std::uint8_t>(
         request, [&](Index x, Index y, Index k) { return byteOf(resizer, plane, x, y, k); });
 }
 
 std::vector<std::uint16_t> resized(ResizeClass resizer, Resize const& request,
                                    std::vector<std::uint16_t> const& src) {
-    Plane<std::uint16_t> const plane{request, src};
+    ElementPlane<std::uint16_t> const plane{request, src};
     return eachElement<std::uint16_t>(request, [&](Index x, Index y, Index k) {
         return resizer == ResizeClass::Nearest ? nearest(plane, x, y, k)
                                                : roundedShort(bilinear(plane, x, y, k));
@@ -285,7 +288,7 @@ std::vector<std::uint16_t> resized(ResizeClass resizer, Resize const& request,
 
 std::vector<float> resized(ResizeClass resizer, Resize const& request,
                            std::vector<float> const& src) {
-    Plane<float> const plane{request, src};
+    ElementPlane<float> const plane{request, src};
     return eachElement<float>(request, [&](Index x, Index y, Index k) {
         return resizer == ResizeClass::Nearest ? nearest(plane, x, y, k) : bilinear(plane, x, y, k);
     });

@@ -10,15 +10,15 @@ namespace model {
 namespace {
 
 // Three numbers in the order of their format: positions of packed bytes, planes, or Y, U, V.
-using Pixel = std::array<int, 3>;
+using Triple = std::array<int, 3>;
 
 struct Picture {
     int width = 0;
     int height = 0;
-    std::vector<Pixel> pixels;
+    std::vector<Triple> pixels;
 
-    Pixel& at(int x, int y) { return pixels[static_cast<std::size_t>(y * width + x)]; }
-    Pixel const& at(int x, int y) const { return pixels[static_cast<std::size_t>(y * width + x)]; }
+    Triple& at(int x, int y) { return pixels[static_cast<std::size_t>(y * width + x)]; }
+    Triple const& at(int x, int y) const { return pixels[static_cast<std::size_t>(y * width + x)]; }
 };
 
 bool isPlanar(int format) {
@@ -62,12 +62,12 @@ void setChannel(Row const& row, int format, int x, std::size_t channel, int numb
     std::memcpy(&plane[element * sizeof value], &value, sizeof value);
 }
 
-Pixel yuvPixel(SourceRow const& row, YuvLayout const& layout, int x) {
+Triple yuvPixel(SourceRow const& row, YuvLayout const& layout, int x) {
     return {sampleAt(row, layout.y, x), sampleAt(row, layout.u, x / layout.columns),
             sampleAt(row, layout.v, x / layout.columns)};
 }
 
-Pixel pixelOf(SourceRow const& row, int format, int x) {
+Triple pixelOf(SourceRow const& row, int format, int x) {
     if (format == Gray8) {
         int const gray = row[0][static_cast<std::size_t>(x)];
         return {gray, gray, gray};
@@ -80,7 +80,7 @@ Pixel pixelOf(SourceRow const& row, int format, int x) {
 }
 
 // Chroma is that of the first column and row of those that share it.
-void setYuvPixel(Row const& row, YuvLayout const& layout, int x, Pixel const& pixel) {
+void setYuvPixel(Row const& row, YuvLayout const& layout, int x, Triple const& pixel) {
     storeSample(row, layout.y, x, static_cast<unsigned>(pixel[0]));
     if (x % layout.columns == 0) {
         storeSample(row, layout.u, x / layout.columns, static_cast<unsigned>(pixel[1]));
@@ -88,7 +88,7 @@ void setYuvPixel(Row const& row, YuvLayout const& layout, int x, Pixel const& pi
     }
 }
 
-void setPixel(Row const& row, int format, int x, Pixel const& pixel) {
+void setPixel(Row const& row, int format, int x, Triple const& pixel) {
     if (format == Gray8) {
         row[0][static_cast<std::size_t>(x)] = static_cast<std::uint8_t>(pixel[0]);
     } else if (isYuv(format)) {
@@ -122,11 +122,11 @@ Image imageOf(Picture const& picture, int format) {
     return image;
 }
 
-int grayOf(Pixel const& bgr) {
+int grayOf(Triple const& bgr) {
     return (1868 * bgr[0] + 9617 * bgr[1] + 4899 * bgr[2] + 8192) >> 14;
 }
 
-Pixel yuvOf(Pixel const& bgr) {
+Triple yuvOf(Triple const& bgr) {
     auto const weighted = [&](int b, int g, int r) {
         return (b * bgr[0] + g * bgr[1] + r * bgr[2] + 8192) >> 14;
     };
@@ -134,7 +134,7 @@ Pixel yuvOf(Pixel const& bgr) {
             weighted(-1163, -6029, 7193) + 128};
 }
 
-Pixel bgrOf(Pixel const& yuv) {
+Triple bgrOf(Triple const& yuv) {
     int const y = 9535 * (yuv[0] - 16) + 4096;
     int const u = yuv[1] - 128;
     int const v = yuv[2] - 128;
@@ -142,16 +142,16 @@ Pixel bgrOf(Pixel const& yuv) {
     return {byte(y + 16531 * u), byte(y - 3203 * u - 6660 * v), byte(y + 13074 * v)};
 }
 
-Pixel reversed(Pixel const& pixel) {
+Triple reversed(Triple const& pixel) {
     return {pixel[2], pixel[1], pixel[0]};
 }
 
 // The colour whose chroma a square gets: its mean, or its first pixel where the image ends within.
-Pixel squareOf(Picture const& picture, int x, int y) {
+Triple squareOf(Picture const& picture, int x, int y) {
     if (x + 1 >= picture.width || y + 1 >= picture.height) {
         return picture.at(x, y);
     }
-    Pixel mean{};
+    Triple mean{};
     for (std::size_t c = 0; c < 3; ++c) {
         mean[c] = (picture.at(x, y)[c] + picture.at(x + 1, y)[c] + picture.at(x, y + 1)[c] +
                    picture.at(x + 1, y + 1)[c] + 2) >>
@@ -164,9 +164,9 @@ Picture bgrToYuv(Picture const& picture, bool subsampled) {
     Picture result = picture;
     for (int y = 0; y < picture.height; ++y) {
         for (int x = 0; x < picture.width; ++x) {
-            Pixel yuv = yuvOf(picture.at(x, y));
+            Triple yuv = yuvOf(picture.at(x, y));
             if (subsampled && x % 2 == 0 && y % 2 == 0) {
-                Pixel const shared = yuvOf(squareOf(picture, x, y));
+                Triple const shared = yuvOf(squareOf(picture, x, y));
                 yuv = {yuv[0], shared[1], shared[2]};
             }
             result.at(x, y) = yuv;
@@ -175,7 +175,7 @@ Picture bgrToYuv(Picture const& picture, bool subsampled) {
     return result;
 }
 
-void forAll(Picture& picture, Pixel (*change)(Pixel const&)) {
+void forAll(Picture& picture, Triple (*change)(Triple const&)) {
     std::transform(picture.pixels.begin(), picture.pixels.end(), picture.pixels.begin(), change);
 }
 
@@ -190,7 +190,7 @@ Image vectorColour(Image const& src, int format) {
     if (src.format == Bgr24 && isYuv(format)) {
         picture = bgrToYuv(picture, isSubsampled(format));
     } else if (src.format == Bgr24 && format == Gray8) {
-        forAll(picture, [](Pixel const& bgr) { return Pixel{grayOf(bgr), 0, 0}; });
+        forAll(picture, [](Triple const& bgr) { return Triple{grayOf(bgr), 0, 0}; });
     } else if (isYuv(src.format) && packed) {
         forAll(picture, bgrOf);
         if (format == Rgb24) {
@@ -208,7 +208,7 @@ void vectorColourDirectly(Image const& src, Image& dst) {
         SourceRow const from = src.shown(y);
         Row const to = dst.writable(y);
         for (int x = 0; x < src.width / 8 * 8; ++x) {
-            Pixel const yuv = pixelOf(from, Nv12, x);
+            Triple const yuv = pixelOf(from, Nv12, x);
             int const luma = 298 * std::max(yuv[0] - 16, 0) + 128;
             int const u = yuv[1] - 128;
             int const v = yuv[2] - 128;

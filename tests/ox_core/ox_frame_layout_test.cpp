@@ -9,7 +9,7 @@
 #include "support/exceptions.h"
 #include "support/test_frame.h"
 
-namespace ox::test {
+namespace ox::test::frame_layout {
 
 namespace {
 
@@ -253,4 +253,4 @@ TEST(RowMask, IsZeroForPlanesWithoutRows) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::frame_layout

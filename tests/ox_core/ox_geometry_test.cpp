@@ -6,7 +6,7 @@
 #include <limits>
 #include <type_traits>
 
-namespace ox::test {
+namespace ox::test::geometry {
 
 namespace {
 
@@ -88,4 +88,4 @@ TEST(Rect, CropDoesNotWrap) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::geometry

@@ -14,7 +14,7 @@
 #include "support/test_frame.h"
 #include "vector/aligned_array.h"
 
-namespace ox::test {
+namespace ox::test::allocation {
 
 namespace {
 
@@ -375,4 +375,4 @@ TEST_F(BackendAllocation, AFailureLeavesABackendThatWorks) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::allocation

@@ -5,7 +5,7 @@
 #include "ox_cv/model_bridge.h"
 #include "ox_cv/ox_cv_backend_base.h"
 
-namespace ox::test {
+namespace ox::test::backend_sweep {
 namespace {
 
 constexpr std::uint8_t untouched = 0x3C;
@@ -188,4 +188,4 @@ TEST_F(BackendSweep, Convert) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::backend_sweep

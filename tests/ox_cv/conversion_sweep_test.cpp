@@ -3,7 +3,7 @@
 
 #include "ox_cv/upstream.h"
 
-namespace ox::test {
+namespace ox::test::conversion_sweep {
 namespace {
 
 constexpr std::uint8_t untouched = 0x3C;
@@ -129,4 +129,4 @@ TEST_F(ConversionSweep, AllValues) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::conversion_sweep

@@ -11,7 +11,7 @@
 #include "ox_cv/stages.h"
 #include "support/test_frame.h"
 
-namespace ox::test {
+namespace ox::test::memory_safety {
 
 namespace {
 
@@ -228,4 +228,4 @@ TEST_F(BackendMemorySafety, SmallFrames) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::memory_safety

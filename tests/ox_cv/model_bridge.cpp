@@ -8,7 +8,7 @@ namespace ox::test {
 
 namespace {
 
-std::string describe(model::Outcome const& outcome) {
+std::string tell(model::Outcome const& outcome) {
     return outcome.ok ? "success"
                       : "status " + std::to_string(outcome.status) + ", \"" + outcome.text + '"';
 }
@@ -69,8 +69,7 @@ testing::AssertionResult agree(model::Outcome const& got, model::Outcome const& 
     if (got == wanted) {
         return testing::AssertionSuccess();
     }
-    return testing::AssertionFailure()
-           << "got " << describe(got) << "; the model has " << describe(wanted);
+    return testing::AssertionFailure() << "got " << tell(got) << "; the model has " << tell(wanted);
 }
 
 Size sizeOf(model::Geometry const& geometry) {

@@ -10,7 +10,7 @@
 #include "ox_cv/resized_image.h"
 #include "support/exceptions.h"
 
-namespace ox::test {
+namespace ox::test::cv_backend_simd_convert {
 
 namespace {
 
@@ -374,4 +374,4 @@ TEST_F(CvBackendSimdConvert, TwoScratchFrames) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::cv_backend_simd_convert

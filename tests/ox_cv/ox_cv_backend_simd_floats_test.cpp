@@ -10,7 +10,7 @@
 #include "ox_cv/ox_cv_helpers.h"
 #include "support/exceptions.h"
 
-namespace ox::test {
+namespace ox::test::cv_backend_simd_floats {
 
 namespace {
 
@@ -293,4 +293,4 @@ TEST(CvBackendSimdMultiply, OtherFormatsAreClearedAndRefused) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::cv_backend_simd_floats

@@ -12,7 +12,7 @@
 #include "support/exceptions.h"
 #include "support/sparse_memory.h"
 
-namespace ox::test {
+namespace ox::test::cv_backend_simd_resize_refusals {
 
 namespace {
 
@@ -232,4 +232,4 @@ TEST_F(CvBackendSimdLongRows, PartsOfThemReceive) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::cv_backend_simd_resize_refusals

@@ -7,7 +7,7 @@
 #include "ox_cv/resized_image.h"
 #include "simd/vector_targets.h"
 
-namespace ox::test {
+namespace ox::test::cv_backend_simd_resize_sweep {
 
 namespace {
 
@@ -152,4 +152,4 @@ TEST_F(CvBackendSimdResizeSweep, WidthsAroundWholeBlocks) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::cv_backend_simd_resize_sweep

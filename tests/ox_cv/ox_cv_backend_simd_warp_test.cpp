@@ -11,7 +11,7 @@
 #include "support/allocation_counter.h"
 #include "support/exceptions.h"
 
-namespace ox::test {
+namespace ox::test::cv_backend_simd_warp {
 
 namespace {
 
@@ -323,4 +323,4 @@ TEST_F(CvBackendSimdWarpSweep, RegionsOfFrames) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::cv_backend_simd_warp

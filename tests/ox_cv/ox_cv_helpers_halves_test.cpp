@@ -14,7 +14,7 @@ namespace ox::test {
 
 namespace {
 
-using Limits = std::numeric_limits<float>;
+using FloatLimits = std::numeric_limits<float>;
 
 std::uint32_t bitsOf(float value) {
     std::uint32_t bits = 0;
@@ -81,9 +81,9 @@ TEST(ConvertFp32ToFp16, TheCountDecidesOnRounding) {
         {1.0F + 0x1p-11F, 0x3C00, 0x3C00},  // a tie, to even
         {1.0F + 0x1.8p-10F, 0x3C01, 0x3C02},
         {1.0F + 0x1.FFFp-11F, 0x3C00, 0x3C01},
-        {Limits::denorm_min(), 0x0000, 0x0000},
+        {FloatLimits::denorm_min(), 0x0000, 0x0000},
         {0.0F, 0x0000, 0x0000},
-        {Limits::infinity(), 0x7C00, 0x7C00},
+        {FloatLimits::infinity(), 0x7C00, 0x7C00},
     };
     for (HalfCase const& each : cases) {
         for (std::size_t const count : {1U, 2U, 3U}) {
@@ -122,7 +122,7 @@ TEST(ConvertFp16ToFp32, IsExact) {
         {0x3C00, 1.0F},
         {0x3C01, 1.0F + 0x1p-10F},
         {0x7BFF, 65504.0F},
-        {0x7C00, Limits::infinity()},
+        {0x7C00, FloatLimits::infinity()},
         {0x3555, 0x1.554p-2F},
     };
     for (auto const& each : cases) {

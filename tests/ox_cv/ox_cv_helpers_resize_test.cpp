@@ -11,7 +11,7 @@
 #include "support/allocation_counter.h"
 #include "support/exceptions.h"
 
-namespace ox::test {
+namespace ox::test::cv_helpers_resize {
 
 namespace {
 
@@ -330,4 +330,4 @@ TEST(ResizeFrame, WorksOnSeveralThreads) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::cv_helpers_resize

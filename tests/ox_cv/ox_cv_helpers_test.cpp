@@ -8,7 +8,7 @@
 #include <limits>
 #include <vector>
 
-namespace ox::test {
+namespace ox::test::cv_helpers {
 
 namespace {
 
@@ -249,4 +249,4 @@ TEST(Nv12ToBgr, NegativeSizesWriteNothing) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::cv_helpers

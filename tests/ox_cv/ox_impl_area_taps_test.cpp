@@ -11,7 +11,7 @@
 #include "rows/rows_routines.h"
 #include "support/random.h"
 
-namespace ox::test {
+namespace ox::test::area_taps {
 
 namespace {
 
@@ -183,4 +183,4 @@ TEST_F(AreaRowSums, NotOfOtherWeightsOrMoreRows) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::area_taps

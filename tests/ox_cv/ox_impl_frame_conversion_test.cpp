@@ -12,7 +12,7 @@
 #include "support/random.h"
 #include "support/test_frame.h"
 
-namespace ox::test {
+namespace ox::test::frame_conversion {
 
 namespace {
 
@@ -261,4 +261,4 @@ TEST_F(AtOnce, NotFromAFrameThatHasChanged) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::frame_conversion

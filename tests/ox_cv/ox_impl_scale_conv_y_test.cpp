@@ -6,7 +6,7 @@
 
 #include "ox_cv/scale_y_rows.h"
 
-namespace ox::test {
+namespace ox::test::scale_conv_y {
 
 namespace {
 
@@ -181,4 +181,4 @@ TYPED_TEST(ScaleY, RefusesOtherFormatsBeforeAnyRow) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::scale_conv_y

@@ -7,7 +7,7 @@
 
 #include "ox_cv/ox_impl_area_rows.h"
 
-namespace ox::test {
+namespace ox::test::scale_tables {
 
 namespace {
 
@@ -209,4 +209,4 @@ TEST(AreaTable, IsRebuiltInPlace) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::scale_tables

@@ -9,7 +9,7 @@
 #include "ox_cv/test_kernels.h"
 #include "support/exceptions.h"
 
-namespace ox::test {
+namespace ox::test::scale_weights {
 
 namespace {
 
@@ -281,4 +281,4 @@ TEST(ScaleWeights, PhasesUpToOneAreTaken) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::scale_weights

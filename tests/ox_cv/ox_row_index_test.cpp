@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <vector>
 
-namespace ox::test {
+namespace ox::test::row_index {
 
 namespace {
 
@@ -87,4 +87,4 @@ TEST(RowIndex, ReuseStartsOver) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::row_index

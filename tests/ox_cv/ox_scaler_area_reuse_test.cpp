@@ -8,7 +8,7 @@
 #include "support/exceptions.h"
 #include "support/producer_contract.h"
 
-namespace ox::test {
+namespace ox::test::scaler_area_reuse {
 
 namespace {
 
@@ -252,4 +252,4 @@ TYPED_TEST(ScalerArea, RefusesRegionsWithoutPixels) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::scaler_area_reuse

@@ -7,7 +7,7 @@
 #include "support/exceptions.h"
 #include "support/producer_contract.h"
 
-namespace ox::test {
+namespace ox::test::scaler_area {
 
 namespace {
 
@@ -297,4 +297,4 @@ TEST(ScalerAreaY, TakesProducersOfFewRows) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::scaler_area

@@ -7,7 +7,7 @@
 #include "support/exceptions.h"
 #include "support/producer_contract.h"
 
-namespace ox::test {
+namespace ox::test::scaler_area_xy {
 
 namespace {
 
@@ -350,4 +350,4 @@ TEST(ScaleAreaXY, NullPlanesAreSkipped) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::scaler_area_xy

@@ -7,7 +7,7 @@
 #include "support/exceptions.h"
 #include "support/producer_contract.h"
 
-namespace ox::test {
+namespace ox::test::scaler_bilinear {
 
 namespace {
 
@@ -333,4 +333,4 @@ TEST(ScalerBilinearXY, HasNoWayAroundForEqualSizes) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::scaler_bilinear

@@ -8,7 +8,7 @@
 #include "support/exceptions.h"
 #include "support/producer_contract.h"
 
-namespace ox::test {
+namespace ox::test::scaler_convolutional_reuse {
 
 namespace {
 
@@ -176,4 +176,4 @@ TEST(ScalerConvolutionalReuse, AllocatesNothingForFramesOfAKind) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::scaler_convolutional_reuse

@@ -12,7 +12,7 @@
 #include "support/exceptions.h"
 #include "support/producer_contract.h"
 
-namespace ox::test {
+namespace ox::test::scaler_convolutional {
 
 namespace {
 
@@ -214,4 +214,4 @@ TEST(ScalerConvolutional, AsksForTheRowsUnderAWindowOnly) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::scaler_convolutional

@@ -7,7 +7,7 @@
 #include "support/exceptions.h"
 #include "support/producer_contract.h"
 
-namespace ox::test {
+namespace ox::test::scaler_nn {
 
 namespace {
 
@@ -305,4 +305,4 @@ TEST(ScalerNearestNeighbor, ChromaOfSkippedRowsIsZeroOverAProducer) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::scaler_nn

@@ -8,7 +8,7 @@
 #include "support/exceptions.h"
 #include "support/producer_contract.h"
 
-namespace ox::test {
+namespace ox::test::scaler {
 
 namespace {
 
@@ -322,4 +322,4 @@ TEST(Scaler, AreaAcrossRefusesLongSamplesBeforeRowsAreSummed) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::scaler

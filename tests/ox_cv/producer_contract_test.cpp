@@ -9,7 +9,7 @@
 #include "support/producer_contract.h"
 #include "support/test_frame.h"
 
-namespace ox::test {
+namespace ox::test::producer_contract {
 
 namespace {
 
@@ -131,4 +131,4 @@ INSTANTIATE_TEST_SUITE_P(, ContractsOfLinks, testing::ValuesIn(linkClasses()),
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::producer_contract

@@ -21,7 +21,7 @@
 #include "support/allocation_counter.h"
 #include "support/test_frame.h"
 
-namespace ox::test {
+namespace ox::test::renew {
 
 namespace {
 
@@ -593,4 +593,4 @@ TEST(RenewedPasses, KeepNoWeights) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::renew

@@ -47,17 +47,17 @@ struct Changes {
 };
 
 enum class Inside { Window, Chain };
-enum class Sources { Any, Frames };
+enum class TakenSources { Any, Frames };
 enum class Streams { Independent, Traced };
 
 template <class Producer, class Arm>
-StageClass stage(char const* name, Changes changes, Arm, Sources sources = Sources::Any,
+StageClass stage(char const* name, Changes changes, Arm, TakenSources sources = TakenSources::Any,
                  Inside inside = Inside::Window, Streams streams = Streams::Independent) {
     return {name,
             changes.format,
             changes.width,
             changes.height,
-            sources == Sources::Any,
+            sources == TakenSources::Any,
             inside == Inside::Chain,
             streams == Streams::Traced,
             StageOf<Producer, Arm>::make};
@@ -106,15 +106,15 @@ struct ArmScaler {
 };
 
 constexpr Changes nothing{false, false, false};
-constexpr Changes format{true, false, false};
-constexpr Changes width{false, true, false};
-constexpr Changes height{false, false, true};
-constexpr Changes both{false, true, true};
+constexpr Changes newFormat{true, false, false};
+constexpr Changes newWidth{false, true, false};
+constexpr Changes newHeight{false, false, true};
+constexpr Changes newSize{false, true, true};
 
 template <ScalerPrecision Precision>
 StageClass convolutional(char const* name) {
-    return stage<BoxScaler>(name, both, ArmConvolutional<Precision>(), Sources::Any, Inside::Chain,
-                            Streams::Traced);
+    return stage<BoxScaler>(name, newSize, ArmConvolutional<Precision>(), TakenSources::Any,
+                            Inside::Chain, Streams::Traced);
 }
 
 }  // namespace
@@ -133,21 +133,22 @@ std::vector<StageClass> const& stageClasses() {
     auto const by_size = [](auto& p, auto& source, Target const& t) { p.reuse(source, t.size); };
     static std::vector<StageClass> const classes{
         stage<RowCopier>("RowCopier", nothing, source_only),
-        stage<FormatConverter>("FormatConverter", format, by_format),
-        stage<ScalerNearestNeighbor>("ScalerNearestNeighbor", both, by_size),
-        stage<ScalerBilinearX>("ScalerBilinearX", width, by_width),
-        stage<ScalerBilinearY>("ScalerBilinearY", height, by_height),
-        stage<ScalerBilinearXY>("ScalerBilinearXY", both, by_size),
-        stage<ScalerAreaX>("ScalerAreaX8", width, ArmArea<OX_SCALER_FIXED_POINT_8S>()),
-        stage<ScalerAreaX>("ScalerAreaX16", width, ArmArea<OX_SCALER_FIXED_POINT_16S>()),
-        stage<ScalerAreaY>("ScalerAreaY8", height, ArmArea<OX_SCALER_FIXED_POINT_8S>()),
-        stage<ScalerAreaY>("ScalerAreaY16", height, ArmArea<OX_SCALER_FIXED_POINT_16S>()),
-        stage<scaleAreaXY>("scaleAreaXY", both, ArmAreaXY(), Sources::Frames),
+        stage<FormatConverter>("FormatConverter", newFormat, by_format),
+        stage<ScalerNearestNeighbor>("ScalerNearestNeighbor", newSize, by_size),
+        stage<ScalerBilinearX>("ScalerBilinearX", newWidth, by_width),
+        stage<ScalerBilinearY>("ScalerBilinearY", newHeight, by_height),
+        stage<ScalerBilinearXY>("ScalerBilinearXY", newSize, by_size),
+        stage<ScalerAreaX>("ScalerAreaX8", newWidth, ArmArea<OX_SCALER_FIXED_POINT_8S>()),
+        stage<ScalerAreaX>("ScalerAreaX16", newWidth, ArmArea<OX_SCALER_FIXED_POINT_16S>()),
+        stage<ScalerAreaY>("ScalerAreaY8", newHeight, ArmArea<OX_SCALER_FIXED_POINT_8S>()),
+        stage<ScalerAreaY>("ScalerAreaY16", newHeight, ArmArea<OX_SCALER_FIXED_POINT_16S>()),
+        stage<scaleAreaXY>("scaleAreaXY", newSize, ArmAreaXY(), TakenSources::Frames),
         convolutional<OX_SCALER_FIXED_POINT_8S>("ScalerConvolutional8"),
         convolutional<OX_SCALER_FIXED_POINT_16S>("ScalerConvolutional16"),
-        stage<Scaler>("ScalerNearest", both, ArmScaler<OX_SCALE_NEAREST>()),
-        stage<Scaler>("ScalerBilinear", both, ArmScaler<OX_SCALE_BILINEAR>()),
-        stage<Scaler>("ScalerArea", both, ArmScaler<OX_SCALE_AREA>(), Sources::Any, Inside::Chain),
+        stage<Scaler>("ScalerNearest", newSize, ArmScaler<OX_SCALE_NEAREST>()),
+        stage<Scaler>("ScalerBilinear", newSize, ArmScaler<OX_SCALE_BILINEAR>()),
+        stage<Scaler>("ScalerArea", newSize, ArmScaler<OX_SCALE_AREA>(), TakenSources::Any,
+                      Inside::Chain),
     };
     return classes;
 }

@@ -16,7 +16,7 @@ Result rawFrom(std::string const& stream) {
     return run({"convert", "-", "-", "--output-kind", "raw"}, stream);
 }
 
-std::string header(std::string const& sides, std::string const& chroma) {
+std::string y4mHeader(std::string const& sides, std::string const& chroma) {
     return "YUV4MPEG2 " + sides + " F25:1 Ip A1:1 C" + chroma + "\n";
 }
 
@@ -34,8 +34,8 @@ TEST_F(Y4mTest, StoredFormatsComeBack) {
         std::string const second = bytesOf(randomFrame(format, {7, 5}, 2));
         Result const stream = y4mFrom(format, {7, 5}, first + second);
         ASSERT_EQ(stream.status, 0) << stream.err;
-        EXPECT_TRUE(stream.out.starts_with(header("W7 H5", chroma) + "FRAME\n"));
-        EXPECT_EQ(stream.out.size(), header("W7 H5", chroma).size() +
+        EXPECT_TRUE(stream.out.starts_with(y4mHeader("W7 H5", chroma) + "FRAME\n"));
+        EXPECT_EQ(stream.out.size(), y4mHeader("W7 H5", chroma).size() +
                                          2 * (std::string("FRAME\n").size() + first.size()));
         EXPECT_EQ(rawFrom(stream.out).out, first + second);
     }
@@ -43,9 +43,9 @@ TEST_F(Y4mTest, StoredFormatsComeBack) {
 
 TEST_F(Y4mTest, PlanesStandInTheOrderYUV) {
     Result const yv16 = y4mFrom(ox::FRAME_YV16, {2, 1}, "YyVU");
-    EXPECT_EQ(yv16.out, header("W2 H1", "422") + "FRAME\nYyUV");
+    EXPECT_EQ(yv16.out, y4mHeader("W2 H1", "422") + "FRAME\nYyUV");
     Result const i420 = y4mFrom(ox::FRAME_I420, {2, 2}, "YyYyUV");
-    EXPECT_EQ(i420.out, header("W2 H2", "420jpeg") + "FRAME\nYyYyUV");
+    EXPECT_EQ(i420.out, y4mHeader("W2 H2", "420jpeg") + "FRAME\nYyYyUV");
 }
 
 TEST_F(Y4mTest, OtherFormatsKeepTheirChroma) {
@@ -61,10 +61,11 @@ TEST_F(Y4mTest, OtherFormatsKeepTheirChroma) {
           Case{ox::FRAME_NV16, "YyYyUVuv", "YyYyUuVv", "422"},
           Case{ox::FRAME_YUYV, "YUyVYuyv", "YyYyUuVv", "422"},
           Case{ox::FRAME_YUV444, "1aA2bB3cC4dD", "1234abcdABCD", "444"}}) {
-        EXPECT_EQ(y4mFrom(format, {2, 2}, frame).out, header("W2 H2", chroma) + "FRAME\n" + stored);
+        EXPECT_EQ(y4mFrom(format, {2, 2}, frame).out,
+                  y4mHeader("W2 H2", chroma) + "FRAME\n" + stored);
     }
     Result const bgr = y4mFrom(ox::FRAME_BGR24, {2, 2}, std::string(12, '\x40'));
-    EXPECT_TRUE(bgr.out.starts_with(header("W2 H2", "420jpeg")));
+    EXPECT_TRUE(bgr.out.starts_with(y4mHeader("W2 H2", "420jpeg")));
 }
 
 TEST_F(Y4mTest, AStreamIsScaledFromPipeToPipe) {
@@ -75,12 +76,12 @@ TEST_F(Y4mTest, AStreamIsScaledFromPipeToPipe) {
     for (auto const& [format, chroma] :
          {Case{ox::FRAME_GRAY8, "mono"}, Case{ox::FRAME_I420, "420jpeg"},
           Case{ox::FRAME_YUV444_PLANAR, "444"}}) {
-        std::string input = header("W9 H7", chroma);
+        std::string input = y4mHeader("W9 H7", chroma);
         for (unsigned seed = 1; seed <= 3; ++seed) {
             input += "FRAME\n" + bytesOf(randomFrame(format, {9, 7}, seed));
         }
         for (std::string const backend : backends) {
-            std::string expected = header("W5 H4", chroma);
+            std::string expected = y4mHeader("W5 H4", chroma);
             for (unsigned seed = 1; seed <= 3; ++seed) {
                 ox::Frame const frame = randomFrame(format, {9, 7}, seed);
                 expected +=

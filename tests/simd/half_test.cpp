@@ -7,7 +7,7 @@
 #include "simd/kernel_check.h"
 #include "simd/number_draws.h"
 
-namespace ox::test {
+namespace ox::test::half {
 namespace {
 
 constexpr std::size_t halfPatterns = 65536;
@@ -88,4 +88,4 @@ TEST(Half, DrawnFloatsBecomeTheirHalf) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::half

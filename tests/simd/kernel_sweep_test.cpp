@@ -4,7 +4,7 @@
 #include "simd/kernel_check.h"
 #include "simd/number_draws.h"
 
-namespace ox::test {
+namespace ox::test::kernel_sweep {
 namespace {
 
 constexpr std::size_t largestWidth = 140;
@@ -155,4 +155,4 @@ TEST(KernelSweep, HoldsSeveralInstructionSetsApart) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::kernel_sweep

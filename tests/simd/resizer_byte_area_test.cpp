@@ -3,7 +3,7 @@
 
 #include "simd/resizer_check.h"
 
-namespace ox::test {
+namespace ox::test::resizer_byte_area {
 namespace {
 
 constexpr int area = Simd::ResizerMethodArea;
@@ -313,4 +313,4 @@ TEST(ResizerByteArea, TablesOfNoCellsAreEmpty) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::resizer_byte_area

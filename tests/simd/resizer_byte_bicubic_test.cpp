@@ -3,7 +3,7 @@
 
 #include "simd/resizer_check.h"
 
-namespace ox::test {
+namespace ox::test::resizer_byte_bicubic {
 namespace {
 
 constexpr int bicubic = Simd::ResizerMethodBicubic;
@@ -162,4 +162,4 @@ TEST(ResizerByteBicubic, BuildsItsTablesAtTheFirstRun) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::resizer_byte_bicubic

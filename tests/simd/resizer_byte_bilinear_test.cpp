@@ -5,7 +5,7 @@
 
 #include "simd/resizer_check.h"
 
-namespace ox::test {
+namespace ox::test::resizer_byte_bilinear {
 namespace {
 
 constexpr int bilinear = Simd::ResizerMethodBilinear;
@@ -340,4 +340,4 @@ TEST(ResizerByteBilinear, ScalarTablesOfColumnsAreBuiltAtTheFirstRun) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::resizer_byte_bilinear

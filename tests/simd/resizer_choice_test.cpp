@@ -3,7 +3,7 @@
 
 #include "simd/resizer_check.h"
 
-namespace ox::test {
+namespace ox::test::resizer_choice {
 namespace {
 
 using Simd::ResizerClass;
@@ -226,4 +226,4 @@ TEST(ResizerChoice, VectorObjectsAreOfTheChosenClass) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::resizer_choice

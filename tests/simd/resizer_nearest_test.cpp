@@ -3,7 +3,7 @@
 
 #include "simd/resizer_check.h"
 
-namespace ox::test {
+namespace ox::test::resizer_nearest {
 namespace {
 
 constexpr int byMiddle = Simd::ResizerMethodNearest;
@@ -139,4 +139,4 @@ TEST(ResizerNearest, BuildsItsTablesAtTheFirstRun) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::resizer_nearest

@@ -4,7 +4,7 @@
 #include "simd/number_draws.h"
 #include "simd/resizer_check.h"
 
-namespace ox::test {
+namespace ox::test::resizer_sweep {
 namespace {
 
 constexpr int largestChannels = 5;
@@ -384,4 +384,4 @@ TEST(ResizerSweep, VectorClassesGiveTheScalarBytes) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::resizer_sweep

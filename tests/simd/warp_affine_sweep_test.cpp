@@ -9,7 +9,7 @@
 #include "simd/warp_planes.h"
 #include "support/sparse_memory.h"
 
-namespace ox::test {
+namespace ox::test::warp_affine_sweep {
 namespace {
 
 using Limits = std::numeric_limits<float>;
@@ -342,4 +342,4 @@ TEST_F(WarpAffineSweep, FarRows) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::warp_affine_sweep

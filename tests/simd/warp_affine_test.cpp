@@ -7,7 +7,7 @@
 
 #include "simd/warp_planes.h"
 
-namespace ox::test {
+namespace ox::test::warp_affine {
 namespace {
 
 using Rows = std::vector<std::vector<int>>;
@@ -397,4 +397,4 @@ TEST(WarpAffine, RunsOnAnyNumberOfPlanes) {
 }
 
 }  // namespace
-}  // namespace ox::test
+}  // namespace ox::test::warp_affine
