@@ -8,7 +8,7 @@
 
 #include "ox_cv/ox_cv_backend_simd.h"
 
-namespace ox::test {
+namespace ox::test::cv_backend_simd_numbers {
 
 namespace {
 
@@ -100,4 +100,4 @@ TEST(CvBackendSimdAdd, NearestSums) {
 
 }  // namespace
 
-}  // namespace ox::test
+}  // namespace ox::test::cv_backend_simd_numbers

@@ -15,7 +15,7 @@
 #include "support/exceptions.h"
 #include "support/test_frame.h"
 
-namespace ox::test {
+namespace ox::test::packed_422_resizer {
 
 namespace {
 
@@ -234,4 +234,4 @@ TEST(Packed422Resizer, AFailureLeavesTheDestination) {
     EXPECT_EQ(liveAllocations(), live);
 }
 
-}  // namespace ox::test
+}  // namespace ox::test::packed_422_resizer
