@@ -38,6 +38,13 @@ constexpr FormatInfo const& yuvInfo(FrameFormat format) {
     return yuvTable[static_cast<std::size_t>(format - FRAME_I420)];
 }
 
+constexpr std::array<rows::YuvLayout, yuvTable.size()> layoutTable = [] {
+    using enum rows::YuvLayout;
+    return std::array{HalfPlanes, HalfPlanes, PairsUv, PairsVu,   HalfPlanes,
+                      PackedYuyv, PackedUyvy, PairsUv, PackedYuv, FullPlanes};
+}();
+static_assert(std::ranges::equal(yuvTable, layoutTable, {}, yuvLayoutOf));
+
 /// The records repeat the subsampling of the table of formats.
 constexpr bool agreesWithFacts(FrameFormat format) {
     impl::FormatFacts const& facts = impl::factsOf(format);
@@ -57,63 +64,63 @@ constexpr bool hasNoInfo(FrameFormat format) {
            format == FRAME_BGR_32F_PLANAR;
 }
 
-struct ConversionRecord {
-    FrameFormat src;
-    FrameFormat dst;
-    Conversion conversion;
+/// The general ones follow in `chooseConversion`.
+constexpr ConversionRecord conversionTable[] = {
+    {FRAME_GRAY8, FRAME_BGR24, grayToBgr24, 1},
+    {FRAME_RGB24, FRAME_BGR24, swapRedBlue, 1},
+    {FRAME_RGB_PLANAR, FRAME_RGB24, planarToPacked, 1},
+    {FRAME_BGR_PLANAR, FRAME_BGR24, planarToPacked, 1},
+    {FRAME_BGR24, FRAME_GRAY8, bgr24ToGray, 1},
+    {FRAME_BGR24, FRAME_RGB24, swapRedBlue, 1},
+    {FRAME_BGR24, FRAME_BGR_PLANAR, bgr24ToBgrPlanar, 1},
+    {FRAME_BGR24, FRAME_I420, bgr24ToYuv420Planar, 2},
+    {FRAME_BGR24, FRAME_YV12, bgr24ToYuv420Planar, 2},
+    {FRAME_BGR24, FRAME_NV12, bgr24ToYuv420SemiPlanar, 2},
+    {FRAME_BGR24, FRAME_NV21, bgr24ToYuv420SemiPlanar, 2},
+    {FRAME_BGR24, FRAME_YV16, bgr24ToYv16, 1},
+    {FRAME_BGR24, FRAME_YUYV, bgr24ToYuv422Packed, 1},
+    {FRAME_BGR24, FRAME_UYVY, bgr24ToYuv422Packed, 1},
+    {FRAME_BGR24, FRAME_NV16, bgr24ToNv16, 1},
+    {FRAME_BGR24, FRAME_YUV444, bgr24ToYuv444, 1},
+    {FRAME_BGR24, FRAME_YUV444_PLANAR, bgr24ToYuv444Planar, 1},
+    {FRAME_BGR24, FRAME_BGR_32F, bgr24ToBgr32f, 1},
+    {FRAME_BGR24, FRAME_BGR_32F_PLANAR, bgr24ToBgr32fPlanar, 1},
+    {FRAME_BGR_32F, FRAME_BGR24, bgr32fToBgr24, 1},
+    {FRAME_I420, FRAME_BGR24, yuv420PlanarToBgr24, 1},
+    {FRAME_YV12, FRAME_BGR24, yuv420PlanarToBgr24, 1},
+    {FRAME_NV12, FRAME_BGR24, yuv420SemiPlanarToBgr24, 1},
+    {FRAME_NV21, FRAME_BGR24, yuv420SemiPlanarToBgr24, 1},
+    {FRAME_YV16, FRAME_BGR24, yv16ToBgr24, 1},
+    {FRAME_YUYV, FRAME_BGR24, yuv422PackedToBgr24, 1},
+    {FRAME_UYVY, FRAME_BGR24, yuv422PackedToBgr24, 1},
+    {FRAME_NV16, FRAME_BGR24, nv16ToBgr24, 1},
+    {FRAME_YUV444, FRAME_BGR24, yuv444ToBgr24, 1},
+    {FRAME_YUV444_PLANAR, FRAME_BGR24, yuv444PlanarToBgr24, 1},
 };
 
-/// Pairs with a function of their own; the general ones follow in `chooseConversion`.
-constexpr ConversionRecord conversionTable[] = {
-    {FRAME_GRAY8, FRAME_BGR24, {grayToBgr24, 1}},
-    {FRAME_RGB24, FRAME_BGR24, {swapRedBlue, 1}},
-    {FRAME_RGB_PLANAR, FRAME_RGB24, {planarToPacked, 1}},
-    {FRAME_BGR_PLANAR, FRAME_BGR24, {planarToPacked, 1}},
-    {FRAME_BGR24, FRAME_GRAY8, {bgr24ToGray, 1}},
-    {FRAME_BGR24, FRAME_RGB24, {swapRedBlue, 1}},
-    {FRAME_BGR24, FRAME_BGR_PLANAR, {bgr24ToBgrPlanar, 1}},
-    {FRAME_BGR24, FRAME_I420, {bgr24ToYuv420Planar, 2}},
-    {FRAME_BGR24, FRAME_YV12, {bgr24ToYuv420Planar, 2}},
-    {FRAME_BGR24, FRAME_NV12, {bgr24ToYuv420SemiPlanar, 2}},
-    {FRAME_BGR24, FRAME_NV21, {bgr24ToYuv420SemiPlanar, 2}},
-    {FRAME_BGR24, FRAME_YV16, {bgr24ToYv16, 1}},
-    {FRAME_BGR24, FRAME_YUYV, {bgr24ToYuv422Packed, 1}},
-    {FRAME_BGR24, FRAME_UYVY, {bgr24ToYuv422Packed, 1}},
-    {FRAME_BGR24, FRAME_NV16, {bgr24ToNv16, 1}},
-    {FRAME_BGR24, FRAME_YUV444, {bgr24ToYuv444, 1}},
-    {FRAME_BGR24, FRAME_YUV444_PLANAR, {bgr24ToYuv444Planar, 1}},
-    {FRAME_BGR24, FRAME_BGR_32F, {bgr24ToBgr32f, 1}},
-    {FRAME_BGR24, FRAME_BGR_32F_PLANAR, {bgr24ToBgr32fPlanar, 1}},
-    {FRAME_BGR_32F, FRAME_BGR24, {bgr32fToBgr24, 1}},
-    {FRAME_I420, FRAME_BGR24, {yuv420PlanarToBgr24, 1}},
-    {FRAME_YV12, FRAME_BGR24, {yuv420PlanarToBgr24, 1}},
-    {FRAME_NV12, FRAME_BGR24, {yuv420SemiPlanarToBgr24, 1}},
-    {FRAME_NV21, FRAME_BGR24, {yuv420SemiPlanarToBgr24, 1}},
-    {FRAME_YV16, FRAME_BGR24, {yv16ToBgr24, 1}},
-    {FRAME_YUYV, FRAME_BGR24, {yuv422PackedToBgr24, 1}},
-    {FRAME_UYVY, FRAME_BGR24, {yuv422PackedToBgr24, 1}},
-    {FRAME_NV16, FRAME_BGR24, {nv16ToBgr24, 1}},
-    {FRAME_YUV444, FRAME_BGR24, {yuv444ToBgr24, 1}},
-    {FRAME_YUV444_PLANAR, FRAME_BGR24, {yuv444PlanarToBgr24, 1}},
-};
+/// The one decision about a pair of formats that have passed `getFormatInfo`.
+/// @param dst_y_subsampling of the destination's record, which may be a stale one
+/// @return a null function if the pair doesn't exist
+ConversionRecord chooseConversion(FrameFormat src, FrameFormat dst, int dst_y_subsampling) {
+    auto const* const record =
+        std::find_if(std::begin(conversionTable), std::end(conversionTable),
+                     [=](ConversionRecord const& r) { return r.src == src && r.dst == dst; });
+    if (record != std::end(conversionTable)) {
+        return *record;
+    }
+    if (src == FRAME_GRAY8 && isYuv(dst)) {
+        return {src, dst, grayToYuv, 1};
+    }
+    if (isYuv(src) && dst == FRAME_GRAY8) {
+        return {src, dst, yuvToGray, 1};
+    }
+    return {src, dst, isYuv(src) ? yuvToYuv : nullptr, dst_y_subsampling};
+}
 
 }  // namespace
 
-Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format, int dst_y_subsampling) {
-    auto const* const record = std::find_if(
-        std::begin(conversionTable), std::end(conversionTable),
-        [=](ConversionRecord const& r) { return r.src == src_format && r.dst == dst_format; });
-    if (record != std::end(conversionTable)) {
-        return record->conversion;
-    }
-    if (src_format == FRAME_GRAY8 && isYuv(dst_format)) {
-        return {grayToYuv, 1};
-    }
-    if (isYuv(src_format)) {
-        return dst_format == FRAME_GRAY8 ? Conversion{yuvToGray, 1}
-                                         : Conversion{yuvToYuv, dst_y_subsampling};
-    }
-    return {};
+std::span<ConversionRecord const> conversionRecords() {
+    return conversionTable;
 }
 
 Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format) {
@@ -144,7 +151,7 @@ void ImplFormatConverter::get_context(FrameFormat src_format, FrameFormat dst_fo
                                       int* window_size) {
     getFormatInfo(src_format, src);
     getFormatInfo(dst_format, dst);
-    Conversion const conversion = chooseConversion(src_format, dst_format, dst.y_subsampling);
+    ConversionRecord const conversion = chooseConversion(src_format, dst_format, dst.y_subsampling);
     if (conversion.function == nullptr) {
         // Only the float planes have no row of their own in the table of pairs.
         Status const status =
@@ -180,6 +187,8 @@ void ImplFormatConverter::reuse(FrameFormat src_format, FrameFormat dst_format, 
     get_context(src_format, dst_format, window_size);
     limitStaleRecord(dst_format, row_width);
     findJoints(src_format, dst_format, row_width);
+    bool const by_layouts = function == yuvToYuv && !dst_limited;
+    yuv_way = by_layouts ? rows::yuvWay(yuvLayoutOf(src), yuvLayoutOf(dst)) : rows::YuvWay{};
     width = row_width;
     initialized = true;
 }

@@ -5,9 +5,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "ox_core/ox_frame_format.h"
 #include "ox_cv/ox_row_producer.h"
+#include "rows/colour/yuv_rows.h"
 
 namespace ox {
 
@@ -40,15 +42,30 @@ static_assert(sizeof(FormatInfo) == 44 && offsetof(FormatInfo, y_subsampling) ==
 using ConversionFunction = void (*)(RowData const* const* rows, RowData& dst, int width,
                                     ImplFormatConverter const* context);
 
-/// A conversion function and the number of source rows that it needs at once.
-struct Conversion {
-    ConversionFunction function = nullptr;  ///< null: the pair doesn't exist
-    int window_size = 0;
-};
+/// How the samples of a format lie.
+constexpr rows::YuvLayout yuvLayoutOf(FormatInfo const& info) {
+    using enum rows::YuvLayout;
+    if (info.x_subsampling == 1) {
+        return info.y_step == 1 ? FullPlanes : PackedYuv;
+    }
+    if (info.y_step == 2) {
+        return info.y_offset < info.u_offset ? PackedYuyv : PackedUyvy;
+    }
+    if (info.u_step == 2) {
+        return info.u_offset < info.v_offset ? PairsUv : PairsVu;
+    }
+    return HalfPlanes;
+}
 
-/// The one decision about a pair of formats that have passed `getFormatInfo`.
-/// @param dst_y_subsampling of the destination's record, which may be a stale one
-Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format, int dst_y_subsampling);
+/// A pair of formats with a function of its own, and the number of source rows that it needs at
+/// once. From gray to YUV and among YUV, functions serve all formats.
+struct ConversionRecord {
+    FrameFormat src;
+    FrameFormat dst;
+    ConversionFunction function;
+    int window_size;
+};
+std::span<ConversionRecord const> conversionRecords();
 
 /// The same for a new converter, which holds no stale record.
 Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format);
@@ -82,6 +99,8 @@ class ImplFormatConverter {
     bool dst_limited = false;
     /// Bytes of a destination row of each plane, if `dst_limited`.
     std::int64_t dst_limits[4]{};
+    /// Of `yuvToYuv`, which without one goes by the records alone.
+    rows::YuvWay yuv_way;
 
   private:
     void getFormatInfo(FrameFormat format, FormatInfo& info) const;

@@ -13,8 +13,12 @@ using Table = vector::RoutineTable<Routines, findRoutines>;
 
 Routines findRoutines() {
     Routines found{};
+    takePlainBgrToYuvRoutines(found.colour);
+    takePlainChannelRoutines(found.colour);
+    takePlainYuvToBgrRoutines(found.colour);
 #ifdef OX_WITH_HIGHWAY
     takeBgrToYuvRoutines(found.colour);
+    takeChannelRoutines(found.colour);
     takeFloatRoutines(found.colour);
     takeYuvToBgrRoutines(found.colour);
     takeBlendRoutines(found.blend);

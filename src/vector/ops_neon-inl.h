@@ -190,10 +190,11 @@ HWY_INLINE V8 HighBytes(V16 lower, V16 upper) {
     return V8(vuzp2q_u8(vreinterpretq_u8_s16(lower.raw), vreinterpretq_u8_s16(upper.raw)));
 }
 
-template <ChannelWeights weights, int shift>
+/// The means of weighted channels, and `zero` more.
+template <ChannelWeights weights, int zero, int shift>
 HWY_INLINE V16 MeanWords(V16 b, V16 g, V16 r) {
     auto const sum = [](int16x4_t blue, int16x4_t green, int16x4_t red) HWY_ATTR {
-        int32x4_t v = vdupq_n_s32(128 << shift);
+        int32x4_t v = vdupq_n_s32(zero << shift);
         v = vmlal_n_s16(v, blue, weights.b);
         v = vmlal_n_s16(v, green, weights.g);
         return vshrn_n_s32(vmlal_n_s16(v, red, weights.r), shift);

@@ -230,16 +230,17 @@ HWY_INLINE V8 HighBytes(V16 lower, V16 upper) {
                         hn::BitCast(words, hn::ShiftRight<8>(hn::BitCast(d, upper))));
 }
 
-template <ChannelWeights weights, int shift>
+/// The means of weighted channels, and `zero` more.
+template <ChannelWeights weights, int zero, int shift>
 HWY_INLINE V16 MeanWords(V16 b, V16 g, V16 r) {
     TagS16 const d;
     auto const pair = [](int first, int second) HWY_ATTR {
         return hn::BitCast(TagS16(), hn::Set(BlockTagS32(), second * 65536 + (first & 0xffff)));
     };
-    // The offset is a product too: 128 times as many as are averaged.
+    // `zero` is a product too: as many times as pixels are averaged.
     V16 const one = hn::Set(d, std::int16_t{1} << shift);
     auto const sum = [&](V16 blue_green, V16 red_one) HWY_ATTR {
-        V32 const offset = AddWordProducts(NoWordSums(), red_one, pair(weights.r, 128));
+        V32 const offset = AddWordProducts(NoWordSums(), red_one, pair(weights.r, zero));
         return hn::ShiftRight<shift>(
             AddWordProducts(offset, blue_green, pair(weights.b, weights.g)));
     };

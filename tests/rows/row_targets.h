@@ -20,6 +20,11 @@ inline std::vector<std::string> vectorTargets() {
     return targets;
 }
 
+// The same and those that have plain ones.
+inline std::vector<std::string> everyTarget() {
+    return {testTargets().begin(), testTargets().end()};
+}
+
 // A test for each of them.
 class RowRoutines : public testing::TestWithParam<std::string> {
   protected:

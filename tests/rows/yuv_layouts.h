@@ -69,7 +69,8 @@ class YuvPlanes {
     // The luma plane's row, or that of chroma samples.
     std::size_t bytesOf(std::size_t plane, std::size_t width) const {
         if (plane == _layout.y.plane) {
-            return width * _layout.y.step;
+            std::size_t const pixels = _layout.y.step == 2 ? width + width % 2 : width;
+            return pixels * _layout.y.step;
         }
         return (width + _layout.pixels_per_chroma - 1) / _layout.pixels_per_chroma * _layout.u.step;
     }

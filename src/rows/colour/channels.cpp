@@ -1,8 +1,10 @@
 #include "rows/colour/channels.h"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 
-#include "simd/kernels/kernels.h"
+#include "rows/rows_routines.h"
 
 namespace ox::rows {
 
@@ -13,12 +15,9 @@ void splitChannels(std::uint8_t const* row, std::size_t pixels, std::size_t chan
             std::memcpy(planes[0], row, pixels);
             return;
         case 2:
-            Simd::SplitTwoPlanes(row, 2 * pixels, pixels, 1, planes[0], pixels, planes[1], pixels);
-            return;
+            return routines().colour.split_two(row, pixels, planes);
         case 3:
-            Simd::SplitThreePlanes(row, 3 * pixels, pixels, 1, planes[0], pixels, planes[1], pixels,
-                                   planes[2], pixels);
-            return;
+            return routines().colour.split_three(row, pixels, planes);
         default:
             for (std::size_t i = 0; i < pixels; ++i) {
                 for (std::size_t c = 0; c < channels; ++c) {
@@ -35,12 +34,9 @@ void mergeChannels(std::uint8_t const* const* planes, std::size_t pixels, std::s
             std::memcpy(row, planes[0], pixels);
             return;
         case 2:
-            Simd::MergeTwoPlanes(planes[0], pixels, planes[1], pixels, pixels, 1, row, 2 * pixels);
-            return;
+            return routines().colour.merge_two(planes, pixels, row);
         case 3:
-            Simd::MergeThreePlanes(planes[0], pixels, planes[1], pixels, planes[2], pixels, pixels,
-                                   1, row, 3 * pixels);
-            return;
+            return routines().colour.merge_three(planes, pixels, row);
         default:
             for (std::size_t i = 0; i < pixels; ++i) {
                 for (std::size_t c = 0; c < channels; ++c) {
@@ -50,12 +46,19 @@ void mergeChannels(std::uint8_t const* const* planes, std::size_t pixels, std::s
     }
 }
 
-void swapRedBlue(std::uint8_t const* row, std::size_t pixels, std::uint8_t* dst) {
-    Simd::SwapRedBlue(row, pixels, 1, 3 * pixels, dst, 3 * pixels);
-}
-
-void repeatThrice(std::uint8_t const* row, std::size_t pixels, std::uint8_t* dst) {
-    Simd::ExpandGrayToBgr(row, pixels, 1, pixels, dst, 3 * pixels);
+void splitToFloats(std::uint8_t const* row, std::size_t pixels, std::uint8_t* const* planes) {
+    ColourRoutines const& colour = routines().colour;
+    std::array<std::array<std::uint8_t, 1024>, 3> room;
+    std::array<std::uint8_t*, 3> const bytes{room[0].data(), room[1].data(), room[2].data()};
+    for (std::size_t first = 0; first < pixels; first += room[0].size()) {
+        std::size_t const count = std::min(pixels - first, room[0].size());
+        colour.split_three(row + 3 * first, count, bytes.data());
+        for (std::size_t c = 0; c < 3; ++c) {
+            if (planes[c] != nullptr) {
+                colour.bytes_to_floats(bytes[c], count, planes[c] + first * sizeof(float));
+            }
+        }
+    }
 }
 
 }  // namespace ox::rows

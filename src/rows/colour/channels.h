@@ -17,10 +17,7 @@ void splitChannels(std::uint8_t const* row, std::size_t pixels, std::size_t chan
 void mergeChannels(std::uint8_t const* const* planes, std::size_t pixels, std::size_t channels,
                    std::uint8_t* row);
 
-/// The first and the third of three channels change places.
-void swapRedBlue(std::uint8_t const* row, std::size_t pixels, std::uint8_t* dst);
-
-/// Each sample as three.
-void repeatThrice(std::uint8_t const* row, std::size_t pixels, std::uint8_t* dst);
+/// Channel c of three becomes the floats of planes[c], if that isn't null.
+void splitToFloats(std::uint8_t const* row, std::size_t pixels, std::uint8_t* const* planes);
 
 }  // namespace ox::rows

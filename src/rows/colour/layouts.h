@@ -1,14 +1,13 @@
 /// @file
-/// Rows of YUV samples, to and from packed B,G,R.
+/// How the samples of a row of YUV pixels lie.
 
 #pragma once
 
+#include <array>
 #include <cstddef>
-#include <cstdint>
 
 namespace ox::rows {
 
-/// How the samples of a row lie.
 enum class YuvLayout {
     HalfPlanes,  ///< a chroma sample for two pixels; three planes
     PairsUv,     ///< the same, with chroma as pairs
@@ -20,48 +19,44 @@ enum class YuvLayout {
 };
 constexpr std::size_t yuvLayouts = 7;
 
-/// Where the first samples of a row are.
-template <class Byte>
-struct YuvSamples {
-    Byte* y;
-    Byte* u;
-    Byte* v;
-};
-
-/// The layout of samples that lie so. Addresses are compared only where they are of one plane.
-/// @param luma_step, chroma_step bytes between samples
-/// @param pixels that share a chroma sample
-template <class Byte>
-YuvLayout yuvLayoutOf(YuvSamples<Byte> row, int luma_step, int chroma_step, int pixels) {
-    if (pixels == 1) {
-        return luma_step == 1 ? YuvLayout::FullPlanes : YuvLayout::PackedYuv;
-    }
-    if (luma_step == 2) {
-        return row.y < row.u ? YuvLayout::PackedYuyv : YuvLayout::PackedUyvy;
-    }
-    if (chroma_step == 2) {
-        return row.u < row.v ? YuvLayout::PairsUv : YuvLayout::PairsVu;
-    }
-    return YuvLayout::HalfPlanes;
+constexpr std::size_t indexOf(YuvLayout layout) {
+    return static_cast<std::size_t>(layout);
 }
 
-/// A row of `width` pixels, at least `Routines::least_pixels`, and even where pixels share chroma.
-using YuvToBgr = void(YuvSamples<std::uint8_t const> src, std::size_t width, std::uint8_t* bgr);
-
-/// Y of a row of four bytes for two pixels.
-/// @param row its first byte
-/// @param pixels at least `Routines::least_pixels`
-using PackedLuma = void(std::uint8_t const* row, std::size_t pixels, std::uint8_t* luma);
-
-/// Rows of packed B,G,R.
-struct BgrRows {
-    std::uint8_t const* upper;
-    std::uint8_t const* lower;  ///< averaged with the upper one for chroma; may be null
+/// Bytes from sample to sample, and the pixels that share a chroma sample.
+struct YuvSteps {
+    std::size_t luma;
+    std::size_t chroma;
+    std::size_t pixels;
 };
 
-/// As `YuvToBgr`. Chroma is averaged over the pixels that share it, in the two rows if there are
-/// two; without an address for U and V it isn't made.
-using BgrToYuv = void(BgrRows src, std::size_t width, YuvSamples<std::uint8_t> dst);
-using BgrToGray = void(std::uint8_t const* bgr, std::size_t width, std::uint8_t* gray);
+constexpr YuvSteps stepsOf(YuvLayout layout) {
+    constexpr std::array<YuvSteps, yuvLayouts> table{
+        {{1, 1, 2}, {1, 2, 2}, {1, 2, 2}, {2, 4, 2}, {2, 4, 2}, {1, 1, 1}, {3, 3, 1}}};
+    return table[indexOf(layout)];
+}
+
+constexpr bool sharesChroma(YuvLayout layout) {
+    return stepsOf(layout).pixels == 2;
+}
+
+/// Where the first samples of a row are; null for those that there are none of.
+template <class Byte>
+struct YuvSamples {
+    Byte* y = nullptr;
+    Byte* u = nullptr;
+    Byte* v = nullptr;
+};
+
+/// The samples at a pixel of a row; the pixel is even where pixels share chroma.
+template <class Byte>
+constexpr YuvSamples<Byte> samplesAt(YuvLayout layout, YuvSamples<Byte> row, std::size_t pixel) {
+    YuvSteps const steps = stepsOf(layout);
+    auto const at = [](Byte* first, std::size_t offset) {
+        return first != nullptr ? first + offset : nullptr;
+    };
+    std::size_t const chroma = pixel / steps.pixels * steps.chroma;
+    return {at(row.y, pixel * steps.luma), at(row.u, chroma), at(row.v, chroma)};
+}
 
 }  // namespace ox::rows

@@ -5,7 +5,10 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "rows/colour/routines.h"
+#include <algorithm>
+
+#include "rows/colour/formulas.h"
+#include "rows/colour/plain.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -14,25 +17,25 @@ namespace ox::rows::HWY_NAMESPACE {
 namespace {
 
 using namespace vector::HWY_NAMESPACE;
-using vector::ChannelWeights;
 
 #if HWY_TARGET != HWY_SCALAR
 
-constexpr ChannelWeights grayWeights{28, 152, 76};
-constexpr ChannelWeights lumaWeights{25, 129, 65};
-constexpr ChannelWeights uWeights{112, -74, -38};
-constexpr ChannelWeights vWeights{-18, -94, 112};
-
-/// (weighted channels + offset) >> 8, of sums that fit 16 bits, unsigned.
-template <ChannelWeights weights>
-HWY_INLINE V8 bytesOf(ThreeChannels pixels, std::int16_t offset) {
-    V16 const constant = hn::Set(TagS16(), offset);
-    return HighBytes(hn::Add(SumModulo<weights>(LowerColours(pixels)), constant),
-                     hn::Add(SumModulo<weights>(UpperColours(pixels)), constant));
+constexpr bool fitsWord(BgrFormula formula) {
+    auto const [b, g, r] = formula.weights;
+    int const most = 255 * (std::max(b, 0) + std::max(g, 0) + std::max(r, 0));
+    int const least = 255 * (std::min(b, 0) + std::min(g, 0) + std::min(r, 0));
+    int const zero = formula.zero << fractionBits;
+    return least + zero >= 0 && most + zero < 65536;
 }
 
-HWY_INLINE V8 lumaOf(ThreeChannels pixels) {
-    return bytesOf<lumaWeights>(pixels, 16 * 256);
+/// The whole part of a pixel's term, which fits 16 bits, unsigned.
+template <BgrFormula formula>
+HWY_INLINE V8 bytesOf(ThreeChannels pixels) {
+    static_assert(fitsWord(formula) && fractionBits == 8);
+    V16 const zero =
+        hn::BitCast(TagS16(), hn::Set(Tag16(), std::uint16_t{formula.zero << fractionBits}));
+    return HighBytes(hn::Add(SumModulo<formula.weights>(LowerColours(pixels)), zero),
+                     hn::Add(SumModulo<formula.weights>(UpperColours(pixels)), zero));
 }
 
 /// The channels of two by one or two by two pixels, summed.
@@ -59,14 +62,15 @@ struct HalfChroma {
 
 template <int shift>
 HWY_INLINE HalfChroma meanOf(Sums sums) {
-    return {MeanWords<uWeights, shift>(sums.b, sums.g, sums.r),
-            MeanWords<vWeights, shift>(sums.b, sums.g, sums.r)};
+    return {MeanWords<uOfBgr.weights, uOfBgr.zero, shift>(sums.b, sums.g, sums.r),
+            MeanWords<vOfBgr.weights, vOfBgr.zero, shift>(sums.b, sums.g, sums.r)};
 }
 
 HWY_INLINE HalfChroma halfChromaOf(ThreeChannels pixels, BgrRows src, std::size_t x) {
     Sums const upper = sumPairs(pixels);
-    return src.lower == nullptr ? meanOf<9>(upper)
-                                : meanOf<10>(add(upper, sumPairs(LoadThree(src.lower + 3 * x))));
+    return src.lower == nullptr
+               ? meanOf<fractionBits + 1>(upper)
+               : meanOf<fractionBits + 2>(add(upper, sumPairs(LoadThree(src.lower + 3 * x))));
 }
 
 HWY_INLINE V8 pairsOf(V16 first, V16 second) {
@@ -82,7 +86,7 @@ struct Block;
 template <>
 struct Block<YuvLayout::HalfPlanes> {
     static HWY_INLINE void store(Samples dst, std::size_t x, BgrRows src, ThreeChannels pixels) {
-        hn::StoreU(lumaOf(pixels), Tag8(), dst.y + x);
+        hn::StoreU(bytesOf<lumaOfBgr>(pixels), Tag8(), dst.y + x);
         if (dst.u != nullptr) {
             HalfTag8 const half;
             HalfChroma const chroma = halfChromaOf(pixels, src, x);
@@ -95,7 +99,7 @@ struct Block<YuvLayout::HalfPlanes> {
 template <bool u_first>
 struct PairsBlock {
     static HWY_INLINE void store(Samples dst, std::size_t x, BgrRows src, ThreeChannels pixels) {
-        hn::StoreU(lumaOf(pixels), Tag8(), dst.y + x);
+        hn::StoreU(bytesOf<lumaOfBgr>(pixels), Tag8(), dst.y + x);
         if (dst.u != nullptr) {
             HalfChroma const c = halfChromaOf(pixels, src, x);
             hn::StoreU(u_first ? pairsOf(c.u, c.v) : pairsOf(c.v, c.u), Tag8(),
@@ -115,7 +119,7 @@ struct PackedPairsBlock {
     static HWY_INLINE void store(Samples dst, std::size_t x, BgrRows src, ThreeChannels pixels) {
         HalfChroma const chroma = halfChromaOf(pixels, src, x);
         V8 const pairs = pairsOf(chroma.u, chroma.v);
-        V8 const y = lumaOf(pixels);
+        V8 const y = bytesOf<lumaOfBgr>(pixels);
         hn::StoreInterleaved2(y_first ? y : pairs, y_first ? pairs : y, Tag8(),
                               (y_first ? dst.y : dst.u) + 2 * x);
     }
@@ -127,42 +131,54 @@ struct Block<YuvLayout::PackedYuyv> : PackedPairsBlock<true> {};
 template <>
 struct Block<YuvLayout::PackedUyvy> : PackedPairsBlock<false> {};
 
-/// Chroma of each pixel: its sums with 2^15 are positive.
-template <ChannelWeights weights>
-HWY_INLINE V8 fullChromaOf(ThreeChannels pixels) {
-    return bytesOf<weights>(pixels, std::int16_t{-0x8000});
-}
-
 template <>
 struct Block<YuvLayout::FullPlanes> {
     static HWY_INLINE void store(Samples dst, std::size_t x, BgrRows, ThreeChannels pixels) {
         Tag8 const d;
-        hn::StoreU(lumaOf(pixels), d, dst.y + x);
-        hn::StoreU(fullChromaOf<uWeights>(pixels), d, dst.u + x);
-        hn::StoreU(fullChromaOf<vWeights>(pixels), d, dst.v + x);
+        hn::StoreU(bytesOf<lumaOfBgr>(pixels), d, dst.y + x);
+        hn::StoreU(bytesOf<uOfBgr>(pixels), d, dst.u + x);
+        hn::StoreU(bytesOf<vOfBgr>(pixels), d, dst.v + x);
     }
 };
 
 template <>
 struct Block<YuvLayout::PackedYuv> {
     static HWY_INLINE void store(Samples dst, std::size_t x, BgrRows, ThreeChannels pixels) {
-        StoreThree(dst.y + 3 * x, {lumaOf(pixels), fullChromaOf<uWeights>(pixels),
-                                   fullChromaOf<vWeights>(pixels)});
+        StoreThree(dst.y + 3 * x,
+                   {bytesOf<lumaOfBgr>(pixels), bytesOf<uOfBgr>(pixels), bytesOf<vOfBgr>(pixels)});
     }
 };
 
+/// How many pixels of a row are converted by blocks.
+std::size_t blockPixels(YuvLayout layout, std::size_t width, Samples dst) {
+    bool const all = dst.y != nullptr && dst.u != nullptr && dst.v != nullptr;
+    bool const luma_alone =
+        sharesChroma(layout) && dst.y != nullptr && dst.u == nullptr && dst.v == nullptr;
+    std::size_t const pixels = width - width % stepsOf(layout).pixels;
+    return (all || luma_alone) && pixels >= blockBytes ? pixels : 0;
+}
+
 template <YuvLayout layout>
 void convertRow(BgrRows src, std::size_t width, Samples dst) {
-    walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+    std::size_t const pixels = blockPixels(layout, width, dst);
+    walkBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
         prefetch<3 * blockBytes, 384>(src.upper + 3 * x);
         Block<layout>::store(dst, x, src, LoadThree(src.upper + 3 * x));
     });
+    if (pixels < width) {
+        BgrRows const rest{src.upper + 3 * pixels,
+                           src.lower != nullptr ? src.lower + 3 * pixels : nullptr};
+        plainBgrToYuv[indexOf(layout)](rest, width - pixels, samplesAt(layout, dst, pixels));
+    }
 }
 
 void convertRowToGray(std::uint8_t const* bgr, std::size_t width, std::uint8_t* gray) {
+    if (width < blockBytes) {
+        return plainBgrToGray(bgr, width, gray);
+    }
     walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
         prefetch<3 * blockBytes, 384>(bgr + 3 * x);
-        hn::StoreU(bytesOf<grayWeights>(LoadThree(bgr + 3 * x), 0), Tag8(), gray + x);
+        hn::StoreU(bytesOf<grayOfBgr>(LoadThree(bgr + 3 * x)), Tag8(), gray + x);
     });
 }
 
@@ -175,7 +191,6 @@ void takeRoutines([[maybe_unused]] ColourRoutines& routines) {
                            convertRow<YuvLayout::PackedUyvy>, convertRow<YuvLayout::FullPlanes>,
                            convertRow<YuvLayout::PackedYuv>};
     routines.bgr_to_gray = convertRowToGray;
-    routines.least_pixels = blockBytes;
 #endif
 }
 

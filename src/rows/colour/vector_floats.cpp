@@ -1,5 +1,3 @@
-#include "rows/colour/floats.h"
-
 #include "vector/targets.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -7,7 +5,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "rows/colour/routines.h"
+#include "rows/colour/plain.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -28,6 +26,9 @@ HWY_INLINE auto loadFloats(std::uint8_t const* at) {
 }
 
 void convertBytes(std::uint8_t const* src, std::size_t count, std::uint8_t* floats) {
+    if (count < lanes) {
+        return plainBytesToFloats(src, count, floats);
+    }
     walkShortBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
         std::uint8_t* const target = floats + sizeof(float) * i;
         prefetch<blockBytes, aheadOfFloats, For::writing>(target);
@@ -37,6 +38,9 @@ void convertBytes(std::uint8_t const* src, std::size_t count, std::uint8_t* floa
 }
 
 void convertFloats(std::uint8_t const* floats, std::size_t count, std::uint8_t* dst) {
+    if (count < lanes) {
+        return plainFloatsToLowBytes(floats, count, dst);
+    }
     walkShortBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
         std::uint8_t const* const source = floats + sizeof(float) * i;
         prefetch<blockBytes, aheadOfFloats>(source);
@@ -50,7 +54,6 @@ void takeRoutines([[maybe_unused]] ColourRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.bytes_to_floats = convertBytes;
     routines.floats_to_low_bytes = convertFloats;
-    routines.least_floats = lanes;
 #endif
 }
 

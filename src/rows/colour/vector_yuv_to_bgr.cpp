@@ -5,7 +5,8 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "rows/colour/routines.h"
+#include "rows/colour/formulas.h"
+#include "rows/colour/plain.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -17,61 +18,113 @@ using namespace vector::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-// With Y, U and V less their offsets, a channel is the whole part of a sum with 8 fractional bits.
+// With Y, U and V less their zeros, a channel is the whole part of a sum with 8 fractional bits.
 // What the factors have of whole ones is taken out, and the rest fits 16 bits:
 //
 //   B = (297 Y + 516 U) / 256           = Y + 2 U + (41 Y + 4 U) / 256
 //   G = (297 Y - 207 V - 100 U) / 256   = Y - V   + (41 Y + 49 V - 100 U) / 256
 //   R = (297 Y + 408 V) / 256           = Y + V   + (41 Y + 152 V) / 256
 
-/// What chroma adds to a channel.
-struct ChannelTerm {
+constexpr int one = 1 << fractionBits;
+
+/// The smallest whole part of a factor that leaves little.
+constexpr int wholeOf(int factor) {
+    constexpr int most_left = 160;
+    int whole = 0;
+    while (factor - whole * one > most_left) {
+        ++whole;
+    }
+    while (factor - whole * one < -most_left) {
+        --whole;
+    }
+    return whole;
+}
+
+constexpr int restOf(int factor) {
+    return factor - wholeOf(factor) * one;
+}
+
+constexpr bool fitsWord(ChromaFactors factors) {
+    constexpr int y = restOf(lumaFactor);
+    int const u = restOf(factors.u);
+    int const v = restOf(factors.v);
+    // Chroma less its zero reaches as far down as that, and Y as far up as 255 less its own.
+    int const chroma = chromaZero * ((u < 0 ? -u : u) + (v < 0 ? -v : v));
+    return chroma + y * (255 - lumaZero) <= 32767 && -chroma - y * lumaZero >= -32768;
+}
+static_assert(fitsWord(blueFactors) && fitsWord(greenFactors) && fitsWord(redFactors));
+
+HWY_INLINE V16 constant(int value) {
+    return hn::Set(TagS16(), static_cast<std::int16_t>(value));
+}
+
+template <int factor>
+HWY_INLINE V16 times(V16 v) {
+    if constexpr (factor == 1) {
+        return v;
+    } else if constexpr (factor == -1) {
+        return hn::Neg(v);
+    } else if constexpr (factor == 2) {
+        return hn::Add(v, v);
+    } else if constexpr (factor == 4) {
+        return hn::ShiftLeft<2>(v);
+    } else {
+        return hn::Mul(v, constant(factor));
+    }
+}
+
+/// u * U + v * V
+template <int u, int v>
+HWY_INLINE V16 sumOf(V16 cu, V16 cv) {
+    if constexpr (u == 0) {
+        return times<v>(cv);
+    } else if constexpr (v == 0) {
+        return times<u>(cu);
+    } else {
+        return hn::Add(times<u>(cu), times<v>(cv));
+    }
+}
+
+/// What a sample adds to a channel.
+struct Term {
     V16 whole;
     V16 rest;
 };
+
+template <ChromaFactors factors>
+HWY_INLINE Term chromaTerm(V16 u, V16 v) {
+    return {sumOf<wholeOf(factors.u), wholeOf(factors.v)>(u, v),
+            sumOf<restOf(factors.u), restOf(factors.v)>(u, v)};
+}
 
 struct ChromaTerms {
-    ChannelTerm b;
-    ChannelTerm g;
-    ChannelTerm r;
+    Term b;
+    Term g;
+    Term r;
 };
-
-HWY_INLINE V16 constant(std::int16_t value) {
-    return hn::Set(TagS16(), value);
-}
-
-HWY_INLINE V16 times(V16 v, std::int16_t factor) {
-    return hn::Mul(v, constant(factor));
-}
 
 HWY_INLINE ChromaTerms chromaTerms(V16 u_byte, V16 v_byte) {
-    V16 const u = hn::Sub(u_byte, constant(128));
-    V16 const v = hn::Sub(v_byte, constant(128));
-    return {{hn::Add(u, u), hn::ShiftLeft<2>(u)},
-            {hn::Neg(v), hn::Sub(times(v, 49), times(u, 100))},
-            {v, times(v, 152)}};
+    V16 const u = hn::Sub(u_byte, constant(chromaZero));
+    V16 const v = hn::Sub(v_byte, constant(chromaZero));
+    return {chromaTerm<blueFactors>(u, v), chromaTerm<greenFactors>(u, v),
+            chromaTerm<redFactors>(u, v)};
 }
 
-struct LumaTerm {
-    V16 whole;
-    V16 rest;
-};
-
-HWY_INLINE LumaTerm lumaTerm(V16 y_byte) {
-    V16 const y = hn::Sub(y_byte, constant(16));
-    return {y, times(y, 41)};
+HWY_INLINE Term lumaTerm(V16 y_byte) {
+    V16 const y = hn::Sub(y_byte, constant(lumaZero));
+    return {times<wholeOf(lumaFactor)>(y), times<restOf(lumaFactor)>(y)};
 }
 
-HWY_INLINE V16 channelOf(LumaTerm luma, ChannelTerm chroma) {
+HWY_INLINE V16 channelOf(Term luma, Term chroma) {
     return hn::Add(hn::Add(luma.whole, chroma.whole),
-                   hn::ShiftRight<8>(hn::Add(luma.rest, chroma.rest)));
+                   hn::ShiftRight<fractionBits>(hn::Add(luma.rest, chroma.rest)));
 }
 
 /// Writes a block of pixels; `even` and `odd` are chroma's terms for its columns.
 HWY_INLINE void storeBlock(std::uint8_t* dst, V8 y, ChromaTerms const& even,
                            ChromaTerms const& odd) {
-    LumaTerm const first = lumaTerm(EvenBytes(y));
-    LumaTerm const second = lumaTerm(OddBytes(y));
+    Term const first = lumaTerm(EvenBytes(y));
+    Term const second = lumaTerm(OddBytes(y));
     StoreThreePixels(dst, {PackPixels(channelOf(first, even.b), channelOf(second, odd.b)),
                            PackPixels(channelOf(first, even.g), channelOf(second, odd.g)),
                            PackPixels(channelOf(first, even.r), channelOf(second, odd.r))});
@@ -164,22 +217,45 @@ struct Block<YuvLayout::PackedYuv> {
 
 template <YuvLayout layout>
 void convertRow(Row src, std::size_t width, std::uint8_t* bgr) {
-    walkBlocks(width, blockBytes,
+    std::size_t const pairs = width - width % stepsOf(layout).pixels;
+    std::size_t const pixels = pairs < blockBytes ? 0 : pairs;
+    walkBlocks(pixels, blockBytes,
                [&](std::size_t x) HWY_ATTR { Block<layout>::convert(src, x, bgr + 3 * x); });
+    if (pixels < width) {
+        plainYuvToBgr[indexOf(layout)](samplesAt(layout, src, pixels), width - pixels,
+                                       bgr + 3 * pixels);
+    }
 }
 
-/// Its even bytes, or its odd ones.
-template <bool odd>
-void takeLuma(std::uint8_t const* row, std::size_t pixels, std::uint8_t* luma) {
-    Tag8 const d;
-    walkShortBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
-        std::uint8_t const* const src = row + 2 * x;
+/// A block of Y.
+template <YuvLayout layout>
+HWY_INLINE V8 loadLuma(std::uint8_t const* y) {
+    if constexpr (layout == YuvLayout::PackedYuv) {
+        return LoadThree(y).c0;
+    } else {
+        Tag8 const d;
+        constexpr bool odd = layout == YuvLayout::PackedUyvy;
+        std::uint8_t const* const src = odd ? y - 1 : y;
         prefetch<2 * blockBytes, 1024>(src);
         V8 const lower = hn::LoadU(d, src);
         V8 const upper = hn::LoadU(d, src + blockBytes);
-        hn::StoreU(odd ? hn::ConcatOdd(d, upper, lower) : hn::ConcatEven(d, upper, lower), d,
-                   luma + x);
+        return odd ? hn::ConcatOdd(d, upper, lower) : hn::ConcatEven(d, upper, lower);
+    }
+}
+
+template <YuvLayout layout>
+void takeLuma(std::uint8_t const* y, std::size_t pixels, std::uint8_t* luma) {
+    if (pixels < blockBytes) {
+        return plainLuma[indexOf(layout)](y, pixels, luma);
+    }
+    walkShortBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
+        hn::StoreU(loadLuma<layout>(y + stepsOf(layout).luma * x), Tag8(), luma + x);
     });
+}
+
+template <YuvLayout layout>
+void takeLumaRoutine(ColourRoutines& routines) {
+    routines.luma[indexOf(layout)] = takeLuma<layout>;
 }
 
 #endif
@@ -190,9 +266,9 @@ void takeRoutines([[maybe_unused]] ColourRoutines& routines) {
                            convertRow<YuvLayout::PairsVu>,    convertRow<YuvLayout::PackedYuyv>,
                            convertRow<YuvLayout::PackedUyvy>, convertRow<YuvLayout::FullPlanes>,
                            convertRow<YuvLayout::PackedYuv>};
-    routines.luma_of_yuyv = takeLuma<false>;
-    routines.luma_of_uyvy = takeLuma<true>;
-    routines.least_pixels = blockBytes;
+    takeLumaRoutine<YuvLayout::PackedYuyv>(routines);
+    takeLumaRoutine<YuvLayout::PackedUyvy>(routines);
+    takeLumaRoutine<YuvLayout::PackedYuv>(routines);
 #endif
 }
 

@@ -1,0 +1,55 @@
+/// @file
+/// Rows of YUV pixels from one layout to another.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "rows/colour/layouts.h"
+
+namespace ox::rows {
+
+/// A way from layout to layout. A new one is none.
+struct YuvWay {
+    YuvLayout from{};
+    YuvLayout to{};
+    std::size_t run = 0;  ///< pixels that are converted in one go
+};
+YuvWay yuvWay(YuvLayout from, YuvLayout to);
+
+struct YuvRows {
+    YuvSamples<std::uint8_t const> upper;
+    /// Its chroma is averaged with the upper one's, for layouts that share chroma; or null.
+    YuvSamples<std::uint8_t const> lower;
+};
+
+/// Writes a row of any width, with the truncated means of chroma over the pixels that share it.
+/// Without an address for Y there is no luma, without one for U and V no chroma.
+void convertYuv(YuvWay way, YuvRows src, std::size_t width, YuvSamples<std::uint8_t> dst);
+
+/// The same with luma alone as source.
+void grayToYuv(YuvLayout to, std::uint8_t const* gray, std::size_t width,
+               YuvSamples<std::uint8_t> dst);
+
+/// Samples of a plane's row that may be written, anyhow they lie.
+struct StridedSamples {
+    std::uint8_t* first;
+    std::int64_t step;  ///< bytes
+    std::int64_t count;
+};
+
+void copySamples(std::uint8_t const* src, std::int64_t src_step, StridedSamples dst);
+
+/// Chroma of one or two rows.
+struct ChromaRows {
+    std::uint8_t const* upper;
+    std::uint8_t const* lower;  ///< may be null
+    std::int64_t step;
+    std::int64_t pixels;  ///< that share a sample
+};
+
+/// The truncated mean over each group of `group` pixels, of which the last is cut by the row's end.
+void averageChroma(ChromaRows src, std::int64_t width, std::int64_t group, StridedSamples dst);
+
+}  // namespace ox::rows
