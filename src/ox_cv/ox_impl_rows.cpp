@@ -117,7 +117,9 @@ void bgr24ToYuv420Planar(RowData const* const* rows, RowData& dst, int width,
 
 void bgr24ToYuv420SemiPlanar(RowData const* const* rows, RowData& dst, int width,
                              ImplFormatConverter const* context) {
-    bgrToYuv(yuvLayoutOf(context->dst), twoRows(rows), samplesOf<Byte>(dst, context->dst), width);
+    FormatInfo const& info = context->dst;
+    bgrToYuv(yuvLayoutOf(info), twoRows(rows),
+             {dst[0], at(dst[1], info.u_offset), at(dst[1], info.v_offset)}, width);
 }
 
 void bgr24ToYv16(RowData const* const* rows, RowData& dst, int width, ImplFormatConverter const*) {
@@ -127,8 +129,11 @@ void bgr24ToYv16(RowData const* const* rows, RowData& dst, int width, ImplFormat
 void bgr24ToYuv422Packed(RowData const* const* rows, RowData& dst, int width,
                          ImplFormatConverter const* context) {
     FormatInfo const& info = context->dst;
+    if (dst[0] == nullptr) {
+        return;
+    }
     bgrToYuv(yuvLayoutOf(info), oneRow(rows), samplesOf<Byte>(dst, info), width);
-    if (dst[0] != nullptr && width % 2 != 0) {
+    if (width % 2 != 0) {
         dst[0][info.y_offset + std::int64_t{2} * width] = 0;  // a row is whole macro-pixels
     }
 }

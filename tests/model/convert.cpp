@@ -16,24 +16,6 @@ bool isKnown(int format) {
            format == Bgr32fPlanar;
 }
 
-// The destinations that a source without YUV samples can become.
-bool canBecome(int from, int to) {
-    switch (from) {
-        case Gray8:
-            return to == Bgr24 || isYuv(to);
-        case Rgb24:
-        case BgrPlanar:
-        case Bgr32f:
-            return to == Bgr24;
-        case RgbPlanar:
-            return to == Rgb24;
-        case Bgr24:
-            return to != RgbPlanar && to != Bgr24;
-        default:
-            return false;
-    }
-}
-
 }  // namespace
 
 // The number of source rows that the conversion looks at.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 namespace model {
 
@@ -52,7 +53,8 @@ void addBgr(ChromaSum& sum, Pixel const& p) {
     ++sum.count;
 }
 
-void bgrToYuv(YuvLayout const& layout, RowPair const& rows, int width, Row const& out) {
+void bgrToYuv(int, int to, RowPair const& rows, int width, Row const& out) {
+    YuvLayout const layout = yuvLayout(to);
     for (int x = 0; x < width; ++x) {
         Pixel const p = pixelAt(rows.upper, x);
         int const luma = (65 * p.r + 129 * p.g + 25 * p.b + 4096) >> 8;
@@ -97,9 +99,10 @@ void yuvToBgr(YuvLayout const& layout, SourceRow const& row, int width, Row cons
     }
 }
 
-void grayToYuv(YuvLayout const& layout, SourceRow const& row, int width, Row const& out) {
+void grayToYuv(int, int to, RowPair const& rows, int width, Row const& out) {
+    YuvLayout const layout = yuvLayout(to);
     for (int x = 0; x < width; ++x) {
-        storeSample(out, layout.y, x, row[0][static_cast<std::size_t>(x)]);
+        storeSample(out, layout.y, x, rows.upper[0][static_cast<std::size_t>(x)]);
     }
     if (lacksChroma(out, layout)) {
         return;
@@ -145,21 +148,22 @@ Samples channelOf(int format, int channel) {
 
 // Channels go over in order, or with the first and the last exchanged between red-first and
 // blue-first packed pixels.
-void moveChannels(int from, int to, SourceRow const& row, int width, Row const& out) {
+void moveChannels(int from, int to, RowPair const& rows, int width, Row const& out) {
     bool const both_packed = (from == Bgr24 && to == Rgb24) || (from == Rgb24 && to == Bgr24);
     for (int x = 0; x < width; ++x) {
         for (int c = 0; c < 3; ++c) {
             int const source = both_packed ? 2 - c : c;
-            auto const value = static_cast<unsigned>(sampleAt(row, channelOf(from, source), x));
+            auto const value =
+                static_cast<unsigned>(sampleAt(rows.upper, channelOf(from, source), x));
             storeSample(out, channelOf(to, c), x, value);
         }
     }
 }
 
-void bytesToFloats(int to, SourceRow const& row, int width, Row const& out) {
+void bytesToFloats(int, int to, RowPair const& rows, int width, Row const& out) {
     for (int x = 0; x < width; ++x) {
         for (int c = 0; c < 3; ++c) {
-            auto const value = static_cast<float>(sampleAt(row, channelOf(Bgr24, c), x));
+            auto const value = static_cast<float>(sampleAt(rows.upper, channelOf(Bgr24, c), x));
             auto const plane = static_cast<std::size_t>(to == Bgr32f ? 0 : c);
             auto const place = static_cast<std::size_t>(to == Bgr32f ? 3 * x + c : x);
             if (!out[plane].empty()) {
@@ -169,10 +173,10 @@ void bytesToFloats(int to, SourceRow const& row, int width, Row const& out) {
     }
 }
 
-void floatsToBytes(SourceRow const& row, int width, Row const& out) {
+void floatsToBytes(int, int, RowPair const& rows, int width, Row const& out) {
     for (std::size_t i = 0; i < 3 * static_cast<std::size_t>(width); ++i) {
         float value;
-        std::memcpy(&value, &row[0][4 * i], 4);
+        std::memcpy(&value, &rows.upper[0][4 * i], 4);
         std::uint32_t whole = 0;
         if (value >= 4294967296.0F) {
             whole = 0xFFFFFFFF;
@@ -183,17 +187,17 @@ void floatsToBytes(SourceRow const& row, int width, Row const& out) {
     }
 }
 
-void bgrToGray(SourceRow const& row, int width, Row const& out) {
+void bgrToGray(int, int, RowPair const& rows, int width, Row const& out) {
     for (int x = 0; x < width; ++x) {
-        Pixel const p = pixelAt(row, x);
+        Pixel const p = pixelAt(rows.upper, x);
         storeSample(out, graySamples, x,
                     static_cast<unsigned>((28 * p.b + 152 * p.g + 76 * p.r) / 256));
     }
 }
 
-void grayToBgr(SourceRow const& row, int width, Row const& out) {
+void grayToBgr(int, int, RowPair const& rows, int width, Row const& out) {
     for (int x = 0; x < width; ++x) {
-        int const gray = sampleAt(row, graySamples, x);
+        int const gray = sampleAt(rows.upper, graySamples, x);
         storePixel(out, x, gray, gray, gray);
     }
 }
@@ -215,25 +219,47 @@ void convertYuvRow(int from, int to, int yuv, RowPair const& rows, int width, Ro
     }
 }
 
+constexpr int anyYuv = -1;
+
+// What a format without YUV samples can become, and by which formula.
+struct Pair {
+    int from;
+    int to;
+    void (*convert)(int from, int to, RowPair const& rows, int width, Row const& out);
+};
+
+constexpr Pair pairs[] = {
+    {Gray8, Bgr24, grayToBgr},
+    {Gray8, anyYuv, grayToYuv},
+    {Rgb24, Bgr24, moveChannels},
+    {RgbPlanar, Rgb24, moveChannels},
+    {BgrPlanar, Bgr24, moveChannels},
+    {Bgr24, Gray8, bgrToGray},
+    {Bgr24, Rgb24, moveChannels},
+    {Bgr24, BgrPlanar, moveChannels},
+    {Bgr24, anyYuv, bgrToYuv},
+    {Bgr24, Bgr32f, bytesToFloats},
+    {Bgr24, Bgr32fPlanar, bytesToFloats},
+    {Bgr32f, Bgr24, floatsToBytes},
+};
+
+Pair const* findPair(int from, int to) {
+    return std::find_if(std::begin(pairs), std::end(pairs), [&](Pair const& pair) {
+        return pair.from == from && pair.to == (isYuv(to) ? anyYuv : to);
+    });
+}
+
 }  // namespace
+
+bool canBecome(int from, int to) {
+    return findPair(from, to) != std::end(pairs);
+}
 
 void convertRow(int from, int to, int yuv, RowPair const& rows, int width, Row const& out) {
     if (isYuv(from)) {
         convertYuvRow(from, to, yuv, rows, width, out);
-    } else if (from == Gray8 && to == Bgr24) {
-        grayToBgr(rows.upper, width, out);
-    } else if (from == Gray8) {
-        grayToYuv(yuvLayout(to), rows.upper, width, out);
-    } else if (from == Bgr32f) {
-        floatsToBytes(rows.upper, width, out);
-    } else if (to == Gray8) {
-        bgrToGray(rows.upper, width, out);
-    } else if (to == Bgr32f || to == Bgr32fPlanar) {
-        bytesToFloats(to, rows.upper, width, out);
-    } else if (isYuv(to)) {
-        bgrToYuv(yuvLayout(to), rows, width, out);
     } else {
-        moveChannels(from, to, rows.upper, width, out);
+        findPair(from, to)->convert(from, to, rows, width, out);
     }
 }
 

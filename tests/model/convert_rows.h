@@ -12,6 +12,9 @@ struct RowPair {
     bool has_lower;
 };
 
+// Whether a format without YUV samples can become another.
+bool canBecome(int from, int to);
+
 // Makes a row of `width` pixels. `yuv` is the YUV format whose places are used where the
 // destination is one, or is treated as one; 0 where neither.
 void convertRow(int from, int to, int yuv, RowPair const& rows, int width, Row const& out);

@@ -67,7 +67,7 @@ struct Choice {
     int window;
 };
 
-// The pairs with a function of their own.
+// The pairs whose functions are promised. The model knows all that there are.
 std::map<std::pair<FrameFormat, FrameFormat>, Choice> const& specials() {
     static std::map<std::pair<FrameFormat, FrameFormat>, Choice> const table{
         {{FRAME_GRAY8, FRAME_BGR24}, {grayToBgr24, 1}},
@@ -115,6 +115,11 @@ Choice expectedChoice(FrameFormat src, FrameFormat dst) {
     auto const special = specials().find({src, dst});
     if (special != specials().end()) {
         return special->second;
+    }
+    for (ConversionRecord const& added : conversionRecords()) {
+        if (added.src == src && added.dst == dst) {
+            return {added.function, added.window_size};
+        }
     }
     if (src == FRAME_GRAY8 && isYuv(dst)) {
         return {grayToYuv, 1};

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <utility>
 
 namespace ox::rows {
 
@@ -23,6 +24,15 @@ constexpr std::size_t indexOf(YuvLayout layout) {
     return static_cast<std::size_t>(layout);
 }
 
+/// A table of what choose<layout>() gives for each.
+template <class Choose>
+constexpr auto byLayout(Choose choose) {
+    return [&]<std::size_t... index>(std::index_sequence<index...>) {
+        return std::array{choose.template operator()<YuvLayout{index}>()...};
+    }
+    (std::make_index_sequence<yuvLayouts>());
+}
+
 /// Bytes from sample to sample, and the pixels that share a chroma sample.
 struct YuvSteps {
     std::size_t luma;
@@ -30,14 +40,20 @@ struct YuvSteps {
     std::size_t pixels;
 };
 
-constexpr YuvSteps stepsOf(YuvLayout layout) {
-    constexpr std::array<YuvSteps, yuvLayouts> table{
-        {{1, 1, 2}, {1, 2, 2}, {1, 2, 2}, {2, 4, 2}, {2, 4, 2}, {1, 1, 1}, {3, 3, 1}}};
-    return table[indexOf(layout)];
+inline constexpr std::array<YuvSteps, yuvLayouts> yuvSteps{
+    {{1, 1, 2}, {1, 2, 2}, {1, 2, 2}, {2, 4, 2}, {2, 4, 2}, {1, 1, 1}, {3, 3, 1}}};
+
+constexpr YuvSteps const& stepsOf(YuvLayout layout) {
+    return yuvSteps[indexOf(layout)];
 }
 
 constexpr bool sharesChroma(YuvLayout layout) {
     return stepsOf(layout).pixels == 2;
+}
+
+/// The chroma samples of so many pixels, even where pixels share chroma.
+constexpr std::size_t chromaCount(YuvLayout layout, std::size_t pixels) {
+    return sharesChroma(layout) ? pixels / 2 : pixels;
 }
 
 /// Where the first samples of a row are; null for those that there are none of.
@@ -51,11 +67,11 @@ struct YuvSamples {
 /// The samples at a pixel of a row; the pixel is even where pixels share chroma.
 template <class Byte>
 constexpr YuvSamples<Byte> samplesAt(YuvLayout layout, YuvSamples<Byte> row, std::size_t pixel) {
-    YuvSteps const steps = stepsOf(layout);
+    YuvSteps const& steps = stepsOf(layout);
     auto const at = [](Byte* first, std::size_t offset) {
         return first != nullptr ? first + offset : nullptr;
     };
-    std::size_t const chroma = pixel / steps.pixels * steps.chroma;
+    std::size_t const chroma = chromaCount(layout, pixel) * steps.chroma;
     return {at(row.y, pixel * steps.luma), at(row.u, chroma), at(row.v, chroma)};
 }
 

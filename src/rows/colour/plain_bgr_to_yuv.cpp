@@ -54,15 +54,10 @@ void convertRow(BgrRows src, std::size_t width, YuvSamples<Byte> dst) {
     sampleChroma<vOfBgr, steps>(src, width, dst.v);
 }
 
-template <YuvLayout layout>
-constexpr BgrToYuv* convert = convertRow<stepsOf(layout)>;
-
 }  // namespace
 
-std::array<BgrToYuv*, yuvLayouts> const plainBgrToYuv{
-    convert<YuvLayout::HalfPlanes>, convert<YuvLayout::PairsUv>,    convert<YuvLayout::PairsVu>,
-    convert<YuvLayout::PackedYuyv>, convert<YuvLayout::PackedUyvy>, convert<YuvLayout::FullPlanes>,
-    convert<YuvLayout::PackedYuv>};
+constinit std::array<BgrToYuv*, yuvLayouts> const plainBgrToYuv =
+    byLayout([]<YuvLayout layout>() { return &convertRow<stepsOf(layout)>; });
 
 void plainBgrToGray(Byte const* bgr, std::size_t width, Byte* gray) {
     sampleRow<grayOfBgr, 1, 1>({bgr, nullptr}, width, gray, 1);

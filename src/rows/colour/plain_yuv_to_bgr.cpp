@@ -24,9 +24,6 @@ void convertRow(YuvSamples<Byte const> src, std::size_t width, Byte* bgr) {
     }
 }
 
-template <YuvLayout layout>
-constexpr YuvToBgr* convert = convertRow<stepsOf(layout)>;
-
 template <std::size_t step>
 void takeLuma(Byte const* y, std::size_t pixels, Byte* luma) {
     if constexpr (step == 1) {
@@ -38,20 +35,13 @@ void takeLuma(Byte const* y, std::size_t pixels, Byte* luma) {
     }
 }
 
-template <YuvLayout layout>
-constexpr ConvertRow* luma = takeLuma<stepsOf(layout).luma>;
-
 }  // namespace
 
-std::array<YuvToBgr*, yuvLayouts> const plainYuvToBgr{
-    convert<YuvLayout::HalfPlanes>, convert<YuvLayout::PairsUv>,    convert<YuvLayout::PairsVu>,
-    convert<YuvLayout::PackedYuyv>, convert<YuvLayout::PackedUyvy>, convert<YuvLayout::FullPlanes>,
-    convert<YuvLayout::PackedYuv>};
+constinit std::array<YuvToBgr*, yuvLayouts> const plainYuvToBgr =
+    byLayout([]<YuvLayout layout>() { return &convertRow<stepsOf(layout)>; });
 
-std::array<ConvertRow*, yuvLayouts> const plainLuma{
-    luma<YuvLayout::HalfPlanes>, luma<YuvLayout::PairsUv>,    luma<YuvLayout::PairsVu>,
-    luma<YuvLayout::PackedYuyv>, luma<YuvLayout::PackedUyvy>, luma<YuvLayout::FullPlanes>,
-    luma<YuvLayout::PackedYuv>};
+constinit std::array<ConvertRow*, yuvLayouts> const plainLuma =
+    byLayout([]<YuvLayout layout>() { return &takeLuma<stepsOf(layout).luma>; });
 
 void takePlainYuvToBgrRoutines(ColourRoutines& routines) {
     routines.yuv_to_bgr = plainYuvToBgr;

@@ -79,78 +79,45 @@ HWY_INLINE V8 pairsOf(V16 first, V16 second) {
 
 using Samples = YuvSamples<std::uint8_t>;
 
-/// For rows of each layout: store(...) writes the samples of the block of pixels at x.
+/// Writes the samples of the block of pixels at x.
 template <YuvLayout layout>
-struct Block;
-
-template <>
-struct Block<YuvLayout::HalfPlanes> {
-    static HWY_INLINE void store(Samples dst, std::size_t x, BgrRows src, ThreeChannels pixels) {
-        hn::StoreU(bytesOf<lumaOfBgr>(pixels), Tag8(), dst.y + x);
-        if (dst.u != nullptr) {
-            HalfTag8 const half;
-            HalfChroma const chroma = halfChromaOf(pixels, src, x);
-            hn::StoreU(hn::DemoteTo(half, chroma.u), half, dst.u + x / 2);
-            hn::StoreU(hn::DemoteTo(half, chroma.v), half, dst.v + x / 2);
+HWY_INLINE void storeBlock(Samples dst, std::size_t x, BgrRows src, ThreeChannels pixels) {
+    using enum YuvLayout;
+    Tag8 const d;
+    V8 const y = bytesOf<lumaOfBgr>(pixels);
+    if constexpr (layout == FullPlanes) {
+        hn::StoreU(y, d, dst.y + x);
+        hn::StoreU(bytesOf<uOfBgr>(pixels), d, dst.u + x);
+        hn::StoreU(bytesOf<vOfBgr>(pixels), d, dst.v + x);
+    } else if constexpr (layout == PackedYuv) {
+        StoreThree(dst.y + 3 * x, {y, bytesOf<uOfBgr>(pixels), bytesOf<vOfBgr>(pixels)});
+    } else if constexpr (layout == PackedYuyv || layout == PackedUyvy) {
+        HalfChroma const c = halfChromaOf(pixels, src, x);
+        V8 const pairs = pairsOf(c.u, c.v);
+        constexpr bool y_first = layout == PackedYuyv;
+        hn::StoreInterleaved2(y_first ? y : pairs, y_first ? pairs : y, d,
+                              (y_first ? dst.y : dst.u) + 2 * x);
+    } else {
+        hn::StoreU(y, d, dst.y + x);
+        if (dst.u == nullptr) {
+            return;
         }
-    }
-};
-
-template <bool u_first>
-struct PairsBlock {
-    static HWY_INLINE void store(Samples dst, std::size_t x, BgrRows src, ThreeChannels pixels) {
-        hn::StoreU(bytesOf<lumaOfBgr>(pixels), Tag8(), dst.y + x);
-        if (dst.u != nullptr) {
-            HalfChroma const c = halfChromaOf(pixels, src, x);
-            hn::StoreU(u_first ? pairsOf(c.u, c.v) : pairsOf(c.v, c.u), Tag8(),
+        HalfChroma const c = halfChromaOf(pixels, src, x);
+        if constexpr (layout == HalfPlanes) {
+            HalfTag8 const half;
+            hn::StoreU(hn::DemoteTo(half, c.u), half, dst.u + x / 2);
+            hn::StoreU(hn::DemoteTo(half, c.v), half, dst.v + x / 2);
+        } else {
+            constexpr bool u_first = layout == PairsUv;
+            hn::StoreU(u_first ? pairsOf(c.u, c.v) : pairsOf(c.v, c.u), d,
                        (u_first ? dst.u : dst.v) + x);
         }
     }
-};
-
-template <>
-struct Block<YuvLayout::PairsUv> : PairsBlock<true> {};
-
-template <>
-struct Block<YuvLayout::PairsVu> : PairsBlock<false> {};
-
-template <bool y_first>
-struct PackedPairsBlock {
-    static HWY_INLINE void store(Samples dst, std::size_t x, BgrRows src, ThreeChannels pixels) {
-        HalfChroma const chroma = halfChromaOf(pixels, src, x);
-        V8 const pairs = pairsOf(chroma.u, chroma.v);
-        V8 const y = bytesOf<lumaOfBgr>(pixels);
-        hn::StoreInterleaved2(y_first ? y : pairs, y_first ? pairs : y, Tag8(),
-                              (y_first ? dst.y : dst.u) + 2 * x);
-    }
-};
-
-template <>
-struct Block<YuvLayout::PackedYuyv> : PackedPairsBlock<true> {};
-
-template <>
-struct Block<YuvLayout::PackedUyvy> : PackedPairsBlock<false> {};
-
-template <>
-struct Block<YuvLayout::FullPlanes> {
-    static HWY_INLINE void store(Samples dst, std::size_t x, BgrRows, ThreeChannels pixels) {
-        Tag8 const d;
-        hn::StoreU(bytesOf<lumaOfBgr>(pixels), d, dst.y + x);
-        hn::StoreU(bytesOf<uOfBgr>(pixels), d, dst.u + x);
-        hn::StoreU(bytesOf<vOfBgr>(pixels), d, dst.v + x);
-    }
-};
-
-template <>
-struct Block<YuvLayout::PackedYuv> {
-    static HWY_INLINE void store(Samples dst, std::size_t x, BgrRows, ThreeChannels pixels) {
-        StoreThree(dst.y + 3 * x,
-                   {bytesOf<lumaOfBgr>(pixels), bytesOf<uOfBgr>(pixels), bytesOf<vOfBgr>(pixels)});
-    }
-};
+}
 
 /// How many pixels of a row are converted by blocks.
-std::size_t blockPixels(YuvLayout layout, std::size_t width, Samples dst) {
+template <YuvLayout layout>
+HWY_INLINE std::size_t blockPixels(std::size_t width, Samples dst) {
     bool const all = dst.y != nullptr && dst.u != nullptr && dst.v != nullptr;
     bool const luma_alone =
         sharesChroma(layout) && dst.y != nullptr && dst.u == nullptr && dst.v == nullptr;
@@ -160,10 +127,10 @@ std::size_t blockPixels(YuvLayout layout, std::size_t width, Samples dst) {
 
 template <YuvLayout layout>
 void convertRow(BgrRows src, std::size_t width, Samples dst) {
-    std::size_t const pixels = blockPixels(layout, width, dst);
+    std::size_t const pixels = blockPixels<layout>(width, dst);
     walkBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
         prefetch<3 * blockBytes, 384>(src.upper + 3 * x);
-        Block<layout>::store(dst, x, src, LoadThree(src.upper + 3 * x));
+        storeBlock<layout>(dst, x, src, LoadThree(src.upper + 3 * x));
     });
     if (pixels < width) {
         BgrRows const rest{src.upper + 3 * pixels,
@@ -186,10 +153,7 @@ void convertRowToGray(std::uint8_t const* bgr, std::size_t width, std::uint8_t* 
 
 void takeRoutines([[maybe_unused]] ColourRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
-    routines.bgr_to_yuv = {convertRow<YuvLayout::HalfPlanes>, convertRow<YuvLayout::PairsUv>,
-                           convertRow<YuvLayout::PairsVu>,    convertRow<YuvLayout::PackedYuyv>,
-                           convertRow<YuvLayout::PackedUyvy>, convertRow<YuvLayout::FullPlanes>,
-                           convertRow<YuvLayout::PackedYuv>};
+    routines.bgr_to_yuv = byLayout([]<YuvLayout layout>() { return &convertRow<layout>; });
     routines.bgr_to_gray = convertRowToGray;
 #endif
 }

@@ -132,95 +132,52 @@ HWY_INLINE void storeBlock(std::uint8_t* dst, V8 y, ChromaTerms const& even,
 
 using Row = YuvSamples<std::uint8_t const>;
 
-/// For rows of each layout: convert(x) converts the block of pixels at x.
+HWY_INLINE void storeSharedBlock(std::uint8_t* dst, V8 y, V16 u, V16 v) {
+    ChromaTerms const terms = chromaTerms(u, v);
+    storeBlock(dst, y, terms, terms);
+}
+
+/// Converts the block of pixels at x.
 template <YuvLayout layout>
-struct Block;
-
-struct HalfChromaBlock {
-    static HWY_INLINE void store(std::uint8_t* dst, V8 y, V16 u, V16 v) {
-        ChromaTerms const terms = chromaTerms(u, v);
-        storeBlock(dst, y, terms, terms);
-    }
-};
-
-template <>
-struct Block<YuvLayout::HalfPlanes> {
-    static HWY_INLINE void convert(Row src, std::size_t x, std::uint8_t* dst) {
+HWY_INLINE void convertBlock(Row src, std::size_t x, std::uint8_t* dst) {
+    using enum YuvLayout;
+    Tag8 const d;
+    if constexpr (layout == HalfPlanes) {
         HalfTag8 const half;
-        HalfChromaBlock::store(dst, hn::LoadU(Tag8(), src.y + x),
-                               hn::PromoteTo(TagS16(), hn::LoadU(half, src.u + x / 2)),
-                               hn::PromoteTo(TagS16(), hn::LoadU(half, src.v + x / 2)));
+        storeSharedBlock(dst, hn::LoadU(d, src.y + x),
+                         hn::PromoteTo(TagS16(), hn::LoadU(half, src.u + x / 2)),
+                         hn::PromoteTo(TagS16(), hn::LoadU(half, src.v + x / 2)));
+    } else if constexpr (layout == PairsUv || layout == PairsVu) {
+        constexpr bool u_first = layout == PairsUv;
+        V8 const pairs = hn::LoadU(d, (u_first ? src.u : src.v) + x);
+        V16 const even = EvenBytes(pairs);
+        V16 const odd = OddBytes(pairs);
+        storeSharedBlock(dst, hn::LoadU(d, src.y + x), u_first ? even : odd, u_first ? odd : even);
+    } else if constexpr (layout == PackedYuyv || layout == PackedUyvy) {
+        constexpr bool y_first = layout == PackedYuyv;
+        V8 even;
+        V8 odd;
+        hn::LoadInterleaved2(d, (y_first ? src.y : src.u) + 2 * x, even, odd);
+        V8 const pairs = y_first ? odd : even;
+        storeSharedBlock(dst, y_first ? even : odd, EvenBytes(pairs), OddBytes(pairs));
+    } else {
+        ThreeChannels v;
+        if constexpr (layout == PackedYuv) {
+            v = LoadThree(src.y + 3 * x);
+        } else {
+            v = {hn::LoadU(d, src.y + x), hn::LoadU(d, src.u + x), hn::LoadU(d, src.v + x)};
+        }
+        storeBlock(dst, v.c0, chromaTerms(EvenBytes(v.c1), EvenBytes(v.c2)),
+                   chromaTerms(OddBytes(v.c1), OddBytes(v.c2)));
     }
-};
-
-template <>
-struct Block<YuvLayout::PairsUv> {
-    static HWY_INLINE void convert(Row src, std::size_t x, std::uint8_t* dst) {
-        V8 const pairs = hn::LoadU(Tag8(), src.u + x);
-        HalfChromaBlock::store(dst, hn::LoadU(Tag8(), src.y + x), EvenBytes(pairs),
-                               OddBytes(pairs));
-    }
-};
-
-template <>
-struct Block<YuvLayout::PairsVu> {
-    static HWY_INLINE void convert(Row src, std::size_t x, std::uint8_t* dst) {
-        V8 const pairs = hn::LoadU(Tag8(), src.v + x);
-        HalfChromaBlock::store(dst, hn::LoadU(Tag8(), src.y + x), OddBytes(pairs),
-                               EvenBytes(pairs));
-    }
-};
-
-template <>
-struct Block<YuvLayout::PackedYuyv> {
-    static HWY_INLINE void convert(Row src, std::size_t x, std::uint8_t* dst) {
-        V8 y;
-        V8 pairs;
-        hn::LoadInterleaved2(Tag8(), src.y + 2 * x, y, pairs);
-        HalfChromaBlock::store(dst, y, EvenBytes(pairs), OddBytes(pairs));
-    }
-};
-
-template <>
-struct Block<YuvLayout::PackedUyvy> {
-    static HWY_INLINE void convert(Row src, std::size_t x, std::uint8_t* dst) {
-        V8 pairs;
-        V8 y;
-        hn::LoadInterleaved2(Tag8(), src.u + 2 * x, pairs, y);
-        HalfChromaBlock::store(dst, y, EvenBytes(pairs), OddBytes(pairs));
-    }
-};
-
-struct FullChromaBlock {
-    static HWY_INLINE void store(std::uint8_t* dst, V8 y, V8 u, V8 v) {
-        storeBlock(dst, y, chromaTerms(EvenBytes(u), EvenBytes(v)),
-                   chromaTerms(OddBytes(u), OddBytes(v)));
-    }
-};
-
-template <>
-struct Block<YuvLayout::FullPlanes> {
-    static HWY_INLINE void convert(Row src, std::size_t x, std::uint8_t* dst) {
-        Tag8 const d;
-        FullChromaBlock::store(dst, hn::LoadU(d, src.y + x), hn::LoadU(d, src.u + x),
-                               hn::LoadU(d, src.v + x));
-    }
-};
-
-template <>
-struct Block<YuvLayout::PackedYuv> {
-    static HWY_INLINE void convert(Row src, std::size_t x, std::uint8_t* dst) {
-        ThreeChannels const pixels = LoadThree(src.y + 3 * x);
-        FullChromaBlock::store(dst, pixels.c0, pixels.c1, pixels.c2);
-    }
-};
+}
 
 template <YuvLayout layout>
 void convertRow(Row src, std::size_t width, std::uint8_t* bgr) {
     std::size_t const pairs = width - width % stepsOf(layout).pixels;
     std::size_t const pixels = pairs < blockBytes ? 0 : pairs;
     walkBlocks(pixels, blockBytes,
-               [&](std::size_t x) HWY_ATTR { Block<layout>::convert(src, x, bgr + 3 * x); });
+               [&](std::size_t x) HWY_ATTR { convertBlock<layout>(src, x, bgr + 3 * x); });
     if (pixels < width) {
         plainYuvToBgr[indexOf(layout)](samplesAt(layout, src, pixels), width - pixels,
                                        bgr + 3 * pixels);
@@ -253,22 +210,14 @@ void takeLuma(std::uint8_t const* y, std::size_t pixels, std::uint8_t* luma) {
     });
 }
 
-template <YuvLayout layout>
-void takeLumaRoutine(ColourRoutines& routines) {
-    routines.luma[indexOf(layout)] = takeLuma<layout>;
-}
-
 #endif
 
 void takeRoutines([[maybe_unused]] ColourRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
-    routines.yuv_to_bgr = {convertRow<YuvLayout::HalfPlanes>, convertRow<YuvLayout::PairsUv>,
-                           convertRow<YuvLayout::PairsVu>,    convertRow<YuvLayout::PackedYuyv>,
-                           convertRow<YuvLayout::PackedUyvy>, convertRow<YuvLayout::FullPlanes>,
-                           convertRow<YuvLayout::PackedYuv>};
-    takeLumaRoutine<YuvLayout::PackedYuyv>(routines);
-    takeLumaRoutine<YuvLayout::PackedUyvy>(routines);
-    takeLumaRoutine<YuvLayout::PackedYuv>(routines);
+    routines.yuv_to_bgr = byLayout([]<YuvLayout layout>() { return &convertRow<layout>; });
+    routines.luma[indexOf(YuvLayout::PackedYuyv)] = takeLuma<YuvLayout::PackedYuyv>;
+    routines.luma[indexOf(YuvLayout::PackedUyvy)] = takeLuma<YuvLayout::PackedUyvy>;
+    routines.luma[indexOf(YuvLayout::PackedYuv)] = takeLuma<YuvLayout::PackedYuv>;
 #endif
 }
 

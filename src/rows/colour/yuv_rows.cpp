@@ -98,7 +98,7 @@ void scatter(YuvLayout layout, Source run, std::size_t pixels, Target dst) {
             return routines().colour.merge_three(planes, pixels, dst.y);
         }
         default: {
-            std::size_t const count = pixels / stepsOf(layout).pixels;
+            std::size_t const count = chromaCount(layout, pixels);
             copy(run.u, count, dst.u);
             copy(run.v, count, dst.v);
         }
@@ -130,7 +130,7 @@ void averagePairs(Byte const* upper, Byte const* lower, std::size_t count, Byte*
 /// Averages or repeats chroma for a layout that shares it otherwise, or in two rows.
 void adapt(YuvWay way, Byte const* upper, Byte const* lower, std::size_t pixels, Byte* dst) {
     if (sharesChroma(way.from) == sharesChroma(way.to)) {
-        averageRows(upper, lower, pixels / stepsOf(way.to).pixels, dst);
+        averageRows(upper, lower, chromaCount(way.to, pixels), dst);
     } else if (sharesChroma(way.to)) {
         averagePairs(upper, lower, pixels / 2, dst);
     } else {
