@@ -13,9 +13,7 @@ using Table = vector::RoutineTable<Routines, findRoutines>;
 
 Routines findRoutines() {
     Routines found{};
-    takePlainBgrToYuvRoutines(found.colour);
-    takePlainChannelRoutines(found.colour);
-    takePlainYuvToBgrRoutines(found.colour);
+    found.colour = plainColour;
 #ifdef OX_WITH_HIGHWAY
     takeBgrToYuvRoutines(found.colour);
     takeChannelRoutines(found.colour);

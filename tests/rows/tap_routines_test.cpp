@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "rows/colour/plain.h"
 #include "rows/row_targets.h"
 #include "support/guarded_memory.h"
 #include "support/random.h"
@@ -333,10 +332,11 @@ TEST(RowRoutinesOfThisBuild, AreThereWhereThereIsVectorCode) {
     EXPECT_EQ(rows::routines().taps.sum_rows != nullptr, vectors);
     EXPECT_EQ(rows::routines().taps.compile_taps != nullptr, vectors);
     EXPECT_EQ(rows::routines().taps.sum_taps != nullptr, vectors);
-    EXPECT_EQ(rows::routines().colour.yuv_to_bgr[0] != rows::plainYuvToBgr[0], vectors);
-    EXPECT_EQ(rows::routines().colour.bgr_to_yuv[0] != rows::plainBgrToYuv[0], vectors);
-    EXPECT_EQ(rows::routines().colour.split_two != rows::plainSplitTwo, vectors);
-    EXPECT_EQ(rows::routines().colour.bytes_to_floats != rows::plainBytesToFloats, vectors);
+    EXPECT_EQ(rows::routines().colour.yuv_to_bgr[0] != rows::plainColour.yuv_to_bgr[0], vectors);
+    EXPECT_EQ(rows::routines().colour.bgr_to_yuv[0] != rows::plainColour.bgr_to_yuv[0], vectors);
+    EXPECT_EQ(rows::routines().colour.split_two != rows::plainColour.split_two, vectors);
+    EXPECT_EQ(rows::routines().colour.bytes_to_floats != rows::plainColour.bytes_to_floats,
+              vectors);
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ using SplitRow = void(std::uint8_t const* row, std::size_t pixels, std::uint8_t*
 /// The other way round.
 using MergeRow = void(std::uint8_t const* const* planes, std::size_t pixels, std::uint8_t* row);
 
-/// None is ever null: plain routines define the bytes, and vector ones stand in for them.
+/// None is ever null: vector routines stand in for plain ones.
 struct ColourRoutines {
     std::array<YuvToBgr*, yuvLayouts> yuv_to_bgr;
     std::array<BgrToYuv*, yuvLayouts> bgr_to_yuv;
@@ -48,10 +48,10 @@ struct ColourRoutines {
     MergeRow* merge_three;
 };
 
-// Each source puts in its own; those of vector code come last, and none come where there is none.
-void takePlainBgrToYuvRoutines(ColourRoutines& routines);
-void takePlainChannelRoutines(ColourRoutines& routines);
-void takePlainYuvToBgrRoutines(ColourRoutines& routines);
+/// The loops that define the bytes; vector routines hand short rows and last pixels to them.
+extern ColourRoutines const plainColour;
+
+// Each source puts in its vector routines for the best instruction set, if that has any.
 void takeBgrToYuvRoutines(ColourRoutines& routines);
 void takeChannelRoutines(ColourRoutines& routines);
 void takeFloatRoutines(ColourRoutines& routines);

@@ -8,7 +8,7 @@
 #include <algorithm>
 
 #include "rows/colour/formulas.h"
-#include "rows/colour/plain.h"
+#include "rows/colour/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -135,13 +135,14 @@ void convertRow(BgrRows src, std::size_t width, Samples dst) {
     if (pixels < width) {
         BgrRows const rest{src.upper + 3 * pixels,
                            src.lower != nullptr ? src.lower + 3 * pixels : nullptr};
-        plainBgrToYuv[indexOf(layout)](rest, width - pixels, samplesAt(layout, dst, pixels));
+        plainColour.bgr_to_yuv[indexOf(layout)](rest, width - pixels,
+                                                samplesAt(layout, dst, pixels));
     }
 }
 
 void convertRowToGray(std::uint8_t const* bgr, std::size_t width, std::uint8_t* gray) {
     if (width < blockBytes) {
-        return plainBgrToGray(bgr, width, gray);
+        return plainColour.bgr_to_gray(bgr, width, gray);
     }
     walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
         prefetch<3 * blockBytes, 384>(bgr + 3 * x);

@@ -5,7 +5,9 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "rows/colour/plain.h"
+#include <algorithm>
+
+#include "rows/colour/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -18,9 +20,13 @@ using Byte = std::uint8_t;
 
 #if HWY_TARGET != HWY_SCALAR
 
+bool hasNull(Byte* const* planes, std::size_t count) {
+    return std::find(planes, planes + count, nullptr) != planes + count;
+}
+
 void splitTwo(Byte const* row, std::size_t pixels, Byte* const* planes) {
     if (pixels < blockBytes || hasNull(planes, 2)) {
-        return plainSplitTwo(row, pixels, planes);
+        return plainColour.split_two(row, pixels, planes);
     }
     Tag8 const d;
     Byte* const first = planes[0];
@@ -36,7 +42,7 @@ void splitTwo(Byte const* row, std::size_t pixels, Byte* const* planes) {
 
 void splitThree(Byte const* row, std::size_t pixels, Byte* const* planes) {
     if (pixels < blockBytes || hasNull(planes, 3)) {
-        return plainSplitThree(row, pixels, planes);
+        return plainColour.split_three(row, pixels, planes);
     }
     Tag8 const d;
     Byte* const first = planes[0];
@@ -52,7 +58,7 @@ void splitThree(Byte const* row, std::size_t pixels, Byte* const* planes) {
 
 void mergeTwo(Byte const* const* planes, std::size_t pixels, Byte* row) {
     if (pixels < blockBytes) {
-        return plainMergeTwo(planes, pixels, row);
+        return plainColour.merge_two(planes, pixels, row);
     }
     Tag8 const d;
     Byte const* const first = planes[0];
@@ -64,7 +70,7 @@ void mergeTwo(Byte const* const* planes, std::size_t pixels, Byte* row) {
 
 void mergeThree(Byte const* const* planes, std::size_t pixels, Byte* row) {
     if (pixels < blockBytes) {
-        return plainMergeThree(planes, pixels, row);
+        return plainColour.merge_three(planes, pixels, row);
     }
     Tag8 const d;
     Byte const* const first = planes[0];
@@ -78,7 +84,7 @@ void mergeThree(Byte const* const* planes, std::size_t pixels, Byte* row) {
 
 void grayToBgr(Byte const* gray, std::size_t pixels, Byte* bgr) {
     if (pixels < blockBytes) {
-        return plainGrayToBgr(gray, pixels, bgr);
+        return plainColour.gray_to_bgr(gray, pixels, bgr);
     }
     walkShortBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
         prefetch<3 * blockBytes, 3072, For::writing>(bgr + 3 * x);
@@ -90,7 +96,7 @@ void grayToBgr(Byte const* gray, std::size_t pixels, Byte* bgr) {
 
 void swapRedBlue(Byte const* row, std::size_t pixels, Byte* dst) {
     if (pixels < blockBytes) {
-        return plainSwapRedBlue(row, pixels, dst);
+        return plainColour.swap_red_blue(row, pixels, dst);
     }
     walkShortBlocks(pixels, blockBytes, [&](std::size_t x) {
         ThreeChannels const v = LoadThree(row + 3 * x);
@@ -125,7 +131,7 @@ void swapRedBlue(Byte const* row, std::size_t pixels, Byte* dst) {
     auto const rest = hn::FirstN(d, bytes - i);
     hn::BlendedStore(Permute(hn::MaskedLoad(rest, d, row + i), exchange), rest, d, dst + i);
 #else
-    plainSwapRedBlue(row + i, (bytes - i) / 3, dst + i);
+    plainColour.swap_red_blue(row + i, (bytes - i) / 3, dst + i);
 #endif
 }
 

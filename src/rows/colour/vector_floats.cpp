@@ -5,7 +5,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "rows/colour/plain.h"
+#include "rows/colour/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -27,7 +27,7 @@ HWY_INLINE auto loadFloats(std::uint8_t const* at) {
 
 void convertBytes(std::uint8_t const* src, std::size_t count, std::uint8_t* floats) {
     if (count < lanes) {
-        return plainBytesToFloats(src, count, floats);
+        return plainColour.bytes_to_floats(src, count, floats);
     }
     walkShortBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
         std::uint8_t* const target = floats + sizeof(float) * i;
@@ -39,7 +39,7 @@ void convertBytes(std::uint8_t const* src, std::size_t count, std::uint8_t* floa
 
 void convertFloats(std::uint8_t const* floats, std::size_t count, std::uint8_t* dst) {
     if (count < lanes) {
-        return plainFloatsToLowBytes(floats, count, dst);
+        return plainColour.floats_to_low_bytes(floats, count, dst);
     }
     walkShortBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
         std::uint8_t const* const source = floats + sizeof(float) * i;

@@ -6,7 +6,7 @@
 #include <hwy/highway.h>
 
 #include "rows/colour/formulas.h"
-#include "rows/colour/plain.h"
+#include "rows/colour/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
@@ -179,8 +179,8 @@ void convertRow(Row src, std::size_t width, std::uint8_t* bgr) {
     walkBlocks(pixels, blockBytes,
                [&](std::size_t x) HWY_ATTR { convertBlock<layout>(src, x, bgr + 3 * x); });
     if (pixels < width) {
-        plainYuvToBgr[indexOf(layout)](samplesAt(layout, src, pixels), width - pixels,
-                                       bgr + 3 * pixels);
+        plainColour.yuv_to_bgr[indexOf(layout)](samplesAt(layout, src, pixels), width - pixels,
+                                                bgr + 3 * pixels);
     }
 }
 
@@ -203,7 +203,7 @@ HWY_INLINE V8 loadLuma(std::uint8_t const* y) {
 template <YuvLayout layout>
 void takeLuma(std::uint8_t const* y, std::size_t pixels, std::uint8_t* luma) {
     if (pixels < blockBytes) {
-        return plainLuma[indexOf(layout)](y, pixels, luma);
+        return plainColour.luma[indexOf(layout)](y, pixels, luma);
     }
     walkShortBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
         hn::StoreU(loadLuma<layout>(y + stepsOf(layout).luma * x), Tag8(), luma + x);
