@@ -122,8 +122,8 @@ constexpr bool modelsMatch(std::index_sequence<index...> /*kernels*/) {
 }
 
 constexpr std::size_t kernelCount = std::tuple_size_v<decltype(Simd::kernels)>;
-static_assert(kernelCount == std::tuple_size_v<decltype(models)>);
-static_assert(modelsMatch(std::make_index_sequence<kernelCount>()));
+static_assert(kernelCount == std::tuple_size_v<decltype(models)>, "a kernel has no model");
+static_assert(modelsMatch(std::make_index_sequence<kernelCount>()), "another name, shape or order");
 
 // The model of a kernel.
 template <class Record>
