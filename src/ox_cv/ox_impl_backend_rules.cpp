@@ -8,8 +8,7 @@
 namespace ox::impl {
 
 bool pipelineConverts(FrameFormat src, FrameFormat dst) {
-    // Without a function, or with no row to take, there is no window over the source.
-    return src == dst || chooseConversion(src, dst).window_size > 0;
+    return src == dst || hasConversion(src, dst);
 }
 
 bool pipelineScales(FrameFormat format, ResizeMethod method) {

@@ -123,9 +123,10 @@ std::span<ConversionRecord const> conversionRecords() {
     return conversionTable;
 }
 
-Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format) {
-    int const subsampling = isYuv(dst_format) ? yuvInfo(dst_format).y_subsampling : 0;
-    return chooseConversion(src_format, dst_format, subsampling);
+bool hasConversion(FrameFormat src, FrameFormat dst) {
+    ConversionRecord const record =
+        chooseConversion(src, dst, isYuv(dst) ? yuvInfo(dst).y_subsampling : 0);
+    return record.function != nullptr && record.window_size > 0;
 }
 
 void ImplFormatConverter::getFormatInfo(FrameFormat format, FormatInfo& info) const {

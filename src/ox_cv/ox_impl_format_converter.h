@@ -67,8 +67,8 @@ struct ConversionRecord {
 };
 std::span<ConversionRecord const> conversionRecords();
 
-/// The same for a new converter, which holds no stale record.
-Conversion chooseConversion(FrameFormat src_format, FrameFormat dst_format);
+/// Whether a new converter, which holds no stale record, has a function for two formats.
+bool hasConversion(FrameFormat src, FrameFormat dst);
 
 /// A chosen conversion. A new object is all zero.
 class ImplFormatConverter {
