@@ -138,17 +138,14 @@ void ConvertBgrToNv12(ConstBytes bgr, std::size_t width, std::size_t height, std
 void ConvertBgrToYuv444(ConstBytes bgr, std::size_t width, std::size_t height,
                         std::size_t bgr_stride, Bytes y, std::size_t y_stride, Bytes u,
                         std::size_t u_stride, Bytes v, std::size_t v_stride) {
-    for (std::size_t row = 0; row < height; ++row) {
+    for (std::size_t row = 0; row < height;
+         ++row, bgr += bgr_stride, y += y_stride, u += u_stride, v += v_stride) {
         for (std::size_t x = 0; x < width; ++x) {
             Bgr const pixel = load(bgr + 3 * x);
             y[x] = lumaOf(pixel);
             u[x] = uOf(pixel);
             v[x] = vOf(pixel);
         }
-        bgr += bgr_stride;
-        y += y_stride;
-        u += u_stride;
-        v += v_stride;
     }
 }
 
@@ -200,14 +197,11 @@ void ConvertNv12ToBgrDirectly(ConstBytes y, std::size_t y_stride, ConstBytes uv,
 void ConvertYuv444ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::size_t u_stride,
                         ConstBytes v, std::size_t v_stride, std::size_t width, std::size_t height,
                         Bytes bgr, std::size_t bgr_stride) {
-    for (std::size_t row = 0; row < height; ++row) {
+    for (std::size_t row = 0; row < height;
+         ++row, y += y_stride, u += u_stride, v += v_stride, bgr += bgr_stride) {
         for (std::size_t x = 0; x < width; ++x) {
             store<FineMatrix, BlueFirst>(bgr + 3 * x, y[x], chromaTerms(u[x], v[x]));
         }
-        y += y_stride;
-        u += u_stride;
-        v += v_stride;
-        bgr += bgr_stride;
     }
 }
 

@@ -45,7 +45,8 @@ void ConvertBgrToYuv444(ConstBytes bgr, std::size_t width, std::size_t height,
         return Base::ConvertBgrToYuv444(bgr, width, height, bgr_stride, y, y_stride, u, u_stride, v,
                                         v_stride);
     }
-    for (std::size_t row = 0; row < height; ++row) {
+    for (std::size_t row = 0; row < height;
+         ++row, bgr += bgr_stride, y += y_stride, u += u_stride, v += v_stride) {
         walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
             ThreeChannels const pixels = LoadThree(bgr + 3 * x);
@@ -55,10 +56,6 @@ void ConvertBgrToYuv444(ConstBytes bgr, std::size_t width, std::size_t height,
             hn::StoreU(chromaOf<uWeights>(lower, upper), Tag8(), u + x);
             hn::StoreU(chromaOf<vWeights>(lower, upper), Tag8(), v + x);
         });
-        bgr += bgr_stride;
-        y += y_stride;
-        u += u_stride;
-        v += v_stride;
     }
 }
 

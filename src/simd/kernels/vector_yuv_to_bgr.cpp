@@ -340,15 +340,12 @@ void ConvertYuv444ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::s
                                         bgr_stride);
     }
     Tag8 const d;
-    for (std::size_t row = 0; row < height; ++row) {
+    for (std::size_t row = 0; row < height;
+         ++row, y += y_stride, u += u_stride, v += v_stride, bgr += bgr_stride) {
         walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             storeFullChroma(bgr + 3 * x, hn::LoadU(d, y + x), hn::LoadU(d, u + x),
                             hn::LoadU(d, v + x));
         });
-        y += y_stride;
-        u += u_stride;
-        v += v_stride;
-        bgr += bgr_stride;
     }
 }
 
