@@ -4,7 +4,7 @@
 #pragma once
 
 #include "ox_core/ox_impl_place.h"
-#include "ox_cv/ox_impl_scale_elements.h"
+#include "ox_cv/ox_impl_scaler_state.h"
 #include "ox_cv/ox_scaler_area.h"
 
 namespace ox::impl {
@@ -16,21 +16,10 @@ inline void checkPrecision(ScalerPrecision precision) {
     OX_ASSERT(precision == OX_SCALER_FIXED_POINT_8S || precision == OX_SCALER_FIXED_POINT_16S);
 }
 
-[[noreturn]] inline void throwUnsupportedArea(char const* name) {
-    areaPlace.fail({StatusNotSupported, "produce"},
-                   "Failure in %s::produce(...) : unsupported frame format.", name);
-}
-
-/// Before rows are summed, and behind that.
-inline void refuseUnscalable(FrameFormat format, char const* name) {
-    if (!isScalable(format)) {
-        throwUnsupportedArea(name);
-    }
-}
-
+/// 32-bit samples are refused by this, behind their sums.
 inline void refuseWritten(FrameFormat format, char const* name) {
     if (!isScalableByArea(format)) {
-        throwUnsupportedArea(name);
+        throwUnsupported(areaPlace, name);
     }
 }
 

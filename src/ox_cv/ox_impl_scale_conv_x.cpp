@@ -1,7 +1,8 @@
 #include "ox_cv/ox_impl_scale_conv_x.h"
 
-#include "ox_core/ox_impl_sizes.h"
-#include "ox_cv/ox_impl_state.h"
+#include <algorithm>
+
+#include "ox_cv/ox_impl_scale_weights.h"
 
 namespace ox::impl {
 
@@ -12,6 +13,21 @@ constexpr Place here{"src/ox_cv/ox_impl_scale_conv_x"};
 /// Fewer formats than the other scalers take.
 constexpr bool takesFormat(FrameFormat format) {
     return isScalable(format) && format != FRAME_BGR_PLANAR && factsOf(format).pixel_group == 1;
+}
+
+/// Each row of weights that a pixel takes, as words.
+template <class Weight>
+void fillAxis(ScaleData<Weight> const& data, rows::TapAxis& axis) {
+    axis.taps = static_cast<std::size_t>(data.aperture());
+    axis.shift = unitShift<Weight>;
+    axis.weights.assign(static_cast<std::size_t>(data.kernels().rowCount()) * axis.taps, 0);
+    axis.starts.clear();
+    axis.starts.reserve(data.sources().size());
+    for (ScaleSource const source : data.sources()) {
+        axis.starts.push_back({source.src_start, source.kernel_index});
+        std::copy_n(data.kernels().row(source.kernel_index), axis.taps,
+                    axis.weightRow(source.kernel_index));
+    }
 }
 
 }  // namespace
@@ -37,24 +53,29 @@ template <class Source>
 void ScaleX<Weight>::arm(IKernel& kernel, Source& source, FrameLayout const& src_layout,
                          int dst_width) {
     prepareTables(_window, [&] {
-        _reuseScaleData(kernel, src_layout, dst_width);
-        planColumns(src_layout);
+        bool const same = _reuseScaleData(kernel, src_layout, dst_width);
+        // The loops depend on the source's own width too, which the weights may not know of.
+        _planes.plan(here, src_layout, _dst_layout, same,
+                     [&](rows::TapColumns& columns, int i, rows::Element element) {
+                         fillAxis(_scale_data[i], columns.axis);
+                         std::uint64_t const bytes = reachedBytes(src_layout.plane[i].rowBytes);
+                         columns.plan(element,
+                                      static_cast<std::int64_t>(bytes) / (element.bits / 8));
+                     });
     });
     armWindow(_window, source, 1, here);
 }
 
+/// @return whether weights and layout have stayed
 template <class Weight>
-void ScaleX<Weight>::_reuseScaleData(IKernel& kernel, FrameLayout const& src_layout,
+bool ScaleX<Weight>::_reuseScaleData(IKernel& kernel, FrameLayout const& src_layout,
                                      int dst_width) {
     if (_window.initialized() && _kernel == &kernel && _format == src_layout.format &&
         _dst_layout.size.width == dst_width) {
-        return;
+        return true;
     }
     _kernel = &kernel;
     _format = src_layout.format;
-    for (auto& columns : _columns) {
-        columns.clear();
-    }
     _dst_layout =
         FrameLayout(src_layout.format, {dst_width, src_layout.size.height}, defaultAlignment);
     if (src_layout.planeCount == 0) {
@@ -67,17 +88,7 @@ void ScaleX<Weight>::_reuseScaleData(IKernel& kernel, FrameLayout const& src_lay
             _scale_data[i].reuse(kernel, src_layout.plane[i].width, _dst_layout.plane[i].width);
         }
     });
-}
-
-/// The loops depend on the source's own width too, which the weights may not know of.
-template <class Weight>
-void ScaleX<Weight>::planColumns(FrameLayout const& src_layout) {
-    for (int i = 0; i < src_layout.planeCount; ++i) {
-        std::uint64_t const row_bytes = src_layout.plane[i].rowBytes;
-        if (!_columns[i] || _columns[i].rowBytes() != row_bytes) {
-            _columns[i].plan(_scale_data[i], scaleElement(_format, i), row_bytes);
-        }
-    }
+    return false;
 }
 
 template <class Weight>
@@ -88,9 +99,6 @@ void ScaleX<Weight>::renew() {
     _window.renew();
     for (auto& data : _scale_data) {
         data.renew();
-    }
-    for (auto& columns : _columns) {
-        columns.clear();
     }
 }
 
@@ -109,12 +117,10 @@ void ScaleX<Weight>::produce(RowData& dst) {
         here.fail(StatusNotSupported, "Failure in ScaleX::produce(...) : unsupported format.");
     }
     RowData const* src = nullptr;
-    for (int i = 0; i < _dst_layout.planeCount; ++i) {
-        if (dst[i] != nullptr) {
-            src = src == nullptr ? _window.rowData(0) : src;
-            _columns[i].sum((*src)[i], dst[i]);
-        }
-    }
+    _planes.forEach(dst, [&](auto& columns, int i) {
+        src = src == nullptr ? _window.rowData(0) : src;
+        columns.run((*src)[i], dst[i]);
+    });
 }
 
 template <class Weight>

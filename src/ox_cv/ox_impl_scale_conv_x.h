@@ -4,8 +4,9 @@
 #pragma once
 
 #include "ox_cv/ox_impl_scale_data.h"
-#include "ox_cv/ox_impl_tap_columns.h"
+#include "ox_cv/ox_impl_scaler_state.h"
 #include "ox_cv/ox_row_window.h"
+#include "rows/taps/columns.h"
 
 namespace ox::impl {
 
@@ -39,15 +40,14 @@ class ScaleX : public IRowProducer {
   private:
     template <class Source>
     void arm(IKernel& kernel, Source& source, FrameLayout const& src_layout, int dst_width);
-    void _reuseScaleData(IKernel& kernel, FrameLayout const& src_layout, int dst_width);
-    void planColumns(FrameLayout const& src_layout);
+    bool _reuseScaleData(IKernel& kernel, FrameLayout const& src_layout, int dst_width);
 
     IKernel const* _kernel = nullptr;  ///< known by its address only
     FrameFormat _format = FRAME_FORMAT_NONE;
     FrameLayout _dst_layout;
     RowWindow _window;
     ScaleData<Weight> _scale_data[4];  ///< one per plane
-    TapColumns<Weight> _columns[4];    ///< the row loops over them
+    ScaledPlanes<rows::TapColumns> _planes;
 };
 
 extern template class ScaleX<signed char>;

@@ -4,8 +4,9 @@
 
 #include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_scale_elements.h"
+#include "ox_cv/ox_impl_scale_weights.h"
 #include "ox_cv/ox_impl_state.h"
-#include "ox_cv/ox_impl_tap_rows.h"
+#include "rows/rows_routines.h"
 
 namespace ox::impl {
 
@@ -35,6 +36,7 @@ void ScaleY<Weight>::reuse(IKernel& kernel, IRowProducer& src_producer, int dst_
         _row_index.reuse(_dst_layout);
         _src_layout = src_layout;
         resizeTable(_rows, tallestKernel(), here);
+        resizeTable(_weights, tallestKernel(), here);
     });
     armWindow(_window, src_producer, tallestKernel(), here);
 }
@@ -123,7 +125,10 @@ void ScaleY<Weight>::producePlane(int plane, unsigned char* dst) {
     }
     std::uint64_t const bytes =
         std::min(_src_layout.plane[plane].rowBytes, _dst_layout.plane[plane].rowBytes);
-    sumRows(_rows.data(), data.kernels().row(sourceOf(plane).kernel_index), taps, bytes, dst);
+    std::copy_n(data.kernels().row(sourceOf(plane).kernel_index), taps, _weights.begin());
+    rows::routines().taps.sum_rows(
+        {_rows.data(), _weights.data(), static_cast<std::size_t>(taps), unitShift<Weight>}, bytes,
+        dst);
 }
 
 template <class Weight>

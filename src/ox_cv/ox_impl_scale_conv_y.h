@@ -58,6 +58,7 @@ class ScaleY : public IRowProducer {
     RowWindow _window;
     ScaleData<Weight> _scale_data[4];         ///< one per plane
     std::vector<unsigned char const*> _rows;  ///< a plane's rows in the window
+    std::vector<std::int16_t> _weights;       ///< and theirs
 };
 
 extern template class ScaleY<signed char>;

@@ -6,12 +6,15 @@
 #include <cstdint>
 #include <vector>
 
+#include "rows/area/axis.h"
+#include "rows/coordinates.h"
+
 namespace ox::impl {
 
-/// Source coordinates are 16.16 fixed point.
-constexpr int coordinateBits = 16;
-constexpr std::int32_t coordinateOne = 1 << coordinateBits;
-constexpr std::int32_t coordinateMask = coordinateOne - 1;
+using rows::AreaWeight;
+using rows::coordinateBits;
+using rows::coordinateMask;
+using rows::coordinateOne;
 
 /// `value` in 16.16, in 32 bits: sides of 32768 and more wrap.
 constexpr std::int32_t toCoordinate(std::int32_t value) {
@@ -22,12 +25,6 @@ constexpr std::int32_t toCoordinate(std::int32_t value) {
 constexpr std::int32_t coordinateStep(std::int32_t src, std::int32_t dst) {
     return toCoordinate(src) / dst;
 }
-
-/// The part of a source sample that belongs to a cell.
-struct AreaWeight {
-    std::uint16_t index;   ///< first source sample that the cell touches
-    std::uint16_t weight;  ///< how much of that sample's full weight belongs to the cell
-};
 
 /// Source sample under the centre of each destination sample: (i + 1/2) src / dst.
 /// @throws Exception `StatusCapacityExceeded` if memory is exhausted, as all three

@@ -1,10 +1,11 @@
 #include <cstdint>
 #include <vector>
 
-#include "ox_cv/ox_impl_area_cells.h"
 #include "ox_cv/ox_impl_area_checks.h"
-#include "ox_cv/ox_impl_state.h"
+#include "ox_cv/ox_impl_scale_tables.h"
+#include "ox_cv/ox_impl_scaler_state.h"
 #include "ox_cv/ox_scaler_area.h"
+#include "rows/area/cells.h"
 
 namespace ox {
 
@@ -29,33 +30,29 @@ void checkSizes(Size src_size, Size dst_size) {
 
 }  // namespace
 
-struct scaleAreaXY::State {
-    FrameLayout _src_layout;
-    FrameLayout _dst_layout;
-    RowWindow _window;
+struct scaleAreaXY::State : impl::ScalerState<State> {
+    struct Plane {
+        rows::SumCells::Function sum;
+        rows::RowPlan row;
+    };
+
     std::int32_t _step_x = 0;       ///< 16.16 width of a cell in source columns
     std::int32_t _step_y = 0;       ///< 16.16 height of a cell in source rows
     std::int32_t _chroma_step = 0;  ///< 16.16 row step of 4:2:0 chroma, else 0
-    std::int32_t _dst_row = 0;
-    std::vector<impl::AreaRow> _rows;
-    impl::PlaneRows<impl::SumCells> _planes;
+    std::vector<rows::CoveredRow> _rows;
+    impl::ScaledPlanes<Plane> _planes;
 
-    void renew();
     void prepare(FrameLayout const& src_layout, Size dst_size);
     void fillRows(int plane);
-    int windowSize() const {
+    int windowSize(Frame const& /*source*/) const {
         int const count = static_cast<int>(_rows.size());
         return _chroma_step != 0 ? 3 * count : count;
     }
+    int firstRow() const {
+        return _chroma_step != 0 ? 2 * (((_dst_row / 2) * _chroma_step) >> impl::coordinateBits)
+                                 : (_dst_row * _step_y) >> impl::coordinateBits;
+    }
 };
-
-/// Without layouts, the steps are computed anew, that of chroma too.
-void scaleAreaXY::State::renew() {
-    _src_layout.clear();
-    _dst_layout.clear();
-    _window.renew();
-    _dst_row = 0;
-}
 
 void scaleAreaXY::State::prepare(FrameLayout const& src_layout, Size dst_size) {
     if (src_layout.size != _src_layout.size || dst_size != _dst_layout.size) {
@@ -63,18 +60,22 @@ void scaleAreaXY::State::prepare(FrameLayout const& src_layout, Size dst_size) {
         _step_x = impl::coordinateStep(src_layout.size.width, dst_size.width);
         _step_y = impl::coordinateStep(src_layout.size.height, dst_size.height);
     }
-    _src_layout = src_layout;
-    _dst_layout = FrameLayout(src_layout.format, dst_size, impl::defaultAlignment);
+    placeLayouts(src_layout, dst_size);
     if (impl::isVerticallySubsampled(src_layout.format)) {
-        // Other formats keep the step of an earlier 4:2:0 source of these sizes, on purpose.
+        // Other formats keep the step of an earlier 4:2:0 source of these sizes, on purpose. After
+        // `renew` there is none, as there are no layouts.
         _chroma_step =
             impl::coordinateStep(_src_layout.plane[1].height, _dst_layout.plane[1].height);
     }
-    _dst_row = 0;
     bool const partial = (_step_y & impl::coordinateMask) != 0;
     impl::resizeTable(_rows, (_step_y >> impl::coordinateBits) + (partial ? 2 : 0), here);
-    _planes.plan(_src_layout, _dst_layout, static_cast<std::size_t>(dst_size.width),
-                 [this](int, std::int64_t i) { return impl::lastOfCell(_step_x, i); });
+    auto const last_element = [this](std::int64_t k) { return rows::lastOfCell(_step_x, k); };
+    _planes.plan(
+        here, _src_layout, _dst_layout, false, [&](Plane& plane, int i, rows::Element element) {
+            plane = {rows::pickRowFunction<rows::SumCells>(element),
+                     impl::planRow(_src_layout, _dst_layout, i,
+                                   static_cast<std::size_t>(dst_size.width), last_element)};
+        });
 }
 
 /// The source rows of the current cell, with the part of each that the cell covers.
@@ -89,7 +90,7 @@ void scaleAreaXY::State::fillRows(int plane) {
     for (std::size_t e = 0; e < _rows.size(); ++e) {
         auto const entry = static_cast<std::int32_t>(e);
         std::int32_t const row = first + entry;
-        impl::AreaRow& covered = _rows[e];
+        rows::CoveredRow& covered = _rows[e];
         if (entry == 0) {
             covered.weight = impl::coordinateOne - (start & impl::coordinateMask);
         } else if (row < last) {
@@ -119,9 +120,7 @@ void scaleAreaXY::reuse(Frame const& src_frame, Size dst_size, ScalerPrecision p
     OX_ASSERT(!dst_size.empty());
     impl::checkPrecision(precision);
     checkSizes(src_frame.size(), dst_size);
-    State& state = *_state;
-    impl::prepareTables(state._window, [&] { state.prepare(src_frame.layout(), dst_size); });
-    impl::armWindow(state._window, src_frame, state.windowSize(), here);
+    _state->arm(here, src_frame, dst_size);
 }
 
 FrameLayout const& scaleAreaXY::layout() {
@@ -132,27 +131,17 @@ void scaleAreaXY::produce(RowData& dst) {
     State& state = *_state;
     impl::checkArmed(state._window);
     FrameFormat const format = state._dst_layout.format;
-    impl::refuseUnscalable(format, "scaleAreaXY");
-    impl::CellGrid const grid(state._step_x, state._step_y);
-    state._planes.forEach(dst, [&](int i, auto const& plane) {
+    impl::requireScalable(here, format, "scaleAreaXY");
+    rows::CellGrid const grid(state._step_x, state._step_y);
+    state._planes.forEach(dst, [&](auto const& plane, int i) {
         state.fillRows(i);
-        plane.function(plane.plan, grid, state._rows, dst[i]);
+        plane.sum(plane.row, grid, state._rows, dst[i]);
     });
     impl::refuseWritten(format, "scaleAreaXY");
 }
 
 bool scaleAreaXY::next() {
-    State& state = *_state;
-    if (state._dst_row >= state._dst_layout.size.height - 1) {
-        return false;
-    }
-    ++state._dst_row;
-    std::int32_t const target =
-        state._chroma_step != 0
-            ? 2 * (((state._dst_row / 2) * state._chroma_step) >> impl::coordinateBits)
-            : (state._dst_row * state._step_y) >> impl::coordinateBits;
-    state._window.moveTo(target);
-    return true;
+    return _state->nextRow();
 }
 
 }  // namespace ox

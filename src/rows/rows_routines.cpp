@@ -11,9 +11,16 @@ using Table = vector::RoutineTable<Routines, findRoutines>;
 
 }  // namespace
 
+Routines plainRoutines() {
+    Routines plain{};
+    plain.colour = plainColour;
+    takePlainBlendRoutines(plain.blend);
+    takePlainTapRoutines(plain.taps);
+    return plain;
+}
+
 Routines findRoutines() {
-    Routines found{};
-    found.colour = plainColour;
+    Routines found = plainRoutines();
 #ifdef OX_WITH_HIGHWAY
     takeBgrToYuvRoutines(found.colour);
     takeChannelRoutines(found.colour);

@@ -11,7 +11,8 @@
 
 namespace ox::rows {
 
-/// The routines of an instruction set; null where there is no vector code.
+/// The routines of an instruction set. Where there is no vector code, those that blend and tap are
+/// the plain ones, and the others null.
 struct Routines {
     ColourRoutines colour;
     BlendRoutines blend;
@@ -25,6 +26,9 @@ Routines const& routines();
 
 /// The same, looked up anew.
 Routines findRoutines();
+
+/// Those without vector code.
+Routines plainRoutines();
 
 /// Takes these from now on. For tests and benchmarks, and not while rows are on their way: what is
 /// armed may go on with what it has chosen.

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "ox_cv/ox_format_converter.h"
-#include "ox_cv/ox_impl_scale_elements.h"
+#include "ox_cv/ox_impl_scaler_state.h"
 #include "ox_cv/ox_scaler.h"
 #include "ox_cv/ox_scaler_area.h"
 #include "ox_cv/ox_scaler_bilinear.h"
@@ -124,18 +124,18 @@ TEST(DisagreeingLayout, WithoutAWholeElementNothingBeforeTheRowIsRead) {
     std::array<unsigned char, 32> memory;
     memory.fill(77);
     unsigned char const* const row = memory.data() + 16;
-    impl::RowPlan plan;
+    rows::RowPlan plan;
     for (plan.src_samples = 0; plan.src_samples < 3; ++plan.src_samples) {
         for (int channel = 0; channel < 3; ++channel) {
             bool const is_inside = channel < plan.src_samples;
-            impl::RowEnd const reader(plan);
+            rows::RowEnd const reader(plan);
             EXPECT_EQ((reader.sample<std::uint8_t, 3>(row, 0, channel)), is_inside ? 77 : 0);
             EXPECT_EQ((reader.sample<std::uint8_t, 3>(row, 1, channel)), 0);
         }
     }
     plan.src_samples = 0;
-    EXPECT_EQ((impl::RowEnd(plan).sample<std::uint16_t, 1>(row, 0, 0)), 0);
-    EXPECT_EQ((impl::RowEnd(plan).sample<std::uint32_t, 1>(row, 0, 0)), 0U);
+    EXPECT_EQ((rows::RowEnd(plan).sample<std::uint16_t, 1>(row, 0, 0)), 0);
+    EXPECT_EQ((rows::RowEnd(plan).sample<std::uint32_t, 1>(row, 0, 0)), 0U);
 }
 
 /// The first row of a scaler that is asked for the width that four columns claim to have.
@@ -232,12 +232,12 @@ void drainConvolution(Claiming& producer, Size size) {
 // Vector code has offsets of 32 bits; elements, by indices of 16 bits, don't reach that far.
 TEST(DisagreeingLayout, LongRowsAreSeenAsFarAsElementsReach) {
     FrameLayout const dst(FRAME_BGR24, {5, 4}, 1);
-    FramePlane src = FrameLayout(FRAME_BGR24, {5, 4}, 1).plane[0];
+    FrameLayout src = dst;
     for (std::uint64_t const bytes : {std::uint64_t{12} << 16, (std::uint64_t{1} << 32) + 5,
                                       std::uint64_t{1} << 63, ~std::uint64_t{0}}) {
-        src.rowBytes = bytes;
-        impl::RowPlan const plan =
-            impl::planRow(src, dst.plane[0], {3, 8}, 5, [](std::int64_t cell) { return cell; });
+        src.plane[0].rowBytes = bytes;
+        rows::RowPlan const plan =
+            impl::planRow(src, dst, 0, 5, [](std::int64_t cell) { return cell; });
         EXPECT_EQ(plan.src_samples, 12 << 16);
         EXPECT_EQ(plan.whole, 5);
     }

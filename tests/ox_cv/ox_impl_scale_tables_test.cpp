@@ -5,7 +5,6 @@
 #include <limits>
 #include <utility>
 
-#include "ox_cv/ox_impl_area_rows.h"
 
 namespace ox::test::scale_tables {
 
@@ -195,9 +194,9 @@ TEST(AreaTable, LargeSidesWrap) {
 }
 
 TEST(AreaTable, RestOfAWeightWrapsIn16Bits) {
-    EXPECT_EQ(impl::restWeight(32768, 16384), 16384);
-    EXPECT_EQ(impl::restWeight(100, 100), 0);
-    EXPECT_EQ(impl::restWeight(7661, 32768), 40429);
+    EXPECT_EQ(rows::restWeight(32768, 16384), 16384);
+    EXPECT_EQ(rows::restWeight(100, 100), 0);
+    EXPECT_EQ(rows::restWeight(7661, 32768), 40429);
 }
 
 TEST(AreaTable, IsRebuiltInPlace) {

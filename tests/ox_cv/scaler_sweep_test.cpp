@@ -36,7 +36,7 @@ std::string tell(Case const& c) {
 
 // Those of every instruction set, and none.
 std::vector<rows::Routines> rowRoutines() {
-    std::vector<rows::Routines> found{rows::Routines{}};
+    std::vector<rows::Routines> found{rows::plainRoutines()};
     for (char const* const target : testTargets()) {
         UsedTarget const used(target);
         found.push_back(rows::findRoutines());

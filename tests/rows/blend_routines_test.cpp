@@ -1,4 +1,4 @@
-// The vector routines of bilinear rows, of every instruction set that this processor has.
+// The routines of bilinear rows, of every instruction set that this processor has.
 #include <vector>
 
 #include "rows/row_targets.h"
@@ -38,9 +38,9 @@ class BlendRoutines : public RowRoutines {
             return;
         }
         GuardedMemory src(axis.row_bytes, guard);
-        GuardedMemory dst(program.row_room, guard);
+        GuardedMemory dst(axis.pixels.size() * axis.channels, guard);
         std::generate_n(src.data(), src.size(), [&] { return random.byte(); });
-        routines.blend.blend_columns(program, src.data(), dst.data());
+        program.run(program, src.data(), dst.data());
         for (std::size_t i = 0; i < axis.pixels.size(); ++i) {
             rows::PixelPair const& pixel = axis.pixels[i];
             for (std::size_t c = 0; c < axis.channels; ++c) {
@@ -88,8 +88,13 @@ TEST_P(BlendRoutines, ColumnsOfEvery64th) {
     }
 }
 
+class BlendRowRoutines : public RowRoutines {
+  protected:
+    Random random{4};
+};
+
 // All pairs of bytes, by weights at the ends and around the middle.
-TEST_P(BlendRoutines, RowsOfEveryPair) {
+TEST_P(BlendRowRoutines, RowsOfEveryPair) {
     constexpr std::size_t values = 256;
     std::vector<std::uint8_t> lower(values);
     for (std::size_t i = 0; i < values; ++i) {
@@ -111,10 +116,9 @@ TEST_P(BlendRoutines, RowsOfEveryPair) {
     }
 }
 
-TEST_P(BlendRoutines, RowsOfEveryWidth) {
-    for (std::size_t more = 0; more <= 140; ++more) {
-        std::size_t const bytes = routines.blend.least_row_bytes + more;
-        Guard const guard = more % 2 == 0 ? Guard::AtEnd : Guard::AtStart;
+TEST_P(BlendRowRoutines, RowsOfEveryWidth) {
+    for (std::size_t bytes = 1; bytes <= 210; ++bytes) {
+        Guard const guard = bytes % 2 == 0 ? Guard::AtEnd : Guard::AtStart;
         GuardedMemory upper(bytes, guard);
         GuardedMemory lower(bytes, guard);
         GuardedMemory dst(bytes, guard);
@@ -129,6 +133,24 @@ TEST_P(BlendRoutines, RowsOfEveryWidth) {
     }
 }
 
+// So that a plain routine doesn't pass for a fast one.
+TEST_P(BlendRoutines, AreThere) {
+    rows::Routines const plain = rows::plainRoutines();
+    EXPECT_NE(routines.blend.compile_blend, plain.blend.compile_blend);
+    EXPECT_NE(routines.blend.blend_rows, plain.blend.blend_rows);
+}
+
+TEST(PlainBlendRoutines, HaveNoProgram) {
+    rows::BlendAxis axis;
+    axis.pixels.assign(100, {0, 1, 1000});
+    axis.channels = 1;
+    axis.row_bytes = 200;
+    rows::BlendProgram program;
+    EXPECT_FALSE(rows::plainRoutines().blend.compile_blend(axis, program));
+}
+
+INSTANTIATE_TEST_SUITE_P(, BlendRowRoutines, testing::ValuesIn(targetsAndNone()),
+                         [](auto const& parameter) { return parameter.param; });
 INSTANTIATE_TEST_SUITE_P(, BlendRoutines, testing::ValuesIn(vectorTargets()),
                          [](auto const& parameter) { return parameter.param; });
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(BlendRoutines);  // without vector code

@@ -25,10 +25,23 @@ inline std::vector<std::string> everyTarget() {
     return {testTargets().begin(), testTargets().end()};
 }
 
+// And none of them: the plain routines.
+constexpr char noTarget[] = "none";
+
+inline std::vector<std::string> targetsAndNone() {
+    std::vector<std::string> targets = vectorTargets();
+    targets.emplace_back(noTarget);
+    return targets;
+}
+
 // A test for each of them.
 class RowRoutines : public testing::TestWithParam<std::string> {
   protected:
     RowRoutines() {
+        if (GetParam() == noTarget) {
+            routines = rows::plainRoutines();
+            return;
+        }
         UsedTarget const used(GetParam().c_str());
         routines = rows::findRoutines();
     }

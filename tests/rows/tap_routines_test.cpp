@@ -1,4 +1,4 @@
-// The vector routines of convolutional scaling, of every instruction set that this processor has.
+// The routines of convolutional scaling, of every instruction set that this processor has.
 #include <algorithm>
 #include <memory>
 #include <string>
@@ -60,11 +60,9 @@ class TapRoutines : public RowRoutines {
     rows::TapAxis drawAxis(std::size_t pixels, float scale, std::size_t taps, Weights weights);
     void checkColumns(rows::TapAxis const& axis, rows::TapRow row, Guard guard);
     void checkPlane(rows::TapAxis const& axis, std::size_t pixels, Guard guard);
-    void checkRows(std::size_t bytes, std::size_t taps, Weights weights, Guard guard);
 
     // Taps whose sums are whole units.
     void checkColumnUnits(int first, int last);
-    void checkRowUnits(int units);
 
     // Of an axis that windows can't serve.
     void checkIfThereIsAProgram(rows::TapAxis const& axis) {
@@ -88,6 +86,16 @@ class TapRoutines : public RowRoutines {
     Random random{11};
 };
 
+class TapRowRoutines : public RowRoutines {
+  protected:
+    void checkRows(std::size_t bytes, std::size_t taps, Weights weights, Guard guard);
+
+    // Taps whose sums are whole units.
+    void checkRowUnits(int units, std::size_t bytes);
+
+    Random random{11};
+};
+
 // The last pixels go back a little, as at a border.
 rows::TapAxis TapRoutines::drawAxis(std::size_t pixels, float scale, std::size_t taps,
                                     Weights weights) {
@@ -99,7 +107,7 @@ rows::TapAxis TapRoutines::drawAxis(std::size_t pixels, float scale, std::size_t
         std::vector<std::int16_t> const kernel = drawWeights(random, taps, weights);
         axis.weights.insert(axis.weights.end(), kernel.begin(), kernel.end());
     }
-    std::fill_n(axis.kernel(1), taps, std::int16_t{0});
+    std::fill_n(axis.weightRow(1), taps, std::int16_t{0});
     for (std::size_t i = 0; i < pixels; ++i) {
         auto const place = static_cast<int>(static_cast<float>(i) * scale);
         int const first = i + 2 < pixels ? place : std::max(place - random.between(0, 3), 0);
@@ -123,14 +131,14 @@ void TapRoutines::checkColumns(rows::TapAxis const& axis, rows::TapRow row, Guar
     GuardedMemory dst(program.dst_bytes, guard);
     std::fill_n(src.data(), src.size(), std::uint8_t{0});
     std::generate_n(src.data(), std::min(src.size(), row_bytes), [&] { return random.byte(); });
-    routines.taps.sum_taps(program, src.data(), dst.data());
+    program.run(program, src.data(), dst.data());
     for (std::size_t i = 0; i < axis.starts.size() * row.channels; ++i) {
         rows::TapStart const start = axis.starts[i / row.channels];
         Total total;
         for (std::size_t k = 0; k < axis.taps; ++k) {
             std::size_t const at = (start.first + k) * row.channels + i % row.channels;
             total.add(at < src.size() ? src.data()[at] : std::uint8_t{0},
-                      axis.kernel(start.kernel)[k]);
+                      axis.weightRow(start.weights)[k]);
         }
         ASSERT_EQ(dst.data()[i], total.byte(axis.shift))
             << "sample " << i << " of " << axis.starts.size() << " pixels of " << row.channels
@@ -147,7 +155,7 @@ void TapRoutines::checkPlane(rows::TapAxis const& axis, std::size_t pixels, Guar
     checkColumns(axis, {1, pixels}, guard);
 }
 
-void TapRoutines::checkRows(std::size_t bytes, std::size_t taps, Weights weights, Guard guard) {
+void TapRowRoutines::checkRows(std::size_t bytes, std::size_t taps, Weights weights, Guard guard) {
     GuardedMemory src(bytes * taps, guard);
     GuardedMemory dst(bytes, guard);
     std::generate_n(src.data(), src.size(), [&] { return random.byte(); });
@@ -195,15 +203,15 @@ void TapRoutines::checkColumnUnits(int first, int last) {
     std::vector<std::uint8_t> src(program.src_bytes);
     std::fill_n(src.begin(), axis.taps, std::uint8_t{128});
     std::vector<std::uint8_t> dst(program.dst_bytes);
-    routines.taps.sum_taps(program, src.data(), dst.data());
+    program.run(program, src.data(), dst.data());
     for (int units = first; units <= last; ++units) {
         ASSERT_EQ(dst[static_cast<std::size_t>(units - first)], std::clamp(units, 0, 255))
             << "of " << units;
     }
 }
 
-void TapRoutines::checkRowUnits(int units) {
-    std::vector<std::uint8_t> const row(routines.taps.least_row_bytes, 128);
+void TapRowRoutines::checkRowUnits(int units, std::size_t bytes) {
+    std::vector<std::uint8_t> const row(bytes, 128);
     std::vector<std::uint8_t const*> const rows(tapsOfUnits, row.data());
     std::vector<std::int16_t> const weights = weightsOf(units, rows.size());
     std::vector<std::uint8_t> dst(row.size());
@@ -286,16 +294,30 @@ TEST_P(TapRoutines, ColumnsInAnyOrder) {
 
 TEST_P(TapRoutines, WeightsThatAreTooLargeToBeSplit) {
     rows::TapAxis axis = drawAxis(20, 2.0F, 5, Weights::Large);
-    axis.kernel(3)[2] = mostOfVectors + 1;
+    axis.weightRow(3)[2] = mostOfVectors + 1;
     checkIfThereIsAProgram(axis);
 }
 
-TEST_P(TapRoutines, Rows) {
-    for (std::size_t more = 0; more <= 70; ++more) {
-        std::size_t const bytes = routines.taps.least_row_bytes + more;
-        for (std::size_t const taps : {1U, 2U, 3U, 4U, 5U, 7U, 18U, 64U}) {
-            checkRows(bytes, taps, allWeights[(more + taps) % 3],
-                      more % 2 == 0 ? Guard::AtStart : Guard::AtEnd);
+TEST_P(TapRoutines, SumsWrap) {
+    checkPlane(drawAxis(3, 1.0F, 3000, Weights::Large), 3010, Guard::AtEnd);
+}
+
+// Sums around the ends of bytes, of signed and unsigned words, and of 32 bits.
+constexpr int endsOfSums[]{0, 256, 32768, 33022, 65536, 98304, 130000};
+
+TEST_P(TapRoutines, SumsAreClampedWhereverTheyLie) {
+    for (int const middle : endsOfSums) {
+        for (int const sign : {1, -1}) {
+            checkColumnUnits(sign * middle - 600, sign * middle + 600);
+        }
+    }
+}
+
+TEST_P(TapRowRoutines, Rows) {
+    for (std::size_t bytes = 1; bytes <= 140; ++bytes) {
+        for (std::size_t const taps : {0U, 1U, 2U, 3U, 4U, 5U, 7U, 18U, 64U}) {
+            checkRows(bytes, taps, allWeights[(bytes + taps) % 3],
+                      bytes % 2 == 0 ? Guard::AtStart : Guard::AtEnd);
             if (HasFatalFailure()) {
                 return;
             }
@@ -303,40 +325,50 @@ TEST_P(TapRoutines, Rows) {
     }
 }
 
-TEST_P(TapRoutines, SumsWrap) {
-    checkPlane(drawAxis(3, 1.0F, 3000, Weights::Large), 3010, Guard::AtEnd);
-    checkRows(routines.taps.least_row_bytes, 3000, Weights::Large, Guard::AtEnd);
+TEST_P(TapRowRoutines, SumsWrap) {
+    checkRows(64, 3000, Weights::Large, Guard::AtEnd);
+    checkRows(15, 3000, Weights::Large, Guard::AtEnd);
 }
 
-// Sums around the ends of bytes, of signed and unsigned words, and of 32 bits.
-TEST_P(TapRoutines, SumsAreClampedWhereverTheyLie) {
-    for (int const middle : {0, 256, 32768, 33022, 65536, 98304, 130000}) {
+TEST_P(TapRowRoutines, SumsAreClampedWhereverTheyLie) {
+    for (int const middle : endsOfSums) {
         for (int const sign : {1, -1}) {
-            int const first = sign * middle - 600;
-            int const last = sign * middle + 600;
-            checkColumnUnits(first, last);
-            for (int units = first; units <= last && !HasFatalFailure(); units += 10) {
-                checkRowUnits(units);
+            for (int units = -600; units <= 600 && !HasFatalFailure(); units += 10) {
+                checkRowUnits(sign * middle + units, 64);
+                checkRowUnits(sign * middle + units, 15);
             }
         }
     }
 }
 
+INSTANTIATE_TEST_SUITE_P(, TapRowRoutines, testing::ValuesIn(targetsAndNone()),
+                         [](auto const& parameter) { return parameter.param; });
 INSTANTIATE_TEST_SUITE_P(, TapRoutines, testing::ValuesIn(vectorTargets()),
                          [](auto const& parameter) { return parameter.param; });
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TapRoutines);  // without vector code
 
-// So that an empty table doesn't pass for a fast one.
+// So that neither an empty table nor a plain routine passes for a fast one.
 TEST(RowRoutinesOfThisBuild, AreThereWhereThereIsVectorCode) {
     bool const vectors = hasVectors(testTargets().front());
-    EXPECT_EQ(rows::routines().taps.sum_rows != nullptr, vectors);
-    EXPECT_EQ(rows::routines().taps.compile_taps != nullptr, vectors);
-    EXPECT_EQ(rows::routines().taps.sum_taps != nullptr, vectors);
-    EXPECT_EQ(rows::routines().colour.yuv_to_bgr[0] != rows::plainColour.yuv_to_bgr[0], vectors);
-    EXPECT_EQ(rows::routines().colour.bgr_to_yuv[0] != rows::plainColour.bgr_to_yuv[0], vectors);
-    EXPECT_EQ(rows::routines().colour.split_two != rows::plainColour.split_two, vectors);
-    EXPECT_EQ(rows::routines().colour.bytes_to_floats != rows::plainColour.bytes_to_floats,
-              vectors);
+    rows::Routines const& best = rows::routines();
+    rows::Routines const plain = rows::plainRoutines();
+    EXPECT_EQ(best.taps.sum_rows != plain.taps.sum_rows, vectors);
+    EXPECT_EQ(best.taps.compile_taps != plain.taps.compile_taps, vectors);
+    EXPECT_EQ(best.blend.blend_rows != plain.blend.blend_rows, vectors);
+    EXPECT_EQ(best.blend.compile_blend != plain.blend.compile_blend, vectors);
+    EXPECT_EQ(best.colour.yuv_to_bgr[0] != plain.colour.yuv_to_bgr[0], vectors);
+    EXPECT_EQ(best.colour.bgr_to_yuv[0] != plain.colour.bgr_to_yuv[0], vectors);
+    EXPECT_EQ(best.colour.split_two != plain.colour.split_two, vectors);
+    EXPECT_EQ(best.colour.bytes_to_floats != plain.colour.bytes_to_floats, vectors);
+}
+
+TEST(PlainTapRoutines, HaveNoProgram) {
+    rows::TapAxis axis;
+    axis.taps = 1;
+    axis.weights = {1};
+    axis.starts.assign(100, {0, 0});
+    rows::TapProgram program;
+    EXPECT_FALSE(rows::plainRoutines().taps.compile_taps(axis, {1, 100}, program));
 }
 
 }  // namespace

@@ -30,25 +30,26 @@ struct alignas(64) BlendStep {
     std::array<std::uint16_t, 32> weights;  ///< as they are, or two bytes where they are 64ths
 };
 
+struct BlendProgram;
+
+/// left + ((right - left) * weight >> 16) of each entry. Nothing is written behind them.
+using RunBlend = void(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst);
+
 /// What an instruction set makes of an axis.
 struct BlendProgram {
+    RunBlend* run = nullptr;
     std::vector<std::uint32_t> offsets;  ///< of each step: its window, its first entry
     std::vector<BlendStep> steps;
-    bool of_64 = false;        ///< whether all weights are whole 64ths
-    std::size_t row_room = 0;  ///< bytes of a row that is written, with room behind
+    std::size_t whole_steps = 0;  ///< leading ones whose registers end in the result
+    std::size_t entries = 0;      ///< of the result: its samples
 };
 
 /// @return false if the instruction set has no program for such an axis
 /// @throws std::bad_alloc
 using CompileBlend = bool(BlendAxis const& axis, BlendProgram& program);
 
-/// left + ((right - left) * weight >> 16) of each entry.
-/// @param dst `row_room` bytes
-using BlendColumns = void(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst);
-
-/// upper + ((lower - upper) * weight >> 16) of each byte.
-/// @param bytes at least `Routines::least_row_bytes`
+/// upper + ((lower - upper) * weight >> 16) of each sample.
 using BlendRows = void(std::uint8_t const* upper, std::uint8_t const* lower, std::uint16_t weight,
-                       std::size_t bytes, std::uint8_t* dst);
+                       std::size_t samples, std::uint8_t* dst);
 
 }  // namespace ox::rows

@@ -9,10 +9,11 @@ namespace ox::rows {
 
 struct BlendRoutines {
     CompileBlend* compile_blend;
-    BlendColumns* blend_columns;
-    BlendRows* blend_rows;
-    std::size_t least_row_bytes;  ///< of `blend_rows`
+    BlendRows* blend_rows;  ///< of bytes, any number of them
 };
+
+/// Puts in the plain ones, which have no programs.
+void takePlainBlendRoutines(BlendRoutines& routines);
 
 /// Puts in those of the best instruction set, and none where that has no vector code.
 void takeBlendRoutines(BlendRoutines& routines);

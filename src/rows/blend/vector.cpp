@@ -8,7 +8,9 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
+#include <cstring>
 
+#include "rows/blend/plain.h"
 #include "rows/blend/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
@@ -65,18 +67,69 @@ std::size_t entriesInWindow(BlendAxis const& axis, std::size_t entry, std::size_
     return end - entry;
 }
 
+/// The result of a step, as bytes.
+/// @param blend blend(pairs, weights) of what the step gathers, as words
+template <class Blend>
+HWY_INLINE auto blendStep(BlendStep const& step, std::uint8_t const* window, Blend blend) {
+    WindowTag const d;
+    auto const pairs = PermuteWindow(hn::LoadU(d, window), hn::Load(d, step.places.data()));
+    auto const words = blend(pairs, hn::Load(WindowTag16(), step.weights.data()));
+    return hn::DemoteTo(hn::Half<WindowTag>(), words);
+}
+
+template <class Blend>
+HWY_INLINE void blendSteps(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst,
+                           Blend blend) {
+    hn::Half<WindowTag> const half;
+    std::uint32_t const* offset = program.offsets.data();
+    BlendStep const* step = program.steps.data();
+    for (BlendStep const* const end = step + program.whole_steps; step < end; ++step) {
+        hn::StoreU(blendStep(*step, src + offset[0], blend), half, dst + offset[1]);
+        offset += 2;
+    }
+    for (BlendStep const* const end = program.steps.data() + program.steps.size(); step < end;
+         ++step) {
+        alignas(64) std::uint8_t entries[entriesOfWindow];
+        hn::Store(blendStep(*step, src + offset[0], blend), half, entries);
+        std::memcpy(dst + offset[1], entries, program.entries - offset[1]);
+        offset += 2;
+    }
+}
+
+void runWeights(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
+    using Window = hn::Vec<WindowTag>;
+    using Words = hn::Vec<WindowTag16>;
+    blendSteps(program, src, dst, [](Window pairs, Words weights) HWY_ATTR {
+        WindowWords const words;
+        Words const both = hn::BitCast(WindowTag16(), pairs);
+        auto const left = hn::BitCast(words, hn::And(both, hn::Set(WindowTag16(), 0xff)));
+        auto const right = hn::BitCast(words, hn::ShiftRight<8>(both));
+        return blend(words, left, right, hn::BitCast(words, weights));
+    });
+}
+
+void run64ths(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
+    using Window = hn::Vec<WindowTag>;
+    using Words = hn::Vec<WindowTag16>;
+    blendSteps(program, src, dst, [](Window pairs, Words weights) HWY_ATTR {
+        Words const sums = MulAddWindowPairs(pairs, hn::BitCast(WindowTag(), weights));
+        return hn::BitCast(WindowWords(), hn::ShiftRight<6>(sums));
+    });
+}
+
 /// A step gathers the pairs of as many entries as lie in a window.
 bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
     if (axis.row_bytes < windowBytes) {
         return false;
     }
-    std::size_t const entries = axis.pixels.size() * axis.channels;
+    bool const of_64 = std::all_of(axis.pixels.begin(), axis.pixels.end(),
+                                   [](PixelPair const& pixel) { return isOf64(pixel.weight); });
+    program.run = of_64 ? run64ths : runWeights;
+    program.entries = axis.pixels.size() * axis.channels;
     program.offsets.clear();
     program.steps.clear();
-    program.row_room = entries + entriesOfWindow;
-    program.of_64 = std::all_of(axis.pixels.begin(), axis.pixels.end(),
-                                [](PixelPair const& pixel) { return isOf64(pixel.weight); });
-    for (std::size_t entry = 0; entry < entries;) {
+    program.whole_steps = 0;
+    for (std::size_t entry = 0; entry < program.entries;) {
         std::size_t const start =
             std::min(byteOf(axis, entry, false), axis.row_bytes - windowBytes);
         std::size_t const count = entriesInWindow(axis, entry, start);
@@ -85,55 +138,25 @@ bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
         }
         program.offsets.push_back(static_cast<std::uint32_t>(start));
         program.offsets.push_back(static_cast<std::uint32_t>(entry));
+        program.whole_steps += entry + entriesOfWindow <= program.entries ? 1 : 0;
         BlendStep& step = program.steps.emplace_back();
         for (std::size_t i = 0; i < count; ++i) {
             step.places[2 * i] = static_cast<std::uint8_t>(byteOf(axis, entry + i, false) - start);
             step.places[2 * i + 1] =
                 static_cast<std::uint8_t>(byteOf(axis, entry + i, true) - start);
             std::uint16_t const weight = axis.pixels[(entry + i) / axis.channels].weight;
-            step.weights[i] = program.of_64 ? pairOf64(weight) : weight;
+            step.weights[i] = of_64 ? pairOf64(weight) : weight;
         }
         entry += count;
     }
     return true;
 }
 
-/// Calls blend(pairs, weights) for what each step gathers; the result's words are bytes.
-template <class Blend>
-HWY_INLINE void blendSteps(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst,
-                           Blend blend) {
-    WindowTag const d;
-    hn::Half<WindowTag> const half;
-    std::uint32_t const* offset = program.offsets.data();
-    for (BlendStep const& step : program.steps) {
-        auto const pairs =
-            PermuteWindow(hn::LoadU(d, src + offset[0]), hn::Load(d, step.places.data()));
-        auto const words = blend(pairs, hn::Load(WindowTag16(), step.weights.data()));
-        hn::StoreU(hn::DemoteTo(half, words), half, dst + offset[1]);
-        offset += 2;
-    }
-}
-
-void blendColumns(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
-    using Window = hn::Vec<WindowTag>;
-    using Words = hn::Vec<WindowTag16>;
-    WindowWords const words;
-    if (program.of_64) {
-        return blendSteps(program, src, dst, [=](Window pairs, Words weights) HWY_ATTR {
-            Words const sums = MulAddWindowPairs(pairs, hn::BitCast(WindowTag(), weights));
-            return hn::BitCast(words, hn::ShiftRight<6>(sums));
-        });
-    }
-    blendSteps(program, src, dst, [=](Window pairs, Words weights) HWY_ATTR {
-        Words const both = hn::BitCast(WindowTag16(), pairs);
-        auto const left = hn::BitCast(words, hn::And(both, hn::Set(WindowTag16(), 0xff)));
-        auto const right = hn::BitCast(words, hn::ShiftRight<8>(both));
-        return blend(words, left, right, hn::BitCast(words, weights));
-    });
-}
-
 void blendRows(std::uint8_t const* upper, std::uint8_t const* lower, std::uint16_t weight,
                std::size_t bytes, std::uint8_t* dst) {
+    if (bytes < blockBytes) {
+        return blendPlainRows(upper, lower, weight, bytes, dst);
+    }
     Tag8 const d;
     if (isOf64(weight)) {
         auto const part = static_cast<std::int8_t>(weight / of64);
@@ -160,9 +183,7 @@ void blendRows(std::uint8_t const* upper, std::uint8_t const* lower, std::uint16
 void takeRoutines([[maybe_unused]] BlendRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.compile_blend = compileBlend;
-    routines.blend_columns = blendColumns;
     routines.blend_rows = blendRows;
-    routines.least_row_bytes = blockBytes;
 #endif
 }
 

@@ -12,8 +12,8 @@ namespace ox::rows {
 
 /// Where the taps of a destination pixel are.
 struct TapStart {
-    std::uint16_t first;   ///< source pixel
-    std::uint16_t kernel;  ///< row of weights
+    std::uint16_t first;    ///< source pixel
+    std::uint16_t weights;  ///< row of them
 };
 
 /// How a plane is resampled along its rows.
@@ -23,8 +23,8 @@ struct TapAxis {
     std::size_t taps = 0;               ///< positive
     int shift = 0;                      ///< log2 of the weights' unit
 
-    std::int16_t* kernel(std::size_t row) { return weights.data() + row * taps; }
-    std::int16_t const* kernel(std::size_t row) const { return weights.data() + row * taps; }
+    std::int16_t* weightRow(std::size_t row) { return weights.data() + row * taps; }
+    std::int16_t const* weightRow(std::size_t row) const { return weights.data() + row * taps; }
 };
 
 struct alignas(64) RegisterBytes {
@@ -37,8 +37,16 @@ struct TapRow {
     std::size_t pixels;
 };
 
+struct TapProgram;
+
+/// clamp(sum >> shift) to 0 and 255; sums wrap in 32 bits. Taps behind the row add nothing.
+/// @param src `src_bytes` of the program
+/// @param dst `dst_bytes`, of which those behind the entries are of no use
+using RunTaps = void(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst);
+
 /// What an instruction set makes of an axis.
 struct TapProgram {
+    RunTaps* run = nullptr;
     std::vector<std::uint32_t> offsets;  ///< of what is read, and where weights are
     std::vector<RegisterBytes> tables;
     std::size_t steps = 0;         ///< that a sum takes
@@ -56,21 +64,15 @@ struct TapProgram {
 /// @throws std::bad_alloc
 using CompileTaps = bool(TapAxis const& axis, TapRow row, TapProgram& program);
 
-/// clamp(sum >> shift) to 0 and 255; sums wrap in 32 bits. Taps behind the row add nothing.
-/// @param src `src_bytes` of the program
-/// @param dst `dst_bytes`, of which those behind the entries are of no use
-using SumTaps = void(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst);
-
 /// The rows that a row is summed from.
 struct RowTaps {
     std::uint8_t const* const* rows;
     std::int16_t const* weights;
-    std::size_t count;  ///< positive
+    std::size_t count;
     int shift;
 };
 
-/// clamp(sum >> shift) of each column, to 0 and 255; sums wrap in 32 bits.
-/// @param bytes at least `Routines::least_row_bytes`
+/// clamp(sum >> shift) of each column, to 0 and 255; sums wrap in 32 bits. Without rows they are 0.
 using SumRows = void(RowTaps const& taps, std::size_t bytes, std::uint8_t* dst);
 
 }  // namespace ox::rows

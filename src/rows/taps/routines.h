@@ -9,10 +9,14 @@ namespace ox::rows {
 
 struct TapRoutines {
     CompileTaps* compile_taps;
-    SumTaps* sum_taps;
-    SumRows* sum_rows;
-    std::size_t least_row_bytes;  ///< of `sum_rows`
+    SumRows* sum_rows;  ///< of any number of bytes
 };
+
+/// The plain loop for rows.
+SumRows sumPlainRows;
+
+/// Puts in the plain ones, which have no programs.
+void takePlainTapRoutines(TapRoutines& routines);
 
 // Each source puts in its own for the best instruction set, and none where that has no vector code.
 void takeTapColumnRoutines(TapRoutines& routines);

@@ -55,13 +55,13 @@ constexpr std::size_t mostLaneSums = 8;
 
 /// Where an entry of the result begins.
 struct TapEntry {
-    std::size_t first;  // byte of its first tap
-    std::size_t kernel;
+    std::size_t first;    // byte of its first tap
+    std::size_t weights;  // row of them
 };
 
 TapEntry entryOf(TapAxis const& axis, std::size_t channels, std::size_t index) {
     TapStart const start = axis.starts[index / channels];
-    return {start.first * channels + index % channels, start.kernel};
+    return {start.first * channels + index % channels, start.weights};
 }
 
 /// The first entry of a register of results; the last one overlaps the one before.
@@ -151,7 +151,7 @@ void fillTables(TapAxis const& axis, TapProgram const& program, std::size_t inde
     RegisterEntries const own(program, index);
     for (std::size_t k = own.first; k < own.end; ++k) {
         TapEntry const entry = entryOf(axis, program.channels, k);
-        std::int16_t const* const weights = axis.kernel(entry.kernel);
+        std::int16_t const* const weights = axis.weightRow(entry.weights);
         for (std::size_t i = 0; i < entry_taps; ++i) {
             std::size_t const byte = (k - own.first) * entry_taps + i;
             tables[0].bytes[byte] = static_cast<std::uint8_t>(
@@ -197,26 +197,6 @@ std::size_t wholeGroups(TapProgram const& program) {
         ++i;
     }
     return std::min(i / program.lane_sums, program.entries / lanes);
-}
-
-bool compileTaps(TapAxis const& axis, TapRow row, TapProgram& program) {
-    program.channels = row.channels;
-    program.entries = axis.starts.size() * row.channels;
-    program.lane_sums = 1;
-    while (program.lane_sums <= mostLaneSums && !placeWindows(axis, program)) {
-        program.lane_sums *= 2;
-    }
-    if (program.lane_sums > mostLaneSums || !fitsParts(axis)) {
-        return false;
-    }
-    program.has_high = needsHighParts(axis);
-    program.steps = (axis.taps - 1) / (program.lane_sums * laneTaps) + 1;
-    program.src_bytes = row.pixels * row.channels;
-    program.dst_bytes = std::max(program.entries, lanes);
-    program.shift = axis.shift;
-    program.whole_groups = wholeGroups(program);
-    appendTables(axis, program);
-    return true;
 }
 
 /// A window of a row that it may leave: zeros are there.
@@ -272,16 +252,16 @@ void sumTapsBy(TapProgram const& program, std::uint8_t const* src, std::uint8_t*
 
 /// Few steps are told to the compiler.
 template <bool has_high>
-SumTaps* bySteps(std::size_t steps) {
+RunTaps* bySteps(std::size_t steps) {
     constexpr std::size_t known = 6;
-    static constexpr SumTaps* loops[known]{sumTapsBy<1, has_high, 0>, sumTapsBy<1, has_high, 1>,
+    static constexpr RunTaps* loops[known]{sumTapsBy<1, has_high, 0>, sumTapsBy<1, has_high, 1>,
                                            sumTapsBy<1, has_high, 2>, sumTapsBy<1, has_high, 3>,
                                            sumTapsBy<1, has_high, 4>, sumTapsBy<1, has_high, 5>};
     return loops[steps < known ? steps : 0];
 }
 
 template <bool has_high>
-SumTaps* byLanes(TapProgram const& program) {
+RunTaps* byLanes(TapProgram const& program) {
     switch (program.lane_sums) {
         case 1:
             return bySteps<has_high>(program.steps);
@@ -294,46 +274,32 @@ SumTaps* byLanes(TapProgram const& program) {
     }
 }
 
-void sumTaps(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
-    SumTaps* const sum = program.has_high ? byLanes<true>(program) : byLanes<false>(program);
-    sum(program, src, dst);
+bool compileTaps(TapAxis const& axis, TapRow row, TapProgram& program) {
+    program.channels = row.channels;
+    program.entries = axis.starts.size() * row.channels;
+    program.lane_sums = 1;
+    while (program.lane_sums <= mostLaneSums && !placeWindows(axis, program)) {
+        program.lane_sums *= 2;
+    }
+    if (program.lane_sums > mostLaneSums || !fitsParts(axis)) {
+        return false;
+    }
+    program.has_high = needsHighParts(axis);
+    program.steps = (axis.taps - 1) / (program.lane_sums * laneTaps) + 1;
+    program.src_bytes = row.pixels * row.channels;
+    program.dst_bytes = std::max(program.entries, lanes);
+    program.shift = axis.shift;
+    program.whole_groups = wholeGroups(program);
+    appendTables(axis, program);
+    program.run = program.has_high ? byLanes<true>(program) : byLanes<false>(program);
+    return true;
 }
 
 #else
 
-// A register holds the taps of one pixel, as words, and the weights are those of its kernel.
+// A register holds the taps of one pixel, as words, and its own weights.
 
 constexpr std::size_t registerTaps = blockBytes / 2;
-
-/// For each pixel, the source byte and the table of its first weights.
-bool compileTaps(TapAxis const& axis, TapRow row, TapProgram& program) {
-    if (row.channels != 1) {
-        return false;
-    }
-    program.steps = (axis.taps - 1) / registerTaps + 1;
-    program.entries = axis.starts.size();
-    program.dst_bytes = (program.entries + lanes - 1) / lanes * lanes;
-    program.shift = axis.shift;
-    std::size_t const kernels = axis.weights.size() / axis.taps;
-    program.tables.assign(kernels * program.steps, RegisterBytes{});
-    for (std::size_t kernel = 0; kernel < kernels; ++kernel) {
-        for (std::size_t tap = 0; tap < axis.taps; tap += registerTaps) {
-            std::memcpy(program.tables[kernel * program.steps + tap / registerTaps].bytes.data(),
-                        axis.kernel(kernel) + tap,
-                        std::min(registerTaps, axis.taps - tap) * sizeof(std::int16_t));
-        }
-    }
-    program.offsets.assign(2 * program.dst_bytes, 0);
-    std::size_t last = 0;
-    for (std::size_t i = 0; i < axis.starts.size(); ++i) {
-        program.offsets[2 * i] = axis.starts[i].first;
-        program.offsets[2 * i + 1] =
-            static_cast<std::uint32_t>(axis.starts[i].kernel * program.steps);
-        last = std::max<std::size_t>(last, axis.starts[i].first);
-    }
-    program.src_bytes = last + program.steps * registerTaps;
-    return true;
-}
 
 void sumTaps(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
     auto const sum = [&](std::size_t i) HWY_ATTR {
@@ -353,6 +319,37 @@ void sumTaps(TapProgram const& program, std::uint8_t const* src, std::uint8_t* d
     }
 }
 
+/// For each pixel, the source byte and the table of its first weights.
+bool compileTaps(TapAxis const& axis, TapRow row, TapProgram& program) {
+    if (row.channels != 1) {
+        return false;
+    }
+    program.run = sumTaps;
+    program.steps = (axis.taps - 1) / registerTaps + 1;
+    program.entries = axis.starts.size();
+    program.dst_bytes = (program.entries + lanes - 1) / lanes * lanes;
+    program.shift = axis.shift;
+    std::size_t const rows = axis.weights.size() / axis.taps;
+    program.tables.assign(rows * program.steps, RegisterBytes{});
+    for (std::size_t k = 0; k < rows; ++k) {
+        for (std::size_t tap = 0; tap < axis.taps; tap += registerTaps) {
+            std::memcpy(program.tables[k * program.steps + tap / registerTaps].bytes.data(),
+                        axis.weightRow(k) + tap,
+                        std::min(registerTaps, axis.taps - tap) * sizeof(std::int16_t));
+        }
+    }
+    program.offsets.assign(2 * program.dst_bytes, 0);
+    std::size_t last = 0;
+    for (std::size_t i = 0; i < axis.starts.size(); ++i) {
+        program.offsets[2 * i] = axis.starts[i].first;
+        program.offsets[2 * i + 1] =
+            static_cast<std::uint32_t>(axis.starts[i].weights * program.steps);
+        last = std::max<std::size_t>(last, axis.starts[i].first);
+    }
+    program.src_bytes = last + program.steps * registerTaps;
+    return true;
+}
+
 #endif
 
 #endif
@@ -360,7 +357,6 @@ void sumTaps(TapProgram const& program, std::uint8_t const* src, std::uint8_t* d
 void takeRoutines([[maybe_unused]] TapRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.compile_taps = compileTaps;
-    routines.sum_taps = sumTaps;
 #endif
 }
 

@@ -33,6 +33,9 @@ HWY_INLINE V8 sumBlock(RowTaps const& taps, std::size_t x) {
 }
 
 void sumRows(RowTaps const& taps, std::size_t bytes, std::uint8_t* dst) {
+    if (bytes < blockBytes) {
+        return sumPlainRows(taps, bytes, dst);
+    }
     walkBlocks(bytes, blockBytes,
                [&](std::size_t x) HWY_ATTR { hn::StoreU(sumBlock(taps, x), Tag8(), dst + x); });
 }
@@ -42,7 +45,6 @@ void sumRows(RowTaps const& taps, std::size_t bytes, std::uint8_t* dst) {
 void takeRoutines([[maybe_unused]] TapRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
     routines.sum_rows = sumRows;
-    routines.least_row_bytes = blockBytes;
 #endif
 }
 

@@ -1,22 +1,25 @@
-// Area scaling as taps for vector code: tables worked out by hand.
-#include "ox_cv/ox_impl_area_taps.h"
+// Area scaling: taps for vector code, tables worked out by hand, and sums of rows.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <tuple>
 #include <vector>
 
-#include "rows/rows_routines.h"
+#include "rows/area/axis.h"
+#include "rows/area/rows.h"
+#include "rows/row_targets.h"
+#include "support/guarded_memory.h"
 #include "support/random.h"
 
 namespace ox::test::area_taps {
 
 namespace {
 
-using impl::AreaRow8;
-using Table = std::vector<impl::AreaWeight>;
+using rows::WholeRow;
+using Table = std::vector<rows::AreaWeight>;
 using Kernels = std::vector<std::vector<std::int16_t>>;
 
 constexpr int shift = 15;
@@ -25,7 +28,7 @@ constexpr std::uint16_t one = 1 << shift;
 std::vector<int> firstsOf(rows::TapAxis const& axis) {
     std::vector<int> firsts;
     for (std::size_t i = 0; i < axis.starts.size(); ++i) {
-        EXPECT_EQ(axis.starts[i].kernel, i);
+        EXPECT_EQ(axis.starts[i].weights, i);
         firsts.push_back(axis.starts[i].first);
     }
     return firsts;
@@ -34,24 +37,24 @@ std::vector<int> firstsOf(rows::TapAxis const& axis) {
 Kernels kernelsOf(rows::TapAxis const& axis) {
     Kernels kernels;
     for (std::size_t i = 0; i < axis.starts.size(); ++i) {
-        kernels.emplace_back(axis.kernel(i), axis.kernel(i) + axis.taps);
+        kernels.emplace_back(axis.weightRow(i), axis.weightRow(i) + axis.taps);
     }
     return kernels;
 }
 
-void expectTaps(Table const& table, std::uint16_t full, AreaRow8 const& row,
+void expectTaps(Table const& table, std::uint16_t full, WholeRow const& row,
                 std::vector<int> const& firsts, Kernels const& kernels) {
     rows::TapAxis axis;
-    ASSERT_TRUE(impl::describeAreaTaps({table.data(), full, shift}, row, axis));
+    ASSERT_TRUE(rows::describeAreaTaps({table.data(), full, shift}, row, axis));
     EXPECT_EQ(firstsOf(axis), firsts);
     EXPECT_EQ(kernelsOf(axis), kernels);
     EXPECT_EQ(axis.taps, kernels[0].size());
     EXPECT_EQ(axis.shift, shift);
 }
 
-bool isDescribed(Table const& table, std::uint16_t full, AreaRow8 const& row) {
+bool isDescribed(Table const& table, std::uint16_t full, WholeRow const& row) {
     rows::TapAxis axis;
-    return impl::describeAreaTaps({table.data(), full, shift}, row, axis);
+    return rows::describeAreaTaps({table.data(), full, shift}, row, axis);
 }
 
 TEST(AreaTaps, Reductions) {
@@ -87,10 +90,10 @@ TEST(AreaTaps, NotForMoreCellsThanStartsCanCount) {
 
 using Pairs = std::vector<std::tuple<int, int, int>>;
 
-Pairs blendOf(Table const& table, std::uint16_t full, AreaRow8 const& row) {
+Pairs blendOf(Table const& table, std::uint16_t full, WholeRow const& row) {
     std::vector<rows::PixelPair> pixels;
     Pairs pairs;
-    if (impl::describeAreaBlend({table.data(), full, shift}, row, pixels)) {
+    if (rows::describeAreaBlend({table.data(), full, shift}, row, pixels)) {
         for (rows::PixelPair const& pixel : pixels) {
             pairs.emplace_back(pixel.left, pixel.right, pixel.weight);
         }
@@ -115,71 +118,92 @@ TEST(AreaBlend, NotWhereWeightsAreNotOne) {
     EXPECT_EQ(blendOf({{0, 100}, {1, 100}}, one - 1, {1, 1, 1}), Pairs{});
 }
 
-// Rows of a destination row.
-class AreaRowSums : public testing::Test {
+// Rows of a destination row, by every instruction set and none.
+class AreaRows : public RowRoutines {
   protected:
-    static constexpr std::size_t bytes = 100;
+    AreaRows() {
+        rows::useRoutines(routines);
+        taps.reserve(4);
+    }
+    ~AreaRows() override { rows::useRoutines(rows::findRoutines()); }
 
-    AreaRowSums() {
-        Random random;
+    void SetUp() override {
         for (auto& row : _samples) {
-            std::generate(row.begin(), row.end(), [&] { return random.byte(); });
+            std::generate(row.begin(), row.end(), [&] { return _random.byte(); });
             _rows.push_back(row.data());
         }
-        taps.reserve(4, {__FILE__});
     }
 
-    impl::SumRows::Cut cut(std::int64_t middle_end, std::uint16_t first, std::uint16_t full,
-                           std::uint16_t rest) const {
+    rows::RowCut cut(std::int64_t middle_end, std::uint16_t first, std::uint16_t full,
+                     std::uint16_t rest) const {
         auto const next = static_cast<std::size_t>(std::max<std::int64_t>(middle_end, 1));
         return {_rows.data(), 5, _rows.back(), middle_end, first, full, rest, _rows[next], shift};
     }
 
-    // By vectors if there are any; then as the plain loop.
-    void expectSummed(impl::SumRows::Cut const& cut) {
-        std::array<unsigned char, bytes> dst{};
-        ASSERT_EQ(taps.sum(cut, bytes, dst.data()), rows::routines().taps.sum_rows != nullptr);
-        std::array<unsigned char, bytes> expected = dst;
-        alignas(std::uint32_t) std::array<unsigned char, 4 * bytes> sums{};
-        if (rows::routines().taps.sum_rows != nullptr) {
-            impl::SumRows::row<std::uint8_t, 1>(cut, bytes, sums.data(), expected.data());
+    // The low bits of sums of the first rows.
+    template <class Sample>
+    void check(rows::RowCut const& cut, std::size_t samples) {
+        GuardedMemory dst(samples * sizeof(Sample), Guard::AtEnd);
+        rows::chooseSumRowCut({1, 8 * static_cast<int>(sizeof(Sample))})(
+            taps, cut, static_cast<std::int64_t>(samples), dst.data());
+        for (std::size_t i = 0; i < samples; ++i) {
+            auto const at = [&](std::int64_t row) -> std::uint64_t {
+                Sample sample = 0;
+                std::memcpy(&sample, _rows[static_cast<std::size_t>(row)] + i * sizeof(Sample),
+                            sizeof sample);
+                return sample;
+            };
+            std::uint64_t sum = at(0) * cut.first_weight;
+            for (std::int64_t k = 1; k < cut.middle_end; ++k) {
+                sum += at(k) * cut.full_weight;
+            }
+            sum += at(std::max<std::int64_t>(cut.middle_end, 1)) * cut.rest;
+            Sample written = 0;
+            std::memcpy(&written, dst.data() + i * sizeof(Sample), sizeof written);
+            ASSERT_EQ(written, static_cast<Sample>(sum >> shift)) << "sample " << i;
         }
-        EXPECT_EQ(dst, expected);
     }
 
-    void expectLeftOut(impl::SumRows::Cut const& cut, std::int64_t samples = bytes) {
-        std::array<unsigned char, bytes> dst{};
-        EXPECT_FALSE(taps.sum(cut, samples, dst.data()));
-        EXPECT_EQ(dst, (std::array<unsigned char, bytes>{}));
+    void checkAll(rows::RowCut const& cut) {
+        for (std::size_t samples = 1; samples <= 100 && !HasFatalFailure(); ++samples) {
+            check<std::uint8_t>(cut, samples);
+            check<std::uint16_t>(cut, samples);
+            check<std::uint32_t>(cut, samples);
+        }
     }
 
-    impl::AreaRowTaps taps;
+    rows::CutTaps taps;
 
   private:
-    std::array<std::array<unsigned char, bytes>, 5> _samples{};
+    Random _random;
+    std::array<std::array<unsigned char, 400>, 5> _samples{};
     std::vector<unsigned char const*> _rows;
 };
 
-TEST_F(AreaRowSums, OneRowTwoAndMore) {
+TEST_P(AreaRows, OneRowTwoAndMore) {
     for (int pass = 0; pass < 2; ++pass) {
-        expectSummed(cut(1, one, one, 0));
-        expectSummed(cut(1, 0, one, one));
-        expectSummed(cut(1, 20000, one, 12768));
-        expectSummed(cut(1, 20000, one, 100));
-        expectSummed(cut(3, 10922, 10922, 2));
-        expectSummed(cut(2, 10922, 10922, 0));
-        expectSummed(cut(1, 10922, 10922, 0));
+        checkAll(cut(1, one, one, 0));
+        checkAll(cut(1, 0, one, one));
+        checkAll(cut(1, 20000, one, 12768));
+        checkAll(cut(1, 20000, one, 100));
+        checkAll(cut(3, 10922, 10922, 2));
+        checkAll(cut(2, 10922, 10922, 0));
+        checkAll(cut(1, 10922, 10922, 0));
     }
 }
 
-TEST_F(AreaRowSums, NotOfOtherWeightsOrMoreRows) {
-    expectLeftOut(cut(1, one, one, one));
-    expectLeftOut(cut(2, 20000, 20000, 0));
-    expectLeftOut(cut(1, 0, one, 0));
-    expectLeftOut(cut(4, 100, 100, 0));
-    auto const least = static_cast<std::int64_t>(rows::routines().taps.least_row_bytes);
-    expectLeftOut(cut(1, one, one, 0), least - 1);
+// Sums that leave a byte, weights that aren't words, no weights, and more rows than there is room
+// for.
+TEST_P(AreaRows, WhatTapsCantDo) {
+    checkAll(cut(1, one, one, one));
+    checkAll(cut(2, 20000, 20000, 0));
+    checkAll(cut(1, 40000, 40000, 0));
+    checkAll(cut(1, 0, one, 0));
+    checkAll(cut(4, 100, 100, 0));
 }
+
+INSTANTIATE_TEST_SUITE_P(, AreaRows, testing::ValuesIn(targetsAndNone()),
+                         [](auto const& parameter) { return parameter.param; });
 
 }  // namespace
 

@@ -5,15 +5,15 @@
 
 #include <vector>
 
-#include "ox_cv/ox_impl_scale_elements.h"
-#include "ox_cv/ox_impl_scale_tables.h"
+#include "rows/coordinates.h"
+#include "rows/elements.h"
 
-namespace ox::impl {
+namespace ox::rows {
 
 /// A source row of a cell.
-struct AreaRow {
-    std::int32_t weight = 0;             ///< 16.16 part of the row that the cell covers
-    unsigned char const* row = nullptr;  ///< null if it plays no part
+struct CoveredRow {
+    std::int32_t weight = 0;            ///< 16.16 part of the row that the cell covers
+    std::uint8_t const* row = nullptr;  ///< null if it plays no part
 };
 
 /// The columns of a cell: [first, end) with fractions.
@@ -76,21 +76,21 @@ inline std::int64_t partOf(Sample sample, std::int32_t fraction) {
 }
 
 struct SumCells {
-    using Function = void (*)(RowPlan const&, CellGrid const&, std::vector<AreaRow> const&,
-                              unsigned char* dst);
+    using Function = void (*)(RowPlan const&, CellGrid const&, std::vector<CoveredRow> const&,
+                              std::uint8_t* dst);
 
     template <class Sample, int Channels>
-    static void row(RowPlan const& plan, CellGrid const& grid, std::vector<AreaRow> const& rows,
-                    unsigned char* dst) {
+    static void row(RowPlan const& plan, CellGrid const& grid, std::vector<CoveredRow> const& rows,
+                    std::uint8_t* dst) {
         walkRow<Sample, Channels>(plan, dst, [&](auto reader, std::int64_t i, int channel) {
             CellColumns const columns = grid.columns(i);
             // A fourth channel gets the value of the third, on purpose.
             int const c = Channels == 4 ? std::min(channel, 2) : channel;
-            auto const sample = [=](unsigned char const* src, std::int64_t x) {
+            auto const sample = [=](std::uint8_t const* src, std::int64_t x) {
                 return reader.template sample<Sample, Channels>(src, x, c);
             };
             std::uint32_t sum = 0;
-            for (AreaRow const& covered : rows) {
+            for (CoveredRow const& covered : rows) {
                 if (covered.row != nullptr) {
                     sum += weighRow<Sample>(columns, covered, sample);
                 }
@@ -102,7 +102,7 @@ struct SumCells {
   private:
     /// The weighted sum of a row's samples in the cell, of which 32 bits are kept.
     template <class Sample, class Reader>
-    static std::uint32_t weighRow(CellColumns const& columns, AreaRow const& covered,
+    static std::uint32_t weighRow(CellColumns const& columns, CoveredRow const& covered,
                                   Reader sample) {
         std::int64_t sum = columns.first_fraction == 0
                                ? std::int64_t{sample(covered.row, columns.first)}
@@ -118,4 +118,4 @@ struct SumCells {
     }
 };
 
-}  // namespace ox::impl
+}  // namespace ox::rows

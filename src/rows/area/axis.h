@@ -1,0 +1,100 @@
+/// @file
+/// Area scaling of one direction: integer weights, truncation.
+
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "rows/blend/axis.h"
+#include "rows/taps/axis.h"
+
+namespace ox::rows {
+
+/// The part of a source sample that belongs to a cell.
+struct AreaWeight {
+    std::uint16_t index;   ///< first source sample that the cell touches
+    std::uint16_t weight;  ///< how much of that sample's full weight belongs to the cell
+};
+
+/// A table of weights, one a cell and one more, as the loops see it.
+struct AreaAxis {
+    AreaWeight const* weights;
+    std::uint16_t full_weight;
+    int shift;
+};
+
+/// The source elements of a destination element: [first, last], whose ends weigh differently.
+struct AreaCut {
+    std::int64_t first;
+    std::int64_t last;  ///< exclusive end of the middle part, and the element of `rest`
+    std::uint16_t first_weight;
+    std::uint16_t rest;  ///< weight of element `last`; 0: it isn't read
+};
+
+/// What is left of a sample's full weight for the next cell; wraps in 16 bits.
+inline std::uint16_t restWeight(std::uint16_t full_weight, std::uint16_t weight) {
+    return static_cast<std::uint16_t>(full_weight - weight);
+}
+
+/// Up-scaling blends two neighbours.
+struct AreaUp {
+    static constexpr bool hasMiddle = false;
+    static AreaCut cut(std::uint16_t full_weight, AreaWeight entry, AreaWeight /*following*/) {
+        return {entry.index, entry.index + 1, entry.weight, restWeight(full_weight, entry.weight)};
+    }
+};
+
+/// Down-scaling sums up to the following cell's first element.
+struct AreaDown {
+    static constexpr bool hasMiddle = true;
+    static AreaCut cut(std::uint16_t full_weight, AreaWeight entry, AreaWeight following) {
+        return {entry.index, following.index, entry.weight,
+                restWeight(full_weight, following.weight)};
+    }
+};
+
+/// The last source element that cell `i` reads.
+template <class Direction>
+std::int64_t lastElement(AreaAxis const& axis, std::int64_t i) {
+    AreaCut const cut = Direction::cut(axis.full_weight, axis.weights[i], axis.weights[i + 1]);
+    return cut.rest != 0 ? std::max(cut.first, cut.last) : std::max(cut.first, cut.last - 1);
+}
+
+/// A weight of less than one as blending takes it: of 2^16.
+constexpr std::uint16_t blendWeight(std::uint16_t weight, int shift) {
+    return static_cast<std::uint16_t>(weight << (16 - shift));
+}
+
+/// Whether a weight is one that taps take.
+constexpr bool isTapWeight(std::int64_t weight) {
+    return weight <= 0x7fff;
+}
+
+/// Whether sums of bytes with weights of that sum stay bytes.
+constexpr bool staysByte(std::int64_t weight_sum, int shift) {
+    constexpr std::int64_t largest = 255;
+    return (largest * weight_sum) >> shift <= largest;
+}
+
+/// A row of whole elements: those behind its end are all its last one.
+struct WholeRow {
+    std::int64_t cells;       ///< destination elements
+    std::int64_t last_pixel;  ///< of the source
+    std::int64_t last_entry;  ///< of the table
+};
+
+/// The taps of a row that is scaled down.
+/// @param axis receives them
+/// @return false where they aren't words, or their sums would leave a byte, of which the plain loop
+///         keeps the low bits
+/// @throws std::bad_alloc
+bool describeAreaTaps(AreaAxis const& area, WholeRow const& row, TapAxis& axis);
+
+/// The pixels of a row that is scaled up.
+/// @return false where the two weights don't sum to one
+/// @throws std::bad_alloc
+bool describeAreaBlend(AreaAxis const& area, WholeRow const& row, std::vector<PixelPair>& pixels);
+
+}  // namespace ox::rows

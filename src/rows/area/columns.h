@@ -1,0 +1,32 @@
+/// @file
+/// The columns of area scaling.
+
+#pragma once
+
+#include "rows/area/axis.h"
+#include "rows/blend/columns.h"
+#include "rows/elements.h"
+#include "rows/taps/columns.h"
+
+namespace ox::rows {
+
+/// The columns of a plane that is scaled by a table of weights.
+class AreaColumns : public Columns<AreaColumns> {
+  public:
+    /// @param axis whose weights outlive the columns
+    /// @param up whether two neighbours are blended, or all that lies in a cell is summed
+    /// @throws std::bad_alloc
+    void plan(RowPlan const& row, Element element, AreaAxis const& axis, bool up);
+
+  private:
+    template <class Direction>
+    struct PlainLoops;
+    bool compile(Element element, bool up);
+
+    RowPlan _row;
+    AreaAxis _axis{};
+    ByteBlend _blend;
+    ByteTaps _taps;
+};
+
+}  // namespace ox::rows

@@ -1,0 +1,89 @@
+#include "rows/blend/columns.h"
+
+#include "rows/blend/plain.h"
+#include "rows/rows_routines.h"
+
+namespace ox::rows {
+
+/// Copies pixels where none has a neighbour with a weight.
+bool ByteBlend::compile(BlendAxis const& axis) {
+    _copies = std::all_of(axis.pixels.begin(), axis.pixels.end(),
+                          [](PixelPair const& pair) { return pair.weight == 0; });
+    if (_copies) {
+        std::vector<std::int32_t> offsets;
+        offsets.reserve(axis.pixels.size());
+        for (PixelPair const& pair : axis.pixels) {
+            offsets.push_back(pair.left * static_cast<std::int32_t>(axis.channels));
+        }
+        _copies = _pixels.compile(offsets, axis.channels, axis.row_bytes);
+    }
+    return _copies || routines().blend.compile_blend(axis, _program);
+}
+
+struct BlendColumns::PlainLoops {
+    using Function = BlendColumns::Function;
+
+    template <class Sample, int Channels>
+    static void row(BlendColumns& columns, std::uint8_t const* src, std::uint8_t* dst) {
+        std::int32_t const* const table = columns._table;
+        walkRow<Sample, Channels>(columns._row, dst, [=](auto reader, std::int64_t i, int c) {
+            PixelPair const pair = pixelPair(table[reader.entry(i)], reader.width());
+            return blend(reader.template sample<Sample, Channels>(src, pair.left, c),
+                         reader.template sample<Sample, Channels>(src, pair.right, c), pair.weight);
+        });
+    }
+};
+
+bool BlendColumns::compile(Element element) {
+    if (!areWholeBytes(_row, element)) {
+        return false;
+    }
+    BlendAxis axis;
+    axis.channels = static_cast<std::size_t>(element.channels);
+    axis.row_bytes = static_cast<std::size_t>(_row.src_samples);
+    axis.pixels.reserve(static_cast<std::size_t>(_row.whole));
+    for (std::int64_t i = 0; i < _row.whole; ++i) {
+        axis.pixels.push_back(pixelPair(_table[i], _row.src_width));
+    }
+    return _bytes.compile(axis);
+}
+
+void BlendColumns::plan(RowPlan const& row, Element element,
+                        std::vector<std::int32_t> const& table) {
+    _row = row;
+    _table = table.data();
+    _routine = compile(element) ? [](BlendColumns& columns, std::uint8_t const* src,
+                                     std::uint8_t* dst) { columns._bytes.run(src, dst); }
+                                : pickRowFunction<PlainLoops>(element);
+}
+
+void BlendColumnsAndRows::plan(RowPlan const& row, Element element,
+                               std::vector<std::int32_t> const& table) {
+    _columns.plan(row, element, table);
+    _blend_rows = chooseBlendRows(element);
+    _samples = static_cast<std::size_t>(row.dst_samples);
+    for (auto& kept : _rows) {
+        kept.resize(_samples * static_cast<std::size_t>(element.bits / 8));
+    }
+}
+
+/// The columns of a row, blended now if they aren't kept. The row of the other number stays.
+std::uint8_t const* BlendColumnsAndRows::keep(Source source, std::int64_t other) {
+    for (std::size_t i = 0; i < _rows.size(); ++i) {
+        if (_kept[i] == source.number) {
+            return _rows[i].data();
+        }
+    }
+    std::size_t const place = _kept[0] == other ? 1 : 0;
+    _columns.run(source.row, _rows[place].data());
+    _kept[place] = source.number;
+    return _rows[place].data();
+}
+
+void BlendColumnsAndRows::run(Source upper, Source lower, std::uint16_t weight, std::uint8_t* dst) {
+    std::uint8_t const* const top = keep(upper, lower.number);
+    std::uint8_t const* const bottom = keep(lower, upper.number);
+    _blend_rows(top, bottom, weight, _samples, dst);
+}
+
+}  // namespace ox::rows

@@ -1,0 +1,81 @@
+/// @file
+/// The columns of bilinear scaling, and both directions of it.
+
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "rows/blend/axis.h"
+#include "rows/elements.h"
+#include "rows/pixels.h"
+
+namespace ox::rows {
+
+/// Vector code that blends the columns of a row of bytes.
+class ByteBlend {
+  public:
+    /// @return false if there is no vector code for it
+    /// @throws std::bad_alloc
+    bool compile(BlendAxis const& axis);
+
+    void run(std::uint8_t const* src, std::uint8_t* dst) {
+        if (_copies) {
+            _pixels.run(src, dst);
+        } else {
+            _program.run(_program, src, dst);
+        }
+    }
+
+  private:
+    bool _copies = false;  ///< whether every pixel is one of the source's
+    PixelProgram _pixels;  ///< if so
+    BlendProgram _program;
+};
+
+/// The columns of a plane that is scaled by 16.16 source coordinates.
+class BlendColumns : public Columns<BlendColumns> {
+  public:
+    /// @param table source coordinate of each destination element; must outlive the columns
+    /// @throws std::bad_alloc
+    void plan(RowPlan const& row, Element element, std::vector<std::int32_t> const& table);
+
+  private:
+    struct PlainLoops;
+    bool compile(Element element);
+
+    RowPlan _row;
+    std::int32_t const* _table = nullptr;
+    ByteBlend _bytes;
+};
+
+/// Both directions: columns are blended first, each to a truncated value, and then rows of these.
+/// The last two rows whose columns were blended are kept, as rows of an enlarged picture come from
+/// the same two again and again.
+class BlendColumnsAndRows {
+  public:
+    /// As `BlendColumns::plan`.
+    void plan(RowPlan const& row, Element element, std::vector<std::int32_t> const& table);
+
+    /// Forgets the rows; before another picture.
+    void restart() { _kept = {-1, -1}; }
+
+    /// A source row, and the number by which it is known.
+    struct Source {
+        std::uint8_t const* row;
+        std::int64_t number;
+    };
+    void run(Source upper, Source lower, std::uint16_t weight, std::uint8_t* dst);
+
+  private:
+    std::uint8_t const* keep(Source source, std::int64_t other);
+
+    BlendColumns _columns;
+    BlendRows* _blend_rows = nullptr;
+    std::size_t _samples = 0;  ///< of a destination row
+    std::array<std::vector<std::uint8_t>, 2> _rows;
+    std::array<std::int64_t, 2> _kept{-1, -1};  ///< numbers of their sources
+};
+
+}  // namespace ox::rows

@@ -1,0 +1,43 @@
+/// @file
+/// Rows of whole pixels of another row.
+
+#pragma once
+
+#include <vector>
+
+#include "rows/elements.h"
+#include "vector/row_program.h"
+
+namespace ox::rows {
+
+/// Vector code that copies pixels.
+class PixelProgram {
+  public:
+    /// @param offsets byte of each pixel in the source row, never falling
+    /// @return false if there is no vector code for it
+    bool compile(std::vector<std::int32_t> const& offsets, std::size_t pixel_bytes,
+                 std::size_t row_bytes);
+    void run(std::uint8_t const* src, std::uint8_t* dst) { _copy(_program, src, dst); }
+
+  private:
+    Simd::RowProgram _program;
+    Simd::CopyPixels* _copy = nullptr;
+};
+
+/// The columns of nearest neighbour scaling.
+class NearestColumns : public Columns<NearestColumns> {
+  public:
+    /// @param table source element of each destination element; must outlive the columns
+    /// @throws std::bad_alloc
+    void plan(RowPlan const& row, Element element, std::vector<std::uint16_t> const& table);
+
+  private:
+    struct PlainLoops;
+    bool compile(Element element, std::vector<std::uint16_t> const& table);
+
+    RowPlan _row;
+    std::uint16_t const* _table = nullptr;
+    PixelProgram _program;
+};
+
+}  // namespace ox::rows

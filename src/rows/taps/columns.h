@@ -1,0 +1,63 @@
+/// @file
+/// The columns of scaling by weighted taps.
+
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "rows/elements.h"
+#include "rows/taps/axis.h"
+
+namespace ox::rows {
+
+/// Vector code that sums the weighted pixels of rows of bytes: rows as they are, or each channel as
+/// a plane of its own. Taps behind the end of a row add nothing; sums are clamped to bytes.
+class ByteTaps {
+  public:
+    /// @return false if there is no vector code for it
+    /// @throws std::bad_alloc
+    bool compile(TapAxis const& axis, TapRow row);
+
+    void run(std::uint8_t const* src, std::uint8_t* dst) {
+        if (_as_it_is) {
+            _program.run(_program, src, dst);
+        } else {
+            runByPlanes(src, dst);
+        }
+    }
+
+  private:
+    void runByPlanes(std::uint8_t const* src, std::uint8_t* dst);
+
+    TapProgram _program;
+    /// Whether the program takes interleaved rows, and no room behind them.
+    bool _as_it_is = false;
+    std::size_t _channels = 0;
+    std::size_t _src_pixels = 0;
+    std::size_t _dst_pixels = 0;
+    std::vector<std::uint8_t> _src_planes;  ///< with zeros behind the pixels
+    std::vector<std::uint8_t> _dst_planes;
+};
+
+/// The columns of a plane that is scaled by a filter. A sum is divided by the weights' unit,
+/// truncated and clamped to what the channel holds; sums wrap in 32 bits, those of 32-bit channels
+/// are of 64 bits. Taps behind the end of a source row add nothing.
+class TapColumns : public Columns<TapColumns> {
+  public:
+    /// What the columns are planned by; to be filled before.
+    TapAxis axis;
+
+    /// @param src_samples of a source row
+    /// @throws std::bad_alloc
+    void plan(Element element, std::int64_t src_samples);
+
+  private:
+    struct PlainLoops;
+    bool compile(Element element);
+
+    std::int64_t _src_samples = 0;
+    ByteTaps _bytes;
+};
+
+}  // namespace ox::rows
