@@ -8,7 +8,6 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "rows/blend/plain.h"
 #include "rows/blend/routines.h"
@@ -83,17 +82,20 @@ HWY_INLINE void blendSteps(BlendProgram const& program, std::uint8_t const* src,
     hn::Half<WindowTag> const half;
     std::uint32_t const* offset = program.offsets.data();
     BlendStep const* step = program.steps.data();
-    for (BlendStep const* const end = step + program.whole_steps; step < end; ++step) {
+    BlendStep const* const end = step + program.steps.size();
+    for (BlendStep const* const whole = step + program.whole_steps; step < whole; ++step) {
         hn::StoreU(blendStep(*step, src + offset[0], blend), half, dst + offset[1]);
         offset += 2;
     }
-    for (BlendStep const* const end = program.steps.data() + program.steps.size(); step < end;
-         ++step) {
-        alignas(64) std::uint8_t entries[entriesOfWindow];
-        hn::Store(blendStep(*step, src + offset[0], blend), half, entries);
-        std::memcpy(dst + offset[1], entries, program.entries - offset[1]);
+    // The registers of the last steps end behind the row: they are stored in a copy of its end.
+    alignas(64) std::uint8_t copy[2 * entriesOfWindow];
+    std::size_t const first = program.entries - entriesOfWindow;
+    hn::Store(hn::LoadU(half, dst + first), half, copy);
+    for (; step < end; ++step) {
+        hn::StoreU(blendStep(*step, src + offset[0], blend), half, copy + (offset[1] - first));
         offset += 2;
     }
+    hn::StoreU(hn::Load(half, copy), half, dst + first);
 }
 
 void runWeights(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
@@ -119,13 +121,13 @@ void run64ths(BlendProgram const& program, std::uint8_t const* src, std::uint8_t
 
 /// A step gathers the pairs of as many entries as lie in a window.
 bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
-    if (axis.row_bytes < windowBytes) {
+    program.entries = axis.pixels.size() * axis.channels;
+    if (axis.row_bytes < windowBytes || program.entries < entriesOfWindow) {
         return false;
     }
     bool const of_64 = std::all_of(axis.pixels.begin(), axis.pixels.end(),
                                    [](PixelPair const& pixel) { return isOf64(pixel.weight); });
     program.run = of_64 ? run64ths : runWeights;
-    program.entries = axis.pixels.size() * axis.channels;
     program.offsets.clear();
     program.steps.clear();
     program.whole_steps = 0;
