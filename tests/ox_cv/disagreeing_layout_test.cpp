@@ -78,6 +78,28 @@ TEST(DisagreeingLayout, LongerRowsAreForgottenByBilinear) {
     expectRowsOfTheNewSource(both, FRAME_NV12, {3, 4}, Size{5, 6});
 }
 
+/// Rows are as wide as the size says, though the planes are claimed as before.
+template <class Scaler, class... Target>
+void expectRowsOfTheNewSize(Target... target) {
+    Claiming wide(FRAME_GRAY8, {90, 4}, longRow, 50);
+    Claiming narrow(FRAME_GRAY8, {5, 4}, longRow, 50);
+    narrow.claimed.plane[0] = wide.claimed.plane[0];
+    Scaler scaler;
+    scaler.reuse(wide, target...);
+    scaler.reuse(narrow, target...);
+    GuardedMemory row(5, Guard::AtEnd);
+    RowData dst;
+    dst[0] = row.data();
+    scaler.produce(dst);
+    EXPECT_EQ(Bytes(row.data(), row.data() + row.size()), Bytes(5, 50));
+    EXPECT_EQ(row.touched(), 0);
+}
+
+TEST(DisagreeingLayout, WiderRowsAreForgotten) {
+    expectRowsOfTheNewSize<ScalerBilinearY>(3);
+    expectRowsOfTheNewSize<ScalerAreaY>(2, OX_SCALER_FIXED_POINT_16S);
+}
+
 TEST(DisagreeingLayout, ShorterRowsGoOnWithZeros) {
     Claiming shorter(FRAME_GRAY8, {100000, 2}, 3, 200);
     ScalerNearestNeighbor scaler;
