@@ -10,7 +10,7 @@ namespace ox::benchmarks {
 
 PlainLoops::PlainLoops() {
     Simd::Neon::KernelsEnabled = false;
-    rows::useRoutines({});
+    rows::useRoutines(rows::plainRoutines());
 }
 
 PlainLoops::~PlainLoops() {

@@ -1,5 +1,7 @@
 #include "rows/pixels.h"
 
+#include <algorithm>
+
 #include "rows/rows_routines.h"
 
 namespace ox::rows {

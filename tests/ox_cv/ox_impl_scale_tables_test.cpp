@@ -5,7 +5,6 @@
 #include <limits>
 #include <utility>
 
-
 namespace ox::test::scale_tables {
 
 namespace {

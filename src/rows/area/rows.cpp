@@ -1,5 +1,9 @@
 #include "rows/area/rows.h"
 
+#include <algorithm>
+#include <array>
+#include <cstring>
+
 #include "rows/area/axis.h"
 #include "rows/rows_routines.h"
 

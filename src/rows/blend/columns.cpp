@@ -1,5 +1,7 @@
 #include "rows/blend/columns.h"
 
+#include <algorithm>
+
 #include "rows/blend/plain.h"
 #include "rows/rows_routines.h"
 

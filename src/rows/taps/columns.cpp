@@ -1,6 +1,7 @@
 #include "rows/taps/columns.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 #include "rows/colour/channels.h"
