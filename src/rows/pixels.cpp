@@ -6,12 +6,12 @@
 
 namespace ox::rows {
 
-bool PixelProgram::compile(std::vector<std::int32_t> const& offsets, std::size_t pixel_bytes,
-                           std::size_t row_bytes) {
-    Routines const& all = routines();
-    _copy = all.copy_pixels;
-    return all.compile_pixels != nullptr &&
-           all.compile_pixels({offsets.data(), offsets.size(), pixel_bytes, row_bytes}, _program);
+bool GatheredPixels::compile(std::vector<std::int32_t> const& offsets, std::size_t pixel_bytes,
+                             std::size_t row_bytes) {
+    vector::GatherRoutines const& gather = routines().gather;
+    _copy = gather.copy_pixels;
+    return gather.compile_pixels({offsets.data(), offsets.size(), pixel_bytes, row_bytes},
+                                 _program);
 }
 
 struct NearestColumns::PlainLoops {
@@ -35,7 +35,7 @@ bool NearestColumns::compile(Element element, std::vector<std::uint16_t> const& 
     std::vector<std::int32_t> offsets(static_cast<std::size_t>(_row.whole));
     std::transform(table.begin(), table.begin() + _row.whole, offsets.begin(),
                    [=](std::uint16_t x) { return static_cast<std::int32_t>(x * pixel_bytes); });
-    return _program.compile(offsets, pixel_bytes,
+    return _pixels.compile(offsets, pixel_bytes,
                             static_cast<std::size_t>(_row.src_samples * element.bits / 8));
 }
 
@@ -44,7 +44,7 @@ void NearestColumns::plan(RowPlan const& row, Element element,
     _row = row;
     _table = table.data();
     _routine = compile(element, table) ? [](NearestColumns& columns, std::uint8_t const* src,
-                                            std::uint8_t* dst) { columns._program.run(src, dst); }
+                                            std::uint8_t* dst) { columns._pixels.run(src, dst); }
                                        : pickRowFunction<PlainLoops>(element);
 }
 

@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "rows/elements.h"
-#include "vector/row_program.h"
+#include "vector/gather.h"
 
 namespace ox::rows {
 
 /// Vector code that copies pixels.
-class PixelProgram {
+class GatheredPixels {
   public:
     /// @param offsets byte of each pixel in the source row, never falling
     /// @return false if there is no vector code for it
@@ -20,8 +20,8 @@ class PixelProgram {
     void run(std::uint8_t const* src, std::uint8_t* dst) { _copy(_program, src, dst); }
 
   private:
-    Simd::RowProgram _program;
-    Simd::CopyPixels* _copy = nullptr;
+    vector::PixelProgram _program;
+    vector::CopyPixels* _copy = nullptr;
 };
 
 /// The columns of nearest neighbour scaling.
@@ -37,7 +37,7 @@ class NearestColumns : public Columns<NearestColumns> {
 
     RowPlan _row;
     std::uint16_t const* _table = nullptr;
-    PixelProgram _program;
+    GatheredPixels _pixels;
 };
 
 }  // namespace ox::rows

@@ -1,6 +1,5 @@
 #include "rows/rows_routines.h"
 
-#include "simd/resizers/routines.h"
 #include "vector/dispatch.h"
 
 namespace ox::rows {
@@ -29,9 +28,7 @@ Routines findRoutines() {
     takeBlendRoutines(found.blend);
     takeTapColumnRoutines(found.taps);
     takeTapRowRoutines(found.taps);
-    Simd::Neon::ResizeRoutines const whole_planes = Simd::Neon::findResizeRoutines();
-    found.compile_pixels = whole_planes.compilePixels;
-    found.copy_pixels = whole_planes.copyPixels;
+    vector::takeGatherRoutines(found.gather);
 #endif
     return found;
 }

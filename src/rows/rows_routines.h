@@ -1,24 +1,21 @@
 /// @file
-/// Vector routines for the row loops of the pipeline: raw rows, without frames. Each gives the
-/// bytes of the plain loop that it stands in for.
+/// The routines of the pipeline's rows. Plain ones define the bytes; vector ones give the same.
 
 #pragma once
 
 #include "rows/blend/routines.h"
 #include "rows/colour/routines.h"
 #include "rows/taps/routines.h"
-#include "vector/row_program.h"
+#include "vector/gather.h"
 
 namespace ox::rows {
 
-/// The routines of an instruction set. Where there is no vector code, those that blend and tap are
-/// the plain ones, and the others null.
+/// The routines of an instruction set, or the plain ones; none is ever null.
 struct Routines {
     ColourRoutines colour;
     BlendRoutines blend;
     TapRoutines taps;
-    Simd::CompilePixels* compile_pixels;  ///< whole pixels, gathered
-    Simd::CopyPixels* copy_pixels;
+    vector::GatherRoutines gather;
 };
 
 /// Those of the instruction set in use; see vector/dispatch.h.

@@ -26,6 +26,11 @@ struct TargetFollower {
 };
 void followTarget(TargetFollower& follower);
 
+// In tables of routines, what stands for compiling a program where there is no vector code, and for
+// running one.
+inline constexpr auto noProgram = [](auto...) { return false; };
+inline constexpr auto neverRun = [](auto...) {};
+
 /// The routines of the instruction set in use, by `find`, which looks them up.
 template <class Routines, Routines (*find)()>
 class RoutineTable {

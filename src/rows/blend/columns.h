@@ -30,7 +30,7 @@ class ByteBlend {
 
   private:
     bool _copies = false;  ///< whether every pixel is one of the source's
-    PixelProgram _pixels;  ///< if so
+    GatheredPixels _pixels;  ///< if so
     BlendProgram _program;
 };
 

@@ -64,17 +64,9 @@ float blend(float first, float second, float weight) {
     return std::fma(first, 1.0F - weight, weight * second);
 }
 
-/// The tables of columns, with an entry for each element of a destination row.
-struct Columns {
-    std::int32_t const* first;
-    float const* weight;
-    std::uint64_t channels;
-    std::uint64_t entries;
-};
-
 /// In a row of one pixel, which the first sample lies before, that is 0.
 template <bool one_pixel, class T>
-float blendColumns(T const* row, Columns const& columns, std::uint64_t entry) {
+float blendPair(T const* row, FloatColumns const& columns, std::uint64_t entry) {
     T const* const second =
         row + (columns.first[entry] + static_cast<std::int64_t>(columns.channels));
     float const first = one_pixel ? 0.0F : load(row + columns.first[entry]);
@@ -82,9 +74,9 @@ float blendColumns(T const* row, Columns const& columns, std::uint64_t entry) {
 }
 
 template <bool one_pixel, class T>
-void horizontalPass(T const* row, Columns columns, float* sums) {
+void horizontalPass(T const* row, FloatColumns columns, float* sums) {
     for (std::uint64_t i = 0; i < columns.entries; ++i) {
-        sums[i] = blendColumns<one_pixel>(row, columns, i);
+        sums[i] = blendPair<one_pixel>(row, columns, i);
     }
 }
 
@@ -98,17 +90,18 @@ void verticalPass(float const* top, float const* bottom, float weight, std::uint
 
 /// Both passes at once.
 template <bool one_pixel, class T>
-void directRow(T const* top, T const* bottom, Columns columns, float weight, T* row) {
+void directRow(T const* top, T const* bottom, FloatColumns columns, float weight, T* row) {
     for (std::uint64_t i = 0; i < columns.entries; ++i) {
-        store(row + i, blend(blendColumns<one_pixel>(top, columns, i),
-                             blendColumns<one_pixel>(bottom, columns, i), weight));
+        store(row + i, blend(blendPair<one_pixel>(top, columns, i),
+                             blendPair<one_pixel>(bottom, columns, i), weight));
     }
 }
 
 template <class T>
-void resizeBuffered(ResizerParam const& param, Columns columns,
+void resizeBuffered(ResizerParam const& param, FloatColumns columns,
                     AlignedArray<std::int32_t> const& iy, AlignedArray<float> const& ay,
-                    AlignedArray<float> const (&bx)[2], PlaneRows<T const> src, PlaneRows<T> dst) {
+                    AlignedArray<float> const (&bx)[2], StridedRows<T const> src,
+                    StridedRows<T> dst) {
     auto* const horizontal = param.srcW == 1 ? horizontalPass<true, T> : horizontalPass<false, T>;
     walkBilinearRows(
         param, iy, ay, src, dst, bx,
@@ -120,8 +113,9 @@ void resizeBuffered(ResizerParam const& param, Columns columns,
 
 /// For sources of two rows or more.
 template <class T>
-void resizeDirect(ResizerParam const& param, Columns columns, AlignedArray<std::int32_t> const& iy,
-                  AlignedArray<float> const& ay, PlaneRows<T const> src, PlaneRows<T> dst) {
+void resizeDirect(ResizerParam const& param, FloatColumns columns,
+                  AlignedArray<std::int32_t> const& iy, AlignedArray<float> const& ay,
+                  StridedRows<T const> src, StridedRows<T> dst) {
     auto* const blend_row = param.srcW == 1 ? directRow<true, T> : directRow<false, T>;
     for (std::uint64_t row = 0; row < param.dstH; ++row) {
         std::uint64_t const first = static_cast<std::uint64_t>(iy[row]);
@@ -163,14 +157,19 @@ void ResizerBilinear<T>::Run(std::uint8_t const* src, std::size_t srcStride, std
         static_cast<T*>(static_cast<void*>(dst)), dstStride / sizeof(T));
 }
 
+template <class T>
+FloatColumns ResizerBilinear<T>::columns() const {
+    return {ix.data, ax.data, param.dstW * param.channels, param.channels,
+            param.srcW * param.channels};
+}
+
 template class ResizerBilinear<float>;
 template class ResizerBilinear<std::uint16_t>;
 
 void ResizerFloatBilinear::Run(float const* src, std::size_t srcStride, float* dst,
                                std::size_t dstStride) {
-    Columns const columns{ix.data, ax.data, param.channels, param.dstW * param.channels};
-    resizeBuffered(param, columns, iy, ay, bx, PlaneRows{src, srcStride},
-                   PlaneRows{dst, dstStride});
+    resizeBuffered(param, columns(), iy, ay, bx, StridedRows{src, srcStride},
+                   StridedRows{dst, dstStride});
 }
 
 void ResizerShortBilinear::Run(std::uint16_t const* src, std::size_t srcStride, std::uint16_t* dst,
@@ -179,14 +178,13 @@ void ResizerShortBilinear::Run(std::uint16_t const* src, std::size_t srcStride, 
     if (param.channels > most_channels || param.srcW == 0) {
         return;
     }
-    Columns const columns{ix.data, ax.data, param.channels, param.dstW * param.channels};
-    PlaneRows const source{src, srcStride};
-    PlaneRows const target{dst, dstStride};
+    StridedRows const source{src, srcStride};
+    StridedRows const target{dst, dstStride};
     // Buffered rows gain nothing where hardly any source row is used twice.
     if (param.dstH <= param.srcH / 2) {
-        resizeDirect(param, columns, iy, ay, source, target);
+        resizeDirect(param, columns(), iy, ay, source, target);
     } else {
-        resizeBuffered(param, columns, iy, ay, bx, source, target);
+        resizeBuffered(param, columns(), iy, ay, bx, source, target);
     }
 }
 

@@ -8,8 +8,8 @@
 #include <type_traits>
 
 #include "simd/resizers/resizer.h"
+#include "simd/resizers/routines.h"
 #include "vector/aligned_array.h"
-#include "vector/row_program.h"
 
 namespace Simd::Base {
 
@@ -35,6 +35,8 @@ class ResizerBilinear : public Resizer {
   protected:
     /// 16-bit rows have room for a block behind their end.
     static constexpr std::uint64_t slack = std::is_same_v<T, float> ? 0 : 16;
+
+    FloatColumns columns() const;
 
     AlignedArray<std::int32_t> ix;  ///< offset of each entry's first sample in a row, in elements
     AlignedArray<std::int32_t> iy;
@@ -71,7 +73,7 @@ class ResizerFloatBilinear : public Base::ResizerFloatBilinear {
     void Run(float const* src, std::size_t srcStride, float* dst, std::size_t dstStride) override;
 
   private:
-    RowProgram program;  ///< how samples of a row are gathered, in this processor's registers
+    FloatProgram program;
 };
 
 class ResizerShortBilinear : public Base::ResizerShortBilinear {

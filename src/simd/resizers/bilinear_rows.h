@@ -14,14 +14,14 @@ namespace Simd {
 
 /// The rows of a plane. They needn't be aligned to its elements.
 template <class T>
-struct PlaneRows {
+struct StridedRows {
     T* first;
     std::size_t stride;  ///< elements
 
     T* operator[](std::uint64_t row) const { return first + row * stride; }
 };
 template <class T>
-PlaneRows(T*, std::size_t) -> PlaneRows<T>;
+StridedRows(T*, std::size_t) -> StridedRows<T>;
 
 /// Makes each destination row from two neighbouring source rows. A source row goes through the
 /// horizontal pass once as long as the destination advances by at most a row; a row outside the
@@ -33,8 +33,8 @@ PlaneRows(T*, std::size_t) -> PlaneRows<T>;
 /// @param vertical (Sum const* top, Sum const* bottom, Weight weight, Element* destination_row)
 template <class Element, class Sum, class Weight, class Horizontal, class Vertical>
 void walkBilinearRows(ResizerParam const& param, AlignedArray<std::int32_t> const& iy,
-                      AlignedArray<Weight> const& ay, PlaneRows<Element const> src,
-                      PlaneRows<Element> dst, AlignedArray<Sum> const (&buffers)[2],
+                      AlignedArray<Weight> const& ay, StridedRows<Element const> src,
+                      StridedRows<Element> dst, AlignedArray<Sum> const (&buffers)[2],
                       Horizontal horizontal, Vertical vertical) {
     if (param.srcW == 0 || param.srcH == 0) {
         return;

@@ -5,20 +5,12 @@
 
 #include "simd/resizers/axis.h"
 #include "simd/resizers/nearest.h"
-#include "simd/resizers/routines.h"
 
 namespace Simd {
 
 namespace {
 
-constexpr std::size_t tableAlign = 16;
-constexpr std::int32_t fractionBits = 22;  // of a weighted sum, in both classes
-constexpr std::int32_t plainRange = 2048;
-constexpr std::int32_t sumOfFourRange = 1024;  // the sums have two bits more
-
-constexpr std::uint64_t halfOf(std::uint64_t side) {
-    return side / 2 + side % 2;
-}
+constexpr std::int32_t sumOfFourRange = byteAreaRange / 2;  // the sums have two bits more
 
 /// The source as it is.
 struct SingleRows {
@@ -71,9 +63,7 @@ constexpr std::int32_t difference(std::int32_t a, std::int32_t b) {
 
 /// How the scalar classes weight rows and store sums.
 struct ScalarRule {
-    static std::uint32_t rowWeight(std::int32_t weight) {
-        return static_cast<std::uint32_t>(weight);
-    }
+    static std::uint32_t factor(std::int32_t weight) { return static_cast<std::uint32_t>(weight); }
     template <std::uint64_t channels>
     static std::uint8_t store(std::int32_t mean) {
         return static_cast<std::uint8_t>(mean);
@@ -82,7 +72,7 @@ struct ScalarRule {
 
 /// How the vector class does.
 struct VectorRule {
-    static std::uint32_t rowWeight(std::int32_t weight) {
+    static std::uint32_t factor(std::int32_t weight) {
         return static_cast<std::uint32_t>(static_cast<std::int16_t>(weight));
     }
     template <std::uint64_t channels>
@@ -119,21 +109,21 @@ void averageColumns(ResizerParam const& param, AreaTables const& tables, std::ui
                 sum += first[j * channels + c] * weight(ax[0]);
             }
             sum -= first[columns * channels + c] * weight(ax[x + 1]);
-            auto const rounded = static_cast<std::int32_t>(sum + (1U << (fractionBits - 1)));
-            dst[x * channels + c] = Rule::template store<channels>(rounded >> fractionBits);
+            auto const rounded = static_cast<std::int32_t>(sum + byteAreaRounding);
+            dst[x * channels + c] = Rule::template store<channels>(rounded >> byteAreaShift);
         }
     }
 }
 
 template <class Rule, class Rows, std::uint64_t channels>
-void averageRows(ResizerParam const& param, AreaTables const& tables, Rows source,
-                 std::uint8_t* dst, std::size_t dst_stride) {
+void averagePlane(ResizerParam const& param, AreaTables const& tables, Rows source,
+                  std::uint8_t* dst, std::size_t dst_stride) {
     std::uint32_t* const by = tables.by;
     for (std::uint64_t r = 0; r < param.dstH; ++r, dst += dst_stride) {
         auto const first = static_cast<std::uint64_t>(tables.iy[r]);
         std::int32_t const rows = tables.iy[r + 1] - tables.iy[r];
         for (std::int32_t j = 0; j <= rows; ++j) {
-            std::uint32_t const weight = Rule::rowWeight(rowWeight(tables.ay, r, j, rows));
+            std::uint32_t const weight = Rule::factor(rowWeight(tables.ay, r, j, rows));
             std::uint64_t const row = first + static_cast<std::uint64_t>(j);
             if (j == 0) {
                 source.template visit<channels>(
@@ -153,18 +143,9 @@ void average(ResizerParam const& param, AreaTables const& tables, Rows source, s
     if (param.srcW == 0 || param.srcH == 0 || param.dstW == 0) {
         return;
     }
-    switch (param.channels) {
-        case 1:
-            return averageRows<Rule, Rows, 1>(param, tables, source, dst, dst_stride);
-        case 2:
-            return averageRows<Rule, Rows, 2>(param, tables, source, dst, dst_stride);
-        case 3:
-            return averageRows<Rule, Rows, 3>(param, tables, source, dst, dst_stride);
-        case 4:
-            return averageRows<Rule, Rows, 4>(param, tables, source, dst, dst_stride);
-        default:
-            return;
-    }
+    withChannels(param.channels, [&](auto channels) {
+        averagePlane<Rule, Rows, channels>(param, tables, source, dst, dst_stride);
+    });
 }
 
 }  // namespace
@@ -219,8 +200,8 @@ void ResizerByteArea::buildTables(std::uint64_t width, std::uint64_t height, std
 }
 
 ResizerByteArea1x1::ResizerByteArea1x1(ResizerParam const& record) : ResizerByteArea(record) {
-    buildTables(param.srcW, param.srcH, plainRange);
-    by.Resize((param.srcW * param.channels + param.align - 1) & (~param.align + 1), param.align);
+    buildTables(param.srcW, param.srcH, byteAreaRange);
+    by.Resize(roundedUp(param.srcW * param.channels, param.align), param.align);
 }
 
 void ResizerByteArea1x1::Run(std::uint8_t const* src, std::size_t srcStride, std::uint8_t* dst,
@@ -232,7 +213,7 @@ void ResizerByteArea1x1::Run(std::uint8_t const* src, std::size_t srcStride, std
 ResizerByteArea2x2::ResizerByteArea2x2(ResizerParam const& record) : ResizerByteArea(record) {
     std::uint64_t const width = halfOf(param.srcW);
     buildTables(width, halfOf(param.srcH), sumOfFourRange);
-    by.Resize(((width * param.channels + param.align - 1) & (~param.align + 1)) + 16, param.align);
+    by.Resize(roundedUp(width * param.channels, param.align) + 16, param.align);
 }
 
 void ResizerByteArea2x2::Run(std::uint8_t const* src, std::size_t srcStride, std::uint8_t* dst,
@@ -253,7 +234,7 @@ bool takesSamples(std::int32_t const* alpha, std::int32_t const* index, std::uin
         std::int32_t const more = index[i + 1] - index[i];
         std::int32_t const behind = more == 0 ? alpha[i + 1] : difference(alpha[i + 1], alpha[0]);
         bool const single = more == 0 || (more == 1 && behind == 0);
-        if (!single || difference(alpha[i], behind) != plainRange) {
+        if (!single || difference(alpha[i], behind) != byteAreaRange) {
             return false;
         }
     }
@@ -270,14 +251,14 @@ ResizerByteArea1x1::Way ResizerByteArea1x1::chooseWay() {
         offsets.Resize(param.dstW, tableAlign);
         std::transform(ix.data, ix.data + param.dstW, offsets.data,
                        [this](std::int32_t column) { return rowOffset(column, param.channels); });
-        if (resizeRoutines().compilePixels({offsets.data, param.dstW, param.channels, row_bytes},
-                                           program)) {
+        if (resizeRoutines().gather.compile_pixels(
+                {offsets.data, param.dstW, param.channels, row_bytes}, pixels)) {
             return Way::Pixels;
         }
     }
-    bool const columns = resizeRoutines().compileAreaColumns(
-        {ax.data, ix.data, param.dstW, param.channels, row_bytes}, program);
-    return columns ? Way::Columns : Way::Plain;
+    bool const has_program = resizeRoutines().compileByteArea(
+        {ax.data, ix.data, param.dstW, param.channels, row_bytes}, columns);
+    return has_program ? Way::Columns : Way::Plain;
 }
 
 void ResizerByteArea1x1::Run(std::uint8_t const* src, std::size_t srcStride, std::uint8_t* dst,
@@ -292,7 +273,7 @@ void ResizerByteArea1x1::Run(std::uint8_t const* src, std::size_t srcStride, std
         return Base::copyNearestRows(iy.data, param.dstH, src, srcStride, dst, dstStride,
                                      param.dstW * param.channels,
                                      [this](std::uint8_t const* from, std::uint8_t* to) {
-                                         resizeRoutines().copyPixels(program, from, to);
+                                         resizeRoutines().gather.copy_pixels(pixels, from, to);
                                      });
     }
     if (way == Way::Plain) {
@@ -306,13 +287,13 @@ void ResizerByteArea1x1::Run(std::uint8_t const* src, std::size_t srcStride, std
     for (std::uint64_t r = 0; r < param.dstH; ++r) {
         auto const first = static_cast<std::uint64_t>(iy[r]);
         std::int32_t const rows = iy[r + 1] - iy[r];
-        AreaRows const source{src + first * srcStride,
-                              srcStride,
-                              static_cast<std::uint64_t>(rows),
-                              wrapped(rowWeight(ay.data, r, 0, rows)),
-                              wrapped(ay[0]),
-                              rows == 0 ? 0 : wrapped(rowWeight(ay.data, r, rows, rows))};
-        resizeRoutines().averageAreaRow(program, source, dst + r * dstStride);
+        ByteAreaRows const source{src + first * srcStride,
+                                  srcStride,
+                                  static_cast<std::uint64_t>(rows),
+                                  wrapped(rowWeight(ay.data, r, 0, rows)),
+                                  wrapped(ay[0]),
+                                  rows == 0 ? 0 : wrapped(rowWeight(ay.data, r, rows, rows))};
+        resizeRoutines().averageByteArea(columns, source, dst + r * dstStride);
     }
 }
 

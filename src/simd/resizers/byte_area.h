@@ -5,8 +5,8 @@
 #pragma once
 
 #include "simd/resizers/resizer.h"
+#include "simd/resizers/routines.h"
 #include "vector/aligned_array.h"
-#include "vector/row_program.h"
 
 namespace Simd::Base {
 
@@ -61,13 +61,14 @@ class ResizerByteArea1x1 : public Base::ResizerByteArea1x1 {
              std::size_t dstStride) override;
 
   private:
-    /// How a run goes: `Columns` averages the bytes of a row by `program`; `Pixels`, where each
-    /// cell is a pixel's, as in a picture of twice the size, copies them by it.
+    /// How a run goes: `Columns` averages the bytes of a row by `columns`; `Pixels`, where each
+    /// cell is a pixel's, as in a picture of twice the size, copies them by `pixels`.
     enum class Way { Unknown, Plain, Columns, Pixels };
 
     Way chooseWay();
 
-    RowProgram program;  ///< of the way, in this processor's registers
+    ByteAreaProgram columns;
+    ox::vector::PixelProgram pixels;
     Way way = Way::Unknown;
 };
 

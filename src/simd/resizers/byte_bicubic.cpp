@@ -9,7 +9,6 @@ namespace Simd::Base {
 namespace {
 
 constexpr std::size_t taps = 4;
-constexpr std::size_t tableAlign = 16;
 
 /// The weights of a direction add up to -range. The sign falls out of the product of both.
 constexpr float range = 128.0F;

@@ -4,17 +4,13 @@
 #pragma once
 
 #include "simd/resizers/resizer.h"
+#include "simd/resizers/routines.h"
 #include "vector/aligned_array.h"
-#include "vector/row_program.h"
-
-namespace Simd {
-
-/// The weights of the two samples of a bilinear pair add up to this.
-constexpr std::int32_t byteBilinearRange = 16;
-
-}  // namespace Simd
 
 namespace Simd::Base {
+
+/// One by one, for axes of any length.
+FillByteSamples fillByteSamples;
 
 /// For each destination index along an axis: the index of the first source sample and the weight of
 /// the second, 0 to 16. `index` counts samples, or `channels` elements a sample, and then both are
@@ -65,13 +61,16 @@ class ResizerByteBilinear : public Base::ResizerByteBilinear {
   protected:
     AlignedArray<std::uint8_t> alphaX;    ///< the weights of both samples of each entry, in pairs
     AlignedArray<std::uint16_t> rows[2];  ///< two rows after the horizontal pass, times 16
-    std::uint64_t blocks = 0;             ///< blocks of `gather`; 0 if columns are taken one by one
-    AlignedArray<GatherBlock> gather;     ///< how a row of one channel becomes pairs of samples
+
+    // Not read by runs. Without `gather`, `ix` has a column's first source pixel each.
+    std::uint64_t blocks = 0;          ///< blocks of `gather`; 0 if columns are taken one by one
+    AlignedArray<GatherBlock> gather;  ///< how a row of one channel becomes pairs of samples
 
   private:
     void buildTables();
+    void fillUnreadTables(std::int32_t const* index);
 
-    RowProgram program;  ///< the same for any number of channels, in this processor's registers
+    BytePairProgram program;  ///< how any number of channels becomes pairs, for this processor
 };
 
 }  // namespace Simd::Neon

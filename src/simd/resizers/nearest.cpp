@@ -97,7 +97,7 @@ void ResizerNearest::buildTables() {
     std::transform(ix.data, ix.data + param.dstW, ix.data,
                    [this](std::int32_t index) { return rowOffset(index, pixelSize); });
     hasProgram = Neon::KernelsEnabled &&
-                 Neon::resizeRoutines().compilePixels(
+                 Neon::resizeRoutines().gather.compile_pixels(
                      {ix.data, param.dstW, pixelSize, param.srcW * pixelSize}, program);
 }
 
@@ -113,7 +113,7 @@ void ResizerNearest::Run(std::uint8_t const* src, std::size_t srcStride, std::ui
     copyNearestRows(iy.data, param.dstH, src, srcStride, dst, dstStride, param.dstW * pixelSize,
                     [&](std::uint8_t const* from, std::uint8_t* to) {
                         if (hasProgram) {
-                            Neon::resizeRoutines().copyPixels(program, from, to);
+                            Neon::resizeRoutines().gather.copy_pixels(program, from, to);
                         } else {
                             copy(from, ix.data, param.dstW, pixelSize, to);
                         }

@@ -7,7 +7,7 @@
 
 #include "simd/resizers/resizer.h"
 #include "vector/aligned_array.h"
-#include "vector/row_program.h"
+#include "vector/gather.h"
 
 namespace Simd::Base {
 
@@ -46,7 +46,7 @@ class ResizerNearest : public Resizer {
   private:
     void buildTables();
 
-    RowProgram program;  ///< how a row's pixels are gathered, in this processor's registers
+    ox::vector::PixelProgram program;
     bool hasProgram = false;
 };
 

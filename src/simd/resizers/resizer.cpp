@@ -29,13 +29,8 @@ bool isFloatBilinear(ResizerParam const& param) {
             param.method == ResizerMethodBilinearTopLeft);
 }
 
-/// Rounded up, without a wrap.
-std::uint64_t half(std::uint64_t side) {
-    return side / 2 + side % 2;
-}
-
 bool halvesBothSides(ResizerParam const& param) {
-    return param.dstW <= half(param.srcW) && param.dstH <= half(param.srcH);
+    return param.dstW <= halfOf(param.srcW) && param.dstH <= halfOf(param.srcH);
 }
 
 Resizer* make(ResizerClass chosen, ResizerParam const& param) {

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 namespace Simd {
 
@@ -40,9 +41,38 @@ struct ResizerParam {
     std::uint64_t align;  ///< alignment of row buffers, and the elements that they are rounded to
 };
 
+constexpr std::size_t tableAlign = 16;
+
+/// @param align a power of two
+constexpr std::uint64_t roundedUp(std::uint64_t elements, std::uint64_t align) {
+    return (elements + align - 1) & (~align + 1);
+}
+
+/// Rounded up, without a wrap.
+constexpr std::uint64_t halfOf(std::uint64_t side) {
+    return side / 2 + side % 2;
+}
+
 constexpr std::size_t elementBytes(ResizerType type) {
     constexpr std::size_t bytes[] = {1, 2, 4};
     return bytes[type];
+}
+
+/// Calls call(channels), with a number that the compiler knows, for one to four of them alone.
+template <class Call>
+void withChannels(std::uint64_t channels, Call call) {
+    switch (channels) {
+        case 1:
+            return call(std::integral_constant<std::uint64_t, 1>());
+        case 2:
+            return call(std::integral_constant<std::uint64_t, 2>());
+        case 3:
+            return call(std::integral_constant<std::uint64_t, 3>());
+        case 4:
+            return call(std::integral_constant<std::uint64_t, 4>());
+        default:
+            return;
+    }
 }
 
 /// The root of the layer's objects.

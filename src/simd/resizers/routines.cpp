@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "simd/resizers/byte_bilinear.h"
 #include "vector/dispatch.h"
 
 namespace Simd::Neon {
@@ -9,11 +10,11 @@ namespace Simd::Neon {
 namespace {
 
 /// The offsets of both bytes of each entry.
-void compileBytePairs(BytePairs const& pairs, RowProgram& program) {
-    program.entries = pairs.width * pairs.channels;
-    program.offsets.Resize(2 * program.entries, 16);
-    program.tables.Resize(2 * program.entries, 16);
-    std::copy_n(pairs.alpha, 2 * program.entries, program.tables.data);
+void compileBytePairs(BytePairs const& pairs, BytePairProgram& program) {
+    program.steps = pairs.width * pairs.channels;
+    program.offsets.Resize(2 * program.steps, 16);
+    program.tables.Resize(2 * program.steps, 16);
+    std::copy_n(pairs.alpha, 2 * program.steps, program.tables.data);
     auto const channels = static_cast<std::int32_t>(pairs.channels);
     std::int32_t* offset = program.offsets.data;
     for (std::uint64_t x = 0; x < pairs.width; ++x) {
@@ -25,8 +26,8 @@ void compileBytePairs(BytePairs const& pairs, RowProgram& program) {
     }
 }
 
-void blendBytePairs(RowProgram& program, std::uint8_t const* src, std::uint16_t* row) {
-    for (std::uint64_t k = 0; k < program.entries; ++k) {
+void blendBytePairs(BytePairProgram& program, std::uint8_t const* src, std::uint16_t* row) {
+    for (std::uint64_t k = 0; k < program.steps; ++k) {
         std::int32_t const* const offset = program.offsets.data + 2 * k;
         std::uint8_t const* const weight = program.tables.data + 2 * k;
         row[k] =
@@ -37,38 +38,37 @@ void blendBytePairs(RowProgram& program, std::uint8_t const* src, std::uint16_t*
 void blendByteRows(std::uint16_t const* top, std::uint16_t const* bottom, std::int32_t weight,
                    std::size_t count, std::uint8_t* dst) {
     for (std::size_t k = 0; k < count; ++k) {
-        dst[k] =
-            static_cast<std::uint8_t>((top[k] * (16 - weight) + bottom[k] * weight + 128) >> 8);
+        std::int32_t const sum = top[k] * (byteBilinearRange - weight) + bottom[k] * weight;
+        dst[k] = static_cast<std::uint8_t>((sum + byteBilinearRounding) >> byteBilinearShift);
     }
 }
 
-/// Plain loops, or none.
-constexpr ResizeRoutines plainRoutines{
-    .compilePixels = [](PixelColumns const&, RowProgram&) { return false; },
-    .copyPixels = nullptr,
-    .fillByteSamples = nullptr,
-    .compileBytePairs = compileBytePairs,
-    .blendBytePairs = blendBytePairs,
-    .blendByteRows = blendByteRows,
-    .compileAreaColumns = [](AreaColumns const&, RowProgram&) { return false; },
-    .averageAreaRow = nullptr,
-    .compileFloatColumns = [](FloatColumns const&, RowProgram&) { return false; },
-    .blendFloatColumns = nullptr,
-    .blendFloatPairRows = nullptr,
-    .blendFloatRows = nullptr,
-};
+ResizeRoutines findResizeRoutines() {
+    using ox::vector::neverRun;
+    using ox::vector::noProgram;
+    ResizeRoutines found{
+        .gather = {},
+        .fillByteSamples = Base::fillByteSamples,
+        .compileBytePairs = compileBytePairs,
+        .blendBytePairs = blendBytePairs,
+        .blendByteRows = blendByteRows,
+        .compileByteArea = noProgram,
+        .averageByteArea = neverRun,
+        .compileFloatColumns = noProgram,
+        .blendFloatColumns = neverRun,
+        .blendFloatPairRows = neverRun,
+        .blendFloatRows = neverRun,
+    };
+#ifdef OX_WITH_HIGHWAY
+    ox::vector::takeGatherRoutines(found.gather);
+    takeResizeAreaRoutines(found);
+    takeResizeByteRoutines(found);
+    takeResizeFloatRoutines(found);
+#endif
+    return found;
+}
 
 }  // namespace
-
-ResizeRoutines findResizeRoutines() {
-    ResizeRoutines best = plainRoutines;
-#ifdef OX_WITH_HIGHWAY
-    takeResizeAreaRoutines(best);
-    takeResizeByteRoutines(best);
-    takeResizeFloatRoutines(best);
-#endif
-    return best;
-}
 
 ResizeRoutines const& resizeRoutines() {
     return ox::vector::RoutineTable<ResizeRoutines, findResizeRoutines>::get();

@@ -11,6 +11,7 @@
 
 #include "simd/resizers/routines.h"
 #include "vector/ops-inl.h"
+#include "vector/windows.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Simd::Neon::HWY_NAMESPACE {
@@ -21,7 +22,7 @@ using namespace ox::vector::HWY_NAMESPACE;
 #if HWY_TARGET != HWY_SCALAR
 
 /// What is still to be placed of an entry of a row: neighbouring samples, `channels` bytes apart.
-struct AreaTaps {
+struct EntrySamples {
     std::uint64_t at;    // the byte of the next one
     std::uint64_t left;  // how many
     std::int32_t next;   // weight of the next one
@@ -29,7 +30,8 @@ struct AreaTaps {
 };
 
 /// No weight is more than `ax[0]`.
-AreaTaps tapsOf(AreaColumns const& columns, std::uint64_t x, std::uint64_t channel) {
+EntrySamples samplesOfEntry(ByteAreaColumns const& columns, std::uint64_t x,
+                            std::uint64_t channel) {
     std::int32_t const* const ax = columns.ax;
     auto const more = static_cast<std::uint64_t>(columns.ix[x + 1] - columns.ix[x]);
     std::uint64_t const at = static_cast<std::uint64_t>(columns.ix[x]) * columns.channels + channel;
@@ -42,7 +44,7 @@ AreaTaps tapsOf(AreaColumns const& columns, std::uint64_t x, std::uint64_t chann
 
 using Window = hn::Vec<WindowTag>;
 using Sums = hn::Vec<WindowTagS32>;
-constexpr std::size_t entriesOfWindow = windowBytes / 4;
+constexpr std::size_t lanesOfWindow = windowBytes / 4;
 
 // A step adds a few samples to each entry, all out of one window. It has a table of their places,
 // and of their weights. Where entries lie so far apart that a window has too few for a register,
@@ -119,68 +121,73 @@ struct StepSums {
 
 #endif
 
-/// Takes the next samples of an entry that lie in the window, as many as fit `samples` from
-/// `first`.
-void placeTaps(AreaColumns const& columns, AreaTaps& tap, std::uint64_t start, std::size_t first,
-               std::size_t samples, std::uint8_t* table) {
-    for (std::size_t k = 0; k < samples; ++k) {
-        if (tap.left == 0 || tap.at - start >= windowBytes) {
+/// Takes the next samples of an entry that lie in the window, as many as fit `most` from `lane` on.
+void placeSamples(ByteAreaColumns const& columns, EntrySamples& entry, std::uint64_t start,
+                  std::size_t lane, std::size_t most, std::uint8_t* table) {
+    for (std::size_t k = 0; k < most; ++k) {
+        if (entry.left == 0 || entry.at - start >= windowBytes) {
             return;
         }
-        StepSums::put(table, first + k, static_cast<std::size_t>(tap.at - start), tap.next);
-        tap.at += columns.channels;
-        tap.left -= 1;
-        tap.next = tap.left == 1 ? tap.last : columns.ax[0];
+        StepSums::put(table, lane + k, static_cast<std::size_t>(entry.at - start), entry.next);
+        entry.at += columns.channels;
+        entry.left -= 1;
+        entry.next = entry.left == 1 ? entry.last : columns.ax[0];
     }
 }
 
-/// Writes the steps of a register: of the entries from `entry`.
+/// Writes the steps of a register: of the entries from `first`. Other than the plans of
+/// vector/windows.h, a register has its entries from the start, and takes steps until all of their
+/// samples are placed.
 /// @return how many steps there are; 0 if that is more than `capacity`
 template <std::size_t entry_lanes>
-std::uint64_t compileEntries(AreaColumns const& columns, std::uint64_t entry,
+std::uint64_t compileEntries(ByteAreaColumns const& columns, std::uint64_t first,
                              std::uint64_t capacity, std::int32_t* window, std::uint8_t* table) {
-    constexpr std::size_t entries = entriesOfWindow / entry_lanes;
+    constexpr std::size_t count = lanesOfWindow / entry_lanes;
     constexpr std::size_t samples = StepSums::samples * entry_lanes;
-    AreaTaps taps[entries];
-    for (std::size_t i = 0; i < entries; ++i) {
-        taps[i] = tapsOf(columns, (entry + i) / columns.channels, (entry + i) % columns.channels);
+    EntrySamples entries[count];
+    for (std::size_t i = 0; i < count; ++i) {
+        entries[i] =
+            samplesOfEntry(columns, (first + i) / columns.channels, (first + i) % columns.channels);
     }
-    auto const isLeft = [](AreaTaps const& tap) { return tap.left > 0; };
+    auto const isLeft = [](EntrySamples const& entry) { return entry.left > 0; };
     std::uint64_t steps = 0;
-    for (; std::any_of(taps, taps + entries, isLeft); ++steps, ++window) {
+    for (; std::any_of(entries, entries + count, isLeft); ++steps, ++window) {
         if (steps == capacity) {
             return 0;
         }
-        std::uint64_t start = columns.rowBytes - windowBytes;
-        for (std::size_t i = 0; i < entries; ++i) {
-            start = isLeft(taps[i]) ? std::min(start, taps[i].at) : start;
+        std::uint64_t leftmost = columns.rowBytes;
+        for (EntrySamples const& entry : entries) {
+            leftmost = isLeft(entry) ? std::min(leftmost, entry.at) : leftmost;
         }
+        std::uint64_t const start =
+            ox::vector::windowStart(leftmost, windowBytes, columns.rowBytes);
         *window = static_cast<std::int32_t>(start);
         StepSums::clear(table);
-        for (std::size_t i = 0; i < entries; ++i) {
-            placeTaps(columns, taps[i], start, samples * i, samples, table);
+        for (std::size_t i = 0; i < count; ++i) {
+            placeSamples(columns, entries[i], start, samples * i, samples, table);
         }
         table += StepSums::tableBytes;
     }
     return steps;
 }
 
-std::uint64_t startOfEntries(std::uint64_t block, std::uint64_t entries) {
-    return std::min(block * entriesOfWindow, entries - entriesOfWindow);
+std::uint64_t startOfBlock(std::uint64_t block, std::uint64_t entries) {
+    return std::min(block * lanesOfWindow, entries - lanesOfWindow);
 }
 
 /// @return false if the steps are more than `capacity`
 template <std::size_t entry_lanes>
-bool compileBlocks(AreaColumns const& columns, RowProgram& program, std::uint64_t capacity) {
-    std::uint64_t const registers = program.steps * entry_lanes;
+bool compileBlocks(ByteAreaColumns const& columns, ByteAreaProgram& program,
+                   std::uint64_t capacity) {
+    std::uint64_t const registers = program.blocks * entry_lanes;
     program.offsets.Resize(registers + capacity, windowBytes);
     program.tables.Resize(StepSums::tableBytes * capacity, windowBytes);
     std::int32_t* offset = program.offsets.data;
     std::uint8_t* table = program.tables.data;
     program.singleSteps = true;
     for (std::uint64_t i = 0; i < registers; ++i) {
-        std::uint64_t const first = startOfEntries(i / entry_lanes, program.entries) +
-                                    i % entry_lanes * (entriesOfWindow / entry_lanes);
+        std::uint64_t const first = startOfBlock(i / entry_lanes, program.entries) +
+                                    i % entry_lanes * (lanesOfWindow / entry_lanes);
         std::uint64_t const steps =
             compileEntries<entry_lanes>(columns, first, capacity, offset + 1, table);
         if (steps == 0) {
@@ -195,19 +202,19 @@ bool compileBlocks(AreaColumns const& columns, RowProgram& program, std::uint64_
     return true;
 }
 
-bool compileAreaColumns(AreaColumns const& columns, RowProgram& program) {
+bool compileByteArea(ByteAreaColumns const& columns, ByteAreaProgram& program) {
     std::uint64_t const entries = columns.width * columns.channels;
-    if (entries < entriesOfWindow || columns.rowBytes < windowBytes ||
+    if (entries < lanesOfWindow || columns.rowBytes < windowBytes ||
         columns.ax[0] > StepSums::mostWeight) {
         return false;
     }
     program.entries = entries;
-    program.channels = columns.channels;
-    program.steps = (entries - 1) / entriesOfWindow + 1;
+    program.clamps = columns.channels >= 3;
+    program.blocks = (entries - 1) / lanesOfWindow + 1;
     program.entryLanes =
-        columns.rowBytes > entries * (windowBytes / entriesOfWindow) ? StepSums::mostLanes : 1;
+        columns.rowBytes > entries * (windowBytes / lanesOfWindow) ? StepSums::mostLanes : 1;
     std::uint64_t const samples = columns.rowBytes / columns.channels / columns.width + 2;
-    std::uint64_t capacity = program.steps * (samples / StepSums::samples + 2);
+    std::uint64_t capacity = program.blocks * (samples / StepSums::samples + 2);
     auto* const compile =
         program.entryLanes == 1 ? compileBlocks<1> : compileBlocks<StepSums::mostLanes>;
     while (!compile(columns, program, capacity)) {
@@ -224,8 +231,8 @@ struct RegisterSteps {
 };
 
 /// The sums of a register's cells in rows that weigh alike.
-HWY_INLINE Sums sumRows(RegisterSteps const& steps, std::uint8_t const* row, std::size_t stride,
-                        std::uint64_t rows) {
+HWY_INLINE Sums sumUnweighted(RegisterSteps const& steps, std::uint8_t const* row,
+                              std::size_t stride, std::uint64_t rows) {
     StepSums sums = StepSums::none();
     std::uint8_t const* table = steps.table;
     for (std::uint64_t i = 0; i < steps.count; ++i, table += StepSums::tableBytes) {
@@ -242,21 +249,23 @@ HWY_INLINE Sums times(Sums sums, std::int32_t weight) {
 }
 
 /// Rows that weigh alike are summed before they are weighted.
-HWY_INLINE Sums weighRows(RegisterSteps const& steps, AreaRows const& rows, std::int32_t rounding) {
+HWY_INLINE Sums weighRows(RegisterSteps const& steps, ByteAreaRows const& rows,
+                          std::int32_t rounding) {
     std::uint8_t const* const second = rows.first + rows.stride;
     std::uint64_t const inner = rows.more > 0 ? rows.more - 1 : 0;
     Sums sum = hn::Set(WindowTagS32(), rounding);
     if (rows.weight == rows.inner) {
-        sum = hn::Add(sum, times(sumRows(steps, rows.first, rows.stride, inner + 1), rows.inner));
+        sum = hn::Add(sum,
+                      times(sumUnweighted(steps, rows.first, rows.stride, inner + 1), rows.inner));
     } else {
-        sum = hn::Add(sum, times(sumRows(steps, rows.first, rows.stride, 1), rows.weight));
+        sum = hn::Add(sum, times(sumUnweighted(steps, rows.first, rows.stride, 1), rows.weight));
         if (inner > 0) {
-            sum = hn::Add(sum, times(sumRows(steps, second, rows.stride, inner), rows.inner));
+            sum = hn::Add(sum, times(sumUnweighted(steps, second, rows.stride, inner), rows.inner));
         }
     }
     if (rows.more > 0 && rows.outer != 0) {
         std::uint8_t const* const last = second + inner * rows.stride;
-        sum = hn::Add(sum, times(sumRows(steps, last, rows.stride, 1), rows.outer));
+        sum = hn::Add(sum, times(sumUnweighted(steps, last, rows.stride, 1), rows.outer));
     }
     return sum;
 }
@@ -264,7 +273,7 @@ HWY_INLINE Sums weighRows(RegisterSteps const& steps, AreaRows const& rows, std:
 /// @tparam single each register has one step
 /// @tparam entry_lanes of a register: 1 or 2
 template <bool clamps, bool single, std::size_t entry_lanes>
-void averageRow(RowProgram const& program, AreaRows const& rows, std::uint8_t* dst) {
+void averageRow(ByteAreaProgram const& program, ByteAreaRows const& rows, std::uint8_t* dst) {
     WindowTagS32 const d;
     hn::Rebind<std::uint8_t, WindowTagS32> const to;
     std::int32_t const* offset = program.offsets.data;
@@ -274,22 +283,22 @@ void averageRow(RowProgram const& program, AreaRows const& rows, std::uint8_t* d
                                   table};
         offset += steps.count + 1;
         table += StepSums::tableBytes * steps.count;
-        return weighRows(steps, rows, (1 << 21) / static_cast<std::int32_t>(entry_lanes));
+        return weighRows(steps, rows, byteAreaRounding / static_cast<std::int32_t>(entry_lanes));
     };
-    for (std::uint64_t block = 0; block < program.steps; ++block) {
+    for (std::uint64_t block = 0; block < program.blocks; ++block) {
         Sums sums = weighRegister();
         if constexpr (entry_lanes == 2) {
             sums = AddNeighbours(sums, weighRegister());
         }
-        Sums const mean = hn::ShiftRight<22>(sums);
-        std::uint8_t* const target = dst + startOfEntries(block, program.entries);
+        Sums const mean = hn::ShiftRight<byteAreaShift>(sums);
+        std::uint8_t* const target = dst + startOfBlock(block, program.entries);
         auto const stored = clamps ? mean : hn::And(mean, hn::Set(d, 0xff));
-        hn::StoreU(hn::DemoteTo(to, stored), to, target);  // of 10 bits
+        hn::StoreU(hn::DemoteTo(to, stored), to, target);
     }
 }
 
 template <bool clamps, bool single>
-AverageAreaRow* byLanes(RowProgram const& program) {
+AverageByteArea* chooseByLanes(ByteAreaProgram const& program) {
     if constexpr (StepSums::mostLanes == 2) {
         if (program.entryLanes == 2) {
             return averageRow<clamps, single, 2>;
@@ -299,13 +308,14 @@ AverageAreaRow* byLanes(RowProgram const& program) {
 }
 
 template <bool clamps>
-AverageAreaRow* bySteps(RowProgram const& program) {
-    return program.singleSteps ? byLanes<clamps, true>(program) : byLanes<clamps, false>(program);
+AverageByteArea* chooseBySteps(ByteAreaProgram const& program) {
+    return program.singleSteps ? chooseByLanes<clamps, true>(program)
+                               : chooseByLanes<clamps, false>(program);
 }
 
-void averageAreaRow(RowProgram const& program, AreaRows const& rows, std::uint8_t* dst) {
-    AverageAreaRow* const average =
-        program.channels >= 3 ? bySteps<true>(program) : bySteps<false>(program);
+void averageByteArea(ByteAreaProgram const& program, ByteAreaRows const& rows, std::uint8_t* dst) {
+    AverageByteArea* const average =
+        program.clamps ? chooseBySteps<true>(program) : chooseBySteps<false>(program);
     average(program, rows, dst);
 }
 
@@ -313,8 +323,8 @@ void averageAreaRow(RowProgram const& program, AreaRows const& rows, std::uint8_
 
 void takeRoutines([[maybe_unused]] ResizeRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
-    routines.compileAreaColumns = compileAreaColumns;
-    routines.averageAreaRow = averageAreaRow;
+    routines.compileByteArea = compileByteArea;
+    routines.averageByteArea = averageByteArea;
 #endif
 }
 

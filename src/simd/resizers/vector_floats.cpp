@@ -10,24 +10,21 @@
 #include "simd/resizers/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
+#include "vector/windows.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Simd::Neon::HWY_NAMESPACE {
 namespace {
 
 using namespace ox::vector::HWY_NAMESPACE;
+using ox::vector::WindowPlan;
+using ox::vector::WindowStep;
 
 #if HWY_TARGET != HWY_SCALAR
 
 static_assert(HWY_NATIVE_FMA, "fused sums are required");
 
-using TagF32 = hn::ScalableTag<float>;
-using TagS32 = hn::RebindToSigned<TagF32>;
-using VF32 = hn::Vec<TagF32>;
-
-HWY_INLINE std::size_t lanes() {
-    return hn::Lanes(TagF32());
-}
+constexpr std::size_t lanes = blockBytes / sizeof(float);
 
 template <class V>
 HWY_INLINE V blend(V first, V second, V weight) {
@@ -78,15 +75,9 @@ void blendFloatPairRows(FloatColumns const& columns, float const* top, float con
 
 constexpr std::uint64_t windowLanes = 32;
 constexpr std::uint64_t stepLanes = 16;
+constexpr std::uint64_t stepOffsets = 2 + stepLanes;
 
-/// A step ends when it has as many entries as fit, or when the next pixel lies about a window
-/// behind its start.
-std::uint64_t mostSteps(FloatColumns const& columns) {
-    std::uint64_t const of_source = columns.rowElements / (windowLanes - 2 * columns.channels + 1);
-    return of_source + columns.entries / stepLanes + 2;
-}
-
-bool compileFloatColumns(FloatColumns const& columns, RowProgram& program) {
+bool compileFloatColumns(FloatColumns const& columns, FloatProgram& program) {
     constexpr std::uint64_t most_channels = 8;
     if (columns.entries < stepLanes || columns.rowElements < windowLanes ||
         columns.channels > most_channels) {
@@ -97,64 +88,66 @@ bool compileFloatColumns(FloatColumns const& columns, RowProgram& program) {
     if (program.takesPairs || program.steps != 0) {
         return true;
     }
-    program.offsets.Resize((2 + stepLanes) * mostSteps(columns), 64);
-    auto const last_window = static_cast<std::int32_t>(columns.rowElements - windowLanes);
-    std::int32_t* step = program.offsets.data;
-    std::uint64_t used = stepLanes;  // entries of the step
-    std::uint64_t channel = 0;
-    for (std::uint64_t k = 0; k < columns.entries; ++k) {
-        std::int32_t const second = columns.first[k] + static_cast<std::int32_t>(columns.channels);
-        if (used == stepLanes || second - step[0] >= static_cast<std::int32_t>(windowLanes)) {
-            step += k == 0 ? 0 : 2 + stepLanes;
-            step[0] = std::min(columns.first[k] - static_cast<std::int32_t>(channel), last_window);
-            step[1] = static_cast<std::int32_t>(k);
-            std::fill_n(step + 2, stepLanes, 0);
-            used = 0;
-            ++program.steps;
-        }
-        step[2 + used] = columns.first[k] - step[0];
-        ++used;
-        channel = channel + 1 == columns.channels ? 0 : channel + 1;
-    }
+    WindowPlan const plan{.window = windowLanes,
+                          .row = columns.rowElements,
+                          .width = columns.entries / columns.channels,
+                          .channels = columns.channels,
+                          .reach = 2 * columns.channels,
+                          .step_entries = stepLanes};
+    auto const first = [&](std::uint64_t x) {
+        return static_cast<std::uint64_t>(columns.first[x * columns.channels]);
+    };
+    program.offsets.Resize(stepOffsets * plan.mostSteps(), 64);
+    std::int32_t* offset = program.offsets.data;
+    program.steps = planSteps(plan, first, [&](WindowStep const& step) HWY_ATTR {
+        std::uint64_t const entry = step.pixel * columns.channels + step.channel;
+        auto const start = static_cast<std::int32_t>(step.start);
+        offset[0] = start;
+        offset[1] = static_cast<std::int32_t>(entry);
+        std::fill_n(offset + 2, stepLanes, 0);
+        std::transform(columns.first + entry, columns.first + entry + step.entries, offset + 2,
+                       [=](std::int32_t at) HWY_ATTR { return at - start; });
+        offset += stepOffsets;
+    });
     return true;
 }
 
-void blendFloatColumns(RowProgram const& program, FloatColumns const& columns, float const* src,
+void blendFloatColumns(FloatProgram const& program, FloatColumns const& columns, float const* src,
                        float* sums) {
     if (program.takesPairs) {
         return blendFloatPairs(columns, src, sums);
     }
-    TagF32 const d;
-    TagS32 const places_tag;
+    BlockTagF32 const d;
+    BlockTagS32 const places_tag;
     auto const pixel = hn::Set(places_tag, static_cast<std::int32_t>(columns.channels));
     std::int32_t const* step = program.offsets.data;
-    for (std::uint64_t i = 0; i < program.steps; ++i, step += 2 + stepLanes) {
-        VF32 const lower = hn::LoadU(d, src + step[0]);
-        VF32 const upper = hn::LoadU(d, src + step[0] + stepLanes);
+    for (std::uint64_t i = 0; i < program.steps; ++i, step += stepOffsets) {
+        VF const lower = hn::LoadU(d, src + step[0]);
+        VF const upper = hn::LoadU(d, src + step[0] + stepLanes);
         auto const places = hn::LoadU(places_tag, step + 2);
-        VF32 const first = PermuteTwo(lower, upper, places);
-        VF32 const second = PermuteTwo(lower, upper, hn::Add(places, pixel));
+        VF const first = PermuteTwo(lower, upper, places);
+        VF const second = PermuteTwo(lower, upper, hn::Add(places, pixel));
         hn::StoreU(blend(first, second, hn::LoadU(d, columns.weight + step[1])), d, sums + step[1]);
     }
 }
 
 #else
 
-bool compileFloatColumns(FloatColumns const& columns, RowProgram& program) {
+bool compileFloatColumns(FloatColumns const& columns, FloatProgram& program) {
     program.takesPairs = columns.channels == 1;
-    return columns.entries >= lanes();
+    return columns.entries >= lanes;
 }
 
-void blendFloatColumns(RowProgram const& program, FloatColumns const& columns, float const* src,
+void blendFloatColumns(FloatProgram const& program, FloatColumns const& columns, float const* src,
                        float* sums) {
     if (program.takesPairs) {
         return blendFloatPairs(columns, src, sums);
     }
-    TagF32 const d;
-    walkShortBlocks(columns.entries, lanes(), [&](std::size_t k) HWY_ATTR {
-        auto const places = hn::LoadU(TagS32(), columns.first + k);
-        VF32 const first = hn::GatherIndex(d, src, places);
-        VF32 const second = hn::GatherIndex(d, src + columns.channels, places);
+    BlockTagF32 const d;
+    walkShortBlocks(columns.entries, lanes, [&](std::size_t k) HWY_ATTR {
+        auto const places = hn::LoadU(BlockTagS32(), columns.first + k);
+        VF const first = hn::GatherIndex(d, src, places);
+        VF const second = hn::GatherIndex(d, src + columns.channels, places);
         hn::StoreU(blend(first, second, hn::LoadU(d, columns.weight + k)), d, sums + k);
     });
 }
@@ -163,9 +156,9 @@ void blendFloatColumns(RowProgram const& program, FloatColumns const& columns, f
 
 void blendFloatRows(float const* top, float const* bottom, float weight, std::size_t count,
                     float* dst) {
-    TagF32 const d;
-    VF32 const second_weight = hn::Set(d, weight);
-    walkShortBlocks(count, lanes(), [&](std::size_t k) HWY_ATTR {
+    BlockTagF32 const d;
+    VF const second_weight = hn::Set(d, weight);
+    walkShortBlocks(count, lanes, [&](std::size_t k) HWY_ATTR {
         hn::StoreU(blend(hn::LoadU(d, top + k), hn::LoadU(d, bottom + k), second_weight), d,
                    dst + k);
     });
