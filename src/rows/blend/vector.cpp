@@ -13,12 +13,14 @@
 #include "rows/blend/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
+#include "vector/windows.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ox::rows::HWY_NAMESPACE {
 namespace {
 
 using namespace vector::HWY_NAMESPACE;
+using vector::WindowStep;
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -47,24 +49,6 @@ constexpr std::uint16_t pairOf64(std::uint16_t weight) {
 
 using WindowWords = hn::RebindToSigned<WindowTag16>;
 constexpr std::size_t entriesOfWindow = windowBytes / 2;
-
-std::size_t byteOf(BlendAxis const& axis, std::size_t entry, bool right) {
-    PixelPair const& pixel = axis.pixels[entry / axis.channels];
-    auto const place = static_cast<std::size_t>(right ? pixel.right : pixel.left);
-    return place * axis.channels + entry % axis.channels;
-}
-
-/// Entries from `entry` on whose bytes lie in the window that starts at `start`.
-std::size_t entriesInWindow(BlendAxis const& axis, std::size_t entry, std::size_t start) {
-    std::size_t const all = axis.pixels.size() * axis.channels;
-    std::size_t const most = std::min(entry + entriesOfWindow, all);
-    std::size_t end = entry;
-    while (end < most && byteOf(axis, end, false) >= start &&
-           byteOf(axis, end, true) < start + windowBytes) {
-        ++end;
-    }
-    return end - entry;
-}
 
 /// The result of a step, as bytes.
 /// @param blend blend(pairs, weights) of what the step gathers, as words
@@ -121,8 +105,10 @@ void run64ths(BlendProgram const& program, std::uint8_t const* src, std::uint8_t
 
 /// A step gathers the pairs of as many entries as lie in a window.
 bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
+    auto const isLeftOf = [](PixelPair const& a, PixelPair const& b) { return a.left < b.left; };
     program.entries = axis.pixels.size() * axis.channels;
-    if (axis.row_bytes < windowBytes || program.entries < entriesOfWindow) {
+    if (axis.row_bytes < windowBytes || program.entries < entriesOfWindow ||
+        !std::is_sorted(axis.pixels.begin(), axis.pixels.end(), isLeftOf)) {
         return false;
     }
     bool const of_64 = std::all_of(axis.pixels.begin(), axis.pixels.end(),
@@ -131,26 +117,36 @@ bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
     program.offsets.clear();
     program.steps.clear();
     program.whole_steps = 0;
-    for (std::size_t entry = 0; entry < program.entries;) {
-        std::size_t const start =
-            std::min(byteOf(axis, entry, false), axis.row_bytes - windowBytes);
-        std::size_t const count = entriesInWindow(axis, entry, start);
-        if (count == 0) {
-            return false;
-        }
-        program.offsets.push_back(static_cast<std::uint32_t>(start));
+    auto const byteOf = [&](std::int32_t place) {
+        return static_cast<std::size_t>(place) * axis.channels;
+    };
+    vector::WindowPlan const plan{.window = windowBytes,
+                                  .row = axis.row_bytes,
+                                  .width = axis.pixels.size(),
+                                  .channels = axis.channels,
+                                  .reach = 2 * axis.channels,
+                                  .step_entries = entriesOfWindow};
+    auto const first = [&](std::size_t x) { return byteOf(axis.pixels[x].left); };
+    planSteps(plan, first, [&](WindowStep const& from) {
+        std::size_t const entry = from.pixel * axis.channels + from.channel;
+        program.offsets.push_back(static_cast<std::uint32_t>(from.start));
         program.offsets.push_back(static_cast<std::uint32_t>(entry));
         program.whole_steps += entry + entriesOfWindow <= program.entries ? 1 : 0;
         BlendStep& step = program.steps.emplace_back();
-        for (std::size_t i = 0; i < count; ++i) {
-            step.places[2 * i] = static_cast<std::uint8_t>(byteOf(axis, entry + i, false) - start);
-            step.places[2 * i + 1] =
-                static_cast<std::uint8_t>(byteOf(axis, entry + i, true) - start);
-            std::uint16_t const weight = axis.pixels[(entry + i) / axis.channels].weight;
-            step.weights[i] = of_64 ? pairOf64(weight) : weight;
+        std::size_t channel = from.channel;
+        PixelPair const* pixel = &axis.pixels[from.pixel];
+        for (std::size_t i = 0; i < from.entries; ++i) {
+            std::size_t const left = byteOf(pixel->left) + channel - from.start;
+            std::size_t const right = byteOf(pixel->right) + channel - from.start;
+            step.places[2 * i] = static_cast<std::uint8_t>(left);
+            step.places[2 * i + 1] = static_cast<std::uint8_t>(right);
+            step.weights[i] = of_64 ? pairOf64(pixel->weight) : pixel->weight;
+            if (++channel == axis.channels) {
+                channel = 0;
+                ++pixel;
+            }
         }
-        entry += count;
-    }
+    });
     return true;
 }
 

@@ -96,7 +96,9 @@ std::size_t registersOf(TapProgram const& program) {
     return groupsOf(program) * program.lane_sums;
 }
 
-/// Places the registers' windows.
+/// Places the registers' windows. Other than the plans of vector/windows.h, a register has its
+/// entries from the start, and windows at the row's end aren't moved back into it: the next steps
+/// go on from there by the same places, and what lies behind the row is loaded as zeros.
 /// @return false if there is one that doesn't reach all its taps
 bool placeWindows(TapAxis const& axis, TapProgram& program) {
     std::size_t const taps = stepBytes(program.lane_sums, program.channels) - program.channels + 1;
