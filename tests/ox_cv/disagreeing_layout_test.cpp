@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ox_cv/ox_format_converter.h"
+#include "ox_cv/ox_impl_format_converter.h"
 #include "ox_cv/ox_impl_scaler_state.h"
 #include "ox_cv/ox_scaler.h"
 #include "ox_cv/ox_scaler_area.h"
@@ -214,8 +215,8 @@ TEST(DisagreeingLayout, WidthsBelowZeroAreNotConverted) {
             });
         }
     }
-    // From gray 11, from colours 1 + 1 + 1 + 15 + 1, from each of ten YUV formats 1 + 1 + 9.
-    EXPECT_EQ(conversions, 3 * 140);
+    // From gray to ten YUV formats, and from each of these to gray and to nine others.
+    EXPECT_EQ(conversions, 3 * (static_cast<int>(conversionRecords().size()) + 10 + 10 * 10));
 }
 
 /// What a layout may say of a plane, beside the truth.

@@ -161,7 +161,7 @@ TEST(CvBackendBaseColour, DirectCallStepsOverChromaByLumasStride) {
 TEST(CvBackendBaseColour, UnsupportedPairsPass) {
     CvBackendBase backend;
     TestFrame const src = ramp(FRAME_GRAY8, {4, 4});
-    TestFrame dst(FRAME_RGB24, {4, 4});
+    TestFrame dst(refusedFromGray, {4, 4});
     expectException(StatusNotSupported, unsupportedPair,
                     [&] { backend.colorCvt(src.frame(), dst.frame(), {}); });
 }

@@ -164,7 +164,7 @@ TEST(FormatConverterReuse, IsRevivedByTheNextReuse) {
     fill(source.frame(), 7);
     FormatConverter converter;
     converter.reuse(source.frame(), FRAME_BGR24);
-    EXPECT_THROW(converter.reuse(source.frame(), FRAME_RGB24), Exception);
+    EXPECT_THROW(converter.reuse(source.frame(), refusedFromGray), Exception);
     converter.reuse(source.frame(), FRAME_BGR24);
     Frame frame;
     produceFrame(converter, frame);

@@ -137,6 +137,16 @@ HWY_INLINE void storeSharedBlock(std::uint8_t* dst, V8 y, V16 u, V16 v) {
     storeBlock(dst, y, terms, terms);
 }
 
+template <YuvLayout layout>
+HWY_INLINE ThreeChannels loadFullBlock(Row src, std::size_t x) {
+    if constexpr (layout == YuvLayout::PackedYuv) {
+        return LoadThree(src.y + 3 * x);
+    } else {
+        Tag8 const d;
+        return {hn::LoadU(d, src.y + x), hn::LoadU(d, src.u + x), hn::LoadU(d, src.v + x)};
+    }
+}
+
 /// Converts the block of pixels at x.
 template <YuvLayout layout>
 HWY_INLINE void convertBlock(Row src, std::size_t x, std::uint8_t* dst) {
@@ -161,12 +171,7 @@ HWY_INLINE void convertBlock(Row src, std::size_t x, std::uint8_t* dst) {
         V8 const pairs = y_first ? odd : even;
         storeSharedBlock(dst, y_first ? even : odd, EvenBytes(pairs), OddBytes(pairs));
     } else {
-        ThreeChannels v;
-        if constexpr (layout == PackedYuv) {
-            v = LoadThree(src.y + 3 * x);
-        } else {
-            v = {hn::LoadU(d, src.y + x), hn::LoadU(d, src.u + x), hn::LoadU(d, src.v + x)};
-        }
+        ThreeChannels const v = loadFullBlock<layout>(src, x);
         storeBlock(dst, v.c0, chromaTerms(EvenBytes(v.c1), EvenBytes(v.c2)),
                    chromaTerms(OddBytes(v.c1), OddBytes(v.c2)));
     }
