@@ -36,7 +36,7 @@ bool NearestColumns::compile(Element element, std::vector<std::uint16_t> const& 
     std::transform(table.begin(), table.begin() + _row.whole, offsets.begin(),
                    [=](std::uint16_t x) { return static_cast<std::int32_t>(x * pixel_bytes); });
     return _pixels.compile(offsets, pixel_bytes,
-                            static_cast<std::size_t>(_row.src_samples * element.bits / 8));
+                           static_cast<std::size_t>(_row.src_samples * element.bits / 8));
 }
 
 void NearestColumns::plan(RowPlan const& row, Element element,

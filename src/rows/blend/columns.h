@@ -29,7 +29,7 @@ class ByteBlend {
     }
 
   private:
-    bool _copies = false;  ///< whether every pixel is one of the source's
+    bool _copies = false;    ///< whether every pixel is one of the source's
     GatheredPixels _pixels;  ///< if so
     BlendProgram _program;
 };
