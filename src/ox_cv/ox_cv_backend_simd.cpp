@@ -4,11 +4,8 @@
 #include <limits>
 
 #include "ox_cv/ox_cv_helpers.h"
-#include "ox_cv/ox_impl_backend_frames.h"
 #include "ox_cv/ox_impl_backend_rules.h"
 #include "ox_cv/ox_impl_direct_nv12.h"
-#include "ox_cv/ox_impl_plane_colours.h"
-#include "ox_cv/ox_impl_plane_resampling.h"
 #include "ox_cv/ox_impl_planes.h"
 #include "simd/simd.h"
 

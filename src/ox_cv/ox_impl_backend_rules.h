@@ -1,13 +1,25 @@
 /// @file
-/// What each backend takes, as decisions that touch no pixel: the backends go by them, and so can a
-/// caller who wants to know beforehand.
+/// What both backends ask of frames, and what each takes: decisions that touch no pixel. The
+/// backends go by them, and so can a caller who wants to know beforehand.
 
 #pragma once
 
-#include "ox_core/ox_frame_layout.h"
+#include "ox_core/ox_frame.h"
+#include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_cv_backend.h"
 
 namespace ox::impl {
+
+/// Throws unless both frames are on the CPU.
+inline void requireCpu(Place here, Frame const& src, Frame const& dst) {
+    OX_ASSERT(src.deviceContext() == DeviceContext::cpuContext() &&
+              src.deviceContext() == dst.deviceContext());
+}
+
+/// A second handle on `frame`, narrowed to `roi` if that is one.
+inline Frame selectRegion(Frame frame, Rect roi) {
+    return roi.empty() ? frame : getRegion(frame, roi);
+}
 
 /// Whether a new `FormatConverter` takes that pair of formats, in frames of two rows and more.
 /// Equal formats count.

@@ -1,6 +1,4 @@
-#include "ox_cv/ox_impl_plane_colours.h"
-
-#include "ox_cv/ox_impl_backend_frames.h"
+#include "ox_cv/ox_impl_backend_rules.h"
 #include "ox_cv/ox_impl_colour_routes.h"
 #include "ox_cv/ox_impl_planes.h"
 #include "simd/simd.h"

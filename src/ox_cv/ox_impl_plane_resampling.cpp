@@ -1,5 +1,3 @@
-#include "ox_cv/ox_impl_plane_resampling.h"
-
 #include <memory>
 
 #include "ox_cv/ox_impl_planes.h"

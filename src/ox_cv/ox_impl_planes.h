@@ -1,5 +1,5 @@
 /// @file
-/// Planes of frames as the kernels of the vector layer take them.
+/// Planes of frames, and what the vector backend does with them whole.
 
 #pragma once
 
@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "ox_core/ox_frame.h"
+#include "ox_cv/ox_cv_backend.h"
 
 namespace ox::impl {
 
@@ -43,5 +44,25 @@ inline bool isContiguous(Frame const& frame) {
         return plane.stride == static_cast<std::int32_t>(bytes);
     });
 }
+
+/// Converts the pixels of `src` to `dst`, a frame of the same size and of another format.
+/// @param scratch receives what lies between two steps
+/// @return false for a pair that there is no route for; nothing is done then
+bool convertColours(Frame const& src, Frame& dst, Frame& scratch);
+
+/// The same for packed BGR, whatever the format of `src` says, to `FRAME_YUV444_PLANAR`.
+/// @param dst receives the planes in storage of its own
+void convertBgrToYuv444(Frame const& src, Frame& dst);
+
+/// Resizes plane by plane, by an object for each.
+/// @param src, dst of one format of 8 or 32 bits a channel; the latter are taken for floats, which
+///        `ResizeArea` isn't for
+void resizePlanes(Frame const& src, Frame const& dst, ResizeMethod method);
+
+/// Warps plane by plane.
+/// @param matrix six floats, from source to destination
+/// @return false at the first plane that can't be warped, or for a matrix without an inverse; the
+///         planes before it are written by then
+bool warpPlanes(Frame const& src, Frame const& dst, float const* matrix, ResizeMethod method);
 
 }  // namespace ox::impl

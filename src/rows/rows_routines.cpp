@@ -23,7 +23,6 @@ Routines findRoutines() {
 #ifdef OX_WITH_HIGHWAY
     takeBgrToYuvRoutines(found.colour);
     takeChannelRoutines(found.colour);
-    takeFloatRoutines(found.colour);
     takeYuvToBgrRoutines(found.colour);
     takeBlendRoutines(found.blend);
     takeTapColumnRoutines(found.taps);

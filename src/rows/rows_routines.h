@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "rows/blend/routines.h"
+#include "rows/blend/axis.h"
 #include "rows/colour/routines.h"
-#include "rows/taps/routines.h"
+#include "rows/taps/axis.h"
 #include "vector/gather.h"
 
 namespace ox::rows {

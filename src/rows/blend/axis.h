@@ -1,5 +1,6 @@
 /// @file
-/// Two samples blended, along a row and across rows.
+/// Two samples blended, along a row and across rows: how an axis is described and compiled, and the
+/// routines.
 
 #pragma once
 
@@ -51,5 +52,17 @@ using CompileBlend = bool(BlendAxis const& axis, BlendProgram& program);
 /// upper + ((lower - upper) * weight >> 16) of each sample.
 using BlendRows = void(std::uint8_t const* upper, std::uint8_t const* lower, std::uint16_t weight,
                        std::size_t samples, std::uint8_t* dst);
+
+/// None is ever null.
+struct BlendRoutines {
+    CompileBlend* compile_blend;
+    BlendRows* blend_rows;  ///< of bytes, any number of them
+};
+
+/// Puts in the plain ones, which have no programs.
+void takePlainBlendRoutines(BlendRoutines& routines);
+
+/// Puts in those of the best instruction set, and none where that has no vector code.
+void takeBlendRoutines(BlendRoutines& routines);
 
 }  // namespace ox::rows

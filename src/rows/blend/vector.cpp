@@ -10,7 +10,6 @@
 #include <algorithm>
 
 #include "rows/blend/plain.h"
-#include "rows/blend/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 #include "vector/windows.h"

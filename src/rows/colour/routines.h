@@ -54,7 +54,6 @@ extern ColourRoutines const plainColour;
 // Each source puts in its vector routines for the best instruction set, if that has any.
 void takeBgrToYuvRoutines(ColourRoutines& routines);
 void takeChannelRoutines(ColourRoutines& routines);
-void takeFloatRoutines(ColourRoutines& routines);
 void takeYuvToBgrRoutines(ColourRoutines& routines);
 
 }  // namespace ox::rows

@@ -1,5 +1,6 @@
 /// @file
-/// Sums of weighted pixels, along a row and across rows.
+/// Sums of weighted pixels, along a row and across rows: how an axis is described and compiled, and
+/// the routines.
 
 #pragma once
 
@@ -74,5 +75,21 @@ struct RowTaps {
 
 /// clamp(sum >> shift) of each column, to 0 and 255; sums wrap in 32 bits. Without rows they are 0.
 using SumRows = void(RowTaps const& taps, std::size_t bytes, std::uint8_t* dst);
+
+/// None is ever null.
+struct TapRoutines {
+    CompileTaps* compile_taps;
+    SumRows* sum_rows;  ///< of any number of bytes
+};
+
+/// The plain loop for rows.
+SumRows sumPlainRows;
+
+/// Puts in the plain ones, which have no programs.
+void takePlainTapRoutines(TapRoutines& routines);
+
+// Each source puts in its own for the best instruction set, and none where that has no vector code.
+void takeTapColumnRoutines(TapRoutines& routines);
+void takeTapRowRoutines(TapRoutines& routines);
 
 }  // namespace ox::rows

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "rows/taps/routines.h"
+#include "rows/taps/axis.h"
 
 namespace ox::rows {
 

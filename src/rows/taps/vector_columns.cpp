@@ -9,7 +9,7 @@
 #include <cstring>
 #include <limits>
 
-#include "rows/taps/routines.h"
+#include "rows/taps/axis.h"
 #include "vector/ops-inl.h"
 
 HWY_BEFORE_NAMESPACE();

@@ -5,7 +5,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "rows/taps/routines.h"
+#include "rows/taps/axis.h"
 #include "vector/ops-inl.h"
 #include "vector/walk-inl.h"
 
