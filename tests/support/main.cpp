@@ -31,6 +31,10 @@ int statusOf(TargetChoice choice, char const* target) {
 
 int main(int argc, char** argv) {
     if (char const* const target = std::getenv("OX_TEST_TARGET"); target != nullptr) {
+        if (std::getenv("OX_TEST_UNLESS_BEST") != nullptr && ox::test::isBestTarget(target)) {
+            std::fprintf(stderr, "Skipped: %s is what runs without a choice.\n", target);
+            return skipped;
+        }
         int const status = statusOf(ox::test::takeTestTarget(target), target);
         if (status != 0) {
             return status;

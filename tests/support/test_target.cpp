@@ -25,6 +25,10 @@ TargetChoice chooseTarget(std::string const& name, std::vector<char const*> cons
     return isIn(supported) ? TargetChoice::Taken : TargetChoice::Lacking;
 }
 
+bool isBestTarget(std::string const& name) {
+    return targets().front() == name;
+}
+
 TargetChoice takeTestTarget(std::string const& name) {
     TargetChoice const choice = chooseTarget(name, Simd::Neon::CompiledTargets(), targets());
     if (choice == TargetChoice::Taken) {

@@ -20,6 +20,9 @@ enum class TargetChoice { Taken, Lacking, Unknown };
 TargetChoice chooseTarget(std::string const& name, std::vector<char const*> const& compiled,
                           std::vector<char const*> const& supported);
 
+// Whether it is the one that this processor takes by itself.
+bool isBestTarget(std::string const& name);
+
 // Runs the program on an instruction set. If it isn't taken, nothing changes.
 TargetChoice takeTestTarget(std::string const& name);
 
