@@ -19,9 +19,10 @@ namespace ox::rows::HWY_NAMESPACE {
 namespace {
 
 using namespace vector::HWY_NAMESPACE;
-using vector::WindowStep;
 
 #if HWY_TARGET != HWY_SCALAR
+
+using vector::WindowStep;
 
 /// a + ((b - a) * weight >> 16), of weights of 16 bits. The product's high word is that of a signed
 /// weight, which is 2^16 less from 2^15 on.

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <type_traits>
 #include <utility>
 
 namespace ox::rows {
@@ -24,11 +25,12 @@ constexpr std::size_t indexOf(YuvLayout layout) {
     return static_cast<std::size_t>(layout);
 }
 
-/// A table of what choose<layout>() gives for each.
+/// A table of what choose(layout) gives for each, whose argument is a constant.
 template <class Choose>
 constexpr auto byLayout(Choose choose) {
     return [&]<std::size_t... index>(std::index_sequence<index...>) {
-        return std::array{choose.template operator()<YuvLayout{index}>()...};
+        return std::array{
+            choose(std::integral_constant<YuvLayout, static_cast<YuvLayout>(index)>())...};
     }
     (std::make_index_sequence<yuvLayouts>());
 }

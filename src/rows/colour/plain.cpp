@@ -154,9 +154,9 @@ void floatsToLowBytes(Byte const* floats, std::size_t count, Byte* dst) {
 }  // namespace
 
 constinit ColourRoutines const plainColour{
-    .yuv_to_bgr = byLayout([]<YuvLayout layout>() { return &convertYuv<stepsOf(layout)>; }),
-    .bgr_to_yuv = byLayout([]<YuvLayout layout>() { return &convertBgr<stepsOf(layout)>; }),
-    .luma = byLayout([]<YuvLayout layout>() { return &takeLuma<stepsOf(layout).luma>; }),
+    .yuv_to_bgr = byLayout([](auto layout) { return &convertYuv<stepsOf(layout)>; }),
+    .bgr_to_yuv = byLayout([](auto layout) { return &convertBgr<stepsOf(layout)>; }),
+    .luma = byLayout([](auto layout) { return &takeLuma<stepsOf(layout).luma>; }),
     .bgr_to_gray = bgrToGray,
     .gray_to_bgr = grayToBgr,
     .swap_red_blue = swapRedBlue,

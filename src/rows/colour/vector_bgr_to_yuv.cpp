@@ -154,7 +154,7 @@ void convertRowToGray(std::uint8_t const* bgr, std::size_t width, std::uint8_t* 
 
 void takeRoutines([[maybe_unused]] ColourRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
-    routines.bgr_to_yuv = byLayout([]<YuvLayout layout>() { return &convertRow<layout>; });
+    routines.bgr_to_yuv = byLayout([](auto layout) { return &convertRow<layout>; });
     routines.bgr_to_gray = convertRowToGray;
 #endif
 }

@@ -219,7 +219,7 @@ void takeLuma(std::uint8_t const* y, std::size_t pixels, std::uint8_t* luma) {
 
 void takeRoutines([[maybe_unused]] ColourRoutines& routines) {
 #if HWY_TARGET != HWY_SCALAR
-    routines.yuv_to_bgr = byLayout([]<YuvLayout layout>() { return &convertRow<layout>; });
+    routines.yuv_to_bgr = byLayout([](auto layout) { return &convertRow<layout>; });
     routines.luma[indexOf(YuvLayout::PackedYuyv)] = takeLuma<YuvLayout::PackedYuyv>;
     routines.luma[indexOf(YuvLayout::PackedUyvy)] = takeLuma<YuvLayout::PackedUyvy>;
     routines.luma[indexOf(YuvLayout::PackedYuv)] = takeLuma<YuvLayout::PackedYuv>;

@@ -167,6 +167,8 @@ void convertRun(YuvWay way, YuvRows src, std::size_t pixels, Target dst) {
     scatter(way.to, run, pixels, dst);
 }
 
+// NOLINTBEGIN(clang-analyzer-core.NullDereference): chroma is in both rows, or the caller takes
+// luma alone; luma is in the source where the destination has it.
 Byte meanOf(Byte const* upper, Byte const* lower) {
     return lower == nullptr ? *upper : static_cast<Byte>((*upper + *lower) / 2);
 }
@@ -179,6 +181,7 @@ void convertPixel(YuvRows src, Target dst) {
     *dst.u = meanOf(src.upper.u, src.lower.u);
     *dst.v = meanOf(src.upper.v, src.lower.v);
 }
+// NOLINTEND(clang-analyzer-core.NullDereference)
 
 /// Calls visit(first, pixels) for the runs of all pixels but the last of an odd width.
 /// @return how many pixels these are
@@ -246,16 +249,17 @@ void copySamples(Byte const* src, std::int64_t src_step, StridedSamples dst) {
 }
 
 void averageChroma(ChromaRows src, std::int64_t width, std::int64_t group, StridedSamples dst) {
+    unsigned const rows = src.lower != nullptr ? 2 : 1;
     for (std::int64_t i = 0; i < dst.count; ++i) {
+        std::int64_t const end = std::min((i + 1) * group, width);
         unsigned sum = 0;
-        unsigned count = 0;
-        for (std::int64_t x = i * group; x < std::min((i + 1) * group, width); ++x) {
-            for (Byte const* const row : {src.upper, src.lower}) {
-                sum += row != nullptr ? row[x / src.pixels * src.step] : 0U;
-                count += row != nullptr ? 1U : 0U;
-            }
+        for (std::int64_t x = i * group; x < end; ++x) {
+            std::int64_t const sample = x / src.pixels * src.step;
+            sum += src.upper[sample] + (rows == 2 ? src.lower[sample] : 0U);
         }
-        dst.first[i * dst.step] = static_cast<Byte>(sum / count);
+        // The last group of an odd width has one column.
+        dst.first[i * dst.step] =
+            static_cast<Byte>(sum >> (end - i * group == 2 ? rows : rows - 1));
     }
 }
 

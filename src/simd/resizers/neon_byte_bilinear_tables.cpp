@@ -2,6 +2,7 @@
 // them, with these contents, while runs gather by a program of wider windows and for any channels.
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 
@@ -36,7 +37,7 @@ std::uint64_t fillBlocks(ResizerParam const& param, std::int32_t const* index, G
         do {
             auto const place = static_cast<std::uint32_t>(index[x] - start);
             auto const pair = static_cast<std::uint16_t>(place * 0x0101U + 0x0100U);
-            std::memcpy(block->shuffle + 2 * (x - begin), &pair, sizeof pair);
+            std::memcpy(block->shuffle + std::ptrdiff_t{2} * (x - begin), &pair, sizeof pair);
             ++x;
         } while (x < end && index[x] - start < blockBytes - 1);
         start = x < width ? std::min(last_start, index[x]) : start;
@@ -54,7 +55,7 @@ bool gathersBlocks(ResizerParam const& param) {
 void ResizerByteBilinear::fillUnreadTables(std::int32_t const* index) {
     if (gathersBlocks(param)) {
         gather.Resize(mostBlocks(param), tableAlign);
-        blocks = fillBlocks(param, index, gather.data);
+        blocks = gather.data != nullptr ? fillBlocks(param, index, gather.data) : 0;
     } else {
         ix.Resize(param.dstW, tableAlign);
         std::copy_n(index, param.dstW, ix.data);

@@ -19,10 +19,11 @@ namespace Simd::Neon::HWY_NAMESPACE {
 namespace {
 
 using namespace ox::vector::HWY_NAMESPACE;
-using ox::vector::WindowPlan;
-using ox::vector::WindowStep;
 
 #if HWY_TARGET != HWY_SCALAR
+
+using ox::vector::WindowPlan;
+using ox::vector::WindowStep;
 
 /// A number and a half, truncated. The sum is never rounded: whether the fraction reaches a half is
 /// asked instead.

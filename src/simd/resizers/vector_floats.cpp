@@ -17,10 +17,11 @@ namespace Simd::Neon::HWY_NAMESPACE {
 namespace {
 
 using namespace ox::vector::HWY_NAMESPACE;
-using ox::vector::WindowPlan;
-using ox::vector::WindowStep;
 
 #if HWY_TARGET != HWY_SCALAR
+
+using ox::vector::WindowPlan;
+using ox::vector::WindowStep;
 
 static_assert(HWY_NATIVE_FMA, "fused sums are required");
 
