@@ -14,10 +14,10 @@ namespace Simd {
 /// @return null if there is no memory, after a line on the standard output
 unsigned char* allocateBlock(std::size_t bytes, std::size_t align);
 
-/// Frees what `allocateBlock` gave; null is nothing.
+/// Frees a block of `allocateBlock`; does nothing for null.
 void freeBlock(unsigned char* data);
 
-/// Bytes of `count` elements; what doesn't fit 64 bits is a size that can't be had.
+/// Bytes of `count` elements; SIZE_MAX, which no allocation serves, if they don't fit 64 bits.
 constexpr std::size_t arrayBytes(std::size_t count, std::size_t element) {
     return count > SIZE_MAX / element ? SIZE_MAX : count * element;
 }
@@ -52,9 +52,8 @@ class AlignedArray {
     std::uint64_t size = 0;  ///< elements
 };
 
-/// The start of the cache line that an array begins in, which belongs to its block; with as much
-/// room as the array has. Registers of 64 bytes from there on don't straddle lines, which would
-/// cost.
+/// The start of the cache line that an array begins in. The slack in front makes it part of the
+/// block. From there on, registers of 64 bytes don't straddle cache lines, which would cost time.
 template <class T>
 T* startOfLine(T* data) {
     constexpr std::uintptr_t line = 64;

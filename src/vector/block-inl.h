@@ -44,10 +44,10 @@ constexpr std::size_t blockBytes = 32;
 constexpr std::size_t permutePeriod = 16;
 #endif
 
-/// What resizing takes at a time: what one byte permute reaches.
+/// Source bytes that a step of a resizing program loads: one byte permute reaches all of them.
 constexpr std::size_t windowBytes = blockBytes == 64 ? 64 : 16;
 
-/// In a table of places, a byte of which nothing comes.
+/// In a table of places: this byte of the result takes no source byte.
 constexpr std::uint8_t emptyPlace = 0x80;
 
 using ByteTable = std::array<std::uint8_t, blockBytes>;

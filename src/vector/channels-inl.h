@@ -100,7 +100,7 @@ constexpr ByteTable exchangeTable() {
 
 alignas(64) constexpr ByteTable exchange = exchangeTable();
 
-/// A period holds whole pixels and one byte more, which the next store overwrites.
+/// A period holds whole pixels and one byte more. The next store overwrites that byte.
 HWY_INLINE void swapRedBlueRow(Byte const* src, std::size_t pixels, Byte* dst) {
     constexpr std::size_t step = blockBytes / permutePeriod * (permutePeriod - 1);
     std::size_t const bytes = 3 * pixels;

@@ -11,27 +11,28 @@ namespace ox::vector {
 /// on x86-64, and "plain" stand for loops without vector code.
 std::vector<char const*> compiledTargets();
 
-/// Those that this processor has. While `useTarget` has taken one, it comes first, and what is
-/// better is left out.
+/// The compiled instruction sets that this processor has, best first. After `useTarget`, the list
+/// begins with the chosen one.
 std::vector<char const*> targets();
 
-/// Takes the named one from now on, or the best again for null. For tests and benchmarks, and not
-/// while rows or planes are on their way: what is armed may go on with what it has chosen.
+/// Switches to the named instruction set, or back to the best one for null. For tests and
+/// benchmarks; not while rows or planes are being processed. Objects that are armed already may
+/// keep the routines that they chose.
 void useTarget(char const* name);
 
-/// What each later `useTarget` calls; it must live on.
+/// A function that each later `useTarget` calls. The object must outlive all these calls.
 struct TargetFollower {
     void (*refresh)();
     TargetFollower* next = nullptr;
 };
 void followTarget(TargetFollower& follower);
 
-// In tables of routines, what stands for compiling a program where there is no vector code, and for
-// running one.
+// Entries of a table of routines without vector code: one for compiling a program, one for running
+// it.
 inline constexpr auto noProgram = [](auto...) { return false; };
 inline constexpr auto neverRun = [](auto...) {};
 
-/// The routines of the instruction set in use, by `find`, which looks them up.
+/// The routines of the instruction set in use. `find` looks them up.
 template <class Routines, Routines (*find)()>
 class RoutineTable {
   public:

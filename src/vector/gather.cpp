@@ -64,7 +64,7 @@ bool compilePixels(PixelColumns const& columns, PixelProgram& program) {
     return true;
 }
 
-/// As many of a register's bytes as `d` has.
+/// The first bytes of a register, as many as `d` has.
 template <class D, class V>
 HWY_INLINE auto lowerPart(D d, V v) {
     if constexpr (std::is_same_v<hn::DFromV<V>, D>) {
@@ -74,8 +74,8 @@ HWY_INLINE auto lowerPart(D d, V v) {
     }
 }
 
-/// A step stores a whole register, of which the next one overwrites what isn't its own; those that
-/// would reach past the row's end go through the scratch row.
+/// Each step stores a whole register; the next step overwrites the bytes behind its own. Steps that
+/// would store past the row's end store into the scratch row.
 /// @tparam D of the registers, which may be the lower part of a window
 template <class D>
 HWY_INLINE void copySteps(D d, PixelProgram const& program, std::uint8_t const* src,

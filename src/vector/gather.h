@@ -18,7 +18,7 @@ struct PixelColumns {
     std::uint64_t row_bytes;     ///< of the source
 };
 
-/// What an instruction set makes of them. A step permutes the bytes of a window.
+/// The program that `PixelColumns` are compiled to. A step permutes the bytes of a window.
 struct PixelProgram {
     Simd::AlignedArray<std::int32_t> offsets;  ///< of each step: its window, its first result byte
     Simd::AlignedArray<std::uint8_t> places;   ///< of each step: its bytes' places in the window
@@ -38,7 +38,7 @@ struct GatherRoutines {
     CopyPixels* copy_pixels = neverRun;
 };
 
-/// Puts in those of the best instruction set, and none where that has no vector code.
+/// Enters the vector routines of the instruction set in use, if it has any.
 void takeGatherRoutines(GatherRoutines& routines);
 
 }  // namespace ox::vector

@@ -4,9 +4,9 @@
 HWY_BEFORE_NAMESPACE();
 namespace ox::vector::HWY_NAMESPACE {
 
-// Byte j of register k of three is of channel (k + j) mod 3, as 16 and 64 leave a rest of 1. So the
-// bytes j = residue mod 3 of one register, and those of the next residues of the other two, make up
-// one channel, each pixel in a place of its own: the pixel i at byte (3i + channel) mod period.
+// Three registers hold packed pixels. Byte j of register k has channel (k + j) mod 3, because 16
+// and 64 leave the remainder 1 by 3. So one channel is made up of every third byte of each
+// register, and no two of its pixels share a place: pixel i is at byte (3i + channel) mod period.
 
 /// Where a pixel's byte is after `PackPixels`: the even ones of a lane before the odd ones.
 constexpr std::size_t evenOddPlace(std::size_t pixel) {
@@ -237,7 +237,7 @@ HWY_INLINE V16 MeanWords(V16 b, V16 g, V16 r) {
     auto const pair = [](int first, int second) HWY_ATTR {
         return hn::BitCast(TagS16(), hn::Set(BlockTagS32(), second * 65536 + (first & 0xffff)));
     };
-    // `zero` is a product too: as many times as pixels are averaged.
+    // `zero` is added as a product as well, once for each averaged pixel.
     V16 const one = hn::Set(d, std::int16_t{1} << shift);
     auto const sum = [&](V16 blue_green, V16 red_one) HWY_ATTR {
         V32 const offset = AddWordProducts(NoWordSums(), red_one, pair(weights.r, zero));

@@ -12,7 +12,7 @@ struct ChannelWeights {
     int r;
 };
 
-/// Each weight is 128 * high + low. With H and L the sums that these give,
+/// Each weight is 128 * high + low. With H the sum over the high parts and L over the low parts,
 ///   (sum + 2^13) >> 14  =  (H + 64 + (L >> 7)) >> 7
 /// exactly, and all sums fit 16 bits.
 struct SplitWeights {

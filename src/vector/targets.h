@@ -13,8 +13,8 @@
 
 #else
 
-// AVX3_DL and AVX2 at run time. The processors between them take AVX2: without permutations of
-// bytes, wider registers gain little here. What is below takes plain loops, with every compiler.
+// AVX3_DL or AVX2, chosen at run time. Processors between the two take AVX2: without permutations
+// of bytes, wider registers gain little here. Processors below AVX2 take plain loops.
 #define HWY_WANT_AVX3_DL
 #define HWY_BROKEN_EMU128 1
 #define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_SSE4 | HWY_AVX3)

@@ -1,6 +1,6 @@
 /// @file
-/// How the entries of a row are spread over the steps of a program: a step makes those whose
-/// samples lie in one window of the source row.
+/// How the entries of a row are spread over the steps of a program: the source samples of a step's
+/// entries lie in one window of the source row.
 
 #pragma once
 
@@ -9,14 +9,15 @@
 
 namespace ox::vector {
 
-/// Where the window begins that is to reach what is at `first`: there, or moved back as far as
-/// keeps it in the row. A row that is shorter has one window, which its owner reads from a copy.
+/// The start of the window that has to reach sample `first`: `first` itself, or further left where
+/// the window would leave the row. A row shorter than a window has one window, at 0; the caller
+/// loads it from a padded copy.
 constexpr std::uint64_t windowStart(std::uint64_t first, std::uint64_t window, std::uint64_t row) {
     return std::min(first, row < window ? 0 : row - window);
 }
 
-/// What is planned for. Samples may be bytes or floats; entries are the samples of the result, each
-/// of which takes those of its channel from all of its source pixels.
+/// The row to plan for. Samples are bytes or floats. Entries are the samples of the result; an
+/// entry is made from the samples of its own channel in all source pixels of its pixel.
 struct WindowPlan {
     std::uint64_t window;  ///< samples that a step loads
     std::uint64_t row;     ///< samples of the source row
@@ -25,7 +26,7 @@ struct WindowPlan {
     std::uint64_t reach;         ///< samples of a pixel's source pixels; none is behind the row
     std::uint64_t step_entries;  ///< that a step takes
 
-    /// Of a step that isn't full, the next pixel's samples end behind the window.
+    /// An upper bound: a step with fewer than `step_entries` ends where the window does.
     constexpr std::uint64_t mostSteps() const {
         return row / (window - reach + 1) + width * channels / step_entries + 2;
     }
@@ -51,7 +52,7 @@ template <class First, class Visit>
         std::uint64_t const touched = (step.channel + plan.step_entries - 1) / plan.channels + 1;
         std::uint64_t end = std::min(step.pixel + touched, plan.width);
         std::uint64_t part = 0;  // entries of the pixel at `end`
-        // A window that was moved back has all that is left of the row, so that this suits it too.
+        // Also right for a window that was moved back: it has all that is left of the row.
         std::uint64_t const last = begin + plan.window - plan.reach;
         if (first(end - 1) > last) {
             for (end = step.pixel + 1; first(end) <= last;) {
