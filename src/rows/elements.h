@@ -17,8 +17,7 @@ struct Element {
     int bits = 8;      ///< bits a sample
 };
 
-/// The row function of a family for an element: `Family::row<Sample, Channels>`, null if there is
-/// none.
+/// The row function of a family for an element: `Family::row<Sample, Channels>`, or null.
 template <class Family>
 constexpr typename Family::Function pickRowFunction(Element element) {
     if (element.bits == 16) {
@@ -41,8 +40,8 @@ constexpr typename Family::Function pickRowFunction(Element element) {
     }
 }
 
-/// What computes the columns of a plane's rows. `Own`, which derives from it, picks the routine
-/// when a scaler is armed: a plain loop or a program of vector code. No row asks for it again.
+/// The horizontal scaling of a plane. `Own`, the derived class, picks the routine when a scaler is
+/// armed: a plain loop or a program of vector code. The rows then run it without a further choice.
 template <class Own>
 class Columns {
   public:
@@ -56,7 +55,7 @@ class Columns {
     Function _routine = nullptr;
 };
 
-/// Where the products of a sample and a 16-bit weight are summed.
+/// The type that sums products of a sample and a 16-bit weight.
 template <class Sample>
 using Accumulator = std::conditional_t<sizeof(Sample) == 1, std::uint32_t, std::uint64_t>;
 
@@ -77,8 +76,8 @@ inline void storeSample(std::uint8_t* row, std::int64_t index, Value value) {
 
 /// How a row of elements lies in a source and a destination row.
 ///
-/// Elements may leave the row at its end: the macro-pixel formats have rows shorter than their
-/// elements, and chroma planes of odd widths are read through luma's tables.
+/// Elements may reach past the row's end, in two cases. Rows of the packed 4:2:2 formats are
+/// shorter than their elements. Chroma planes of odd widths are read through luma's tables.
 struct RowPlan {
     std::int64_t whole = 0;        ///< leading elements that lie wholly inside both rows
     std::int64_t src_width = 0;    ///< pixels of the source plane
@@ -87,7 +86,7 @@ struct RowPlan {
     std::int64_t entries = 0;      ///< of the table
 };
 
-/// Whether these are bytes all of whose elements lie in the row.
+/// Whether samples are bytes and every element lies inside the row.
 inline bool areWholeBytes(RowPlan const& row, Element element) {
     return element.bits == 8 && row.whole * element.channels == row.dst_samples;
 }
@@ -143,7 +142,8 @@ inline void walkRow(RowPlan const& plan, std::uint8_t* dst, Cell cell) {
     std::int64_t const whole = plan.whole;
     InsideRow const inside(plan);
     for (std::int64_t i = 0; i < whole; ++i) {
-        // All channels first: behind a store, what they share would have to be loaded anew.
+        // All channels are computed before the first store, after which the compiler would load
+        // anew what they share.
         std::array<Sample, std::size_t{Channels}> element;
         for (int c = 0; c < Channels; ++c) {
             element[static_cast<std::size_t>(c)] = static_cast<Sample>(cell(inside, i, c));

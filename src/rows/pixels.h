@@ -1,5 +1,5 @@
 /// @file
-/// Rows of whole pixels of another row.
+/// Rows that are made of whole pixels of a source row.
 
 #pragma once
 

@@ -18,17 +18,17 @@ struct Routines {
     vector::GatherRoutines gather;
 };
 
-/// Those of the instruction set in use; see vector/dispatch.h.
+/// The routines of the instruction set in use; see vector/dispatch.h.
 Routines const& routines();
 
 /// The same, looked up anew.
 Routines findRoutines();
 
-/// Those without vector code.
+/// The plain routines alone.
 Routines plainRoutines();
 
-/// Takes these from now on. For tests and benchmarks, and not while rows are on their way: what is
-/// armed may go on with what it has chosen.
+/// Replaces the routines. For tests and benchmarks; not while rows are being processed. Objects
+/// that are armed already may keep the routines that they chose.
 void useRoutines(Routines const& wanted);
 
 }  // namespace ox::rows

@@ -30,8 +30,8 @@ void forEachTap(AreaCut const& cut, std::uint16_t full_weight, std::int64_t last
     }
 }
 
-/// Places the first taps of all cells, and counts what the widest has.
-/// @return false where sums would leave a byte
+/// Places the first tap of each cell, and counts the taps of the widest cell.
+/// @return false where a cell ends before it starts, or its sums would leave a byte
 bool placeStarts(AreaAxis const& area, WholeRow const& row, TapAxis& axis) {
     for (std::int64_t i = 0; i < row.cells; ++i) {
         AreaCut const cut = cutOf<AreaDown>(area, row, i);

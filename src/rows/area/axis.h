@@ -12,20 +12,22 @@
 
 namespace ox::rows {
 
-/// The part of a source sample that belongs to a cell.
+/// An entry of a table of weights, one for each cell. A cell is the source interval that a
+/// destination element covers.
 struct AreaWeight {
     std::uint16_t index;   ///< first source sample that the cell touches
-    std::uint16_t weight;  ///< how much of that sample's full weight belongs to the cell
+    std::uint16_t weight;  ///< of that sample in the cell
 };
 
-/// A table of weights, one a cell and one more, as the loops see it.
+/// A table of weights: an entry for each cell, and one more at the end.
 struct AreaAxis {
     AreaWeight const* weights;
     std::uint16_t full_weight;
     int shift;
 };
 
-/// The source elements of a destination element: [first, last], whose ends weigh differently.
+/// The source elements of a cell. The first and the last one have weights of their own; all between
+/// them have the full weight.
 struct AreaCut {
     std::int64_t first;
     std::int64_t last;  ///< exclusive end of the middle part, and the element of `rest`
@@ -62,23 +64,23 @@ std::int64_t lastElement(AreaAxis const& axis, std::int64_t i) {
     return cut.rest != 0 ? std::max(cut.first, cut.last) : std::max(cut.first, cut.last - 1);
 }
 
-/// A weight of less than one as blending takes it: of 2^16.
+/// A weight below one, in the units of blending, which are 2^-16.
 constexpr std::uint16_t blendWeight(std::uint16_t weight, int shift) {
     return static_cast<std::uint16_t>(weight << (16 - shift));
 }
 
-/// Whether a weight is one that taps take.
+/// Whether a weight fits a tap's signed word.
 constexpr bool isTapWeight(std::int64_t weight) {
     return weight <= 0x7fff;
 }
 
-/// Whether sums of bytes with weights of that sum stay bytes.
+/// Whether any weighted sum of bytes is a byte again, for weights that add up to `weight_sum`.
 constexpr bool staysByte(std::int64_t weight_sum, int shift) {
     constexpr std::int64_t largest = 255;
     return (largest * weight_sum) >> shift <= largest;
 }
 
-/// A row of whole elements: those behind its end are all its last one.
+/// A row of whole elements. Reads behind the row's end yield its last element.
 struct WholeRow {
     std::int64_t cells;       ///< destination elements
     std::int64_t last_pixel;  ///< of the source
@@ -87,13 +89,13 @@ struct WholeRow {
 
 /// The taps of a row that is scaled down.
 /// @param axis receives them
-/// @return false where they aren't words, or their sums would leave a byte, of which the plain loop
-///         keeps the low bits
+/// @return false if a weight isn't a word or a sum might leave a byte; the plain loop then has to
+///         keep the low bits
 /// @throws std::bad_alloc
 bool describeAreaTaps(AreaAxis const& area, WholeRow const& row, TapAxis& axis);
 
-/// The pixels of a row that is scaled up.
-/// @return false where the two weights don't sum to one
+/// The pairs of pixels of a row that is scaled up.
+/// @return false if the two weights of a pair don't sum to one
 /// @throws std::bad_alloc
 bool describeAreaBlend(AreaAxis const& area, WholeRow const& row, std::vector<PixelPair>& pixels);
 

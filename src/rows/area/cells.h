@@ -38,7 +38,7 @@ inline std::int64_t lastOfCell(std::int32_t step, std::int64_t i) {
     return std::max(columns.first, columns.last_fraction != 0 ? columns.last : columns.last - 1);
 }
 
-/// Sizes of the cells, and the division by their area without a division.
+/// The cells of a frame, and the division by a cell's area as a multiplication.
 class CellGrid {
   public:
     CellGrid(std::int32_t width, std::int32_t height)

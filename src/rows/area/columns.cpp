@@ -32,7 +32,7 @@ struct AreaColumns::PlainLoops {
     }
 };
 
-/// Vector code does rows of bytes that are whole elements.
+/// Vector code serves rows of bytes without a partial element at the end.
 bool AreaColumns::compile(Element element, bool up) {
     int const channels = element.channels;
     if (element.bits != 8 || _row.dst_samples % channels != 0 || _row.src_samples % channels != 0 ||

@@ -13,8 +13,8 @@ namespace ox::rows {
 /// The columns of a plane that is scaled by a table of weights.
 class AreaColumns : public Columns<AreaColumns> {
   public:
-    /// @param axis whose weights outlive the columns
-    /// @param up whether two neighbours are blended, or all that lies in a cell is summed
+    /// @param axis its weights must outlive the columns
+    /// @param up true blends two neighbours; false sums all samples of a cell
     /// @throws std::bad_alloc
     void plan(RowPlan const& row, Element element, AreaAxis const& axis, bool up);
 

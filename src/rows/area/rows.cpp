@@ -11,7 +11,7 @@ namespace ox::rows {
 
 namespace {
 
-/// The loop that defines the bytes: a few columns at a time, whose sums stay near.
+/// The loop that defines the bytes. It takes few columns at a time, so that sums stay in the cache.
 template <class Sample>
 void sumSamples(RowCut const& cut, std::int64_t samples, std::uint8_t* dst) {
     using Sum = Accumulator<Sample>;
@@ -54,9 +54,9 @@ void CutTaps::reserve(std::int64_t rows) {
     _words.resize(count);
 }
 
-/// Rows without weight are left out.
-/// @return false for what taps can't do: weights that aren't words, sums that leave a byte, and
-///         cells of more rows than there is room for
+/// Sums a cut by a vector routine. Rows without weight are left out.
+/// @return false if a weight isn't a word, a sum might leave a byte, or the cut has more rows than
+///         were reserved
 bool CutTaps::sumTaps(RowCut const& cut, std::size_t bytes, std::uint8_t* dst) {
     if (std::max<std::int64_t>(cut.middle_end, 1) + 1 > static_cast<std::int64_t>(_words.size())) {
         return false;

@@ -14,7 +14,7 @@ namespace ox::rows {
 struct RowCut {
     std::uint8_t const* const* rows;
     std::int64_t count;            ///< of `rows`
-    std::uint8_t const* last_row;  ///< of the plane; stands for rows that aren't there
+    std::uint8_t const* last_row;  ///< of the plane; stands in for missing rows
     std::int64_t middle_end;       ///< rows 1 to middle_end - 1 have the full weight
     std::uint16_t first_weight;    ///< of row 0
     std::uint16_t full_weight;
@@ -22,7 +22,7 @@ struct RowCut {
     std::uint8_t const* rest_row;  ///< null: left out
     int shift;
 
-    /// Calls add(row, weight) for each, in row order.
+    /// Calls add(row, weight) for each source row, from the top.
     template <class Add>
     void forEach(Add add) const {
         auto const at = [this](std::int64_t k) {
@@ -41,15 +41,15 @@ struct RowCut {
 /// The weighted rows of a cut, and room for them.
 class CutTaps;
 
-/// Sums rows, in row order; what is above a sample's range is cut off.
+/// Sums the rows of a cut, from the top. Of a sum, only the bits of a sample are kept.
 using SumRowCut = void(CutTaps& taps, RowCut const& cut, std::int64_t samples, std::uint8_t* dst);
 
-/// The routine for rows of such elements; channels don't matter to it.
+/// The routine for rows of such elements, whatever their number of channels.
 SumRowCut* chooseSumRowCut(Element element);
 
 class CutTaps {
   public:
-    /// @param rows that a destination row takes at most
+    /// @param rows the most source rows that a destination row takes
     /// @throws std::bad_alloc
     void reserve(std::int64_t rows);
 
@@ -61,7 +61,7 @@ class CutTaps {
 
     std::vector<std::uint8_t const*> _rows;
     std::vector<std::uint16_t> _weights;
-    std::vector<std::int16_t> _words;  ///< the weights, if they are such
+    std::vector<std::int16_t> _words;  ///< the weights, if all of them are words
 };
 
 }  // namespace ox::rows

@@ -11,37 +11,37 @@
 
 namespace ox::rows {
 
-/// The two source pixels of a destination pixel; places never fall.
+/// The two source pixels of a destination pixel. `left` and `right` never fall from pixel to pixel.
 struct PixelPair {
     std::int32_t left;
     std::int32_t right;    ///< the next one, or `left` itself
     std::uint16_t weight;  ///< of `right`, of 2^16
 };
 
-/// A row of bytes and what it is blended to.
+/// How a row of bytes is blended.
 struct BlendAxis {
     std::vector<PixelPair> pixels;  ///< of the result
     std::size_t channels = 0;       ///< 1 to 4
     std::size_t row_bytes = 0;      ///< of the source
 };
 
-/// The pairs that come out of one window.
+/// The pairs of bytes that a step takes from its window, and their weights.
 struct alignas(64) BlendStep {
     std::array<std::uint8_t, 64> places;
-    std::array<std::uint16_t, 32> weights;  ///< as they are, or two bytes where they are 64ths
+    std::array<std::uint16_t, 32> weights;  ///< of 2^16, or pairs of bytes of 64ths
 };
 
 struct BlendProgram;
 
-/// left + ((right - left) * weight >> 16) of each entry. Nothing is written behind them.
+/// left + ((right - left) * weight >> 16) of each entry. Nothing is written behind the last entry.
 using RunBlend = void(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst);
 
-/// What an instruction set makes of an axis.
+/// The program that an axis is compiled to.
 struct BlendProgram {
     RunBlend* run = nullptr;
     std::vector<std::uint32_t> offsets;  ///< of each step: its window, its first entry
     std::vector<BlendStep> steps;
-    std::size_t whole_steps = 0;  ///< leading ones whose registers end in the result
+    std::size_t whole_steps = 0;  ///< leading steps whose stores end inside the result
     std::size_t entries = 0;      ///< of the result: its samples
 };
 
@@ -59,10 +59,10 @@ struct BlendRoutines {
     BlendRows* blend_rows;  ///< of bytes, any number of them
 };
 
-/// Puts in the plain ones, which have no programs.
+/// Enters the plain routines, which have no programs.
 void takePlainBlendRoutines(BlendRoutines& routines);
 
-/// Puts in those of the best instruction set, and none where that has no vector code.
+/// Enters the vector routines of the instruction set in use, if it has any.
 void takeBlendRoutines(BlendRoutines& routines);
 
 }  // namespace ox::rows

@@ -7,7 +7,7 @@
 
 namespace ox::rows {
 
-/// Copies pixels where none has a neighbour with a weight.
+/// An axis on which no second pixel has a weight is compiled to a copy of pixels.
 bool ByteBlend::compile(BlendAxis const& axis) {
     _copies = std::all_of(axis.pixels.begin(), axis.pixels.end(),
                           [](PixelPair const& pair) { return pair.weight == 0; });
@@ -69,7 +69,7 @@ void BlendColumnsAndRows::plan(RowPlan const& row, Element element,
     }
 }
 
-/// The columns of a row, blended now if they aren't kept. The row of the other number stays.
+/// The blended columns of a source row: kept ones, or blended now. Row number `other` stays kept.
 std::uint8_t const* BlendColumnsAndRows::keep(Source source, std::int64_t other) {
     for (std::size_t i = 0; i < _rows.size(); ++i) {
         if (_kept[i] == source.number) {

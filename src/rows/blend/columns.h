@@ -29,8 +29,8 @@ class ByteBlend {
     }
 
   private:
-    bool _copies = false;    ///< whether every pixel is one of the source's
-    GatheredPixels _pixels;  ///< if so
+    bool _copies = false;    ///< whether every pixel is a copy of a source pixel
+    GatheredPixels _pixels;  ///< used if `_copies`
     BlendProgram _program;
 };
 
@@ -50,18 +50,18 @@ class BlendColumns : public Columns<BlendColumns> {
     ByteBlend _bytes;
 };
 
-/// Both directions: columns are blended first, each to a truncated value, and then rows of these.
-/// The last two rows whose columns were blended are kept, as rows of an enlarged picture come from
-/// the same two again and again.
+/// Bilinear scaling in both directions. Columns are blended first, each to a truncated value; then
+/// two such rows are blended. The last two rows of blended columns are kept, because neighbouring
+/// rows of an enlarged picture come from the same two source rows.
 class BlendColumnsAndRows {
   public:
     /// As `BlendColumns::plan`.
     void plan(RowPlan const& row, Element element, std::vector<std::int32_t> const& table);
 
-    /// Forgets the rows; before another picture.
+    /// Forgets the kept rows. To be called before another picture.
     void restart() { _kept = {-1, -1}; }
 
-    /// A source row, and the number by which it is known.
+    /// A source row, and its number in the picture.
     struct Source {
         std::uint8_t const* row;
         std::int64_t number;
@@ -75,7 +75,7 @@ class BlendColumnsAndRows {
     BlendRows* _blend_rows = nullptr;
     std::size_t _samples = 0;  ///< of a destination row
     std::array<std::vector<std::uint8_t>, 2> _rows;
-    std::array<std::int64_t, 2> _kept{-1, -1};  ///< numbers of their sources
+    std::array<std::int64_t, 2> _kept{-1, -1};  ///< numbers of the source rows of `_rows`
 };
 
 }  // namespace ox::rows

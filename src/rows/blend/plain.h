@@ -27,7 +27,7 @@ inline PixelPair pixelPair(std::int32_t coordinate, std::int64_t src_width) {
 /// The plain loop for rows of bytes.
 BlendRows blendPlainRows;
 
-/// The routine for rows of such elements; channels don't matter to it.
+/// The routine for rows of such elements, whatever their number of channels.
 BlendRows* chooseBlendRows(Element element);
 
 }  // namespace ox::rows

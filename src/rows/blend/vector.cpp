@@ -24,8 +24,8 @@ using namespace vector::HWY_NAMESPACE;
 
 using vector::WindowStep;
 
-/// a + ((b - a) * weight >> 16), of weights of 16 bits. The product's high word is that of a signed
-/// weight, which is 2^16 less from 2^15 on.
+/// a + ((b - a) * weight >> 16), for unsigned weights of 16 bits. The multiplication takes weights
+/// as signed, so that from 2^15 on they are 2^16 too small.
 template <class D, class V>
 HWY_INLINE V blend(D /*words*/, V a, V b, V weight) {
     V const difference = hn::Sub(b, a);
@@ -33,8 +33,8 @@ HWY_INLINE V blend(D /*words*/, V a, V b, V weight) {
     return hn::Add(hn::Add(a, rest), hn::MulHigh(difference, weight));
 }
 
-// Weights that are whole 64ths, as those of sizes that are exactly twice as large, are byte
-// factors: (a * (64 - weight) + b * weight) >> 6.
+// Weights that are whole 64ths fit bytes: (a * (64 - weight) + b * weight) >> 6. All weights of a
+// picture that is enlarged exactly twice are such.
 
 constexpr std::uint16_t of64 = 0x10000 / 64;
 
@@ -51,7 +51,7 @@ using WindowWords = hn::RebindToSigned<WindowTag16>;
 constexpr std::size_t entriesOfWindow = windowBytes / 2;
 
 /// The result of a step, as bytes.
-/// @param blend blend(pairs, weights) of what the step gathers, as words
+/// @param blend blend(pairs, weights) gives the blended entries of gathered pairs, as words
 template <class Blend>
 HWY_INLINE auto blendStep(BlendStep const& step, std::uint8_t const* window, Blend blend) {
     WindowTag const d;
@@ -71,7 +71,8 @@ HWY_INLINE void blendSteps(BlendProgram const& program, std::uint8_t const* src,
         hn::StoreU(blendStep(*step, src + offset[0], blend), half, dst + offset[1]);
         offset += 2;
     }
-    // The registers of the last steps end behind the row: they are stored in a copy of its end.
+    // The last steps would store past the row's end: they store into a copy of the end, which is
+    // then copied back.
     alignas(64) std::uint8_t copy[2 * entriesOfWindow];
     std::size_t const first = program.entries - entriesOfWindow;
     hn::Store(hn::LoadU(half, dst + first), half, copy);

@@ -17,7 +17,7 @@ void splitChannels(std::uint8_t const* row, std::size_t pixels, std::size_t chan
 void mergeChannels(std::uint8_t const* const* planes, std::size_t pixels, std::size_t channels,
                    std::uint8_t* row);
 
-/// Channel c of three becomes the floats of planes[c], if that isn't null.
+/// Channel c of three channels becomes the floats of planes[c]. A null plane gets nothing.
 void splitToFloats(std::uint8_t const* row, std::size_t pixels, std::uint8_t* const* planes);
 
 }  // namespace ox::rows

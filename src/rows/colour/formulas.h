@@ -16,7 +16,8 @@ inline constexpr int fractionBits = 8;
 inline constexpr int lumaZero = 16;
 inline constexpr int chromaZero = 128;
 
-/// A sample of a B,G,R pixel: what its channels weigh, and the sample of black.
+/// How a sample is computed from a B,G,R pixel: the weights of the channels, and the sample that
+/// black gets.
 struct BgrFormula {
     vector::ChannelWeights weights;
     int zero;
@@ -25,19 +26,19 @@ struct BgrFormula {
 /// Weights of 256 in all without an offset: not the luma below, on purpose.
 inline constexpr BgrFormula grayOfBgr{{28, 152, 76}, 0};
 inline constexpr BgrFormula lumaOfBgr{{25, 129, 65}, lumaZero};
-/// Their terms are always positive, so that sums can be shifted.
+/// The terms of U and V are always positive, so that they can be shifted.
 inline constexpr BgrFormula uOfBgr{{112, -74, -38}, chromaZero};
 inline constexpr BgrFormula vOfBgr{{-18, -94, 112}, chromaZero};
 
-/// A pixel's term; the sample is its whole part, or that of the mean of several.
+/// A pixel's term. The sample is the whole part of one term, or of the mean of several.
 constexpr int termOf(BgrFormula formula, std::uint8_t const* bgr) {
     vector::ChannelWeights const weights = formula.weights;
     return weights.b * bgr[0] + weights.g * bgr[1] + weights.r * bgr[2] +
            (formula.zero << fractionBits);
 }
 
-/// What a channel weighs U and V with. These are not the inverse of the formulas above, and not
-/// those of `NV12toBGR_neon`, on purpose.
+/// The factors of U and V in a channel. They are neither the inverse of the formulas above nor the
+/// factors of `NV12toBGR_neon`, on purpose.
 struct ChromaFactors {
     int u;
     int v;
@@ -48,15 +49,15 @@ inline constexpr ChromaFactors blueFactors{516, 0};
 inline constexpr ChromaFactors greenFactors{-100, -207};
 inline constexpr ChromaFactors redFactors{0, 408};
 
-/// The whole part, limited to a byte.
+/// A channel: the whole part of its sum, clamped to a byte.
 constexpr std::uint8_t channelOf(ChromaFactors factors, int y, int u, int v) {
     int const sum =
         lumaFactor * (y - lumaZero) + factors.u * (u - chromaZero) + factors.v * (v - chromaZero);
     return static_cast<std::uint8_t>(std::clamp(sum, 0, (256 << fractionBits) - 1) >> fractionBits);
 }
 
-/// The low byte of the number truncated to 32 bits: it saturates there and not at 255, on purpose.
-/// Negative numbers and NaN give 0.
+/// The low byte of `value` truncated to an unsigned integer. The truncation saturates at 32 bits,
+/// not at 255, on purpose. Negative numbers and NaN give 0.
 constexpr std::uint8_t lowByteOf(float value) {
     if (!(value > 0.0F)) {
         return 0;

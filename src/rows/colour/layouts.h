@@ -58,7 +58,7 @@ constexpr std::size_t chromaCount(YuvLayout layout, std::size_t pixels) {
     return sharesChroma(layout) ? pixels / 2 : pixels;
 }
 
-/// Where the first samples of a row are; null for those that there are none of.
+/// The first Y, U and V sample of a row; null for samples that the row doesn't have.
 template <class Byte>
 struct YuvSamples {
     Byte* y = nullptr;

@@ -12,8 +12,8 @@ namespace {
 
 using Byte = std::uint8_t;
 
-/// One sample per group of `Columns` pixels in `Rows` rows: the sum of their terms over their
-/// number; a last group that is cut by the row's end has a single column.
+/// One sample per group of `Columns` pixels in `Rows` rows: the mean of the pixels' terms. A last
+/// group that is cut by the row's end has a single column.
 template <BgrFormula formula, std::size_t Columns, int Rows>
 void sampleRow(BgrRows src, std::size_t width, Byte* dst, std::size_t step) {
     static_assert(Columns <= 2 && Rows <= 2);
@@ -85,7 +85,7 @@ void takeLuma(Byte const* y, std::size_t pixels, Byte* luma) {
     }
 }
 
-/// Copies of addresses, which stores of bytes can't change.
+/// Local copies of addresses. Stores of bytes can't change them, as far as the compiler knows.
 template <std::size_t Channels, class Plane>
 std::array<Plane*, Channels> copyOf(Plane* const* planes) {
     std::array<Plane*, Channels> copy{};

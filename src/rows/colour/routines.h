@@ -20,10 +20,11 @@ struct BgrRows {
     std::uint8_t const* lower;  ///< averaged with the upper one for shared chroma; may be null
 };
 
-/// Chroma is averaged over the pixels that share it. What has no address in `dst` isn't made.
+/// Chroma is averaged over the pixels that share it. Samples without an address in `dst` are left
+/// out.
 using BgrToYuv = void(BgrRows src, std::size_t width, YuvSamples<std::uint8_t> dst);
 
-/// From `count` samples, pixels or floats; floats needn't be aligned.
+/// Converts `count` samples, pixels or floats. Floats needn't be aligned.
 using ConvertRow = void(std::uint8_t const* src, std::size_t count, std::uint8_t* dst);
 
 /// Channel c of each pixel goes to planes[c], if that isn't null.
@@ -32,7 +33,7 @@ using SplitRow = void(std::uint8_t const* row, std::size_t pixels, std::uint8_t*
 /// The other way round.
 using MergeRow = void(std::uint8_t const* const* planes, std::size_t pixels, std::uint8_t* row);
 
-/// None is ever null: vector routines stand in for plain ones.
+/// No entry is ever null. A plain routine stays where there is no vector routine.
 struct ColourRoutines {
     std::array<YuvToBgr*, yuvLayouts> yuv_to_bgr;
     std::array<BgrToYuv*, yuvLayouts> bgr_to_yuv;
@@ -51,7 +52,7 @@ struct ColourRoutines {
 /// The loops that define the bytes; vector routines hand short rows and last pixels to them.
 extern ColourRoutines const plainColour;
 
-// Each source puts in its vector routines for the best instruction set, if that has any.
+// Each enters the vector routines of one source, for the instruction set in use, if it has any.
 void takeBgrToYuvRoutines(ColourRoutines& routines);
 void takeChannelRoutines(ColourRoutines& routines);
 void takeYuvToBgrRoutines(ColourRoutines& routines);

@@ -18,8 +18,8 @@ using namespace vector::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-// With Y, U and V less their zeros, a channel is the whole part of a sum with 8 fractional bits.
-// What the factors have of whole ones is taken out, and the rest fits 16 bits:
+// Y, U and V stand for the samples less their zeros. A channel is the whole part of a sum with 8
+// fractional bits. The whole parts of the factors are taken out of the sum; the rest fits 16 bits:
 //
 //   B = (297 Y + 516 U) / 256           = Y + 2 U + (41 Y + 4 U) / 256
 //   G = (297 Y - 207 V - 100 U) / 256   = Y - V   + (41 Y + 49 V - 100 U) / 256
@@ -27,7 +27,7 @@ using namespace vector::HWY_NAMESPACE;
 
 constexpr int one = 1 << fractionBits;
 
-/// The smallest whole part of a factor that leaves little.
+/// The whole part nearest to 0 that leaves a rest of at most `most_left`.
 constexpr int wholeOf(int factor) {
     constexpr int most_left = 160;
     int whole = 0;
@@ -48,7 +48,7 @@ constexpr bool fitsWord(ChromaFactors factors) {
     constexpr int y = restOf(lumaFactor);
     int const u = restOf(factors.u);
     int const v = restOf(factors.v);
-    // Chroma less its zero reaches as far down as that, and Y as far up as 255 less its own.
+    // Chroma less its zero is at least -chromaZero, and Y less its zero at most 255 - lumaZero.
     int const chroma = chromaZero * ((u < 0 ? -u : u) + (v < 0 ? -v : v));
     return chroma + y * (255 - lumaZero) <= 32767 && -chroma - y * lumaZero >= -32768;
 }

@@ -16,7 +16,7 @@ using Byte = std::uint8_t;
 using Source = YuvSamples<Byte const>;
 using Target = YuvSamples<Byte>;
 
-/// Samples of a few pixels, on their way.
+/// Room for the samples of a run of pixels.
 constexpr std::size_t mostPixels = 1024;
 using Room = std::array<Byte, mostPixels>;
 
@@ -38,8 +38,8 @@ void merge(Byte const* first, Byte const* second, std::size_t count, Byte* pairs
     routines().colour.merge_two(planes, count, pairs);
 }
 
-/// The samples of a run one after the other, in the row itself or in `room`.
-/// @param pixels even where pixels share chroma, as below
+/// The Y, U and V samples of a run, each contiguous: in the row itself, or copied into `room`.
+/// @param pixels even where pixels share chroma; also in the functions below
 Source gather(YuvLayout layout, Source src, std::size_t pixels, Target room) {
     Source const gathered{room.y, room.u, room.v};
     switch (layout) {
@@ -70,7 +70,7 @@ Source gather(YuvLayout layout, Source src, std::size_t pixels, Target room) {
     }
 }
 
-/// Nothing where the samples have been gathered right there.
+/// Does nothing if `gather` has put the samples there already.
 void copy(Byte const* src, std::size_t count, Byte* dst) {
     if (dst != nullptr && dst != src) {
         std::memcpy(dst, src, count);
@@ -105,14 +105,14 @@ void scatter(YuvLayout layout, Source run, std::size_t pixels, Target dst) {
     }
 }
 
-/// The truncated means of two samples each.
+/// The truncated means of a[i] and b[i].
 void averageRows(Byte const* a, Byte const* b, std::size_t count, Byte* dst) {
     for (std::size_t i = 0; i < count; ++i) {
         dst[i] = static_cast<Byte>((a[i] + b[i]) / 2);
     }
 }
 
-/// The truncated means of two neighbours each, or of two by two.
+/// The truncated means of two neighbours, or of two by two samples.
 /// @param lower null for one row
 void averagePairs(Byte const* upper, Byte const* lower, std::size_t count, Byte* dst) {
     if (lower == nullptr) {
@@ -127,7 +127,7 @@ void averagePairs(Byte const* upper, Byte const* lower, std::size_t count, Byte*
     }
 }
 
-/// Averages or repeats chroma for a layout that shares it otherwise, or in two rows.
+/// Averages or repeats chroma, where the layouts share it differently or two rows become one.
 void adapt(YuvWay way, Byte const* upper, Byte const* lower, std::size_t pixels, Byte* dst) {
     if (sharesChroma(way.from) == sharesChroma(way.to)) {
         averageRows(upper, lower, chromaCount(way.to, pixels), dst);
@@ -199,7 +199,7 @@ std::size_t forEachRun(std::size_t width, std::size_t most, Visitor visit) {
 }  // namespace
 
 YuvWay yuvWay(YuvLayout from, YuvLayout to) {
-    // Samples that are taken apart and put together need room in between.
+    // Where chroma is both taken apart and put together, it needs room in between.
     bool const apart = !hasChromaPlanes(from) && !hasChromaPlanes(to);
     bool const pairs_of_pairs = stepsOf(from).luma == 2 || stepsOf(to).luma == 2;
     bool const needs_room = apart || pairs_of_pairs || sharesChroma(from) != sharesChroma(to);

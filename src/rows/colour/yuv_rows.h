@@ -10,7 +10,7 @@
 
 namespace ox::rows {
 
-/// A way from layout to layout. A new one is none.
+/// How rows get from one layout to another. A new object describes no way.
 struct YuvWay {
     YuvLayout from{};
     YuvLayout to{};
@@ -20,19 +20,19 @@ YuvWay yuvWay(YuvLayout from, YuvLayout to);
 
 struct YuvRows {
     YuvSamples<std::uint8_t const> upper;
-    /// Its chroma is averaged with the upper one's, for layouts that share chroma; or null.
+    /// The row whose chroma is averaged with the upper row's; null if there is none.
     YuvSamples<std::uint8_t const> lower;
 };
 
-/// Writes a row of any width, with the truncated means of chroma over the pixels that share it.
-/// Without an address for Y there is no luma, without one for U and V no chroma.
+/// Writes a row of any width. Chroma is the truncated mean over the pixels that share it. Without
+/// an address for Y no luma is written, without addresses for U and V no chroma.
 void convertYuv(YuvWay way, YuvRows src, std::size_t width, YuvSamples<std::uint8_t> dst);
 
 /// The same with luma alone as source.
 void grayToYuv(YuvLayout to, std::uint8_t const* gray, std::size_t width,
                YuvSamples<std::uint8_t> dst);
 
-/// Samples of a plane's row that may be written, anyhow they lie.
+/// The samples of a plane's row that may be written, at any distance from one another.
 struct StridedSamples {
     std::uint8_t* first;
     std::int64_t step;  ///< bytes
@@ -49,7 +49,7 @@ struct ChromaRows {
     std::int64_t pixels;  ///< that share a sample
 };
 
-/// The truncated mean over each group of `group` pixels, of which the last is cut by the row's end.
+/// The truncated mean of each `group` pixels. The row's end may cut the last group.
 void averageChroma(ChromaRows src, std::int64_t width, std::int64_t group, StridedSamples dst);
 
 }  // namespace ox::rows

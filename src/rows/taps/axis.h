@@ -14,13 +14,13 @@ namespace ox::rows {
 /// Where the taps of a destination pixel are.
 struct TapStart {
     std::uint16_t first;    ///< source pixel
-    std::uint16_t weights;  ///< row of them
+    std::uint16_t weights;  ///< row of weights
 };
 
 /// How a plane is resampled along its rows.
 struct TapAxis {
     std::vector<TapStart> starts;       ///< of each destination pixel
-    std::vector<std::int16_t> weights;  ///< rows of `taps`; zeros where no pixel takes one
+    std::vector<std::int16_t> weights;  ///< rows of `taps` weights; unused ones are 0
     std::size_t taps = 0;               ///< positive
     int shift = 0;                      ///< log2 of the weights' unit
 
@@ -40,24 +40,25 @@ struct TapRow {
 
 struct TapProgram;
 
-/// clamp(sum >> shift) to 0 and 255; sums wrap in 32 bits. Taps behind the row add nothing.
+/// sum >> shift of each entry, clamped to a byte. Sums wrap in 32 bits. Taps behind the row add
+/// nothing.
 /// @param src `src_bytes` of the program
-/// @param dst `dst_bytes`, of which those behind the entries are of no use
+/// @param dst `dst_bytes` of the program; the bytes behind the entries have no meaning
 using RunTaps = void(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst);
 
-/// What an instruction set makes of an axis.
+/// The program that an axis is compiled to.
 struct TapProgram {
     RunTaps* run = nullptr;
-    std::vector<std::uint32_t> offsets;  ///< of what is read, and where weights are
+    std::vector<std::uint32_t> offsets;  ///< pairs: source byte, index in `tables`
     std::vector<RegisterBytes> tables;
-    std::size_t steps = 0;         ///< that a sum takes
+    std::size_t steps = 0;         ///< of each sum
     std::size_t lane_sums = 1;     ///< partial sums of an entry in a register
     std::size_t channels = 1;      ///< interleaved
     std::size_t entries = 0;       ///< of the result: its samples
     std::size_t whole_groups = 0;  ///< leading registers of results whose windows end in the row
-    bool has_high = false;         ///< whether weights are more than a byte
-    std::size_t src_bytes = 0;  ///< that the source must have, zeros behind its row if that is less
-    std::size_t dst_bytes = 0;  ///< that are written
+    bool has_high = false;         ///< whether a weight doesn't fit a byte
+    std::size_t src_bytes = 0;     ///< of the source row, padded with zeros if that is shorter
+    std::size_t dst_bytes = 0;     ///< written
     int shift = 0;
 };
 
@@ -65,7 +66,7 @@ struct TapProgram {
 /// @throws std::bad_alloc
 using CompileTaps = bool(TapAxis const& axis, TapRow row, TapProgram& program);
 
-/// The rows that a row is summed from.
+/// The source rows of a destination row, and their weights.
 struct RowTaps {
     std::uint8_t const* const* rows;
     std::int16_t const* weights;
@@ -73,10 +74,10 @@ struct RowTaps {
     int shift;
 };
 
-/// clamp(sum >> shift) of each column, to 0 and 255; sums wrap in 32 bits. Without rows they are 0.
+/// sum >> shift of each column, clamped to a byte. Sums wrap in 32 bits; without rows they are 0.
 using SumRows = void(RowTaps const& taps, std::size_t bytes, std::uint8_t* dst);
 
-/// None is ever null.
+/// No entry is ever null.
 struct TapRoutines {
     CompileTaps* compile_taps;
     SumRows* sum_rows;  ///< of any number of bytes
@@ -85,10 +86,10 @@ struct TapRoutines {
 /// The plain loop for rows.
 SumRows sumPlainRows;
 
-/// Puts in the plain ones, which have no programs.
+/// Enters the plain routines, which have no programs.
 void takePlainTapRoutines(TapRoutines& routines);
 
-// Each source puts in its own for the best instruction set, and none where that has no vector code.
+// Each enters the vector routines of one source, for the instruction set in use, if it has any.
 void takeTapColumnRoutines(TapRoutines& routines);
 void takeTapRowRoutines(TapRoutines& routines);
 

@@ -17,12 +17,12 @@ std::array<std::uint8_t*, 4> planesOf(std::vector<std::uint8_t>& buffer, std::si
     return {first, first + plane_bytes, first + 2 * plane_bytes, first + 3 * plane_bytes};
 }
 
-/// Where the products of a sample and a weight are summed.
+/// The type that sums products of a sample and a weight.
 template <class Sample>
 using TapSum = std::conditional_t<sizeof(Sample) == 4, std::int64_t, std::int32_t>;
 
-/// Whole units of a sum, clamped to the range of a sample. What is below 0 is clamped in any case,
-/// so that the shift may round it down.
+/// The whole part of a sum, clamped to the range of a sample. Negative sums are clamped to 0
+/// anyhow, so it doesn't matter that the shift rounds them down.
 template <class Sample, class Sum>
 Sample unitsOf(Sum sum, int shift) {
     return static_cast<Sample>(

@@ -11,8 +11,9 @@
 
 namespace ox::rows {
 
-/// Vector code that sums the weighted pixels of rows of bytes: rows as they are, or each channel as
-/// a plane of its own. Taps behind the end of a row add nothing; sums are clamped to bytes.
+/// Vector code that sums weighted pixels of rows of bytes. It takes interleaved rows, or each
+/// channel as a plane of its own. Taps behind the end of a row add nothing. Sums are clamped to
+/// bytes.
 class ByteTaps {
   public:
     /// @return false if there is no vector code for it
@@ -31,7 +32,7 @@ class ByteTaps {
     void runByPlanes(std::uint8_t const* src, std::uint8_t* dst);
 
     TapProgram _program;
-    /// Whether the program takes interleaved rows, and no room behind them.
+    /// Whether the program takes interleaved rows as they are, without room behind their end.
     bool _as_it_is = false;
     std::size_t _channels = 0;
     std::size_t _src_pixels = 0;
@@ -41,11 +42,11 @@ class ByteTaps {
 };
 
 /// The columns of a plane that is scaled by a filter. A sum is divided by the weights' unit,
-/// truncated and clamped to what the channel holds; sums wrap in 32 bits, those of 32-bit channels
-/// are of 64 bits. Taps behind the end of a source row add nothing.
+/// truncated and clamped to the channel's range. Sums wrap in 32 bits; sums of 32-bit channels have
+/// 64 bits. Taps behind the end of a source row add nothing.
 class TapColumns : public Columns<TapColumns> {
   public:
-    /// What the columns are planned by; to be filled before.
+    /// The axis that `plan` goes by; to be filled before.
     TapAxis axis;
 
     /// @param src_samples of a source row

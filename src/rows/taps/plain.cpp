@@ -19,7 +19,7 @@ void sumBlock(RowTaps const& taps, std::size_t first, std::size_t bytes, std::ui
         }
     }
     for (std::size_t i = 0; i < bytes; ++i) {
-        // What is below 0 is clamped in any case, so that the shift may round it down.
+        // Negative sums are clamped to 0 anyhow, so it doesn't matter that the shift rounds down.
         std::int32_t const units = static_cast<std::int32_t>(sums[i]) >> taps.shift;
         dst[first + i] = static_cast<std::uint8_t>(std::clamp(units, 0, 255));
     }

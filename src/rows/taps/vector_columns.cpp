@@ -23,7 +23,7 @@ using namespace vector::HWY_NAMESPACE;
 /// Entries that are written at a time.
 constexpr std::size_t lanes = blockBytes / 4;
 
-/// The sums of a register's entries, in order, out of registers that hold `lane_sums` for each.
+/// A register of sums, one for each entry, from registers with `lane_sums` partial sums an entry.
 /// @param sum sum(i) is register i
 template <std::size_t lane_sums, class SumOfRegister>
 HWY_INLINE V32 sumEntries(SumOfRegister const& sum, std::size_t first) {
@@ -38,25 +38,25 @@ HWY_INLINE V32 sumEntries(SumOfRegister const& sum, std::size_t first) {
 #if HWY_TARGET == HWY_AVX3_DL
 
 // A register holds the taps of several neighbouring entries: 4 bytes a lane, gathered out of a
-// window of 64 bytes by one permutation. The wider the entries lie apart, the fewer share a window,
-// and the more lanes each of them has. The next step takes the taps behind those, by the same
-// places in a window further on.
+// window of 64 bytes by one permutation. The farther apart entries lie, the fewer share a window,
+// and the more lanes each entry has. The next step takes the taps that follow, from the same places
+// of a window further on.
 //
 //   one channel, 3 pixels apart:     lane i has taps 3i .. 3i + 3, then 3i + 4 .. 3i + 7, ...
 //   three channels, 3 pixels apart:  lane 3i + c has bytes 9i + c, + 3, + 6, + 9, then + 12, ...
 //
-// The bytes are unsigned and the weights signed, in two parts where they don't fit a byte: 256 *
-// high + low, each times the taps in a sum of its own.
+// Source bytes are unsigned, weights signed. A weight that doesn't fit a byte is 256 * high + low,
+// and the products of each part have a sum of their own.
 
 constexpr std::size_t laneTaps = 4;
 
-/// Reductions to about a thirtieth are the most.
+/// Enough for reductions to about a thirtieth.
 constexpr std::size_t mostLaneSums = 8;
 
 /// Where an entry of the result begins.
 struct TapEntry {
     std::size_t first;    // byte of its first tap
-    std::size_t weights;  // row of them
+    std::size_t weights;  // row of weights
 };
 
 TapEntry entryOf(TapAxis const& axis, std::size_t channels, std::size_t index) {
@@ -64,12 +64,12 @@ TapEntry entryOf(TapAxis const& axis, std::size_t channels, std::size_t index) {
     return {start.first * channels + index % channels, start.weights};
 }
 
-/// The first entry of a register of results; the last one overlaps the one before.
+/// The first entry of a register of results. The last register overlaps the one before.
 HWY_INLINE std::size_t firstOfGroup(std::size_t group, std::size_t entries) {
     return entries < lanes ? 0 : std::min(group * lanes, entries - lanes);
 }
 
-/// The entries of a register: fewer if there are fewer at all.
+/// The entries that a register sums: fewer than it has room for if the row has fewer.
 struct RegisterEntries {
     std::size_t first;
     std::size_t end;
@@ -83,7 +83,7 @@ struct RegisterEntries {
     }
 };
 
-/// Bytes that a step goes on by.
+/// Bytes from the window of one step to that of the next.
 HWY_INLINE std::size_t stepBytes(std::size_t lane_sums, std::size_t channels) {
     return lane_sums * laneTaps * channels;
 }
@@ -96,10 +96,10 @@ std::size_t registersOf(TapProgram const& program) {
     return groupsOf(program) * program.lane_sums;
 }
 
-/// Places the registers' windows. Other than the plans of vector/windows.h, a register has its
-/// entries from the start, and windows at the row's end aren't moved back into it: the next steps
-/// go on from there by the same places, and what lies behind the row is loaded as zeros.
-/// @return false if there is one that doesn't reach all its taps
+/// Places the first window of each register. In two points this differs from the plans of
+/// vector/windows.h. The entries of a register are given. Windows at the row's end aren't moved
+/// back, because later steps use the same places; bytes behind the row are loaded as zeros.
+/// @return false if a window doesn't reach the first step's taps of all its entries
 bool placeWindows(TapAxis const& axis, TapProgram& program) {
     std::size_t const taps = stepBytes(program.lane_sums, program.channels) - program.channels + 1;
     program.offsets.assign(2 * registersOf(program), 0);
@@ -142,7 +142,7 @@ bool needsHighParts(TapAxis const& axis) {
                        [](std::int16_t weight) { return splitWeight(weight).high != 0; });
 }
 
-/// Tables of a register: places, then for each step the low and, if need be, the high weights.
+/// Tables of a register: its places, then for each step low weights and, if need be, high ones.
 HWY_INLINE std::size_t tablesOf(std::size_t steps, bool has_high) {
     return 1 + steps * (has_high ? 2 : 1);
 }
@@ -170,8 +170,8 @@ void fillTables(TapAxis const& axis, TapProgram const& program, std::size_t inde
     }
 }
 
-/// Appends the tables of all registers, each once: with filters of a usual ratio they repeat after
-/// a few registers, and the fewer there are, the nearer they stay.
+/// Appends the tables of all registers. Equal tables are shared: at usual ratios they repeat after
+/// a few registers, and fewer tables stay in a nearer cache.
 void appendTables(TapAxis const& axis, TapProgram& program) {
     constexpr std::size_t most_looked_at = 16;
     std::size_t const count = tablesOf(program.steps, program.has_high);
@@ -190,7 +190,7 @@ void appendTables(TapAxis const& axis, TapProgram& program) {
     }
 }
 
-/// How many whole registers of results come before the first that needs bytes behind the row.
+/// How many full registers of results come before the first one that needs bytes behind the row.
 std::size_t wholeGroups(TapProgram const& program) {
     std::size_t const reach =
         (program.steps - 1) * stepBytes(program.lane_sums, program.channels) + windowBytes;
@@ -201,7 +201,7 @@ std::size_t wholeGroups(TapProgram const& program) {
     return std::min(i / program.lane_sums, program.entries / lanes);
 }
 
-/// A window of a row that it may leave: zeros are there.
+/// A window that may reach past the row's end, with zeros there.
 HWY_INLINE V8 loadCutWindow(std::uint8_t const* src, std::size_t at, std::size_t src_bytes) {
     if (at >= src_bytes) {
         return hn::Zero(Tag8());
@@ -210,10 +210,10 @@ HWY_INLINE V8 loadCutWindow(std::uint8_t const* src, std::size_t at, std::size_t
     return hn::MaskedLoad(hn::FirstN(Tag8(), inside), Tag8(), src + at);
 }
 
-/// @tparam known_steps how many there are, or 0: as the program says
+/// @tparam known_steps the number of steps; 0 takes the program's
 template <std::size_t lane_sums, bool has_high, std::size_t known_steps>
 void sumTapsBy(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
-    // Read once: what is written could be anything, for all that the compiler knows.
+    // Read into locals: for the compiler, a store to `dst` could change the program.
     std::size_t const steps = known_steps == 0 ? program.steps : known_steps;
     std::size_t const step_bytes = stepBytes(lane_sums, program.channels);
     std::uint32_t const* const offsets = program.offsets.data();
@@ -252,7 +252,7 @@ void sumTapsBy(TapProgram const& program, std::uint8_t const* src, std::uint8_t*
     }
 }
 
-/// Few steps are told to the compiler.
+/// Small numbers of steps are compile-time constants.
 template <bool has_high>
 RunTaps* bySteps(std::size_t steps) {
     constexpr std::size_t known = 6;
@@ -299,7 +299,7 @@ bool compileTaps(TapAxis const& axis, TapRow row, TapProgram& program) {
 
 #else
 
-// A register holds the taps of one pixel, as words, and its own weights.
+// A register holds taps of a single pixel, as words, and is multiplied by that pixel's weights.
 
 constexpr std::size_t registerTaps = blockBytes / 2;
 
@@ -321,7 +321,7 @@ void sumTaps(TapProgram const& program, std::uint8_t const* src, std::uint8_t* d
     }
 }
 
-/// For each pixel, the source byte and the table of its first weights.
+/// `offsets` has, for each pixel, the source byte of its first tap and the first of its tables.
 bool compileTaps(TapAxis const& axis, TapRow row, TapProgram& program) {
     if (row.channels != 1) {
         return false;

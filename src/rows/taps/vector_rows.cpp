@@ -17,7 +17,7 @@ using namespace vector::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-/// Two rows at a time: their bytes as words side by side, times the two weights.
+/// Takes two rows at a time: their bytes, interleaved as words, are multiplied by the two weights.
 HWY_INLINE V8 sumBlock(RowTaps const& taps, std::size_t x) {
     Tag8 const d;
     FourSums sums = NoFourSums();
