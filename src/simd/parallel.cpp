@@ -19,7 +19,7 @@ void Parallel(std::uint64_t begin, std::uint64_t end,
     }
     std::uint64_t const range = end - begin;
     std::uint64_t const block = (range - 1) / count + 1;
-    // Its destructor waits, also for those that have started when another can't.
+    // The destructor joins all threads that have started, also when another one can't start.
     std::vector<std::jthread> blocks;
     blocks.reserve(count);
     for (std::uint64_t thread = 0; thread < count && thread * block < range; ++thread) {

@@ -9,9 +9,9 @@
 namespace Simd {
 
 /// Calls function(thread, block_begin, block_end) for consecutive blocks of the range, each on a
-/// thread of its own, and waits for all; once on this thread, for the whole range, if one thread
-/// is to be had or the range has no two items. What `function` throws on another thread is lost.
-/// @param block_align without effect: blocks are as long as an even division makes them
+/// thread of its own, and waits for all of them. With one thread, or fewer than two items, it makes
+/// one call on this thread for the whole range. Exceptions of `function` on other threads are lost.
+/// @param block_align without effect: the range is divided evenly
 /// @throws std::system_error if a thread can't be started, when those already started have ended
 void Parallel(std::uint64_t begin, std::uint64_t end,
               std::function<void(std::uint64_t thread, std::uint64_t block_begin,

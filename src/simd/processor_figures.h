@@ -25,14 +25,14 @@ ProcessorFigures const& processorFigures();
 /// Threads that the hardware runs at once; 1 if unknown.
 std::size_t hardwareThreads();
 
-/// Takes `count` for the hardware's from now on, or the real one again for 0. For tests, and not
-/// while kernels run.
+/// Replaces the hardware's number of threads by `count`; 0 restores it. For tests, and not while
+/// kernels run.
 void UseHardwareThreads(std::size_t count);
 
 /// How many threads work may be spread over; 1 at first.
 std::size_t GetParallelThreads();
 
-/// Stores the wish, cut to what the hardware has; 0 counts as 1.
+/// Sets the number of threads to `wish`, or to the hardware's if that is less; 0 counts as 1.
 /// @return what was stored
 std::size_t SetParallelThreads(std::size_t wish);
 

@@ -1,5 +1,5 @@
 /// @file
-/// The arithmetic of colour, one pixel at a time, and its constants, which both sides share.
+/// The arithmetic of colour, one pixel at a time, and its constants. All routines go by these.
 
 #pragma once
 
@@ -59,15 +59,15 @@ constexpr std::uint8_t vOf(Bgr pixel) {
     return static_cast<std::uint8_t>(weigh(vWeights, pixel, toYuvBits) + chromaOffset);
 }
 
-/// Chroma's share of the three channels.
+/// What chroma adds to each of the three channels.
 constexpr Bgr chromaTerms(std::uint8_t u_byte, std::uint8_t v_byte) {
     int const u = u_byte - chromaOffset;
     int const v = v_byte - chromaOffset;
     return {blueFromU * u, greenFromU * u + greenFromV * v, redFromV * v};
 }
 
-/// A second inverse with 8 fractional bits, of luma that doesn't go below its offset. It isn't to
-/// be reconciled with the first.
+/// A second inverse, with 8 fractional bits; luma below its offset counts as the offset. That it
+/// differs from the first inverse is on purpose.
 inline constexpr int directBits = 8;
 inline constexpr int directLumaScale = 298;
 inline constexpr int directBlueFromU = 516;
@@ -75,7 +75,7 @@ inline constexpr int directGreenFromU = -100;
 inline constexpr int directGreenFromV = -208;
 inline constexpr int directRedFromV = 409;
 
-/// One channel out of luma and chroma's share of it.
+/// One channel from luma and from what chroma adds to it.
 constexpr std::uint8_t channelOf(std::uint8_t y, int chroma_term) {
     int const sum = lumaScale * (y - lumaOffset) + chroma_term + (1 << (toBgrBits - 1));
     return static_cast<std::uint8_t>(std::clamp(sum >> toBgrBits, 0, 255));

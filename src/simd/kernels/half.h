@@ -18,8 +18,8 @@ inline constexpr std::uint32_t exponentGap = 0x1c000;
 /// Infinity and NaN as halves lie twice the gap below.
 inline constexpr std::uint32_t infinityWithGap = 0x23c00;
 
-/// Drops the bits that don't fit, so that numbers go towards zero; but one above 65504, the largest
-/// half, is infinite. NaNs keep the upper ten bits of their payload and aren't quieted.
+/// Truncates towards zero, but a number above 65504, the largest half, becomes infinite. NaNs keep
+/// the upper ten bits of their payload and aren't quieted.
 inline std::uint16_t truncateToHalf(std::uint32_t bits) {
     constexpr std::uint32_t above_largest = 0x477fe001;
     constexpr std::uint32_t smallest_kept_nan = 0x7f802000;
@@ -61,7 +61,7 @@ inline std::uint16_t roundToHalf(std::uint32_t bits) {
     return static_cast<std::uint16_t>(h | (bits >> 16 & halfSign));
 }
 
-/// Exact, but for subnormals, whose product with 2^-24 is exact too. NaNs keep all their bits.
+/// Exact, also for subnormals, which are multiplied by 2^-24. NaNs keep all their bits.
 inline std::uint32_t widenHalf(std::uint16_t half) {
     std::uint32_t h = half & 0x7fffU;
     if (h > 0x3ff) {

@@ -1,10 +1,11 @@
 /// @file
-/// The shapes of kernels: what they take, in which order. Some have arguments of the same types and
-/// mean something else by them, so each shape is a type of its own.
+/// The shapes of kernels: their arguments, in order. Two shapes may have equal types of arguments
+/// with different meanings, so each shape is a type of its own.
 ///
-/// Sizes and strides are unsigned and 64 bits wide; strides, and the widths of planes of bytes, are
-/// in bytes, other widths in pixels. Kernels check nothing, allocate nothing, report nothing, and
-/// write nothing for a width or a height of 0. Sources and destinations must not overlap.
+/// Sizes and strides are unsigned and 64 bits wide. Strides are in bytes, and so are the widths of
+/// planes of bytes; other widths are in pixels. Kernels check nothing, allocate nothing and report
+/// nothing. For a width or a height of 0 they write nothing. Sources and destinations must not
+/// overlap.
 
 #pragma once
 

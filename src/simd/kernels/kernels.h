@@ -1,5 +1,5 @@
 /// @file
-/// The kernels: one record each, which is also the function that callers call; list.h has them.
+/// The kernels of list.h: for each a record, which callers call like a function.
 
 #pragma once
 
@@ -36,7 +36,7 @@ struct Kernel<KernelShape, void(Arguments...)> {
 };
 
 /// A kernel that picks its routine on the first call and keeps it, whatever the size.
-/// @tparam base_routine one per kernel, which holds the kernels' choices apart
+/// @tparam base_routine one per kernel, so that each kernel has a type and a choice of its own
 template <class KernelShape, auto base_routine, auto neon_routine>
 struct FirstUseKernel {
     using Shape = KernelShape;

@@ -1,7 +1,7 @@
 /// @file
-/// The list of kernels, a line each, which all else about them follows from: the scalar routines
-/// that `Simd::Base` declares, the tables of routines, `Simd::Neon::X`, the records `Simd::X` and
-/// what tests walk.
+/// The list of kernels, a line each. Everything else follows from it: the scalar routines that
+/// `Simd::Base` declares, the tables of routines, `Simd::Neon::X`, the records `Simd::X` and the
+/// lists of the tests.
 
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace Simd {
 
-/// A vector routine needs a whole block in the row, of which the last may overlap the one before.
+/// A vector routine needs rows of at least a block; the last block may overlap the one before.
 inline constexpr std::size_t packedBlock = 16;
 inline constexpr std::size_t yuv420Block = 32;  ///< pixels of two rows
 inline constexpr std::size_t halfBlock = 4;

@@ -1,7 +1,7 @@
 /// @file
-/// The vector routines, on every processor; the bytes are those of the scalar routines, but for the
-/// rounding of `FloatsToHalves`, to nearest with ties to even, and for signalling NaNs, which
-/// `HalvesToFloats` quiets, and NaNs, which `ScaleFloatsToBytes` takes for 0.
+/// The vector routines, for every processor. They give the bytes of the scalar routines, with three
+/// exceptions. `FloatsToHalves` rounds to nearest, ties to even. `HalvesToFloats` quiets signalling
+/// NaNs. `ScaleFloatsToBytes` takes NaN for 0.
 
 #pragma once
 
@@ -19,11 +19,10 @@ struct Routines {
 #undef OX_MEMBER
 };
 
-/// Those of the instruction set in use; see vector/dispatch.h.
+/// The routines of the instruction set in use; see vector/dispatch.h.
 Routines const& routines();
 
-// Each puts in the routines of one source for the best instruction set of this processor, and none
-// where that has no vector code.
+// Each enters the vector routines of one source, for the instruction set in use, if it has any.
 void takeBgrRoutines(Routines& routines);
 void takeBgrToYuvRoutines(Routines& routines);
 void takeFloatRoutines(Routines& routines);

@@ -1,6 +1,6 @@
 /// @file
-/// The results of the vector routines in plain loops: for processors that no vector code was
-/// written for, builds without it, and rows shorter than a register.
+/// Plain loops with the results of the vector routines: for processors and builds without vector
+/// code, and for rows shorter than a register.
 
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace Simd::Plain {
 
-// What isn't declared here is found there: the scalar routine has the vector routine's results.
+// Kernels that aren't declared here: their scalar routine has the vector routine's results.
 using namespace Base;
 
 /// NaN gives 0, whatever the range.

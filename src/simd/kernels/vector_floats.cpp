@@ -100,7 +100,7 @@ void HalvesToFloats(std::uint16_t const* src, std::size_t count, float* dst) {
     });
 }
 
-// These work in place, so that what is left of the last block can't be done twice.
+// These kernels work in place, so no element may be computed twice: blocks must not overlap.
 
 template <class Step>
 HWY_INLINE std::size_t changeWholeBlocks(float* data, std::size_t count, Step step) {

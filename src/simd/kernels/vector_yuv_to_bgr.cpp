@@ -19,10 +19,10 @@ using namespace ox::vector::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-// A channel is the sum of a luma and a chroma term with some fractional bits, of which the whole
-// part is wanted. Both are kept as two registers of 16 bits: a high part, the term's whole part,
-// and a low part, its fraction. High parts are added; a carry comes in where the fractions reach 1,
-// that is, where luma's fraction passes a limit that chroma's sets.
+// A channel is the whole part of the sum of a luma and a chroma term, both with fractional bits.
+// Each term is kept in two registers of 16-bit lanes: its whole part (high) and its fraction (low).
+// High parts are added. A carry is added where the fractions reach 1 together, that is, where
+// luma's fraction passes a limit that depends on chroma's fraction.
 
 struct LumaTerm {
     V16 high;
@@ -48,12 +48,12 @@ HWY_INLINE V16 channelOf(LumaTerm luma, ChannelTerm chroma) {
     return AddWhereGreater(hn::Add(luma.high, chroma.high), luma.low, chroma.limit);
 }
 
-/// What formulas.h has with 13 fractional bits. Luma's term, rounding included, is
+/// The formulas with 13 fractional bits of formulas.h. Luma's term, rounding included, is
 /// high + (low + 2^15) / 2^16; chroma's is high + (2^15 - 1 - limit) / 2^16.
 struct FineMatrix {
     static_assert(toBgrBits == 13);                  ///< as in `MulShift13`
-    static constexpr int toBits15 = 15 - toBgrBits;  ///< what lacks of a rounding product's
-    static constexpr int toBits16 = 16 - toBgrBits;  ///< what lacks of a fraction's
+    static constexpr int toBits15 = 15 - toBgrBits;  ///< shift to a rounding product's 15 bits
+    static constexpr int toBits16 = 16 - toBgrBits;  ///< shift to a fraction's 16 bits
 
     /// The low 16 bits of the product: the fractional bits, moved up.
     static HWY_INLINE V16 fraction(V16 v, int factor) {
@@ -79,7 +79,7 @@ struct FineMatrix {
                 term(v, redFromV)};
     }
 
-    /// Two fractions give a carry where the second, unsigned, passes what the first leaves.
+    /// Two fractions give a carry where the second, unsigned, passes what the first leaves up to 1.
     static HWY_INLINE ChannelTerm addToTerm(ChannelTerm first, V16 chroma, int factor) {
         V16 const second = fraction(chroma, factor);
         V16 const high = hn::Add(first.high, MulShift13(chroma, static_cast<std::int16_t>(factor)));
@@ -88,13 +88,13 @@ struct FineMatrix {
     }
 };
 
-/// What formulas.h has with 8 fractional bits: luma's term is high + low / 2^8, chroma's, rounding
-/// included, is high + (2^8 - 1 - limit) / 2^8.
+/// The formulas with 8 fractional bits of formulas.h. Luma's term is high + low / 2^8; chroma's,
+/// rounding included, is high + (2^8 - 1 - limit) / 2^8.
 struct DirectMatrix {
     static constexpr int one = 1 << directBits;
     static constexpr int half = one / 2;
 
-    /// A factor in ones and a rest, as few ones as leave no product with the rest past `most`.
+    /// A factor as whole ones and a rest: as few ones as keep products with the rest within `most`.
     struct Parts {
         int ones;
         int rest;
@@ -110,7 +110,7 @@ struct DirectMatrix {
 
     static HWY_INLINE V16 times(V16 v, int factor) { return hn::Mul(v, constant(factor)); }
 
-    /// The rests' products are to fit 16 bits together.
+    /// The sum of the products with both rests fits 16 bits.
     template <int u_factor, int v_factor>
     static HWY_INLINE ChannelTerm term(V16 u, V16 v) {
         constexpr int terms = (u_factor != 0 ? 1 : 0) + (v_factor != 0 ? 1 : 0);
@@ -159,8 +159,8 @@ HWY_INLINE void storeBlock(Bytes dst, V8 y, ChromaTerms const& even, ChromaTerms
                                   PackPixels(channelOf(first, even.r), channelOf(second, odd.r))));
 }
 
-/// A row of chroma at half the columns, as two planes or as pairs. terms(x) are those of the block
-/// of pixels at x.
+/// A row of chroma at half the columns, as two planes or as pairs. terms(x) gives the chroma terms
+/// for the block of pixels at x.
 struct PlanarChroma {
     ConstBytes u;
     std::size_t u_stride;
@@ -246,8 +246,8 @@ constexpr auto* ConvertNv12ToBgrDirectly =
 
 #if HWY_TARGET == HWY_AVX3_DL
 
-// Where each pixel has chroma of its own, sums of 32 bits are fewer operations: a lane has Y, U, V
-// and a 1, and a channel's weights are two bytes each, 256 * high + low.
+// Where each pixel has chroma of its own, sums of 32 bits take fewer operations. A lane has the
+// bytes Y, U, V and 1. Each weight of a channel is two bytes, 256 * high + low.
 
 struct ChannelFactors {
     int y;

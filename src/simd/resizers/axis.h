@@ -10,7 +10,7 @@
 
 namespace Simd {
 
-/// A sample, and the weight of the one behind it.
+/// A source sample, and the weight of the sample behind it.
 struct SamplePair {
     std::int64_t first;
     float weight;
@@ -29,12 +29,12 @@ inline std::int64_t truncatedPosition(float position) {
                              : static_cast<std::int64_t>(position);
 }
 
-/// What holds at the end of an axis: of one sample, the first of the pair is the one before it.
+/// The pair at the end of an axis: the last two samples, or -1 and 0 on an axis of one sample.
 constexpr SamplePair lastPair(std::uint64_t src) {
     return {static_cast<std::int64_t>(src) - 2, 1.0F};
 }
 
-/// The pair around a position; what lies before the first sample is the first.
+/// The pair around a position. Positions before the first sample count as the first sample.
 inline SamplePair pairAt(float position, std::uint64_t src) {
     std::int64_t const first = std::max<std::int64_t>(truncatedPosition(std::floor(position)), 0);
     if (first >= static_cast<std::int64_t>(src) - 1) {
@@ -49,8 +49,8 @@ inline float centredPosition(float scale, std::uint64_t i) {
     return std::fma(scale, static_cast<float>(i) + 0.5F, -0.5F);
 }
 
-/// An offset in a row, for a table of 32 bits. What is behind their range stays at its end, which
-/// is still in the row.
+/// An offset in a row, for a table of 32-bit numbers. A larger offset becomes the largest such
+/// number, which is still in the row.
 constexpr std::int32_t rowOffset(std::int64_t index, std::uint64_t channels,
                                  std::uint64_t channel = 0) {
     using Limits = std::numeric_limits<std::int32_t>;

@@ -17,8 +17,8 @@ float axisScale(ResizerMethod method, std::uint64_t src, std::uint64_t dst) {
     return dst < 2 ? 0.0F : static_cast<float>(src - 1) / static_cast<float>(dst - 1);
 }
 
-/// The sample is found by the rounded product and its weight by the exact one, so that a weight may
-/// fall just below 0.
+/// The sample comes from the rounded product, its weight from the exact one. So a weight may be
+/// slightly below 0.
 SamplePair cornersPair(float scale, std::uint64_t src, std::uint64_t i) {
     float const step = static_cast<float>(i);
     std::int64_t const first = truncatedPosition(std::floor(step * scale));
@@ -52,8 +52,7 @@ void store(float* at, float value) {
     std::memcpy(at, &value, sizeof value);
 }
 
-/// Rounds halves up. No weight of 16-bit elements is negative, so that a value is never below 0 nor
-/// above what they hold.
+/// Rounds halves up. No weight of 16-bit elements is negative, so `value` is in their range.
 void store(std::uint16_t* at, float value) {
     float const raised = value + 0.5F;
     std::uint16_t const element = static_cast<std::uint16_t>(raised);
@@ -64,7 +63,7 @@ float blend(float first, float second, float weight) {
     return std::fma(first, 1.0F - weight, weight * second);
 }
 
-/// In a row of one pixel, which the first sample lies before, that is 0.
+/// In a row of one pixel the first sample lies before the row and counts as 0.
 template <bool one_pixel, class T>
 float blendPair(T const* row, FloatColumns const& columns, std::uint64_t entry) {
     T const* const second =

@@ -1,7 +1,7 @@
 /// @file
 /// Bilinear resizing of 16-bit and float elements, with float weights.
 ///
-/// A weighted pair is always fma(a, 1 - w, w * b), the second product rounded first.
+/// A weighted pair is always fma(a, 1 - w, w * b): the product w * b is rounded first.
 
 #pragma once
 
@@ -13,14 +13,14 @@
 
 namespace Simd::Base {
 
-/// For each destination index along an axis: the index of the first source sample and the weight of
-/// the second. `index` counts samples, or `channels` elements a sample, and then both are repeated
-/// for each channel. At the far end the first sample is the last but one, with weight 1; it is -1
-/// if the axis has one sample.
+/// For each destination index along an axis: the index of the first source sample, and the weight
+/// of the second one. With several `channels`, `index` counts elements, and both tables have an
+/// entry for each channel. At the far end the first sample is the last but one, and the second has
+/// weight 1. On an axis of one sample the first sample is -1.
 void fillBilinear(ResizerMethod method, std::uint64_t src, std::uint64_t dst,
                   std::uint64_t channels, std::int32_t* index, float* weight);
 
-/// What both classes hold. The tables are built by the constructor.
+/// The common part of both classes. The constructor builds the tables.
 template <class T>
 class ResizerBilinear : public Resizer {
   public:

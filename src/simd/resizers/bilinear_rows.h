@@ -23,12 +23,12 @@ struct StridedRows {
 template <class T>
 StridedRows(T*, std::size_t) -> StridedRows<T>;
 
-/// Makes each destination row from two neighbouring source rows. A source row goes through the
-/// horizontal pass once as long as the destination advances by at most a row; a row outside the
+/// Makes each destination row from two neighbouring source rows. Each source row goes through the
+/// horizontal pass once, as long as `iy` moves on by at most a row at a time. A row outside the
 /// source isn't read and counts as zeros. An empty source leaves the destination unwritten.
 /// @param iy for each destination row, the first source row; never falling
-/// @param ay for each destination row, what `vertical` takes as weight of the second
-/// @param buffers a row after the horizontal pass each
+/// @param ay for each destination row, the weight of the second source row, for `vertical`
+/// @param buffers two rows of results of the horizontal pass
 /// @param horizontal (Element const* source_row, Sum* row)
 /// @param vertical (Sum const* top, Sum const* bottom, Weight weight, Element* destination_row)
 template <class Element, class Sum, class Weight, class Horizontal, class Vertical>

@@ -56,7 +56,7 @@ struct PairedRows {
     }
 };
 
-/// Of weights, whose sums are modulo 2^32.
+/// The difference of weights, modulo 2^32.
 constexpr std::int32_t difference(std::int32_t a, std::int32_t b) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
 }
@@ -70,7 +70,7 @@ struct ScalarRule {
     }
 };
 
-/// How the vector class does.
+/// How the vector class weights rows and stores sums.
 struct VectorRule {
     static std::uint32_t factor(std::int32_t weight) {
         return static_cast<std::uint32_t>(static_cast<std::int16_t>(weight));
@@ -154,8 +154,7 @@ namespace Base {
 
 namespace {
 
-/// Towards zero. Where a side grows 2^20 times and more, weights pass the range of their tables and
-/// stay at its end.
+/// Truncates towards zero. Weights saturate where a side grows 2^20 times and more.
 std::int32_t saturatedWeight(float weight) {
     constexpr float beyond = 2147483648.0F;
     return weight < beyond ? static_cast<std::int32_t>(weight)
@@ -228,7 +227,7 @@ namespace Neon {
 
 namespace {
 
-/// Whether each cell takes a single sample, with the whole weight: then it is that sample.
+/// Whether each cell is a copy of one sample: no other sample has a weight in it.
 bool takesSamples(std::int32_t const* alpha, std::int32_t const* index, std::uint64_t cells) {
     for (std::uint64_t i = 0; i < cells; ++i) {
         std::int32_t const more = index[i + 1] - index[i];

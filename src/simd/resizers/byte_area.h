@@ -26,9 +26,9 @@ class ResizerByteArea : public Resizer {
     AlignedArray<std::uint32_t> by;  ///< the weighted sum of the source rows of a row
 };
 
-/// For each of the dst + 1 boundaries of the cells along an axis: the source sample that it falls
-/// into and the part of that sample behind it, in units of range / scale, of 31 bits at most. With
-/// no cells, nothing.
+/// For each of the dst + 1 boundaries of cells along an axis: the source sample that the boundary
+/// falls into, and the part of that sample behind the boundary. A whole sample is range / scale;
+/// parts have 31 bits at most. Without cells nothing is written.
 void fillArea(std::uint64_t src, std::uint64_t dst, std::int32_t range, std::int32_t* alpha,
               std::int32_t* index);
 
@@ -51,9 +51,10 @@ class ResizerByteArea2x2 : public ResizerByteArea {
 
 namespace Simd::Neon {
 
-/// Weights of rows wrap at 16 bits, and results of three and four channels saturate where the
-/// scalar class keeps the low byte; both on purpose. Weights of a cell add up to a little more than
-/// the range where a side grows tens of thousands of times, and there alone the classes differ.
+/// Weights of rows wrap at 16 bits. Results of three and four channels saturate, where the scalar
+/// class keeps the low byte. Both are on purpose. The classes differ only where a side grows tens
+/// of thousands of times, because there the weights of a cell add up to a little more than the
+/// range.
 class ResizerByteArea1x1 : public Base::ResizerByteArea1x1 {
   public:
     using Base::ResizerByteArea1x1::ResizerByteArea1x1;
@@ -61,8 +62,8 @@ class ResizerByteArea1x1 : public Base::ResizerByteArea1x1 {
              std::size_t dstStride) override;
 
   private:
-    /// How a run goes: `Columns` averages the bytes of a row by `columns`; `Pixels`, where each
-    /// cell is a pixel's, as in a picture of twice the size, copies them by `pixels`.
+    /// How a run works. `Columns` averages the bytes of a row by `columns`. `Pixels` copies them by
+    /// `pixels`; it serves where each cell lies in one pixel, as in a picture of twice the size.
     enum class Way { Unknown, Plain, Columns, Pixels };
 
     Way chooseWay();

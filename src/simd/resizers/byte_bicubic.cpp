@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t taps = 4;
 
-/// The weights of a direction add up to -range. The sign falls out of the product of both.
+/// The weights of a direction add up to -range. The product of both directions is positive again.
 constexpr float range = 128.0F;
 constexpr int productBits = 14;
 
@@ -79,7 +79,7 @@ struct Column {
 };
 
 /// Calls visit(element, channel, column) for the elements of some columns of a destination row.
-/// @param border whether samples may lie outside the row; then its outermost ones stand in
+/// @tparam border whether samples may lie outside the row; the row's outermost samples stand in
 template <std::int64_t channels, bool border, class Visit>
 void forColumns(Work const& work, std::uint64_t begin, std::uint64_t end, Visit visit) {
     std::int64_t const last = static_cast<std::int64_t>(work.param.srcW - 1) * channels;

@@ -9,9 +9,9 @@ namespace Simd {
 
 namespace {
 
-/// How a destination index becomes a position between source samples, and the fraction of that a
-/// weight. Fused operations are called for, and plain ones give the same: products are exact here,
-/// in double precision for indices below 2^28.
+/// How a destination index becomes a position between source samples, and the position's fraction a
+/// weight. Plain operations give what the fused ones of the definition do, because products are
+/// exact here (in double precision for indices below 2^28).
 struct SinglePrecision {
     static float position(std::int32_t i, float scale) {
         float const centre = static_cast<float>(i) + 0.5F;

@@ -9,13 +9,10 @@
 
 namespace Simd::Base {
 
-/// One by one, for axes of any length.
+/// The plain routine: one index after the other, for axes of any length.
 FillByteSamples fillByteSamples;
 
-/// For each destination index along an axis: the index of the first source sample and the weight of
-/// the second, 0 to 16. `index` counts samples, or `channels` elements a sample, and then both are
-/// repeated for each channel. At the far end the first sample is the last but one, with weight 16;
-/// it is -1 if the axis has one sample.
+/// As `fillBilinear` of bilinear.h, but weights are integers from 0 to 16.
 void fillByteBilinear(std::uint64_t src, std::uint64_t dst, std::uint64_t channels,
                       std::int32_t* index, std::int32_t* weight);
 
@@ -45,13 +42,13 @@ struct GatherBlock {
     std::uint8_t shuffle[16];  ///< place of each byte of the pairs in those of the source
 };
 
-/// Whether a row is gathered in blocks of sixteen bytes, and not column by column: one of one
-/// channel that doesn't shrink too much, if the offsets of its pairs fit a block's 32 bits.
+/// Whether a row is gathered in blocks of sixteen bytes, and not column by column. That is a row of
+/// one channel that doesn't shrink too much, and whose offsets of pairs fit 32 bits.
 bool gathersBlocks(ResizerParam const& param);
 
-/// One to four channels (any other number is left unwritten), rows of at least 16 pixels. The
-/// weights of columns are rounded in double, so that now and then one differs from the scalar
-/// class's, on purpose.
+/// For rows of at least 16 pixels, of one to four channels; any other number is left unwritten. The
+/// weights of columns are rounded in double precision. So now and then a weight differs from the
+/// scalar class's, on purpose.
 class ResizerByteBilinear : public Base::ResizerByteBilinear {
   public:
     using Base::ResizerByteBilinear::ResizerByteBilinear;
@@ -62,7 +59,7 @@ class ResizerByteBilinear : public Base::ResizerByteBilinear {
     AlignedArray<std::uint8_t> alphaX;    ///< the weights of both samples of each entry, in pairs
     AlignedArray<std::uint16_t> rows[2];  ///< two rows after the horizontal pass, times 16
 
-    // Not read by runs. Without `gather`, `ix` has a column's first source pixel each.
+    // No run reads these. Without `gather`, `ix` has the first source pixel of each column.
     std::uint64_t blocks = 0;          ///< blocks of `gather`; 0 if columns are taken one by one
     AlignedArray<GatherBlock> gather;  ///< how a row of one channel becomes pairs of samples
 

@@ -21,7 +21,7 @@ void fillByCentres(std::uint64_t src, std::uint64_t dst, std::int32_t* index) {
     }
 }
 
-/// i src / dst, as a quotient and a remainder that grow with i, so that no product can wrap.
+/// i * src / dst, as a quotient and a remainder that are counted up, so that no product can wrap.
 void fillByIntegers(std::uint64_t src, std::uint64_t dst, std::int32_t* index) {
     std::uint64_t quotient = 0;
     std::uint64_t remainder = 0;
@@ -46,7 +46,7 @@ void copyRow(std::uint8_t const* src, std::int32_t const* offsets, std::uint64_t
     }
 }
 
-/// The same with a size that the compiler knows, so that a copy is a load and a store or two.
+/// The same with a size known at compile time: a copy is one or two loads and stores.
 template <std::size_t known_size>
 void copyRowOf(std::uint8_t const* src, std::int32_t const* offsets, std::uint64_t width,
                std::uint64_t /*pixel_size*/, std::uint8_t* dst) {

@@ -11,8 +11,8 @@
 
 namespace Simd::Base {
 
-/// The source index of destination index `i` (rule of method 0 or 1), for all of an axis.
-/// Methods other than `ResizerMethodNearestInteger` go by `ResizerMethodNearest`.
+/// The source index of each destination index of an axis, by the rule of
+/// `ResizerMethodNearestInteger`; all other methods take the rule of `ResizerMethodNearest`.
 void fillNearest(ResizerMethod method, std::uint64_t src, std::uint64_t dst, std::int32_t* index);
 
 /// Calls copy(source row, destination row) for each row of a plane that differs from the one above
@@ -31,7 +31,7 @@ void copyNearestRows(std::int32_t const* iy, std::uint64_t rows, std::uint8_t co
     }
 }
 
-/// Its tables are built at the first run. It copies by vector routines where these are eligible.
+/// The first run builds the tables. Pixels are copied by vector routines where these are eligible.
 class ResizerNearest : public Resizer {
   public:
     explicit ResizerNearest(ResizerParam const& param);

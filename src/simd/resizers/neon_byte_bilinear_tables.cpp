@@ -1,5 +1,5 @@
-// The tables of the vector byte bilinear class that no run reads: the class is defined to have
-// them, with these contents, while runs gather by a program of wider windows and for any channels.
+// Tables of the vector byte bilinear class that no run reads. The class is defined to have them,
+// with these contents. Runs gather by a program with wider windows, for any number of channels.
 
 #include <algorithm>
 #include <cstddef>

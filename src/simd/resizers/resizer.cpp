@@ -13,8 +13,8 @@ namespace {
 constexpr std::uint64_t scalarAlign = 8;
 constexpr std::uint64_t vectorAlign = 16;
 
-/// The vertical pass of the vector class works on blocks of this many values, the last one moved
-/// back into the row.
+/// The vertical pass of the vector class works on blocks of this many values. The last block
+/// overlaps the one before, so a row needs at least one.
 constexpr std::uint64_t leastByteBilinearWidth = 16;
 
 bool isByteBilinear(ResizerParam const& param) {

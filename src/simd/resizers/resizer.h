@@ -58,7 +58,7 @@ constexpr std::size_t elementBytes(ResizerType type) {
     return bytes[type];
 }
 
-/// Calls call(channels), with a number that the compiler knows, for one to four of them alone.
+/// Calls call(channels) with a compile-time constant if there are one to four channels.
 template <class Call>
 void withChannels(std::uint64_t channels, Call call) {
     switch (channels) {
@@ -81,7 +81,7 @@ class Deletable {
     virtual ~Deletable() = default;
 };
 
-/// For planes of one geometry. It may run on any number of them, one at a time.
+/// Resizes planes of one geometry, any number of them, one at a time.
 class Resizer : Deletable {
   public:
     explicit Resizer(ResizerParam const& record) : param(record) {}
@@ -97,7 +97,7 @@ class Resizer : Deletable {
     ResizerParam param;
 };
 
-/// Which class serves a request; each but `none` is the class of that name.
+/// The class that serves a request. Each value but `none` has the name of its class.
 enum class ResizerClass {
     none,
     nearest,

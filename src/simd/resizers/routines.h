@@ -14,8 +14,8 @@
 
 namespace Simd {
 
-/// The two weights of a byte bilinear pair add up to this; a sum over both directions has as many
-/// bits of fraction as both.
+/// log2 of what the two weights of a byte bilinear pair add up to. A sum over both directions has
+/// twice as many fractional bits.
 constexpr int byteBilinearBits = 4;
 constexpr std::int32_t byteBilinearRange = 1 << byteBilinearBits;
 constexpr int byteBilinearShift = 2 * byteBilinearBits;
@@ -28,15 +28,15 @@ struct ByteAxis {
     bool exact;  ///< whether weights are rounded from the exact fraction or from a float sum
 };
 
-/// For each destination index, the first sample and the weight of the second. Vector routines take
-/// axes of at least `leastVectorSamples` indices and at most `mostVectorSamples` indices and
-/// samples.
+/// Fills in, for each destination index, the first sample and the weight of the second. Vector
+/// routines take axes of at least `leastVectorSamples` indices and of at most `mostVectorSamples`
+/// indices and samples.
 using FillByteSamples = void(ByteAxis const& axis, std::int32_t* index, std::int32_t* weight);
 constexpr std::uint64_t leastVectorSamples = 16;
-/// Up to here the centres of pixels are exact floats.
+/// Up to this many samples, the centres of pixels are exact floats.
 constexpr std::uint64_t mostVectorSamples = std::uint64_t{1} << 23;
 
-/// What a bilinear row of bytes is made of.
+/// The columns of a bilinear row of bytes.
 struct BytePairs {
     std::int32_t const*
         index;  ///< first source pixel of each pixel, -1 for none; with 64 bytes of room
@@ -46,7 +46,7 @@ struct BytePairs {
     std::uint64_t rowBytes;  ///< of the source
 };
 
-/// Where the weights of an entry are in `BytePairs::alpha`: behind 2^31 bytes in the longest rows.
+/// Where the weights of an entry are in `BytePairs::alpha`: in long rows, past 2^31 bytes.
 constexpr std::uint64_t pairOfEntry(std::uint64_t entry) {
     return 2 * entry;
 }
@@ -61,14 +61,14 @@ struct BytePairProgram {
 };
 
 using CompileBytePairs = void(BytePairs const& pairs, BytePairProgram& program);
-/// Sums of two weighted bytes, for as many entries as the program has. `row` has 64 bytes of room
-/// behind its end.
+/// The weighted sum of two bytes, for each entry of the program. `row` has 64 bytes of room behind
+/// its end.
 using BlendBytePairs = void(BytePairProgram& program, std::uint8_t const* src, std::uint16_t* row);
 /// (top * (range - weight) + bottom * weight + rounding) >> shift, for at least 16 entries.
 using BlendByteRows = void(std::uint16_t const* top, std::uint16_t const* bottom,
                            std::int32_t weight, std::size_t count, std::uint8_t* dst);
 
-/// The weights of a cell's columns add up to about this, and so do those of its rows.
+/// log2 of what the weights of a cell's columns, and those of its rows, add up to (about).
 constexpr int byteAreaBits = 11;
 constexpr std::int32_t byteAreaRange = 1 << byteAreaBits;
 constexpr int byteAreaShift = 2 * byteAreaBits;
@@ -100,17 +100,17 @@ struct ByteAreaProgram {
     std::uint64_t entryLanes = 1;        ///< of an entry in a register
     bool singleSteps = false;            ///< whether each register has one step
     std::uint64_t entries = 0;           ///< of the result
-    bool clamps = false;                 ///< whether results are clamped to bytes, or cut to them
+    bool clamps = false;                 ///< whether results are clamped to bytes, or wrap
 };
 
 /// @return false if the instruction set has no program for such columns
 using CompileByteArea = bool(ByteAreaColumns const& columns, ByteAreaProgram& program);
-/// Sums modulo 2^32, rounded to their upper 10 bits; those of three and four channels are clamped
-/// to bytes, of one and two cut to them.
+/// Sums modulo 2^32, rounded to their upper 10 bits. Results of three and four channels are clamped
+/// to bytes; of one and two channels the low byte is kept.
 using AverageByteArea = void(ByteAreaProgram const& program, ByteAreaRows const& rows,
                              std::uint8_t* dst);
 
-/// What a bilinear row of floats, or of 16-bit elements, is made of.
+/// The columns of a bilinear row of floats or of 16-bit elements.
 struct FloatColumns {
     std::int32_t const* first;  ///< offset of each entry's first sample, in elements
     float const* weight;        ///< of each entry's second sample
@@ -125,7 +125,7 @@ struct FloatProgram {
     bool takesPairs = false;  ///< whether entries are loaded one by one instead
 };
 
-/// Nothing is done for what is compiled already.
+/// Does nothing for a program that is compiled already.
 /// @return false if the instruction set has no program for such columns
 using CompileFloatColumns = bool(FloatColumns const& columns, FloatProgram& program);
 /// fma(first, 1 - weight, weight * second). `sums` has 64 bytes of room behind its end.

@@ -22,7 +22,7 @@ class WarpAffineByteBilinear : public WarpAffine {
                       std::int32_t const* outerBeg, std::int32_t const* outerEnd,
                       std::uint8_t const* src, std::uint8_t* dst, std::uint8_t* slice);
 
-    /// @param limit what no column passes; null for none
+    /// @param limit for each row, the most that its entries may be; null for none
     virtual void BuildRowRanges(WarpPolygon const& polygon, std::int32_t const* limit,
                                 std::int32_t* beg, std::int32_t* end);
     void Init();

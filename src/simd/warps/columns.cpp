@@ -10,7 +10,9 @@ std::uint32_t clampIndex(std::int32_t index, std::int32_t last) {
     return static_cast<std::uint32_t>(std::max(std::min(index, last), 0));
 }
 
-/// Of a coordinate that isn't negative, with its whole part.
+/// The weight of the second sample.
+/// @param position not negative
+/// @param whole the whole part of `position`
 std::uint32_t secondWeight(float position, std::int32_t whole) {
     float const part = (position - static_cast<float>(whole)) * static_cast<float>(warpRange);
     float const raised = part + 0.5F;

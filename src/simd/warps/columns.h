@@ -38,8 +38,8 @@ inline std::int32_t floorToInt(float value) {
     return above && whole > std::numeric_limits<std::int32_t>::min() ? whole - 1 : whole;
 }
 
-/// A source coordinate along a destination row. Each step rounds, and none turns an order around,
-/// so that it rises or falls with the column throughout.
+/// A source coordinate along a destination row. Each operation rounds but keeps the order, so that
+/// the coordinate is monotonic along the row.
 struct WarpAxis {
     float step;
     float row;
@@ -72,7 +72,7 @@ struct WarpPlane {
 /// The weights of two samples add up to this.
 constexpr std::int32_t warpRange = 32;
 
-/// What the three sweeps of the bilinear class leave for one another, an entry a column.
+/// What the three sweeps of the bilinear class pass on to one another, an entry a column.
 struct WarpTaps {
     std::uint32_t* offset;    ///< of the upper left sample
     std::uint32_t* yWeights;  ///< of the upper samples, and of the lower ones << 16
@@ -85,8 +85,8 @@ constexpr std::size_t warpTapBytes(std::size_t channels) {
     return channels == 3 ? 16 : 4 * channels;
 }
 
-/// Offsets of the nearest samples of the columns from `column` on; outside the plane, those of its
-/// outermost samples.
+/// Offsets of the nearest samples of the columns from `column` on. Columns outside the plane get
+/// the offsets of its outermost samples.
 using NearestOffsets = void(WarpLine const& line, WarpPlane const& plane, std::int32_t column,
                             std::size_t count, std::uint32_t* offsets);
 

@@ -7,17 +7,17 @@
 
 namespace Simd::Neon {
 
-/// By default the scalar ones.
+/// A new object has the scalar routines.
 struct WarpRoutines {
     NearestOffsets* findNearestOffsets = Base::FindNearestOffsets;
     BilinearPositions* findBilinearPositions = Base::FindBilinearPositions;
     BlendTaps* blendTaps = Base::BlendWarpTaps;
 };
 
-/// Those of the instruction set in use; see vector/dispatch.h.
+/// The routines of the instruction set in use; see vector/dispatch.h.
 WarpRoutines const& warpRoutines();
 
-/// Puts in those of the best instruction set, and none where that has no vector code.
+/// Enters the vector routines of the instruction set in use, if it has any.
 void takeWarpRoutines(WarpRoutines& routines);
 
 }  // namespace Simd::Neon

@@ -41,7 +41,7 @@ void visitSides(WarpPolygon const& polygon, Visit visit) {
     }
 }
 
-/// A column of a table, of which there may be more in a plane than its entries can count.
+/// A column as an entry of a table. A column past the range of entries becomes the largest entry.
 std::int32_t entry(std::uint64_t column) {
     constexpr std::uint64_t most = std::numeric_limits<std::int32_t>::max();
     return static_cast<std::int32_t>(std::min(column, most));
@@ -76,7 +76,7 @@ struct NearestTable {
         end[y] = std::max(behind, end[y]);
     }
 
-    /// The row of the last corner, which no edge reaches on its way down.
+    /// Adds the row of the lowest corner. All edges end before that row.
     void addLastRow(WarpPolygon const& polygon) const {
         float bottom = polygon[0].y;
         for (WarpPoint const& corner : polygon) {
@@ -103,7 +103,7 @@ struct NearestTable {
     }
 };
 
-/// The row of a coordinate, cut to those of the plane.
+/// A row, or the plane's height if the row lies below the plane.
 std::int32_t cutRow(std::int32_t y, std::uint64_t height) {
     return std::min(y, entry(height));
 }

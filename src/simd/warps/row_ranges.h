@@ -20,16 +20,18 @@ using WarpPolygon = std::array<WarpPoint, 4>;
 /// @param mat source to destination, row by row
 WarpPolygon warpRectangle(float const* mat, WarpPoint top_left, WarpPoint bottom_right);
 
-// Tables have an entry for each of `height` rows; columns are from 0 to `width`, and a row's are
-// those from beg[y] up to before end[y].
+// Tables have an entry for each of `height` rows. Row y has the columns from beg[y] up to before
+// end[y]; both are from 0 to `width`.
 
-/// Of the pixels nearest to a point of the polygon. A row that isn't touched has `width` and 0.
+/// The ranges of pixels that are nearest to a point of the polygon. A row without such a pixel has
+/// `width` and 0.
 void buildNearestRanges(WarpPolygon const& polygon, std::uint64_t width, std::uint64_t height,
                         std::int32_t* beg, std::int32_t* end);
 
-/// Of the pixels whose own position is in the polygon. A row that isn't touched has `width` twice.
+/// The ranges of pixels whose own position is in the polygon. Rows without such a pixel have
+/// `width` twice.
 /// @param bounds scratch of 2 * height
-/// @param limit what no column passes, a table too; null for none
+/// @param limit for each row, the most that its entries may be; null for none
 void buildBilinearRanges(WarpPolygon const& polygon, std::uint64_t width, std::uint64_t height,
                          float* bounds, std::int32_t const* limit, std::int32_t* beg,
                          std::int32_t* end);

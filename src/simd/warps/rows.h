@@ -12,22 +12,22 @@
 
 namespace Simd::Base {
 
-/// Bytes of scratch for a row: `bytes` for each column, and for one more. What doesn't fit 64 bits
-/// is a size that can't be had.
+/// Bytes of scratch for a row: `bytes` for each column, and for one more. Sizes that don't fit 64
+/// bits become one that can't be allocated.
 inline std::uint64_t warpSliceBytes(WarpAffineParam const& param, std::uint64_t bytes) {
     std::uint64_t const columns = (param.dstW + param.align - 1) / param.align * param.align;
     return columns < UINT64_MAX / bytes - param.align ? (columns + param.align) * bytes
                                                       : UINT64_MAX;
 }
 
-/// Whether every offset in the source fits 32 bits, which rows that overlap may not.
+/// Whether every offset in the source fits 32 bits. In a source whose rows overlap, some may not.
 inline bool hasShortOffsets(WarpAffineParam const& param) {
     constexpr std::uint64_t most = 0x100000000;
     return param.srcW <= most / param.channels &&
            (param.srcH - 1) * param.srcS <= most - param.srcW * param.channels;
 }
 
-/// Index of the last of `count`, or of the last that a coordinate can reach.
+/// The index of the last of `count` samples, or the largest index of 32 bits if that is less.
 inline std::int32_t lastIndex(std::uint64_t count) {
     constexpr std::uint64_t most = std::numeric_limits<std::int32_t>::max();
     return static_cast<std::int32_t>(std::min(count - 1, most));
@@ -43,8 +43,8 @@ void copyPixel(std::uint8_t* dst, std::uint8_t const* src) {
     std::memcpy(dst, src, channels);
 }
 
-/// Columns `first` up to before `last` of a row take the border's colour, unless they stay as they
-/// are.
+/// Fills columns `first` up to before `last` of a row with the border's colour, unless the warp is
+/// transparent.
 template <std::size_t channels>
 void fillBorder(WarpAffineParam const& param, std::uint8_t* row, std::uint64_t first,
                 std::uint64_t last) {

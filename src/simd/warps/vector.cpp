@@ -33,7 +33,7 @@ HWY_INLINE std::size_t lanes() {
     return hn::Lanes(TagF32());
 }
 
-/// The columns of a register. Its first lanes are kept, for their making is slow.
+/// The columns of a register. The first register of a row is kept, because making it is slow.
 struct Columns {
     VS32 first;
 
@@ -78,7 +78,7 @@ struct Plane {
     }
 };
 
-/// What rounds to less than 0, and NaN, is 0 anyway.
+/// Positions that round to less than 0, and NaN, become 0.
 HWY_INLINE VS32 nearestIndex(VF32 position, VS32 last) {
     TagF32 const d;
     VF32 const above = hn::Add(position, hn::Set(d, 0.5F));
@@ -103,7 +103,7 @@ void FindNearestOffsets(WarpLine const& line, WarpPlane const& plane, std::int32
     });
 }
 
-/// Added to a whole number below it, this leaves the number in the low bits of a float.
+/// 2^23 plus a smaller whole number is a float with that number in its low bits.
 constexpr int mantissaBits = 23;
 
 /// (32 - second) + (second << shift), below other bits, where second = floor(32 part + 0.5).
@@ -150,15 +150,15 @@ using WindowTag32 = hn::RepartitionToWide<WindowTag16>;
 using VWindow = hn::Vec<WindowTag>;
 using VWindow32 = hn::Vec<WindowTag32>;
 
-/// A sum of four products, of a channel of a pixel, in each lane; four registers of them are
-/// blended at a time. The fourth lane of a pixel of three channels is empty.
+/// Each lane has the sum of four products, for one channel of a pixel. Four registers are blended
+/// at a time. The fourth lane of a pixel of three channels is empty.
 template <std::size_t channels>
 struct Blend {
     static constexpr std::size_t pixelLanes = warpTapBytes(channels) / 4;
     static constexpr std::size_t windowLanes = windowBytes / 4;
     static constexpr std::size_t step = windowBytes / pixelLanes;  ///< pixels at a time
 
-    /// From pairs of pixels, above and below, to the four samples of one channel after another.
+    /// Orders pairs of pixels, upper and lower, as four samples of one channel after another.
     static constexpr std::array<std::uint8_t, windowBytes> sampleOrder() {
         std::array<std::uint8_t, windowBytes> order{};
         for (std::size_t i = 0; i < windowBytes; ++i) {
@@ -180,7 +180,7 @@ struct Blend {
         return order;
     }
 
-    /// The pixel, of a register of them, that each lane of a register of sums belongs to.
+    /// For each lane of a register of sums, the pixel that it belongs to.
     template <std::size_t part>
     static constexpr std::array<std::uint32_t, windowLanes> pixelOfLane() {
         std::array<std::uint32_t, windowLanes> pixels{};

@@ -18,7 +18,7 @@ namespace Base {
 
 namespace {
 
-/// All zeros in the linear part, or NaN with infinite numbers, if there is no inverse.
+/// Without an inverse, the linear part of `inv` is all zeros, or NaN if numbers are infinite.
 void invert(float const* mat, float* inv) {
     float const determinant = std::fma(mat[0], mat[4], -(mat[1] * mat[3]));
     double const reciprocal = determinant != 0 ? 1.0 / static_cast<double>(determinant) : 0.0;

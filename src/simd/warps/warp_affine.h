@@ -35,7 +35,7 @@ struct WarpAffineParam {
     std::uint64_t align;     ///< pixels that scratch widths are rounded to; always 1
 };
 
-/// For planes of one geometry. Its first run builds tables that later runs use.
+/// Warps planes of one geometry. The first run builds tables for the later ones.
 class WarpAffine : Deletable {
   public:
     explicit WarpAffine(WarpAffineParam const& param);
@@ -53,7 +53,7 @@ class WarpAffine : Deletable {
     AlignedArray<std::uint8_t> buffer;
 };
 
-/// Whether a plane of that many rows is small enough to be a source: 4 GiB with all its strides.
+/// Whether a plane is small enough to be a source: `height` strides are at most 4 GiB.
 constexpr bool CanWarpSource(std::uint64_t height, std::uint64_t stride) {
     constexpr std::uint64_t most_bytes = std::uint64_t{1} << 32;
     return height == 0 || stride <= most_bytes / height;
