@@ -7,8 +7,8 @@ namespace ox {
 
 namespace {
 
-/// sin(pi u) for u from 0 to 1, within 1e-15. The system's own sine differs in its last bits from
-/// one system to another, and weights would with it.
+/// sin(pi u) for u from 0 to 1, within 1e-15. The last bits of `std::sin` differ between systems,
+/// and so would the weights.
 double sineOfPi(double u) {
     constexpr double pi = 3.14159265358979323846;
     constexpr int terms = 11;

@@ -2,7 +2,7 @@
 /// The filters that people ask for by name, for `ScalerConvolutional`.
 ///
 /// Each is a function of t, the distance from the centre in destination pixels, and 0 from its
-/// radius on. They are callers of `IKernel` like anybody's own, and no other header needs this one.
+/// radius on. They implement `IKernel` as any caller may, and no other header needs this one.
 
 #pragma once
 
@@ -10,9 +10,9 @@
 
 namespace ox {
 
-/// A filter that is stretched by the scale, so that its shape is one of destination pixels. Its
-/// aperture is 2 x radius x scale. With precision 8 up to 63 fit: a triangle reduces a side by up
-/// to 31, a cubic by up to 15, Lanczos by up to 10.
+/// A filter that is stretched by the scale, so that its shape is given in destination pixels. Its
+/// aperture is 2 x radius x scale. With precision 8 an aperture of up to 63 fits: a triangle
+/// reduces a side by up to 31, a cubic by up to 15, Lanczos by up to 10.
 class OX_API StretchedKernel : public IKernel {
   public:
     void setScale(float scale) override;
@@ -26,7 +26,7 @@ class OX_API StretchedKernel : public IKernel {
     StretchedKernel(StretchedKernel const&) = default;
     StretchedKernel& operator=(StretchedKernel const&) = default;
 
-    /// The filter at t >= 0; asked up to the radius only.
+    /// The filter's value at t, from 0 to the radius.
     virtual double shape(double t) const = 0;
 
   private:

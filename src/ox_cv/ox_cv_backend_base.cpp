@@ -19,7 +19,7 @@ struct FloatOperation {
     char const* unsupported;
 };
 
-/// Row by row: the routine for single channels takes a stride of 32 bits.
+/// Calls the operation row by row, because for single channels it takes a stride of 32 bits.
 void applyToPlane(FloatOperation const& operation, float value, Frame& frame, int plane,
                   Size extent) {
     std::int64_t const stride = frame.layout().plane[plane].stride;

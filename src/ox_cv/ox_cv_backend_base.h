@@ -29,9 +29,9 @@ class OX_API CvBackendBase : public ICvBackend {
     /// coefficients, which leaves an odd last row and the last width mod 8 columns unwritten. With
     /// a region, if only the frame's own rectangle, the same pair is converted in full.
     ///
-    /// That function takes chroma rows to be luma's stride apart. Of a frame whose two strides
-    /// differ it gets the wrong chroma; where it would even leave the chroma rows, the pair is
-    /// converted in full instead. A region helps here too.
+    /// `NV12toBGR_neon` steps over chroma rows by luma's stride, so a frame whose two strides
+    /// differ gets the wrong chroma. Where it would read outside the chroma rows, the pair is
+    /// converted in full instead. With a region, chroma is always right.
     ///
     /// Float formats hold 0 to 255 as B, G, R. They are converted from `FRAME_BGR24` alone, and
     /// `FRAME_BGR_32F` back to it; `CvBackendSimd` has other orders.

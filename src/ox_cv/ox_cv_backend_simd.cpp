@@ -19,8 +19,8 @@ bool isFloat(FrameFormat format) {
     return format == FRAME_GRAY_32F || format == FRAME_BGR_32F || format == FRAME_BGR_32F_PLANAR;
 }
 
-/// Bytes from one row of floats to the next: the low two bits of a stride don't count, on purpose.
-/// Where they are set, each row is taken a little before its start, inside the plane.
+/// Bytes from one row of floats to the next: the low two bits of a stride are dropped, on purpose.
+/// If they aren't 0, rows begin a little before their real start, but inside the plane.
 std::size_t floatStride(FramePlane const& plane) {
     return static_cast<std::size_t>(plane.stride) & ~std::size_t{3};
 }
@@ -46,7 +46,7 @@ float* floatsAt(Frame const& frame, int plane, std::size_t row) {
     return impl::floatsAt(frame.planeData(plane) + offset);
 }
 
-/// Offsets inside a row are 32-bit numbers in the resizers' tables.
+/// The resizers' tables hold offsets in a row as 32-bit numbers.
 void refuseLongRows(Frame const& frame) {
     for (int i = 0; i < frame.layout().planeCount; ++i) {
         if (frame.layout().plane[i].rowBytes > std::numeric_limits<std::int32_t>::max()) {
@@ -134,7 +134,8 @@ void CvBackendSimd::warpAffine(Frame const& src, Frame& dst, float const (*matri
     float const given[6] = {matrix[0][0], matrix[0][1], matrix[0][2],
                             matrix[1][0], matrix[1][1], matrix[1][2]};
     float inverse[6];
-    // Whether there is an inverse doesn't matter here: without one it is zeros, which are refused.
+    // The return value isn't needed: without an inverse `inverse` is zeros, which are refused
+    // below.
     invertAffineTransform(given, inverse);
     if (!impl::warpPlanes(from, dst, invert ? inverse : given, _warp_method)) {
         here.fail(StatusNotSupported, "warpAffine: Can't create context.");
@@ -160,7 +161,7 @@ void CvBackendSimd::mul(Frame& src_dst, float value, Rect src_roi) {
     Frame region = impl::selectRegion(src_dst, src_roi);
     _color_frame.reuse(region.format(), region.size(), DeviceContext::cpuContext(), 0);
     if (isFloat(region.format()) && !rowsDrift(region)) {
-        // What follows below, in one pass.
+        // The same as the general way below, in one pass.
         forEachRun(region, impl::isContiguous(region),
                    [&](int plane, std::size_t row, std::size_t count) {
                        Simd::MultiplyFloats(&value, floatsAt(region, plane, row), count);

@@ -17,10 +17,10 @@ namespace ox {
 ///
 /// Strides of floats should be multiples of 4 bytes. Those of `Frame::reuse` with alignment 0 are;
 /// wrapped frames may have others. Bilinear `resize`, `add` and `mul` drop the low two bits of a
-/// stride, on purpose, and so look for row y too early, by y x (stride mod 4) bytes: the floats
-/// that they read and write there are pieced together from the row, the one before it and the bytes
-/// between the two. Bytes between rows change; nothing outside the plane does. `mul` clears each
-/// row where it really is, and adds the products to what then lies where it looks for it.
+/// stride, on purpose. So they take row y to begin y x (stride mod 4) bytes too early, and their
+/// floats are pieced together from the row, the row before it and the bytes between the two. Bytes
+/// between rows change; nothing outside the plane does. `mul` clears each row at its real place,
+/// and then adds the products at the place that it takes for the row's.
 class OX_API CvBackendSimd : public ICvBackend {
   public:
     CvBackendSimd() = default;
@@ -75,25 +75,25 @@ class OX_API CvBackendSimd : public ICvBackend {
     /// @throws Exception `StatusAssertionFailed` for formats of 16 bits; `StatusNotSupported` for
     ///         area on formats of 32 bits; `StatusCapacityExceeded` for rows of 2^31 bytes and more
     void resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) override;
-    /// Does only what of the two is needed. An odd side of `dst`, too, is refused after the scaling
-    /// where `src` is `FRAME_I420`, `FRAME_NV12` or `FRAME_NV21`. A region without columns or rows
-    /// is converted to another format as if its samples were zeros.
+    /// Does only what is needed of scaling and conversion. For a `src` of `FRAME_I420`,
+    /// `FRAME_NV12` or `FRAME_NV21`, an odd side of `dst` is refused too, after the scaling. A
+    /// region without columns or rows is converted to another format as if its samples were zeros.
     ///
-    /// `FRAME_NV12` goes to `FRAME_BGR24` as a whole frame here, also with a region: of a `dst`
-    /// whose width isn't a multiple of 8 the last columns stay unwritten. Where they count,
-    /// `resize` and then `colorCvt` with a region write them.
+    /// `FRAME_NV12` goes to `FRAME_BGR24` as a whole frame here, also with a region. So the last
+    /// columns of a `dst` stay unwritten if its width isn't a multiple of 8; `resize` and then
+    /// `colorCvt` with a region write them.
     /// @throws Exception what `resize` and `colorCvt` throw; `StatusInvalidParameter` for a `dst`
     ///         without columns or rows, if both size and format change
     void convert(Frame const& src, Frame& dst, Rect src_roi) override;
     /// For the float formats; on their strides see above.
     void add(Frame& src_dst, float value, Rect src_roi) override;
-    /// For the float formats; of any other the region is cleared before the operation throws, on
-    /// purpose. Products are rounded once; one of exactly -0 becomes +0.
+    /// For the float formats. In any other format the region is cleared before the operation
+    /// throws, on purpose. Products are rounded once; a product of -0 becomes +0.
     void mul(Frame& src_dst, float value, Rect src_roi) override;
-    /// Warps the region of `src` into the whole of `dst`, whose format is the same; what it doesn't
-    /// cover becomes 0. Meant for formats of 8 bits a channel: of others only the first width x
-    /// channels bytes of a row are taken. The matrix applies to each plane in the plane's own
-    /// coordinates, subsampled or not.
+    /// Warps the region of `src` into the whole of `dst`, which has the same format. Pixels of
+    /// `dst` that the region doesn't cover become 0. Meant for formats of 8 bits a channel: of
+    /// others only the first width x channels bytes of a row are taken. The matrix applies to each
+    /// plane in the plane's own coordinates, subsampled or not.
     /// @param matrix NaN in it isn't refused; what `dst` then holds isn't defined
     /// @throws Exception `StatusNotSupported`, "Can't create context.", for a matrix that has no
     ///         inverse in single precision (its determinant is 0, or too large), and for a plane of
@@ -109,9 +109,9 @@ class OX_API CvBackendSimd : public ICvBackend {
     /// The CPU's.
     DeviceContext getDeviceContext() const override;
 
-    /// Fills the colour scratch frame with the region as `FRAME_YUV444_PLANAR`. Whatever the
-    /// format, three bytes a pixel are taken for packed BGR.
-    /// @throws Exception `StatusNotSupported` where these pass the row's bytes
+    /// Fills the colour scratch frame with the region as `FRAME_YUV444_PLANAR`. In every format,
+    /// each three bytes of a row are taken for a pixel of packed BGR.
+    /// @throws Exception `StatusNotSupported` if a row has fewer than three bytes a pixel
     void roiToYuv444(Frame& src, Rect const& roi);
 
   private:

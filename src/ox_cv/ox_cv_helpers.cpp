@@ -54,7 +54,7 @@ bool overlap(Frame const& a, Frame const& b) {
     return false;
 }
 
-/// `source`, or a copy of it where `dst` has kept pixels that are among its own.
+/// `source`, or a copy of it if it shares pixels with `dst`.
 Frame apartFrom(Frame const& dst, Frame const& source) {
     if (!overlap(source, dst)) {
         return source;
@@ -64,8 +64,8 @@ Frame apartFrom(Frame const& dst, Frame const& source) {
     return copy;
 }
 
-/// The region for which `colorCvt` takes the way that the strides of `source` ask for, even if it
-/// gets a copy of other strides: one over the whole frame keeps it from the direct path.
+/// The region that makes `colorCvt` choose its path by the strides of `source`, even for a copy
+/// with other strides. A region over the whole frame rules out the direct path.
 Rect regionByStrides(Frame const& source) {
     return source.format() == FRAME_NV12 && !impl::hasDirectStrides(source.layout())
                ? Rect{0, 0, source.width(), source.height()}

@@ -54,9 +54,8 @@ OX_API void colorConvert(Frame const& src, FrameFormat format, Frame& dst);
 OX_API void resizeFrame(Frame const& src, Size const& size, Frame& dst, ResizeMethod method);
 
 /// Scales `FRAME_YUYV` or `FRAME_UYVY` into `dst`, of the same format and of any size, by their
-/// packing, which `resizeFrame` and the backends' `resize` don't heed: they mix luma and chroma.
-/// The same as `Packed422Resizer::resize` of a new object, which is what callers with many frames
-/// keep.
+/// packing. `resizeFrame` and the backends' `resize` would mix luma and chroma. The same as
+/// `Packed422Resizer::resize` of a new object; callers with many frames keep such an object.
 /// @param backend its `PropertyResizeMethod` counts
 /// @throws Exception as `Packed422Resizer::resize`; `dst` is untouched then
 OX_API void resizePacked422(ICvBackend& backend, Frame const& src, Frame& dst);
@@ -65,9 +64,9 @@ OX_API void resizePacked422(ICvBackend& backend, Frame const& src, Frame& dst);
 /// size, twice its strides and channel order 0, and may be another handle on `src`'s numbers, or
 /// `src` itself.
 /// @throws Exception `StatusAssertionFailed` if `src` isn't an initialized `TENSOR_FLOAT_16` tensor
-///         on the CPU or `dst` is elsewhere; `StatusCapacityExceeded` for a stride of 2^30 and
-///         more, all of which leave `dst` as it was; the same if memory is exhausted, which leaves
-///         it without storage
+///         on the CPU or `dst` is elsewhere, and `StatusCapacityExceeded` for a stride of 2^30 and
+///         more, both of which leave `dst` as it was; `StatusCapacityExceeded` if memory is
+///         exhausted, which leaves `dst` without storage
 OX_API void tensorFp16ToFp32(Tensor const& src, Tensor& dst);
 
 /// Half precision (IEEE 754 binary16, as bits) to single. Exact; from four numbers on signalling

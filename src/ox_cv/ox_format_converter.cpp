@@ -64,7 +64,7 @@ void FormatConverter::_arm(Source& source, FrameLayout const& src_layout, FrameF
         _window.reuse(source, window_size);
         _dst_layout = FrameLayout(dst_format, src_layout.size, impl::defaultAlignment);
     } catch (...) {
-        // The context is set for rows that the window doesn't have.
+        // `_context` is set for rows that the window doesn't have.
         _context->function = nullptr;
         throw;
     }
@@ -74,7 +74,7 @@ void FormatConverter::_arm(Source& source, FrameLayout const& src_layout, FrameF
     _row = 0;
 }
 
-/// A frame without rows leaves the copier empty; an earlier conversion must not take its place.
+/// For a frame without rows. Disarms an earlier conversion, which would yield its rows otherwise.
 void FormatConverter::_yieldNothing(FrameLayout const& src_layout) {
     _context->function = nullptr;
     _window.clear();
@@ -110,7 +110,7 @@ void FormatConverter::produce(RowData& row) {
         return;
     }
     int const window_size = _window.windowSize();
-    // On the last row of a band of two, the bottom row comes first and nothing comes second.
+    // On the frame's last row a window of two has that row first, and no second row.
     int const left = std::min(_window.layout().size.height - _row, window_size);
     if (left <= 0) {
         return;

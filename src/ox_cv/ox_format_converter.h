@@ -22,9 +22,9 @@ class OX_API FormatConverter : public IRowProducer {
     FormatConverter& operator=(FormatConverter const&) = delete;
     ~FormatConverter() override;
 
-    /// Arms the converter on a source that must outlive the stream. Of a frame that is the `Frame`
-    /// object as well as its pixels: its address is kept. A temporary won't do, such as `getRegion`
-    /// returns; put it into a variable.
+    /// Arms the converter on a source that must outlive the stream. The address of the `Frame`
+    /// object is kept, so not only the pixels must live on: put a temporary, such as `getRegion`
+    /// returns, into a variable.
     ///
     /// The pairs (`FRAME_` left out): `GRAY8`, `RGB24`, `BGR_PLANAR` and `BGR_32F` to `BGR24`;
     /// `RGB_PLANAR` to `RGB24`; `BGR24` to `GRAY8`, `RGB24`, `BGR_PLANAR`, `BGR_32F` and
@@ -32,9 +32,9 @@ class OX_API FormatConverter : public IRowProducer {
     /// each of these to each other one, to `GRAY8` and to `BGR24`; every format to itself.
     ///
     /// There is no way from a YUV format to `FRAME_RGB24`, `FRAME_RGB_PLANAR`, `FRAME_BGR_PLANAR`,
-    /// `FRAME_BGR_32F` and `FRAME_BGR_32F_PLANAR`. Of these pairs a new object says "Parameter
-    /// 'window_size' is out of range.", which means that the pair doesn't exist. One that has
-    /// converted to a YUV format before takes them, on purpose, and yields what is no picture. Go
+    /// `FRAME_BGR_32F` and `FRAME_BGR_32F_PLANAR`. For these pairs a new object says "Parameter
+    /// 'window_size' is out of range.", which means that the pair doesn't exist. An object that has
+    /// converted to a YUV format before takes them, on purpose, but its rows are no picture. Go
     /// through `FRAME_BGR24`, by a second converter.
     /// @throws Exception `StatusInvalidParameter` for a source that isn't initialized and
     ///         `StatusUnsupportedFormat` for `FRAME_FORMAT_NONE`, which leave the converter as it
@@ -55,7 +55,7 @@ class OX_API FormatConverter : public IRowProducer {
     void renew();
 
     FrameLayout const& layout() override;
-    /// Nothing behind the last row.
+    /// Writes nothing behind the last row.
     /// @throws Exception `StatusNotInitialized` before the first `reuse`
     void produce(RowData& row) override;
     /// Writes all rows into a frame of the layout's format and size, as `produceFrame` does but in
@@ -63,7 +63,7 @@ class OX_API FormatConverter : public IRowProducer {
     /// @param dst must have no byte in common with the source
     /// @return false if that can't be done; nothing is done then
     bool produceAtOnce(Frame& dst);
-    /// True after the last row as well, and false only on a call after that, on purpose.
+    /// True on the step past the last row too, and false from the call after that on, on purpose.
     bool next() override;
 
   private:

@@ -16,7 +16,7 @@ inline void checkPrecision(ScalerPrecision precision) {
     OX_ASSERT(precision == OX_SCALER_FIXED_POINT_8S || precision == OX_SCALER_FIXED_POINT_16S);
 }
 
-/// 32-bit samples are refused by this, behind their sums.
+/// Refuses 32-bit samples, after their sums have been written.
 inline void refuseWritten(FrameFormat format, char const* name) {
     if (!isScalableByArea(format)) {
         throwUnsupported(areaPlace, name);

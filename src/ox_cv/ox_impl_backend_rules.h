@@ -1,6 +1,6 @@
 /// @file
-/// What both backends ask of frames, and what each takes: decisions that touch no pixel. The
-/// backends go by them, and so can a caller who wants to know beforehand.
+/// What both backends demand of frames, and which operations each takes. No pixel is touched: the
+/// backends decide by these rules, and a caller can ask them beforehand.
 
 #pragma once
 
@@ -16,7 +16,7 @@ inline void requireCpu(Place here, Frame const& src, Frame const& dst) {
               src.deviceContext() == dst.deviceContext());
 }
 
-/// A second handle on `frame`, narrowed to `roi` if that is one.
+/// A second handle on `frame`, narrowed to `roi` unless that is empty.
 inline Frame selectRegion(Frame frame, Rect roi) {
     return roi.empty() ? frame : getRegion(frame, roi);
 }

@@ -33,11 +33,11 @@ struct ColourRouteRecord {
     FrameFormat src = FRAME_FORMAT_NONE;
     FrameFormat dst = FRAME_FORMAT_NONE;
     ColourRoute route = ColourRoute::Unsupported;
-    FrameFormat through = FRAME_FORMAT_NONE;  ///< of `TwoSteps`, both of which are direct
+    FrameFormat through = FRAME_FORMAT_NONE;  ///< of `TwoSteps`; each step is a direct route
 };
 
-/// The record of a pair of different formats. Pairs without one are refused, on purpose also where
-/// the reverse or a neighbour is there.
+/// The record of a pair of different formats. Pairs without a record are refused, on purpose also
+/// where the reverse pair or a similar one has a record.
 ColourRouteRecord colourRoute(FrameFormat src, FrameFormat dst);
 
 }  // namespace ox::impl

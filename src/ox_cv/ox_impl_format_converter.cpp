@@ -12,7 +12,7 @@ namespace ox {
 namespace {
 
 constexpr impl::Place here{"src/ox_cv/ox_impl_format_converter"};
-/// Nearly all failures share their words; callers tell them apart by status.
+/// Nearly all failures have this text; callers tell them apart by status.
 constexpr char unsupportedFormat[] =
     "Failure in ImplFormatConverter::get_context(...) : unsupported format.";
 
@@ -64,7 +64,7 @@ constexpr bool hasNoInfo(FrameFormat format) {
            format == FRAME_BGR_32F_PLANAR;
 }
 
-/// The general ones follow in `chooseConversion`.
+/// `chooseConversion` adds the functions that serve many pairs.
 constexpr ConversionRecord conversionTable[] = {
     {FRAME_GRAY8, FRAME_BGR24, grayToBgr24, 1},
     {FRAME_RGB24, FRAME_BGR24, swapRedBlue, 1},
@@ -137,7 +137,7 @@ void ImplFormatConverter::getFormatInfo(FrameFormat format, FormatInfo& info) co
     }
 }
 
-/// A record that doesn't belong to the destination may describe longer rows.
+/// Limits writing to the row's bytes: a record of another format may describe longer rows.
 void ImplFormatConverter::limitStaleRecord(FrameFormat dst_format, int row_width) {
     dst_limited = !isYuv(dst_format);
     if (dst_limited) {
@@ -195,7 +195,7 @@ void ImplFormatConverter::reuse(FrameFormat src_format, FrameFormat dst_format, 
 }
 
 void ImplFormatConverter::produce(RowData const* const* rows, RowData& row) const {
-    // A producer of the caller's own may claim a width below zero; the row loops count up to it.
+    // A caller's own producer may claim a negative width, which the row loops don't expect.
     if (function != nullptr && width > 0) {
         function(rows, row, width, this);
     }

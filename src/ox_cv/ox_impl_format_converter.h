@@ -57,8 +57,8 @@ constexpr rows::YuvLayout yuvLayoutOf(FormatInfo const& info) {
     return HalfPlanes;
 }
 
-/// A pair of formats with a function of its own, and the number of source rows that it needs at
-/// once. From gray to YUV and among YUV, functions serve all formats.
+/// A pair of formats with a function of its own, and the number of source rows that the function
+/// needs at once. Among YUV formats, and from gray to them, one function serves all pairs.
 struct ConversionRecord {
     FrameFormat src;
     FrameFormat dst;
@@ -83,23 +83,23 @@ class ImplFormatConverter {
     void produce(RowData const* const* rows, RowData& dst) const;
 
     FormatInfo src{};
-    /// Formats without a record leave it as it stood: a YUV source going to one of them, and to
-    /// nothing that has a function of its own, is written by the record of an earlier destination.
+    /// The record of the destination. A destination without a record leaves the earlier one here.
+    /// If its pair has no function of its own, a YUV source is then written by that stale record.
     /// This is on purpose.
     FormatInfo dst{};
     std::int32_t width = 0;
     bool initialized = false;
     ConversionFunction function = nullptr;
-    /// Each row is converted by itself, and rows that follow one another in memory are like one: no
-    /// pixels at the end of a row share chroma with those of the next.
+    /// Rows that follow one another in memory may be converted as one long row: each row is
+    /// converted by itself, and no pixels of two rows share chroma.
     bool joins_rows = false;
-    /// Luma and chroma pass by themselves, each row of theirs as `joins_rows` has it.
+    /// Luma and chroma are converted separately, each with rows joined as `joins_rows` says.
     bool joins_planes = false;
     /// `dst` is the record of another format and may reach past the row.
     bool dst_limited = false;
     /// Bytes of a destination row of each plane, if `dst_limited`.
     std::int64_t dst_limits[4]{};
-    /// Of `yuvToYuv`, which without one goes by the records alone.
+    /// The way of `yuvToYuv`; without one it goes by the records alone.
     rows::YuvWay yuv_way;
 
   private:

@@ -14,7 +14,7 @@ struct Rows {
     RowData planes;
     FrameLayout const& layout;
 
-    /// Whether they follow one another in memory.
+    /// Whether the rows follow one another in memory.
     bool follow() const {
         for (int i = 0; i < layout.planeCount; ++i) {
             FramePlane const& plane = layout.plane[i];
@@ -34,9 +34,9 @@ struct Rows {
     }
 };
 
-/// Converts rows each of which is converted by itself; as one if they follow one another.
+/// Converts rows that don't depend on one another, as one long row if they follow one another.
 void convertEach(ImplFormatConverter const& conversion, Rows src, Rows dst, std::int64_t count) {
-    // Far from where products with the bytes of a pixel leave 32 bits.
+    // Small enough that the bytes of so many pixels fit 32 bits by far.
     constexpr std::int64_t most_pixels = std::int64_t{1} << 27;
     std::int64_t width = conversion.width;
     if (width * count <= most_pixels && src.follow() && dst.follow()) {
@@ -49,7 +49,7 @@ void convertEach(ImplFormatConverter const& conversion, Rows src, Rows dst, std:
     }
 }
 
-/// Luma and chroma of 4:2:0 as rows of their own.
+/// Converts luma and chroma of 4:2:0 separately.
 void convertPlanes(ImplFormatConverter const& conversion, Rows src, Rows dst, std::int64_t height) {
     Rows luma{{}, dst.layout};
     std::swap(luma.planes[conversion.dst.y_plane], dst.planes[conversion.dst.y_plane]);
@@ -60,7 +60,7 @@ void convertPlanes(ImplFormatConverter const& conversion, Rows src, Rows dst, st
     convertEach(conversion, src, dst, (height + 1) / 2);
 }
 
-/// Row by row, with the row after it.
+/// Converts row by row; each row gets the row after it as well.
 void convertInTurn(ImplFormatConverter const& conversion, RowReader& reader, RowWriter& writer) {
     RowReader below = reader;
     bool has_below = below.next();

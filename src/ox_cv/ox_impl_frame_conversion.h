@@ -8,7 +8,7 @@
 
 namespace ox::impl {
 
-/// Writes what the rows of `src`, converted one by one, make of `dst`.
+/// Converts `src` into `dst`, with the bytes that a conversion row by row gives.
 /// @param conversion armed with the formats and the width of the frames, whose sizes are equal
 void convertFrame(ImplFormatConverter const& conversion, Frame const& src, Frame& dst);
 

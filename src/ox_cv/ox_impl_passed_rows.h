@@ -12,20 +12,20 @@
 
 namespace ox::impl {
 
-/// Bytes that a source row has at least. A producer of the caller's own may claim less than its
-/// format and size ask for; its rows then go on with the zeros of a new ring.
+/// The bytes that a source row is sure to have. A caller's own producer may claim fewer than its
+/// format and size need; the window's new ring then has zeros behind them.
 /// @param claimed the source's plane
 /// @param usual the same plane of `FrameLayout(format, size, ...)`
 inline std::uint64_t heldRowBytes(FramePlane const& claimed, FramePlane const& usual) {
     return std::max(claimed.rowBytes, usual.rowBytes);
 }
 
-/// Copies source rows into destination rows of the same width. A producer of the caller's own may
-/// have claimed that width for rows that are shorter: what they lack is zeros.
+/// Copies source rows into destination rows of the same width. A caller's own producer may have
+/// claimed that width for shorter rows; the missing bytes become zeros.
 class PassedRows {
   public:
     void plan(FrameLayout const& src, FrameLayout const& dst) {
-        // A row of this width: what all rows take together may be too much to be counted.
+        // The layout of a single row: the bytes of all rows might be too many to count.
         FrameLayout const usual(src.format, {src.size.width, 1}, 1);
         _copied = dst;
         for (int i = 0; i < dst.planeCount; ++i) {

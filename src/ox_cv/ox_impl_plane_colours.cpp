@@ -114,9 +114,9 @@ void exchangeChroma(Frame const& region, Frame const& dst) {
     }
 }
 
-/// Converts between bytes and floats of the same numbers, plane by plane: all at once where both
-/// frames' rows follow one another.
-/// @param bytes whichever of the two frames has bytes
+/// Converts between bytes and floats of the same values, plane by plane. Where the rows of both
+/// frames follow one another, a plane is converted in one call.
+/// @param bytes the one of the two frames that has bytes
 template <class Kernel>
 void convertFloats(Kernel const& kernel, Frame const& region, Frame const& dst,
                    Frame const& bytes) {
@@ -168,7 +168,7 @@ void fromFloats(Frame const& region, Frame const& dst) {
     convertFloats(kernel, region, dst, dst);
 }
 
-/// Chroma isn't averaged here: each square takes that of its top left pixel, on purpose.
+/// Chroma isn't averaged here: two by two pixels take the chroma of the top left one, on purpose.
 void convertStrip(Frame const& region, Frame& dst, Rect strip, Frame& scratch) {
     if (strip.empty()) {
         return;

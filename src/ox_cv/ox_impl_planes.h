@@ -1,5 +1,5 @@
 /// @file
-/// Planes of frames, and what the vector backend does with them whole.
+/// Planes of frames, and the vector backend's operations on whole planes.
 
 #pragma once
 
@@ -46,17 +46,17 @@ inline bool isContiguous(Frame const& frame) {
 }
 
 /// Converts the pixels of `src` to `dst`, a frame of the same size and of another format.
-/// @param scratch receives what lies between two steps
+/// @param scratch receives the picture between two steps
 /// @return false for a pair that there is no route for; nothing is done then
 bool convertColours(Frame const& src, Frame& dst, Frame& scratch);
 
-/// The same for packed BGR, whatever the format of `src` says, to `FRAME_YUV444_PLANAR`.
+/// Converts `src`, taken for packed BGR whatever its format says, to `FRAME_YUV444_PLANAR`.
 /// @param dst receives the planes in storage of its own
 void convertBgrToYuv444(Frame const& src, Frame& dst);
 
-/// Resizes plane by plane, by an object for each.
-/// @param src, dst of one format of 8 or 32 bits a channel; the latter are taken for floats, which
-///        `ResizeArea` isn't for
+/// Resizes plane by plane, with a resizer for each.
+/// @param src, dst of one format of 8 or 32 bits a channel. Channels of 32 bits are taken for
+///        floats, which `ResizeArea` doesn't serve
 void resizePlanes(Frame const& src, Frame const& dst, ResizeMethod method);
 
 /// Warps plane by plane.

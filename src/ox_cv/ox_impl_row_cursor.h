@@ -1,5 +1,5 @@
 /// @file
-/// The two questions that everything about subsampled rows comes down to.
+/// The two questions about rows of subsampled planes.
 
 #pragma once
 
@@ -18,7 +18,7 @@ constexpr bool hasRowAt(std::int32_t row, std::uint32_t mask) {
     return (static_cast<std::uint32_t>(row) & mask) == 0;
 }
 
-/// Shared by reader and writer.
+/// The text of `RowReader` and `RowWriter`.
 constexpr char cursorNotInitialized[] =
     "Failure in RowWriter::RowWriter(...) : frame is not initialized.";
 

@@ -1,4 +1,4 @@
-// The conversion functions: which planes of a row, lying how, go to which routine.
+// The conversion functions: each hands the planes of a row to a routine of rows/colour.
 
 #include <algorithm>
 
@@ -35,14 +35,15 @@ Byte* at(Byte* plane, int offset) {
     return plane != nullptr ? plane + offset : nullptr;
 }
 
-/// @param row the array of a source's planes, or of a destination's
+/// The first samples of a row.
+/// @param row the planes of a source or of a destination
 template <class AnyByte>
 rows::YuvSamples<AnyByte> samplesOf(RowData const& row, FormatInfo const& info) {
     return {at(row[info.y_plane], info.y_offset), at(row[info.u_plane], info.u_offset),
             at(row[info.v_plane], info.v_offset)};
 }
 
-/// The same, with U and V both or neither.
+/// The same for a destination, with U and V either both or neither.
 rows::YuvSamples<Byte> destinationOf(RowData const& row, FormatInfo const& info) {
     auto const samples = samplesOf<Byte>(row, info);
     return samples.u != nullptr && samples.v != nullptr
@@ -60,7 +61,8 @@ void yuvToBgr(YuvLayout layout, rows::YuvSamples<Byte const> src, RowData& dst, 
     }
 }
 
-/// Chroma of 4:2:0 takes the next row as well; the last row of an odd height stands alone.
+/// The rows that 4:2:0 chroma is averaged from: this row and the next. The last row of an odd
+/// height stands alone.
 rows::BgrRows twoRows(RowData const* const* rows) {
     return {(*rows[0])[0], rows[1] != nullptr ? (*rows[1])[0] : nullptr};
 }
@@ -208,7 +210,7 @@ void grayToYuv(RowData const* const* rows, RowData& dst, int width,
 
 namespace {
 
-/// The first `count` samples of a destination plane, less where a stale record leaves the row.
+/// The first `count` samples of a destination plane, or fewer if a stale record leaves the row.
 rows::StridedSamples limited(Byte* first, std::int64_t step, std::int64_t count,
                              ImplFormatConverter const& context, int plane, int offset) {
     if (context.dst_limited) {
@@ -218,7 +220,7 @@ rows::StridedSamples limited(Byte* first, std::int64_t step, std::int64_t count,
     return {first, step, first != nullptr ? std::max<std::int64_t>(count, 0) : 0};
 }
 
-/// By the records alone: a stale one is that of another format than the row's.
+/// Converts by the records alone. A stale record belongs to another format than the row's.
 void convertByRecords(rows::YuvRows src, rows::YuvSamples<Byte> dst, int width,
                       ImplFormatConverter const& context) {
     FormatInfo const& from = context.src;

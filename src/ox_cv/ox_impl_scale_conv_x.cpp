@@ -10,12 +10,12 @@ namespace {
 
 constexpr Place here{"src/ox_cv/ox_impl_scale_conv_x"};
 
-/// Fewer formats than the other scalers take.
+/// The formats of the horizontal pass: fewer than the other scalers take.
 constexpr bool takesFormat(FrameFormat format) {
     return isScalable(format) && format != FRAME_BGR_PLANAR && factsOf(format).pixel_group == 1;
 }
 
-/// Each row of weights that a pixel takes, as words.
+/// Fills an axis with the start of each pixel's taps, and with the rows of weights as words.
 template <class Weight>
 void fillAxis(ScaleData<Weight> const& data, rows::TapAxis& axis) {
     axis.taps = static_cast<std::size_t>(data.aperture());
@@ -66,7 +66,7 @@ void ScaleX<Weight>::arm(IKernel& kernel, Source& source, FrameLayout const& src
     armWindow(_window, source, 1, here);
 }
 
-/// @return whether weights and layout have stayed
+/// @return whether weights and layout were kept
 template <class Weight>
 bool ScaleX<Weight>::_reuseScaleData(IKernel& kernel, FrameLayout const& src_layout,
                                      int dst_width) {

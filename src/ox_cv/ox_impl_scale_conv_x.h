@@ -13,7 +13,7 @@ namespace ox::impl {
 /// Resamples each row of its source to a new width; rows pass one for one.
 ///
 /// Takes `FRAME_GRAY8`, `FRAME_BGR24`, the YUV formats but the packed 4:2:2 ones, and the formats
-/// without colour, of 16 and 32 bits too; others are found out by `produce`.
+/// without colour, of 16 and 32 bits too; `produce` refuses all others.
 /// @tparam Weight `signed char` or `short`
 template <class Weight>
 class ScaleX : public IRowProducer {
@@ -23,7 +23,7 @@ class ScaleX : public IRowProducer {
     ScaleX& operator=(ScaleX const&) = delete;
     ~ScaleX() override;
 
-    /// Keeps weights and layout while the filter's address, the format and `dst_width` stay: on
+    /// Keeps weights and layout while the filter's address, the format and `dst_width` stay, on
     /// purpose also for a source of another size.
     /// @throws Exception after which the pass isn't armed, and the next `reuse` computes anew
     void reuse(IKernel& kernel, Frame const& src_frame, int dst_width);
@@ -33,7 +33,7 @@ class ScaleX : public IRowProducer {
     void renew();
 
     FrameLayout const& layout() override;
-    /// Reads no row of the source where none is asked for.
+    /// Reads no source row if all entries of `dst` are null.
     void produce(RowData& dst) override;
     bool next() override;
 

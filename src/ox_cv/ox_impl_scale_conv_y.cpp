@@ -14,8 +14,8 @@ namespace {
 
 constexpr Place here{"src/ox_cv/ox_impl_scale_conv_y"};
 
-/// Formats of bytes that can be scaled but for `FRAME_BGR_PLANAR`; among them those of packed
-/// pairs, which the horizontal pass refuses.
+/// The formats of the vertical pass: all scalable formats of bytes but `FRAME_BGR_PLANAR`. The
+/// packed 4:2:2 formats are among them, though the horizontal pass refuses these.
 constexpr bool takesFormat(FrameFormat format) {
     return isScalable(format) && format != FRAME_BGR_PLANAR && factsOf(format).planes[0].bits == 8;
 }
@@ -64,7 +64,7 @@ void ScaleY<Weight>::_reuseScaleData(IKernel& kernel, FrameLayout const& src_lay
     });
 }
 
-/// Over all planes, on purpose also those of an earlier format that this one doesn't have.
+/// The largest aperture of all planes, on purpose also of planes that only an earlier format had.
 template <class Weight>
 int ScaleY<Weight>::tallestKernel() const {
     int tallest = 0;
@@ -108,7 +108,7 @@ void ScaleY<Weight>::produce(RowData& dst) {
     }
 }
 
-/// Behind the last row, the plane's last one counts.
+/// Rows behind the plane's last one repeat that row.
 template <class Weight>
 ScaleSource ScaleY<Weight>::sourceOf(int plane) const {
     std::vector<ScaleSource> const& sources = _scale_data[plane].sources();

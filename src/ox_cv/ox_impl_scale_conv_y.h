@@ -29,8 +29,8 @@ class ScaleY : public IRowProducer {
     /// on purpose also for a source of another width, of which as many bytes are taken as both
     /// layouts have.
     ///
-    /// The window starts at the top, but is moved by how far the rows' starts have come since the
-    /// last `next` of before; so a second pass loses its first step down, on purpose.
+    /// The window starts at the top, but the source row that `next` moves it from is still that of
+    /// the picture before. So a second pass loses its first step down, on purpose.
     /// @throws Exception after which the pass isn't armed, and the next `reuse` computes anew
     void reuse(IKernel& kernel, IRowProducer& src_producer, int dst_height);
     /// True once a `reuse` has armed the pass.

@@ -55,13 +55,13 @@ Position positionOf(int index, float scale, float aperture) {
     return {static_cast<int>(whole), position - whole};
 }
 
-/// With more phases than there are inner rows, they are taken in sixteenths.
+/// Rounds phases to sixteenths; for axes with more phases than there are inner rows.
 float quantised(float phase) {
     constexpr float steps = 16.0F;
     return std::floor(phase * steps) * (1.0F / steps);
 }
 
-/// What `reuse` computes a row in; all zero at first.
+/// Scratch in which `reuse` computes a row of weights; all zero at first.
 template <class Weight>
 struct Scratch {
     Weight* weights;
@@ -122,7 +122,7 @@ void ScaleData<Weight>::_build(IKernel& kernel, int src_size, int dst_size) {
     Scratch<Weight> const scratch(_scratch, capacity);
     for (int i = 0; i < dst_size; ++i) {
         auto const [start, exact_phase] = positionOf(i, scale, aperture);
-        // By room, not by taps: positions count whose taps all lie inside, too.
+        // Compares the row's capacity, not its taps: the taps of some border positions lie inside.
         bool const border = start < 0 || start + capacity > src_size;
         bool const many_phases = period > ScaleKernelBuilder<Weight>::innerCapacity;
         float const phase = !border && many_phases ? quantised(exact_phase) : exact_phase;

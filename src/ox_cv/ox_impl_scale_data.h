@@ -23,7 +23,7 @@ struct ScaleSource {
 template <class Weight>
 class ScaleData {
   public:
-    /// Extents that an axis may have, and by how much it may shrink.
+    /// The longest axis, and the largest reduction.
     static constexpr int mostSamples = 8192;
     static constexpr int mostReduction = 32;
 
@@ -32,7 +32,8 @@ class ScaleData {
     ///         for a source of more than 8192 samples, a destination that is larger, or a reduction
     ///         by more than 32; what the filter's weights fail with
     void reuse(IKernel& kernel, int src_size, int dst_size);
-    /// `aperture()` stays, on purpose: windows count it until the next `reuse`.
+    /// Empties the object. `aperture()` stays, on purpose: windows are sized by it until the next
+    /// `reuse`.
     void clear();
     /// As newly made, with storage kept.
     void renew();

@@ -1,5 +1,5 @@
 /// @file
-/// What the streaming scalers take for one element of a plane, and which bytes of a row are its.
+/// What the streaming scalers take for an element of a plane, and how many bytes elements cover.
 
 #pragma once
 
@@ -18,13 +18,13 @@ constexpr bool isScalable(FrameFormat format) {
            format != FRAME_RGB_PLANAR;
 }
 
-/// By area, 32-bit samples are refused too, after they have been computed and written: on purpose.
+/// Area scaling also refuses 32-bit samples, after they have been written, on purpose.
 constexpr bool isScalableByArea(FrameFormat format) {
     return isScalable(format) && format != FRAME_C1_32U;
 }
 
-/// What a plane is scaled by; without channels for planes that don't exist and formats that aren't
-/// scalable. The packed 4:2:2 formats are treated as 3-channel and 4-channel data, on purpose and
+/// The element of a plane. It has no channels if the plane doesn't exist or the format isn't
+/// scalable. `FRAME_YUYV` is treated as 3-channel and `FRAME_UYVY` as 4-channel data, on purpose,
 /// whatever their packing is.
 constexpr rows::Element scaleElement(FrameFormat format, int plane) {
     FormatFacts const& facts = factsOf(format);
@@ -56,9 +56,9 @@ inline bool sameRows(FrameLayout const& a, FrameLayout const& b) {
                       });
 }
 
-/// Bytes of a source row that elements can lie in. Tables hold indices of 16 bits, and elements
-/// take up to 4 bytes; a limit above that, of whole elements of every size, keeps offsets in 32
-/// bits however long a row claims to be.
+/// Bytes of a source row that elements can lie in. Tables hold indices of 16 bits, so elements
+/// never reach beyond a limit. The limit is a multiple of every element's size, and keeps offsets
+/// in 32 bits however long a row claims to be.
 constexpr std::uint64_t reachedBytes(std::uint64_t row_bytes) {
     constexpr std::uint64_t limit = std::uint64_t{12} << 16;
     return std::min(row_bytes, limit);

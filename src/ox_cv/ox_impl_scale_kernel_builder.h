@@ -1,5 +1,5 @@
 /// @file
-/// The store of the finished rows of weights of an axis.
+/// The table of an axis's rows of weights.
 
 #pragma once
 
@@ -19,9 +19,9 @@ class ScaleKernelBuilder {
     /// The phases of inner positions are at most this many.
     static constexpr int innerCapacity = 16;
 
-    /// An empty table for rows of `aperture` weights, and as many border rows; never moved while it
-    /// is filled.
-    /// @throws Exception `StatusOutOfRange` for less than a weight; `StatusCapacityExceeded`
+    /// Makes an empty table with room for rows of `aperture` weights, among them `aperture` border
+    /// rows. It doesn't move while it is filled.
+    /// @throws Exception `StatusOutOfRange` for an `aperture` below 1; `StatusCapacityExceeded`
     void reuse(int aperture);
 
     /// The first inner row whose phase differs by less than 0.001; -1 if there is none.
@@ -29,7 +29,7 @@ class ScaleKernelBuilder {
 
     /// Copies a row into the table.
     /// @return its index
-    /// @throws Exception `StatusAssertionFailed` for more rows than there is room for, as the other
+    /// @throws Exception `StatusAssertionFailed` if the table is full, as the other one
     int addInnerKernel(Weight const* weights, float phase);
     int addBorderKernel(Weight const* weights);
 

@@ -33,8 +33,8 @@ void buildNearestTable(std::int32_t src, std::int32_t dst, std::vector<std::uint
 /// 16.16 source coordinate of each destination sample: (i + 1/2) src / dst - 1/2, at least 0.
 void buildBilinearTable(std::int32_t src, std::int32_t dst, std::vector<std::int32_t>& table);
 
-/// Overlap of the first source sample of each destination cell, with `shift` fractional bits: one
-/// entry per destination sample, and one more.
+/// For each destination cell: its first source sample, and the part of that sample inside the cell,
+/// with `shift` fractional bits. One entry per destination sample, and one more.
 /// @return the full weight: that of a source sample that lies wholly in a cell
 std::uint16_t buildAreaTable(std::int32_t src, std::int32_t dst, int shift,
                              std::vector<AreaWeight>& weights);

@@ -14,7 +14,7 @@ constexpr Place here{"src/ox_cv/ox_impl_scale_data"};
 /// Steps of the trapezoid rule, in pixels.
 constexpr float step = 0.0625F;
 
-/// Weights below are no weights.
+/// A filter whose weights sum to less has no weight.
 constexpr double leastSum = 0.001;
 
 constexpr std::int32_t mostCapacity = 1073741823;
@@ -27,8 +27,8 @@ constexpr std::int32_t mostCapacity = 1073741823;
     refuse({status, "_computeWeights"}, text);
 }
 
-/// `value` modulo 2^bits. Numbers of 2^63 and more are multiples of all that counts; what isn't
-/// finite is taken as 0, too.
+/// `value` modulo 2^bits. Numbers of 2^63 and more are multiples of 2^bits, so they give 0, as do
+/// NaN and infinity.
 template <class Weight>
 Weight narrow(float value) {
     constexpr float limit = 9223372036854775808.0F;
@@ -36,8 +36,8 @@ Weight narrow(float value) {
                                     : Weight{0};
 }
 
-/// How many taps a window has that ends there; 0 for a window that ends nowhere.
-/// @param capacity what there is room for
+/// The number of taps of a window that ends at position `end`; 0 for positions up to 0 and NaN.
+/// @param capacity room for taps
 template <class Weight>
 int countTaps(float end, int capacity) {
     float const taps = std::ceil(end);
@@ -73,9 +73,8 @@ void checkBuffers(void const* p_weights, void const* p_weight_buffer, int weight
     refuseWeights(StatusNullPointer, "Failure in computeWeights(...): Kernel has zero weight sum.");
 }
 
-/// Adds or takes off one at a time, from the middle outwards, until the sum is `unit`. Callers
-/// depend on the order: the middle of an odd count comes twice, index 0 of one never, and there is
-/// no second round.
+/// Changes weights by 1, from the middle outwards, until the sum is `unit`. Callers depend on the
+/// order: with an odd count, the middle comes twice and index 0 never. There is a single pass.
 template <class Weight>
 void forceSum(Weight* weights, int count, int unit) {
     int total = 0;
@@ -85,7 +84,7 @@ void forceSum(Weight* weights, int count, int unit) {
     int const correction = total < unit ? 1 : -1;
     int const middle = count / 2;
     bool const odd = count % 2 != 0;
-    // Two indices a round, on both sides; of an odd count, both are the middle at first.
+    // Each round changes an index on either side. With an odd count, both are the middle at first.
     for (int round = 0; total != unit; ++round) {
         int const first = odd ? middle + round : middle - 1 - round;
         int const second = odd ? middle - round : middle + round;

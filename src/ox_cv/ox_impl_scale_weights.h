@@ -9,7 +9,7 @@
 
 namespace ox::impl {
 
-/// log2 of what the weights of a filter add up to: a weight has one more bit, and its sign.
+/// log2 of the sum of a filter's weights. A weight has one bit more, and a sign.
 template <class Weight>
 constexpr int unitShift = 8 * static_cast<int>(sizeof(Weight)) - 2;
 
@@ -18,10 +18,10 @@ constexpr int unitShift = 8 * static_cast<int>(sizeof(Weight)) - 2;
 /// @throws Exception `StatusNullPointer`
 float _computeIntegral(IKernel* _p_kernel, float phase, float lower, float upper);
 
-/// The weights of the source pixels under a window that begins `phase` behind the first one's edge.
-/// Each is the filter's mean over a pixel; all are scaled to a sum of `maxAperture` and rounded,
-/// and what is then too much or too little is taken off or added one by one from the middle
-/// outwards, in a single pass.
+/// The weights of the source pixels under a window that begins `phase` behind the edge of the first
+/// pixel. A weight is the filter's mean over its pixel, scaled so that the sum is `maxAperture`,
+/// and rounded. Then weights are changed by 1, from the middle outwards, in a single pass, to
+/// correct the sum.
 /// @param p_weights, p_weight_buffer `weight_capacity` elements each; those past the taps become 0
 /// @return how many taps there are
 /// @throws Exception `StatusNullPointer`, also for a filter without weight; `StatusOutOfRange`;
@@ -37,10 +37,10 @@ struct BorderTaps {
     std::int32_t src_size;  ///< positive
 };
 
-/// Folds the taps outside back into the source, by half-sample symmetry at both ends.
+/// Folds the taps outside the source back into it, by half-sample symmetry at both ends.
 ///
-/// Only the first `taps.count` elements of `p_borderWieghts` are cleared before: what an earlier
-/// row left behind them goes on, on purpose.
+/// Only the first `taps.count` elements of `p_borderWieghts` are cleared before. What an earlier
+/// row left in the elements behind stays and counts, on purpose.
 /// @param p_borderWieghts `capacity` elements
 /// @return the source index that the folded taps begin at, never negative
 /// @throws Exception `StatusNullPointer`, `StatusOutOfRange`

@@ -1,5 +1,5 @@
 /// @file
-/// What the private states of the scalers share: how tables are kept, windows armed, rows walked.
+/// The common parts of the scalers' private states: keeping tables, arming windows, walking rows.
 
 #pragma once
 
@@ -13,16 +13,16 @@
 
 namespace ox::impl {
 
-/// What a scaler's tables were built for. They serve again while the sides stay, on purpose also
-/// under another precision; but not where a new object would build some for that precision.
+/// What a scaler's tables were built for. Tables are kept while the sides stay, on purpose also
+/// under another precision. After `renew` the precision must be the same too.
 /// @tparam Side one side or both
 template <class Side>
 class TableKey {
   public:
-    /// Calls build() unless the tables serve again. After a build they serve nobody before
-    /// `finish`, as what is made by them may fail yet.
-    /// @param shift of the weights, if there are some
-    /// @return whether they serve again
+    /// Calls build() unless the tables can be kept. Tables that were built now count as kept only
+    /// after `finish`, because a later step of arming may fail.
+    /// @param shift of the weights, if the tables have weights
+    /// @return whether the tables were kept
     template <class Build>
     bool keep(Side src, Side dst, int shift, Build build) {
         if (_serves && _src == src && _dst == dst && (!_is_new || _shift == shift)) {
@@ -46,7 +46,7 @@ class TableKey {
     Side _dst{};
     int _shift = 0;
     bool _serves = false;
-    bool _is_new = true;  ///< whether the object hasn't been armed yet, or not since `renew`
+    bool _is_new = true;  ///< whether the object hasn't been armed since it was made or renewed
 };
 
 /// @tparam State which derives from it and has prepare(source layout, wanted...)
@@ -57,9 +57,9 @@ struct ScalerState {
     RowWindow _window;
     std::int32_t _dst_row = 0;  ///< stays 0 where rows follow the window's
 
-    // What a state has otherwise where it differs.
+    // Defaults, which a state may hide by its own.
     int windowSize(auto const& /*source*/) const { return 1; }
-    int firstRow() const { return 0; }  ///< that the window begins at for the destination row
+    int firstRow() const { return 0; }  ///< the window's first row, for the destination row
 
     /// The tables stay.
     void renew() {
@@ -76,14 +76,14 @@ struct ScalerState {
         _window.moveTo(own().firstRow());
     }
 
-    /// For `prepare`, when tables are there.
+    /// To be called by `prepare`, after the tables are built.
     void placeLayouts(FrameLayout const& src_layout, Size dst_size) {
         _src_layout = src_layout;
         _dst_layout = FrameLayout(src_layout.format, dst_size, defaultAlignment);
         _dst_row = 0;
     }
 
-    /// Destination rows from the first to the last; the window follows.
+    /// Moves on to the next destination row, and the window with it; false at the last row.
     bool nextRow() {
         if (_dst_row >= _dst_layout.size.height - 1) {
             return false;
@@ -97,7 +97,7 @@ struct ScalerState {
     State& own() { return static_cast<State&>(*this); }
 };
 
-/// How the row of a plane lies that is scaled by a table.
+/// The row plan of a plane that is scaled by a table.
 /// @param entries of the table: one per column of the frame, or more
 /// @param last_element gives the last source element that a destination element reads
 template <class LastElement>
@@ -119,13 +119,13 @@ rows::RowPlan planRow(FrameLayout const& src_layout, FrameLayout const& dst_layo
     return plan;
 }
 
-/// What a scaler has of each plane that a format has, such as its `rows::Columns`: planned when the
-/// scaler is armed, and again when tables or rows have changed.
+/// A scaler's objects for the planes of a format, such as `rows::Columns`. They are planned when
+/// the scaler is armed, but not again while tables and rows stay.
 template <class Plane>
 class ScaledPlanes {
   public:
     /// Calls plan(plane, index, element) for each plane, unless nothing has changed.
-    /// @param same whether tables, and what else it goes by, have stayed
+    /// @param same whether the tables, and all else that plan() reads, have stayed
     /// @throws Exception `StatusCapacityExceeded`
     template <class Plan>
     void plan(Place here, FrameLayout const& src, FrameLayout const& dst, bool same, Plan plan) {
@@ -161,11 +161,11 @@ class ScaledPlanes {
   private:
     std::array<Plane, 3> _planes;
     std::array<bool, 3> _exists{};
-    FrameLayout _src;  ///< that they were planned for, as the next
+    FrameLayout _src;  ///< that the planes were planned for, as `_dst`
     FrameLayout _dst;
 };
 
-/// Formats that can only be copied are found out by `produce`.
+/// `produce` of a scaler refuses formats that can only be copied.
 /// @param name of the scaler
 [[noreturn]] inline void throwUnsupported(Place here, char const* name) {
     here.fail({StatusNotSupported, "produce"},

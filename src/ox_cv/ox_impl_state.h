@@ -22,7 +22,7 @@ std::unique_ptr<State> makeState(Place here) {
     return state;
 }
 
-/// Reports what the standard library says of exhausted memory as everything else is.
+/// Reports exhausted memory as an `Exception`, as all other failures.
 template <class Action>
 auto withMemory(Place here, Action action) {
     try {
@@ -43,8 +43,8 @@ void reserveTable(std::vector<Entry>& table, std::int64_t count, Place here) {
     withMemory(here, [&] { table.reserve(static_cast<std::size_t>(count)); });
 }
 
-/// Runs the part of a `reuse` that rebuilds tables; if it fails, the window is emptied, so that
-/// nothing can be produced through tables that are half done.
+/// Runs the part of a `reuse` that rebuilds tables. If that fails, the window is emptied, so that
+/// no row is produced with half-built tables.
 template <class Prepare>
 void prepareTables(RowWindow& window, Prepare prepare) {
     try {
@@ -55,14 +55,14 @@ void prepareTables(RowWindow& window, Prepare prepare) {
     }
 }
 
-/// Raises the window's own assertion for an object that isn't armed; reads nothing of one that is.
+/// Raises the window's own assertion for an object that isn't armed, and does nothing otherwise.
 inline void checkArmed(RowWindow& window) {
     if (!window.initialized()) {
         window.rowData(0);
     }
 }
 
-/// Lets a failure of `action` go on under the name of the function that it happened in.
+/// Rethrows a failure of `action` under the name of the calling function.
 template <class Action>
 void passOnFailure(char const* function, Place here, Action action) {
     try {
@@ -72,8 +72,8 @@ void passOnFailure(char const* function, Place here, Action action) {
     }
 }
 
-/// Arms a window; after a failure it is empty, so that no stale row can be read, and the failure
-/// goes on under the owner's name.
+/// Arms a window. After a failure the window is empty, so that no stale row can be read, and the
+/// failure is rethrown under the owner's name.
 template <class Source>
 void armWindow(RowWindow& window, Source& source, int window_size, Place here) {
     try {

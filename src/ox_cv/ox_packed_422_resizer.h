@@ -29,9 +29,9 @@ class OX_API Packed422Resizer {
     ///     backend.resize(that, a FRAME_NV16 frame of dst's size, emptyRoi(), emptyRoi())
     ///     FormatConverter: that to dst
     ///
-    /// so that the method is `backend`'s, and samples are copied but for the scaling. Where `dst`
-    /// has an odd width, the second Y byte of the last pair of each row, which belongs to no pixel,
-    /// stays as it was. Strides may be any; `dst` may be another handle on `src`'s pixels.
+    /// So the method is `backend`'s, and the conversions only copy samples. If `dst` has an odd
+    /// width, the second Y byte of each row's last pair belongs to no pixel and stays as it was.
+    /// Strides may be any; `dst` may be another handle on `src`'s pixels.
     /// @param backend its `PropertyResizeMethod` counts; its scratch frames aren't used
     /// @param dst allocated by the caller, as for `ICvBackend::resize`
     /// @throws Exception `StatusInvalidParameter` for a frame that isn't initialized, has no pixels
@@ -43,7 +43,7 @@ class OX_API Packed422Resizer {
   private:
     void _convert(Frame const& src, Frame& dst);
 
-    Frame _source;  ///< as `FRAME_NV16`, as the next
+    Frame _source;  ///< `src` as `FRAME_NV16`; `_scaled` is `dst` as such
     Frame _scaled;
     FormatConverter _converter;
 };

@@ -29,7 +29,8 @@ class OX_API RowCopier : public IRowProducer {
 
     /// The layout that the source had at `reuse`, its strides included.
     FrameLayout const& layout() override { return _layout; }
-    /// Nothing behind a frame's last row, nor without a source. A row may be copied onto itself.
+    /// Writes nothing behind a frame's last row, nor without a source. A row may be copied onto
+    /// itself.
     void produce(RowData& row) override;
     bool next() override;
     ~RowCopier() override;

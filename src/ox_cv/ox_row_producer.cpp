@@ -24,7 +24,7 @@ void produceFrame(IRowProducer& producer, Frame& frame) {
     if (!frame.initialized() || frame.size() != layout.size || frame.format() != layout.format) {
         frame.reuse(layout.format, layout.size, DeviceContext(), 0);
         if (impl::hasShortAreaRows(layout.format)) {
-            frame.setZero();  // what a scaler leaves unwritten shows nothing of old memory
+            frame.setZero();  // so that unwritten bytes don't show old memory
         }
     }
     writer.reuse(frame);

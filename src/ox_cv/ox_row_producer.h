@@ -36,11 +36,11 @@ static_assert(std::is_aggregate_v<RowData> && std::is_trivially_copyable_v<RowDa
 /// it may call `next` without `produce` to skip a row. A chain serves one thread at a time; it
 /// holds its sources by reference, so they must outlive it.
 ///
-/// A `reuse` of all links is good for one picture. Draining the chain again without it gives none:
-/// the last row repeats, or nothing is written. For another picture each link is armed anew, from
-/// the source on, and a link over another producer takes `renew` before its `reuse`: otherwise it
-/// goes on counting the rows of the picture before, and yields the new picture shifted, or with
-/// rows of the old one, without an error. To renew every link is always right, and cheap.
+/// A `reuse` of all links is good for one picture. A chain that is drained again without it repeats
+/// the last row, or writes nothing. For another picture each link is armed anew, from the source
+/// on. A link over another producer needs `renew` before its `reuse`. Otherwise it goes on counting
+/// the rows of the picture before, and yields the new picture shifted, or with rows of the old one,
+/// without an error. To renew every link is always right, and cheap.
 ///
 ///     scaler.renew();  // before each picture; before the first one it changes nothing
 ///     converter.renew();
@@ -71,10 +71,11 @@ OX_API void copyRowData(FrameLayout const& layout, RowData const& src, RowData& 
 /// with its own strides; any other is made anew first, with storage of its own, which is cleared
 /// for the formats whose rows `ScalerAreaY` writes in part.
 ///
-/// A chain is drained once: its links are armed again before they yield another picture, after
-/// `renew` where they stand over producers. See `IRowProducer`.
-/// @param frame has no byte in common with what the chain reads (but see `IRowProducer`). Where it
-///        is made anew, it isn't the last handle on these pixels either: they would be freed
+/// A chain is drained once: for another picture its links are renewed and armed again, see
+/// `IRowProducer`.
+/// @param frame has no byte in common with what the chain reads (but see `IRowProducer`). If it has
+///        to be made anew, it mustn't be the last handle on the pixels that the chain reads, which
+///        would be freed
 /// @throws Exception what the producer or `Frame::reuse` throws; rows already written stay
 OX_API void produceFrame(IRowProducer& producer, Frame& frame);
 

@@ -21,7 +21,7 @@ void checkWindowSize(int window_size, FrameLayout const& layout) {
     }
 }
 
-/// A producer of the caller's own must have the planes that its format is read by.
+/// Refuses a caller's own producer that lacks planes of its format.
 void checkPlanes(FrameLayout const& layout) {
     int const least = std::max(impl::factsOf(layout.format).plane_count, 1);
     if (layout.planeCount < least || layout.planeCount > 4) {
@@ -30,8 +30,8 @@ void checkPlanes(FrameLayout const& layout) {
     }
 }
 
-/// Format and size decide; the rows are compared as well, since a producer of the caller's own
-/// might yield longer ones.
+/// Whether format, size and rows are equal. Rows are compared because a caller's own producer may
+/// yield longer ones.
 bool sameGeometry(FrameLayout const& a, FrameLayout const& b) {
     auto const same_rows = [](FramePlane const& p, FramePlane const& q) {
         return p.height == q.height && p.rowBytes == q.rowBytes;
@@ -82,7 +82,7 @@ void RowWindow::_placeRows(int window_size, char const* what) {
 
 void RowWindow::_placeRings(FrameLayout const& layout, int window_size) {
     try {
-        // Rows are written by a producer and read by the format's size, whatever its layout claims.
+        // A producer writes as many bytes as its layout claims; readers read what the format needs.
         FrameLayout const usual(layout.format, layout.size, 0);
         for (int i = 0; i < layout.planeCount; ++i) {
             FramePlane const& plane = layout.plane[i];
@@ -146,7 +146,7 @@ void RowWindow::reuse(IRowProducer& producer, int window_size) {
     _loaded_end = 0;
 }
 
-/// What `rowData` does where it can't hand out a row at once.
+/// The part of `rowData` for rows that aren't loaded, and for bad indices.
 void RowWindow::prepareRow(bool is_inside) {
     here.require(is_inside, "0 <= row_index_in_window && row_index_in_window < _window_size",
                  "rowData");
@@ -209,7 +209,7 @@ void RowWindow::_produceRow(int index) {
 
 void RowWindow::_nextOfProducer() {
     _producer->next();
-    // The count runs on over all streams; at its end it stays above every row, instead of wrapping.
+    // The count runs on over all streams. At its largest value it stays, instead of wrapping.
     if (_producer_row < std::numeric_limits<std::int32_t>::max()) {
         ++_producer_row;
     }

@@ -16,14 +16,13 @@ namespace ox {
 /// so borders are the owner's business.
 ///
 /// Over a frame it holds addresses only. Over a producer it keeps a ring of row buffers per plane
-/// and asks for each row once; rows that the band passes by are skipped with `next` and never
-/// produced, so that the chroma of an odd row that was jumped to shows an older slot (zeros at
-/// first). The source is not owned and must outlive the window.
+/// and asks for each row once. Rows that the band jumps over are skipped with `next` and never
+/// produced. So if the band jumps to an odd row of 4:2:0, its chroma is an older slot of the ring
+/// (zeros at first). The source is not owned and must outlive the window.
 ///
-/// How many rows it has taken from producers is counted on and on, whatever they are: a second
-/// `reuse` over a producer skips no row below that count, and shows earlier rows in place of those
-/// that it should have jumped to. Whoever goes on to another picture over a producer calls `renew`
-/// first.
+/// The rows taken from producers are counted over all streams. A second `reuse` over a producer
+/// skips no row below that count: it shows earlier rows in place of those that it should have
+/// jumped to. So `renew` has to come before another picture over a producer.
 class OX_API RowWindow {
   public:
     RowWindow() = default;
@@ -44,11 +43,11 @@ class OX_API RowWindow {
     /// rings are kept as they are, contents included; `renew` before it empties them.
     void reuse(IRowProducer& producer, int window_size);
 
-    /// Gives everything up, but for the count of a producer's rows.
+    /// Gives up everything but the count of producers' rows.
     void clear();
 
-    /// As newly made, the count of a producer's rows included, but with the storage kept: a `reuse`
-    /// of the last geometry allocates nothing then, and its rings hold zeros.
+    /// As newly made, with a count of 0, but with the storage kept: a `reuse` of the last geometry
+    /// then allocates nothing, and its rings hold zeros.
     void renew();
 
     /// True once a `reuse` has armed the window.
@@ -99,9 +98,8 @@ class OX_API RowWindow {
     void _placeRings(FrameLayout const& layout, int window_size);
 
     IRowProducer* _producer = nullptr;  ///< null if the source is a frame
-    /// How often a producer has been moved on, in all. Neither `reuse` nor `clear` resets it, only
-    /// `renew`: that is on purpose. A window that served a stream before doesn't skip rows below
-    /// the old count.
+    /// How often producers have been moved on. Only `renew` resets it, not `reuse` or `clear`: on
+    /// purpose, a window that served a stream before doesn't skip rows below the old count.
     std::int32_t _producer_row = 0;
     RowReader _reader;
     FrameLayout _layout;

@@ -23,8 +23,8 @@ struct OX_API RowWriter {
     /// @throws Exception `StatusInputNotInitialized`; the cursor is then as after `clear`
     void reuse(Frame& frame);
 
-    /// Moves on by a row; false behind the last one, where all entries of `rows` are null after the
-    /// next call.
+    /// Moves on by a row; false behind the last one. The call after that makes all entries of
+    /// `rows` null.
     bool next();
 
     /// Forgets the frame, but for the addresses in `rows` and `planes`.

@@ -7,22 +7,20 @@
 
 namespace ox {
 
-/// A filter as a function of the distance from its centre. A scaler asks it while it is armed and
-/// never afterwards, but remembers its address: as long as the address and the sizes stay, a later
-/// `reuse` keeps the weights of before, whatever has become of the filter. So it doesn't see that a
-/// filter's parameters have changed, nor that another filter stands where the first one stood: a
-/// local variable of a function that is called again, a reused element of an array. Let a filter
-/// live unchanged as long as the scaler that it was given to, or give each filter a scaler of its
-/// own.
+/// A filter as a function of the distance from its centre. A scaler asks the filter during `reuse`
+/// only, but remembers its address: while the address and the sizes stay, a later `reuse` keeps the
+/// weights. So the scaler doesn't notice changed parameters, nor another filter at the same
+/// address, such as a local variable of a function that is called again. Let a filter live
+/// unchanged as long as the scaler that it was given to, or give each filter a scaler of its own.
 ///
-/// How wide a filter may be: a tap is a source sample that it touches, and there may be 64 with
-/// precision 8 and 16384 with precision 16 (`impl::maxAperture`). An aperture up to one less always
-/// fits; 64 itself only where each window begins at the edge of a sample. Downwards, the source
-/// must have a row for each tap as well.
+/// How wide a filter may be: a tap is a source sample that the filter touches. There may be 64 taps
+/// with precision 8 and 16384 with precision 16 (`impl::maxAperture`). An aperture of one less
+/// always fits; an aperture of that very number only fits if each window begins at the edge of a
+/// sample. The source must also have at least as many rows as there are taps.
 ///
-/// What it costs: `reuse` asks for 17 values a tap, for up to 16 rows of weights and for one more
-/// at each position near a border (about the aperture over the scale), in each plane and axis. Then
-/// each sample written costs a multiplication per tap in each of the two axes.
+/// What it costs: in each plane and axis, `reuse` computes up to 16 rows of weights, and one more
+/// for each position near a border (about aperture / scale of them). Each tap of a row takes 17
+/// values. Then each sample written costs a multiplication per tap in each of the two axes.
 ///
 /// Only distances of up to half the aperture are asked for. Weights are scaled to a fixed sum, so
 /// the filter needn't have an integral of 1, but it must not be 0.

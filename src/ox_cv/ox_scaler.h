@@ -50,11 +50,12 @@ class OX_API Scaler : public IRowProducer {
     /// These forward to the scaler armed last.
     /// @throws Exception `StatusNotInitialized` before the first `reuse`
     FrameLayout const& layout() override;
-    /// Behind the last row it writes that row again. Where the size stays it writes nothing there,
-    /// or whatever a source that is a producer yields.
+    /// Behind the last row it writes that row again. If the size stays, it writes nothing there, or
+    /// what the source yields if that is a producer.
     /// @throws Exception `StatusNotSupported` for a format that the scaler picked doesn't take
     void produce(RowData& dst) override;
-    /// False at the last row; where the size stays and the source is a producer, what that says.
+    /// False at the last row. If the size stays and the source is a producer, the producer's
+    /// answer.
     bool next() override;
 
   private:

@@ -17,7 +17,7 @@ namespace {
 
 constexpr impl::Place here = impl::areaPlace;
 
-/// The constructors' value, which no `reuse` keeps.
+/// The value before the first `reuse`.
 constexpr int initialShift = 16;
 
 /// Fractional bits of a weight: one bit is the sign.
@@ -37,7 +37,7 @@ struct AreaState : impl::ScalerState<State> {
         impl::ScalerState<State>::renew();
         _tables.renew();
     }
-    /// @return whether the weights have stayed
+    /// @return whether the weights were kept
     bool keepWeights(std::int32_t src, std::int32_t dst, ScalerPrecision precision) {
         _shift = shiftOf(precision);
         return _tables.keep(src, dst, _shift, [&] {

@@ -24,9 +24,9 @@ enum ScalerPrecision : std::uint32_t {
 ///
 /// How far a width may shrink: the weight of a source sample is 2^15 / ratio with precision 16 and
 /// 2^7 / ratio with precision 8, cut off to a whole number. So ratios above 32768, or 128, give
-/// black, and steep ones darken the picture: white becomes 249 at a ratio of 1000 with precision
-/// 16, and 129 at one of 65 with precision 8. Up to 65535 source and destination columns are told
-/// apart; the tables of wider ones wrap, and pixels are wrong. None of this is refused.
+/// black, and high ratios darken the picture: white becomes 249 at a ratio of 1000 with precision
+/// 16, and 129 at a ratio of 65 with precision 8. Source and destination may have up to 65535
+/// columns; with more, tables wrap and pixels are wrong. None of this is refused.
 class OX_API ScalerAreaX : public IRowProducer {
   public:
     ScalerAreaX();
@@ -66,9 +66,9 @@ class OX_API ScalerAreaX : public IRowProducer {
 /// Changes the height; up-scaling blends two rows.
 ///
 /// `FRAME_UYVY`, `FRAME_C2_8U` and `FRAME_C4_8U` are treated as one channel, on purpose: only the
-/// first `width` bytes of a row are written. Heights shrink as far as widths do in `ScalerAreaX`,
-/// and up to 65535 rows are told apart; some heights above are refused, by "Parameter 'window_size'
-/// is out of range.", and the others give wrong rows.
+/// first `width` bytes of a row are written. Heights shrink as far as widths do in `ScalerAreaX`.
+/// Of heights above 65535 some are refused, by "Parameter 'window_size' is out of range.", and the
+/// others give wrong rows.
 class OX_API ScalerAreaY : public IRowProducer {
   public:
     ScalerAreaY();
@@ -102,9 +102,9 @@ class OX_API ScalerAreaY : public IRowProducer {
 
 /// Scales a frame down in both axes in one pass, in 16.16 fixed point.
 ///
-/// A fourth channel isn't carried through: it gets the value of the third, on purpose. Go on to a
-/// frame of another format with another object: after a 4:2:0 frame, frames of other formats and of
-/// the same sizes are stepped through as if they were 4:2:0, on purpose.
+/// A fourth channel gets the value of the third, on purpose. After a 4:2:0 frame, frames of other
+/// formats and the same sizes are stepped through as if they were 4:2:0, on purpose: use another
+/// object for them.
 class OX_API scaleAreaXY : public IRowProducer {
   public:
     scaleAreaXY();

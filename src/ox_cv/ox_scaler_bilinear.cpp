@@ -18,13 +18,13 @@ constexpr impl::Place here{"src/ox_cv/ox_scaler_bilinear"};
 
 using Coordinates = std::vector<std::int32_t>;
 
-/// Whether the last coordinate lies inside a source of that extent, in 32 bits that wrap: this is
-/// what refuses sides that 16.16 can't address.
+/// Whether the last coordinate lies inside a source of that extent, in 32 bits that wrap. This
+/// check refuses sides that 16.16 can't address.
 bool endsInside(Coordinates const& table, std::int32_t src) {
     return table.back() < impl::toCoordinate(src);
 }
 
-/// Rows that the vertical classes keep: two, or four where the next chroma row is two rows on.
+/// Rows in the window of the vertical classes: two, or four if the next chroma row is two rows on.
 int verticalWindowSize(FrameLayout const& layout) {
     bool const subsampled =
         layout.planeCount > 1 && layout.plane[0].height != layout.plane[1].height;
@@ -60,15 +60,15 @@ VerticalCut verticalCut(RowWindow& window, Coordinates const& table, std::int32_
     return {window_row, static_cast<std::uint16_t>(coordinate & impl::coordinateMask)};
 }
 
-/// The row that planes blend with. Planes 1 and 2 take the row two on whatever their format is; a
-/// window of two has none, so they aren't blended there. On purpose.
+/// The row that the upper row is blended with. Planes 1 and 2 take the row two on, in every format.
+/// A window of two rows has no such row, so these planes aren't blended there. Both are on purpose.
 int lowerRow(RowWindow const& window, int window_row, int plane) {
     int const distance = plane == 0 ? 1 : 2;
     bool const reaches = window_row < window.windowSize() - distance;
     return reaches ? window_row + distance : window_row;
 }
 
-/// Plans columns that blend by a table.
+/// Plans the columns of all planes, which are blended by a table.
 void planColumns(auto& planes, auto const& state, bool same, Coordinates const& table) {
     FrameLayout const& src = state._src_layout;
     planes.plan(

@@ -49,7 +49,7 @@ struct ScalerConvolutional::State {
         passes16.renew();
         precision = 0;
     }
-    /// The precision counts from now on, also if it is none.
+    /// Arms both passes. The precision is stored first, even if it is neither 8 nor 16.
     template <class Source>
     void arm(IKernel& kernel, Source& source, Size dst_size, ScalerPrecision wanted) {
         precision = wanted;

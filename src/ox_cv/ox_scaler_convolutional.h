@@ -16,14 +16,13 @@ namespace ox {
 ///
 /// Takes `FRAME_GRAY8`, `FRAME_BGR24`, the YUV formats but the packed 4:2:2 ones, and the formats
 /// of bytes without colour; per plane and axis up to 8192 source samples, reduced by 1 to 32; and
-/// at least as many rows as the filter has taps. All other formats are found out at the first
-/// `produce`.
+/// at least as many rows as the filter has taps. The first `produce` refuses all other formats.
 ///
-/// An object that goes on to another frame keeps its weights while the filter's address, format and
-/// the sizes that they depend on stay, and three oddities that are kept on purpose: its second
-/// pass over a frame loses the first step down; a new width alone leaves `layout` as it was; so
-/// does a source of another width. With `renew` before each further `reuse` there are none of them,
-/// nor are rows of the picture before taken from a source that is a producer.
+/// An object that goes on to another frame keeps its weights while the filter's address, the format
+/// and the sizes that the weights depend on stay. Three oddities come with that, on purpose: the
+/// second pass over a frame loses the first step down; a new width alone leaves `layout` as it was;
+/// so does a source of another width. `renew` before each further `reuse` avoids all three. It also
+/// keeps out rows of the picture before, if the source is a producer.
 class OX_API ScalerConvolutional : public IRowProducer {
   public:
     ScalerConvolutional();
@@ -39,8 +38,7 @@ class OX_API ScalerConvolutional : public IRowProducer {
     void renew();
 
     /// Arms the scaler on a source that must outlive it. The filter is asked during the call only,
-    /// plane by plane for the widths and then for the heights; of later calls it is known by its
-    /// address.
+    /// plane by plane for the widths and then for the heights. Later calls compare its address.
     /// @throws Exception, with the text of the class that found it out:
     ///         - `StatusInputNotInitialized` for a source without planes or an empty size, which
     ///           leave the scaler as it was;

@@ -83,7 +83,7 @@ void ScalerNearestNeighbor::produce(RowData& dst) {
     State& state = *_state;
     RowData const& src = *state._window.rowData(0);
     FrameLayout const& layout = state._dst_layout;
-    // Before any look at the format: rows whose width stays pass in every format.
+    // This comes before the check of the format: rows whose width stays pass in every format.
     if (state._src_layout.size.width == layout.plane[0].width) {
         copyRowData(layout, src, dst);
         return;

@@ -12,8 +12,8 @@ namespace ox {
 /// Scales a frame, or another producer's rows, by copying the nearest source element.
 ///
 /// `FRAME_YUYV` and `FRAME_UYVY` are gathered as 3-byte and 4-byte elements, which mixes luma and
-/// chroma; see `Scaler`. A format that isn't
-/// scalable passes while the width stays, and is refused by `produce` otherwise.
+/// chroma; see `Scaler`. A format that isn't scalable passes while the width stays, and is refused
+/// by `produce` otherwise.
 class OX_API ScalerNearestNeighbor : public IRowProducer {
   public:
     ScalerNearestNeighbor();
