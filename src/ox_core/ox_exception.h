@@ -15,8 +15,7 @@ namespace ox {
 class OX_API Exception : public std::exception {
   public:
     /// @param cause the exception that this one replaces, or null
-    /// @param function, file, line where it was raised; taken for the benefit of debuggers and not
-    ///        kept
+    /// @param function, file, line where it was raised; visible in a debugger, but not kept
     /// @param format printf-style format of the text, filled from the arguments behind it
     Exception(Exception const* cause, Status status, char const* function, char const* file,
               int line, char const* format, ...) __attribute__((format(printf, 7, 8)));

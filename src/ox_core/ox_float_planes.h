@@ -2,7 +2,7 @@
 /// Constant arithmetic on planes of floats, in place.
 ///
 /// All four take a plane's start, the bytes from one row to the next, and a rectangle in pixels of
-/// that plane; one rounding per element, nothing fused. Rows needn't be aligned.
+/// that plane. Each element is rounded once; nothing is fused. Rows needn't be aligned.
 
 #pragma once
 

@@ -17,8 +17,7 @@ class OX_API Frame {
   public:
     /// A frame that isn't initialized: no planes, no storage.
     Frame() = default;
-    // Out of line, like all that counts references: their code would be many times in every
-    // program.
+    // Out of line, like all code that counts references: inlined, it would make programs larger.
     Frame(Frame const& other);
     /// Takes the handle over: `other` is then as newly made, and can be armed again by `reuse`.
     Frame(Frame&& other) noexcept;
@@ -48,22 +47,23 @@ class OX_API Frame {
     /// The storage's context; the CPU's for wrapped memory.
     DeviceContext deviceContext() const;
 
-    /// Makes this a frame of that format, size and context, with undefined pixels. A frame that
-    /// agrees is kept as it is, its strides and its sharing handles included, unless `alignment`
-    /// isn't 0 and its strides don't fit; otherwise other handles keep their pixels.
+    /// Makes this a frame of that format, size and context, with undefined pixels. A frame that has
+    /// these already is kept as it is, with its strides and shared with other handles, unless its
+    /// strides don't fit an `alignment` other than 0. Else it becomes a new frame, and other
+    /// handles keep the old pixels.
     /// @param alignment of strides, in bytes; 0 stands for 64
     /// @throws Exception `StatusInvalidParameter` for a size that is empty,
     ///         `StatusUnsupportedFormat` for a format without planes, `StatusCapacityExceeded` for
     ///         too many bytes; the frame is then not initialized
     void reuse(FrameFormat format, Size size, DeviceContext context, unsigned long alignment);
 
-    /// Gives `target` the same format and size and a copy of the pixels: in place if it agrees
-    /// already, without a touch on the bytes between rows. Clears it if this frame isn't
-    /// initialized.
+    /// Gives `target` the same format and size and a copy of the pixels. A target that has format
+    /// and size already is written in place; bytes between its rows stay. If this frame isn't
+    /// initialized, `target` is cleared.
     ///
-    /// Both may show the same storage. Rows are copied from the top down, and the bytes of a row as
-    /// if all of them were read first. So a target that lies on the same rows as the source, or
-    /// higher up, gets the source's pixels; one that lies lower gets some rows again and again.
+    /// Both may show the same storage. Rows are copied from the top down, each as if all its bytes
+    /// were read first. So a target on the same rows as the source, or higher up, gets the source's
+    /// pixels; a target that lies lower gets some rows repeatedly.
     /// @throws Exception what `reuse` throws; `target` is then not initialized
     void copyTo(Frame& target) const;
 
@@ -90,9 +90,9 @@ class OX_API Frame {
 /// (h + 1) / 2; packed 4:2:2 rows start at byte 4 (x / 2). A rectangle with a zero side gives a
 /// frame without columns or rows.
 ///
-/// The result holds the storage (of wrapped memory: its addresses), not `frame` itself, which may
-/// go. But it is a temporary where it is passed on at once: links that keep the address of their
-/// `Frame` (`FormatConverter` does) need a variable that holds it.
+/// The result shares the storage (of wrapped memory: holds the addresses), so `frame` itself
+/// needn't live on. Links that keep the address of their `Frame`, such as `FormatConverter`, need
+/// the result in a variable: it is a temporary otherwise.
 /// @throws Exception `StatusOutOfRange` unless the rectangle lies inside the frame
 OX_API Frame getRegion(Frame& frame, Rect region);
 

@@ -54,8 +54,8 @@ struct OX_API FrameLayout {
 /// How often a plane has a row of its own: 0 for each frame row, 1 for every other one.
 ///
 /// After frame row r the plane moves on if (mask | r) == r; it has a row to write at frame row r
-/// unless (r & mask) != 0. A frame of one row has mask 1 for all its planes, which is harmless with
-/// row 0 alone.
+/// unless (r & mask) != 0. A frame of one row has mask 1 for all its planes, which doesn't matter
+/// for row 0.
 OX_API std::uint32_t rowMask(std::int32_t frame_height, std::int32_t plane_height);
 
 static_assert(sizeof(FramePlane) == 40);

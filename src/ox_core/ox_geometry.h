@@ -29,8 +29,8 @@ struct OX_API Rect {
     /// True unless both sides are positive.
     bool empty() const { return width <= 0 || height <= 0; }
 
-    /// Clips the rectangle in place to the area from (0, 0) to `size`; nothing in common leaves it
-    /// all zero.
+    /// Clips the rectangle in place to the area from (0, 0) to `size`. A rectangle outside that
+    /// area becomes all zero.
     void crop(Size const& size);
 
     bool operator==(Rect const&) const = default;

@@ -1,6 +1,6 @@
 /// @file
-/// The idiom for failures and broken preconditions. A source file says once what it is called; the
-/// function and the line are the compiler's to say. The checks stay in released code.
+/// The idiom for failures and broken preconditions. A source file states its name once; the
+/// compiler fills in function and line. The checks stay in released code.
 
 #pragma once
 
@@ -12,8 +12,8 @@
 
 namespace ox::impl {
 
-/// A printf-style text that is made for arguments of these types. It is checked here, as the
-/// exception's own check sees only texts that are written in its call.
+/// A printf-style text for arguments of these types. It is checked here, because the compiler's
+/// check of `Exception` only sees texts that are written in the call.
 template <class... Arguments>
 struct FailureText {
     consteval FailureText(char const* written) : text(written) {
@@ -35,8 +35,8 @@ struct FailureText {
     static constexpr std::string_view conversionOf(unsigned long) { return "%lu"; }
 };
 
-/// What is reported: a status, or an exception that is replaced. Unless another function is named,
-/// it is that which reports.
+/// What is reported: a status, or an exception that is replaced. By default the function is the one
+/// that reports.
 struct Failure {
     Failure(Status reported, char const* in = __builtin_FUNCTION(), int at = __builtin_LINE())
         : cause(nullptr), status(reported), function(in), line(at) {}
@@ -51,14 +51,14 @@ struct Failure {
 };
 
 /// A source file as failures name it: its path without an ending, such as "src/ox_cv/ox_scaler".
-/// A file's own is called `here`.
+/// Each source calls its own place `here`.
 struct Place {
     char const* file;
 
 // FailureText has checked what the compiler can't see here.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-security"
-    /// Apart from the checks, as `failAssertion` is, so that these stay small.
+    /// Not inlined, as `failAssertion`, so that the code at checks stays small.
     template <class... Arguments>
     [[noreturn, gnu::cold, gnu::noinline]] void fail(
         Failure const& failure, FailureText<std::type_identity_t<Arguments>...> text,
@@ -68,7 +68,8 @@ struct Place {
     }
 #pragma GCC diagnostic pop
 
-    /// Throws unless a precondition holds. The caller gets to read `expression`.
+    /// Throws unless a precondition holds.
+    /// @param expression part of the text
     void require(bool holds, char const* expression, char const* function = __builtin_FUNCTION(),
                  int line = __builtin_LINE()) const {
         if (!holds) {

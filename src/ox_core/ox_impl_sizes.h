@@ -1,5 +1,5 @@
 /// @file
-/// Byte counts that refuse to wrap.
+/// Arithmetic on byte counts that fails instead of wrapping.
 
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace ox::impl {
 
-/// Rows start at multiples of this where the caller has no wish of his own: a cache line.
+/// Rows start at multiples of this, a cache line, unless the caller asks for another alignment.
 constexpr std::uint64_t defaultAlignment = 64;
 
 /// No frame, ring or buffer is larger, so that sums of two such counts stay in range.

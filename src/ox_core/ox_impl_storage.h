@@ -9,8 +9,9 @@
 
 namespace ox::impl {
 
-/// A buffer of `bytes` bytes labelled with `context`: `storage` itself, for its capacity, if no
-/// other handle shows it and the contexts agree, else a new one. `storage` is null afterwards.
+/// A buffer of `bytes` bytes labelled with `context`. `storage` is reused for its capacity if no
+/// other handle shares it and the contexts are equal; else the buffer is new. `storage` is null
+/// afterwards.
 /// @throws Exception `StatusCapacityExceeded`
 std::shared_ptr<Buffer> takeStorage(std::shared_ptr<Buffer>& storage, DeviceContext const& context,
                                     std::uint64_t bytes);

@@ -19,8 +19,8 @@ class ScaleKernelBuilder {
     /// The phases of inner positions are at most this many.
     static constexpr int innerCapacity = 16;
 
-    /// Makes an empty table with room for rows of `aperture` weights, among them `aperture` border
-    /// rows. It doesn't move while it is filled.
+    /// Makes an empty table with room for 16 inner and `aperture` border rows, of `aperture`
+    /// weights each. The table doesn't move while it is filled.
     /// @throws Exception `StatusOutOfRange` for an `aperture` below 1; `StatusCapacityExceeded`
     void reuse(int aperture);
 

@@ -1,5 +1,5 @@
 /// @file
-/// Where pixels go.
+/// Affine matrices: where a warp moves pixels.
 
 #pragma once
 
@@ -13,7 +13,7 @@ namespace oxcv {
 /// the top left pixel.
 using Matrix = std::array<float, 6>;
 
-/// Whether a matrix in the range of floats leads back, and one leads back from that.
+/// Whether a matrix has an inverse in the range of floats, and the inverse has one too.
 bool isInvertible(Matrix const& matrix);
 
 /// Turns a picture counter-clockwise, as seen, about its middle ((w - 1) / 2, (h - 1) / 2). Whole

@@ -17,7 +17,7 @@ namespace oxcv {
 /// The choices of `--backend`; the first one is the default.
 std::vector<std::string> backendNames();
 
-/// What a backend offers, with the pipeline's help if it is the vector backend.
+/// What a choice of `--backend` offers. The vector backend has the pipeline's help.
 struct Offer {
     bool vectors = false;  ///< the vector backend comes first
     Converts converts = nullptr;
@@ -28,8 +28,8 @@ struct Offer {
 /// @param name one of `backendNames`
 Offer const& offerOf(std::string const& name);
 
-/// The backend asked for and, for steps that it doesn't do, the pipeline. Which of the two does a
-/// step is settled before it is begun; `step` is what people know it by.
+/// The backend asked for and, for steps that it doesn't do, the pipeline. The choice between the
+/// two is made before a step begins. `step` is the name of a step for messages.
 class Backend {
   public:
     /// @param name one of `backendNames`
@@ -49,7 +49,7 @@ class Backend {
     ox::ICvBackend& forWarp(std::string const& step, ox::FrameLayout const& layout);
     ox::ICvBackend& forArithmetic();
 
-    /// Remarks that a step is the pipeline's in any case, unless that was asked for.
+    /// Notes that the pipeline does a step in any case, unless the pipeline was asked for.
     void leaveToPipeline(std::string const& step, std::string_view reason);
 
   private:

@@ -24,8 +24,8 @@ class ByteSource {
     /// The next bytes, without taking them; fewer than `count` at the end.
     std::string_view peek(std::size_t count);
 
-    /// Takes the next bytes; fewer than `count` at the end and after an error, which `check` tells
-    /// apart. Throws nothing, so that C libraries can call it.
+    /// Takes the next bytes; fewer than `count` at the end or after an error, which `check`
+    /// reports. Throws nothing, so that C libraries can call it.
     std::size_t read(void* data, std::size_t count) noexcept;
 
     /// @throws Failure if reading has failed
@@ -33,7 +33,7 @@ class ByteSource {
 
     /// Bytes taken so far.
     std::uint64_t position() const { return _position; }
-    /// All bytes that there are; nothing for pipes and the like.
+    /// The number of all bytes; nothing for pipes and the like.
     std::optional<std::uint64_t> size() const { return _size; }
     /// Bytes not taken yet, where `size` is known.
     std::optional<std::uint64_t> remaining() const;

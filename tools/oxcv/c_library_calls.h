@@ -7,7 +7,7 @@
 
 namespace oxcv {
 
-/// Where such a library's error handler leaves its message and jumps to.
+/// Where the error handler of a C library leaves its message, and where it jumps to.
 struct CallState {
     std::jmp_buf place;
     char message[256];

@@ -1,5 +1,5 @@
 /// @file
-/// What the tool can be told to do.
+/// The commands of the tool.
 
 #pragma once
 
@@ -12,7 +12,7 @@
 
 namespace oxcv {
 
-/// Pixels of a frame that are taken without being asked for.
+/// The most pixels of a frame, unless `--max-pixels` says otherwise.
 constexpr std::int64_t usualMostPixels = 256'000'000;
 
 struct ConvertOptions {
@@ -25,7 +25,7 @@ struct ConvertOptions {
     bool verbose = false;
 };
 
-/// Frames from one file to another.
+/// Takes frames from one file to another.
 void convert(ConvertOptions options);
 
 /// Prints what a file holds.

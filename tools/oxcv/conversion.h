@@ -11,7 +11,7 @@
 
 namespace oxcv {
 
-/// What people know a conversion by.
+/// The name of a conversion for messages.
 std::string conversionName(ox::FrameFormat src, ox::FrameFormat dst);
 
 /// Brings frames to one format, in as many steps as it takes.

@@ -7,7 +7,7 @@
 
 namespace oxcv {
 
-/// Something went wrong with the work: exit status 1, the text on standard error.
+/// A command failed: exit status 1, the text on standard error.
 class Failure : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -19,7 +19,7 @@ class UsageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Whoever read our output has gone: exit status 1 without a word.
+/// The reader of the output has gone: exit status 1, without a text.
 class BrokenPipe : public std::runtime_error {
   public:
     BrokenPipe() : std::runtime_error("broken pipe") {}

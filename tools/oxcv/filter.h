@@ -23,7 +23,7 @@ std::shared_ptr<ox::IKernel> makeKernel(std::string const& name);
 class Reduction {
   public:
     /// Scales `frame` into `result`, which has the same format.
-    /// @param step what people know it by
+    /// @param step its name for messages
     /// @throws Failure if the library refuses, or `result` is larger than `frame`
     void run(std::string const& step, ox::Frame const& frame, ox::Frame& result,
              ox::IKernel& kernel, ox::ScalerPrecision precision);

@@ -17,7 +17,7 @@ using PlaneOrder = std::array<int, 3>;
 constexpr PlaneOrder planesInOrder{0, 1, 2};
 
 /// Bytes of a frame without gaps.
-/// @throws ox::Exception for a size past all bounds
+/// @throws ox::Exception for a size of too many bytes
 std::uint64_t frameBytes(ox::FrameFormat format, ox::Size size);
 
 /// Reads what follows in the source as a frame of that format and size.
@@ -29,7 +29,8 @@ bool readFrame(ByteSource& source, ox::FrameFormat format, ox::Size size, PlaneO
 
 void writeFrame(OutputFile& file, PlaneOrder const& order, ox::Frame const& frame);
 
-/// Frames in what is left of the source; nothing if that is unknown or doesn't come out even.
+/// The number of frames left in the source; nothing if the rest has an unknown size, or isn't a
+/// whole number of frames.
 std::optional<std::int64_t> countFrames(ByteSource const& source, std::uint64_t bytes_per_frame);
 
 }  // namespace oxcv

@@ -22,7 +22,7 @@ struct StreamInfo {
     ox::Size size;
     std::optional<std::int64_t> frames;
     std::string rate;  ///< frames per second as "25:1"; empty if the kind of file has no rate
-    std::string note;  ///< what a person may want to know besides
+    std::string note;  ///< other facts, for people to read
 };
 
 /// Reads frames, all of one format and size.
@@ -66,7 +66,7 @@ class FrameWriter {
 struct InputRequest {
     std::string path;
     std::string kind;                                ///< empty: found out
-    ox::FrameFormat format = ox::FRAME_FORMAT_NONE;  ///< what the bytes are, where they don't tell
+    ox::FrameFormat format = ox::FRAME_FORMAT_NONE;  ///< for files that don't state a format
     ox::Size size;                                   ///< of raw frames
     bool tolerant = false;                           ///< takes pictures that are damaged
 };
@@ -79,7 +79,7 @@ struct OutputRequest {
     std::optional<std::int64_t> frames;  ///< how many there will be, as far as known
 };
 
-/// In messages.
+/// The request's name for messages.
 std::string nameOf(InputRequest const& request);
 std::string nameOf(OutputRequest const& request);
 

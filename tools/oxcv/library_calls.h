@@ -12,8 +12,8 @@
 
 namespace oxcv {
 
-/// Gives a frame a format and a size. A new one is cleared: some conversions never write the second
-/// sample of the last pair of pixels in rows of odd width.
+/// Gives a frame a format and a size. A new frame is cleared, because some conversions never write
+/// the second sample of the last pair of pixels in rows of odd width.
 inline void prepare(ox::Frame& frame, ox::FrameFormat format, ox::Size size) {
     if (frame.format() != format || frame.size() != size) {
         frame.reuse(format, size, ox::DeviceContext(), 0);
@@ -21,8 +21,7 @@ inline void prepare(ox::Frame& frame, ox::FrameFormat format, ox::Size size) {
     }
 }
 
-/// Says what the library was asked for, or which file is meant, when it refuses or there is no
-/// memory.
+/// Calls the library. If that refuses, or memory is exhausted, the failure names the step or file.
 template <class Call>
 auto attempt(std::string const& what, Call call) {
     try {

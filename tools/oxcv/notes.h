@@ -1,5 +1,5 @@
 /// @file
-/// Remarks on standard error, for those who asked for them.
+/// Remarks on standard error, for `--verbose`.
 
 #pragma once
 

@@ -16,7 +16,7 @@ struct NpyHeader {
     std::vector<std::int64_t> shape;
 };
 
-/// Every header that is written has this length, so that it can be written anew.
+/// The length of every header that is written, so that a header can be overwritten in place.
 constexpr std::size_t npyHeaderBytes = 128;
 
 /// @throws Failure for anything but a whole header of an array in C order

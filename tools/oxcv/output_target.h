@@ -8,8 +8,8 @@
 
 namespace oxcv {
 
-/// One of three: a descriptor of this process's own, as /dev/stdout, /dev/fd/3 and the like name
-/// it; a device, pipe and the like, to be opened; or a regular file, there or not, to be replaced.
+/// One of three: a descriptor of this process, as /dev/stdout or /dev/fd/3 name it; a device, a
+/// pipe and the like, to be opened; or a regular file, to be replaced or made.
 struct OutputTarget {
     std::optional<int> descriptor;
     std::string path;       ///< with no symbolic link at its end

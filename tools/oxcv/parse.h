@@ -1,5 +1,5 @@
 /// @file
-/// What people type, and back.
+/// Values of the command line: from text, and back.
 
 #pragma once
 
@@ -16,7 +16,7 @@
 
 namespace oxcv {
 
-/// A size of which a side may be left open (0), to be chosen so that the aspect stays.
+/// A size. One side may be open (0): it is chosen so that the aspect stays.
 struct SizeRequest {
     int width = 0;
     int height = 0;
@@ -45,7 +45,8 @@ int parseQuality(std::string const& text);
 /// A finite number.
 /// @throws UsageError
 float parseFloat(std::string const& text);
-/// The one of the choices, which are in lower case, that the text is in any case.
+/// The choice that equals the text, in any case of letters.
+/// @param choices in lower case
 /// @throws UsageError
 std::string parseChoice(std::vector<std::string> const& choices, std::string const& text);
 /// "nearest", "bilinear" or "area".
@@ -59,7 +60,7 @@ ox::ScalerPrecision parsePrecision(std::string const& text);
 ox::ResizeMethod parseWarpMethod(std::string const& name);
 
 /// "A,B,C,D,E,F".
-/// @throws UsageError also for a matrix that doesn't lead back
+/// @throws UsageError also for a matrix without an inverse
 Matrix parseMatrix(std::string const& text);
 /// Degrees, of either sign.
 /// @throws UsageError
@@ -80,7 +81,7 @@ std::string shortName(ox::FrameFormat format);
 
 /// "640x480".
 std::string toText(ox::Size size);
-/// The words with something between each two.
+/// The words, with `separator` between them.
 std::string joined(std::vector<std::string> const& words, std::string_view separator);
 std::string toLower(std::string_view text);
 

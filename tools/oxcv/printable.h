@@ -1,5 +1,5 @@
 /// @file
-/// Texts that nobody has looked at, for messages: what people typed, names and contents of files.
+/// Foreign texts made fit for messages: words of the command line, names and contents of files.
 
 #pragma once
 
@@ -13,9 +13,9 @@ constexpr std::size_t longestValue = 60;   ///< characters of a value in a messa
 constexpr std::size_t longestName = 1000;  ///< of a file's name
 constexpr std::size_t longestLine = 5000;  ///< of a message
 
-/// The text in UTF-8 with what isn't fit to be printed as bytes "\x1b": control characters, those
-/// that turn the direction of writing or can't be seen, and bytes that aren't UTF-8. Behind `most`
-/// characters it goes on as "...". What comes out goes in again unchanged.
+/// The text in UTF-8, with unfit bytes written like "\x1b". Unfit are control characters, invisible
+/// characters, those that turn the direction of writing, and bytes that aren't UTF-8. A text of
+/// more than `most` characters ends with "...". A text that was made printable stays as it is.
 std::string printable(std::string_view text, std::size_t most);
 
 /// A value between quotation marks.

@@ -1,5 +1,5 @@
 /// @file
-/// A line on the terminal for those who wait.
+/// A line of progress on the terminal.
 
 #pragma once
 

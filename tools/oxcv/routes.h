@@ -23,8 +23,8 @@ bool convertsInPipeline(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size)
 using Scales = bool (*)(ox::FrameFormat format, ox::ResizeMethod method);
 
 /// The formats to convert frames of a size to, one after the other: none if the formats are equal,
-/// one if the backend converts in one step, else two, through `FRAME_BGR24` if that will do.
-/// Between planes R, G, B and floats, which are B, G, R, it may take three.
+/// one if the backend converts in one step, else two, through `FRAME_BGR24` if possible. Between
+/// `FRAME_RGB_PLANAR` and floats, which are B, G, R, it may take three.
 /// @throws Failure with the library's own words if that isn't enough
 std::vector<ox::FrameFormat> findRoute(ox::FrameFormat src, ox::FrameFormat dst, ox::Size size,
                                        Converts converts);

@@ -5,16 +5,16 @@
 
 namespace oxcv {
 
-/// A reader that has gone, and a file that may grow no further, show as errors of write(), so that
-/// what is half made is removed.
+/// Makes write() report an error when the reader has gone or a file may grow no further. The
+/// signals for these would end the program; so it can remove a half-made output.
 void ignoreWriteSignals();
 
-/// From now on `clean` is called before a signal ends the program. Signals that the caller had
-/// ignored, as nohup does, stay ignored.
-/// @param clean may call what signal handlers may
+/// From now on `clean` is called before a signal ends the program. Signals that the program was
+/// started to ignore, as nohup does, stay ignored.
+/// @param clean only calls what signal handlers may call
 void cleanOnSignals(void (*clean)());
 
-/// What a signal would have cleaned.
+/// Calls `clean`, as a signal would.
 void cleanUp();
 
 }  // namespace oxcv

@@ -5,10 +5,10 @@
 
 namespace oxcv {
 
-/// Puts /dev/null onto standard descriptors that are closed. A file opened later would take their
-/// numbers, and remarks for standard error would land in it. Standard input is opened for writing
-/// only, the others for reading only: whoever reads or writes there fails, as with a closed one.
-/// To be called before any file is opened.
+/// Puts /dev/null onto standard descriptors that are closed. Otherwise a file opened later would
+/// take such a number, and remarks for standard error would land in it. Standard input is opened
+/// for writing only, the others for reading only, so that their use fails as with a closed
+/// descriptor. To be called before any file is opened.
 /// @throws Failure if there is no /dev/null
 void openStandardDescriptors();
 

@@ -16,7 +16,7 @@
 
 namespace oxcv {
 
-/// In the order in which they are done.
+/// The steps asked for, in the order in which they are done.
 struct Steps {
     std::optional<ox::Rect> roi;
     std::optional<SizeRequest> size;

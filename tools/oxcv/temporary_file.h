@@ -7,9 +7,8 @@
 
 namespace oxcv {
 
-/// Lies beside the file whose name it is to take, with that file's permissions if there is one. It
-/// is removed with this object and by every signal that ends the program. There can be one at a
-/// time.
+/// Lies beside the target, with the target's permissions if that exists. The temporary file is
+/// removed with this object, and by every signal that ends the program. There can be one at a time.
 class TemporaryFile {
   public:
     TemporaryFile() = default;

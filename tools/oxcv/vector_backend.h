@@ -10,8 +10,8 @@
 
 namespace oxcv {
 
-/// Its kernels report nothing, and die where there is no memory for their tables and row buffers.
-/// This one asks for as much before it lets them begin.
+/// The vector backend's kernels end the process if there is no memory for their tables and row
+/// buffers. This class asks for as much memory before it calls them.
 ///
 /// `resize` and `warpAffine` also throw `ox::Exception` with `StatusCapacityExceeded`.
 class VectorBackend : public ox::CvBackendSimd {
@@ -21,7 +21,7 @@ class VectorBackend : public ox::CvBackendSimd {
                     bool invert) override;
 };
 
-/// Bytes that the kernels take for a frame at most.
+/// The most bytes that the kernels take for a frame.
 std::uint64_t bytesToScale(ox::FrameLayout const& src, ox::FrameLayout const& dst,
                            ox::ResizeMethod method);
 std::uint64_t bytesToWarp(ox::FrameLayout const& dst);

@@ -12,8 +12,8 @@
 
 namespace oxcv {
 
-/// Formats of several floats a pixel. The tool has them as B, G, R, where the vector backend takes
-/// the other format's order.
+/// Formats of several floats a pixel. In the tool they are B, G, R; the vector backend takes the
+/// other format's order.
 constexpr bool isColourOfFloats(ox::FrameFormat format) {
     return format == ox::FRAME_BGR_32F || format == ox::FRAME_BGR_32F_PLANAR;
 }

@@ -1,5 +1,5 @@
 /// @file
-/// The formats in which steps are done, where a picture's own would spoil it.
+/// The formats in which steps are done, where the picture's own format would spoil the result.
 
 #pragma once
 
@@ -8,19 +8,19 @@
 namespace oxcv {
 
 /// The library's backends scale rows of packed 4:2:2 as if all their bytes were of one kind, which
-/// mixes luma and chroma; `FRAME_NV16` holds the same samples. `ox::Packed422Resizer` goes through
-/// it.
+/// mixes luma and chroma. So these are scaled as `FRAME_NV16`, which holds the same samples, by
+/// `ox::Packed422Resizer`.
 ox::FrameFormat formatToScaleIn(ox::FrameFormat format);
 
-/// Filters take packed pixels rather than planes of colours, and no red-first ones; `FRAME_BGR24`
-/// holds the same samples. Packed 4:2:2 as above.
+/// Filters take neither planes of colours nor pixels with red first: these are filtered as
+/// `FRAME_BGR24`, which holds the same samples. Packed 4:2:2 as above.
 ox::FrameFormat formatToFilterIn(ox::FrameFormat format);
 
-/// A warp moves each plane by the same matrix in the plane's own coordinates, so that subsampled
-/// chroma would move too far, and fills what the picture leaves free with zeros, which are black in
-/// gray and RGB formats and green in YUV. YUV pictures are therefore warped as `FRAME_BGR24`, or
-/// in the format that they are to be converted to, if that can be warped as it is.
-/// @param target the format behind the warp
+/// A warp moves each plane by the same matrix in the plane's own coordinates, so subsampled chroma
+/// would move too far. It fills pixels that the picture doesn't cover with zeros, which are black
+/// in gray and RGB formats and green in YUV. So YUV pictures are warped as `FRAME_BGR24`, or in the
+/// format that they are converted to, if that can be warped as it is.
+/// @param target the format that the warped picture is converted to
 ox::FrameFormat formatToWarpIn(ox::FrameFormat format, ox::FrameFormat target);
 
 }  // namespace oxcv
