@@ -11,9 +11,9 @@ namespace oxcv {
 
 namespace {
 
-/// The region to name for a whole frame. Without one, NV12 takes the quick way to BGR24, which
-/// works in blocks of eight columns and two rows and leaves the rest unwritten; with the frame's
-/// own rectangle it is converted in full.
+/// The region to name for a whole frame. Without a region, NV12 takes the quick way to BGR24, which
+/// works in blocks of eight columns and two rows and leaves the rest unwritten. With the frame's
+/// own rectangle every pixel is converted.
 ox::Rect wholeFrame(ox::Frame const& frame, ox::FrameFormat dst_format) {
     constexpr int blockColumns = 8;
     constexpr int blockRows = 2;

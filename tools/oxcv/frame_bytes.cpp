@@ -41,7 +41,7 @@ bool readFrame(ByteSource& source, ox::FrameFormat format, ox::Size size, PlaneO
         source.check();
         return false;
     }
-    // Before there is memory for a frame that a few bytes only claim to be.
+    // Checked before memory is allocated for a frame that a short source only claims to have.
     if (std::uint64_t const left = source.remaining().value_or(wanted); left < wanted) {
         throwTruncated(source, number, left, wanted);
     }

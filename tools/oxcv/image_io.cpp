@@ -60,8 +60,8 @@ FileKind const& inputKind(InputRequest const& request, ByteSource& source) {
     if (!request.kind.empty()) {
         return *kindByName(request.kind);
     }
-    // A name that promises raw frames is believed, and so is a size where no name tells: the pixels
-    // of such frames may look like any kind. Of all others the bytes know better.
+    // Pixels of raw frames may look like any kind of file. So a name that stands for raw frames
+    // decides, and so does a size if the name tells nothing. In all other cases the bytes decide.
     FileKind const* kind = kindByEnding(request.path);
     if (kind == nullptr && !request.size.empty()) {
         kind = kindByName("raw");

@@ -123,8 +123,8 @@ class NpyReader : public FrameReader {
     std::int64_t _number = 0;
 };
 
-/// The count of frames stands in front of them. It is corrected at the end where that can be done,
-/// else it must be known and right from the start.
+/// The number of frames stands in front of them. In seekable outputs it is corrected at the end. In
+/// others it must be right from the start.
 class NpyWriter : public FrameWriter {
   public:
     NpyWriter(OutputFile& file, OutputRequest const& request)

@@ -20,7 +20,7 @@ bool canSeek(int descriptor) {
            (fcntl(descriptor, F_GETFL) & O_APPEND) == 0;
 }
 
-/// Another number for what a descriptor writes to; -1 with `errno` set if it doesn't.
+/// A duplicate of a descriptor that is open for writing; -1 with `errno` set if it isn't.
 int duplicate(int descriptor) {
     int const flags = fcntl(descriptor, F_GETFL);
     if (flags >= 0 && (flags & O_ACCMODE) == O_RDONLY) {

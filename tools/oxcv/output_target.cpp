@@ -61,7 +61,7 @@ bool isLink(path const& file) {
     return lstat(file.c_str(), &facts) == 0 && S_ISLNK(facts.st_mode);
 }
 
-/// A file that nobody may write isn't replaced either, not even by those who may do everything.
+/// A write-protected file isn't replaced, not even for root.
 void checkWritable(path const& file, mode_t mode, std::string const& name) {
     if ((mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
         refuse(name, EACCES);

@@ -8,13 +8,13 @@ namespace oxcv {
 
 namespace {
 
-/// All signals but these end a program that doesn't say otherwise.
+/// By default all signals but these end a program.
 constexpr std::array harmless{SIGCHLD, SIGCONT, SIGSTOP, SIGTSTP,
                               SIGTTIN, SIGTTOU, SIGURG,  SIGWINCH};
 
 void (*cleaner)() = nullptr;
 
-/// The signal that is raised anew comes when this has returned, as signals are blocked here.
+/// Signals are blocked during this function, so the signal raised here arrives after its return.
 extern "C" void onSignal(int number) {
     cleaner();
     static_cast<void>(std::signal(number, SIG_DFL));

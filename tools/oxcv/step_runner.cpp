@@ -52,7 +52,7 @@ ox::Frame StepRunner::run(ox::Frame& frame) {
     return _output_conversion.run(current, _stored_as(current.format()));
 }
 
-/// What no step asks for is converted to the stored format at once, not by way of its own.
+/// A frame that no step changes is converted to the stored format at once.
 ox::FrameFormat StepRunner::targetOf(ox::FrameFormat source) const {
     bool const arithmetic_comes = _steps.mul || _steps.add;
     return _steps.format.value_or(arithmetic_comes ? source : _stored_as(source));
@@ -85,7 +85,8 @@ void StepRunner::scale(ox::Frame const& frame, ox::Size size) {
     });
 }
 
-/// The conversions of packed formats are the library's own business, and the pipeline's.
+/// The library itself converts packed formats to and from the format that they are scaled in, by
+/// the pipeline.
 void StepRunner::chooseScaler(ox::Frame const& frame, ox::Size size) {
     ox::FrameFormat const format = frame.format();
     ox::FrameFormat const within = formatToScaleIn(format);

@@ -8,8 +8,8 @@ namespace oxcv {
 
 namespace {
 
-/// Bytes of tables, programs and row buffers, none of which depends on both sides of a plane. Each
-/// number holds for all instruction sets and rounds up what their arrays add up to.
+/// Bytes of tables, programs and row buffers. None of these depends on both sides of a plane. Each
+/// number is an upper bound for all instruction sets.
 struct Need {
     std::uint64_t row;            ///< for each row of the destination
     std::uint64_t column;         ///< for each of its columns and channels
