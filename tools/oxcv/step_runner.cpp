@@ -52,7 +52,7 @@ ox::Frame StepRunner::run(ox::Frame& frame) {
     return _output_conversion.run(current, _stored_as(current.format()));
 }
 
-/// A frame that no step changes is converted to the stored format at once.
+/// Where neither `--format` nor arithmetic asks for another, the stored format is the target.
 ox::FrameFormat StepRunner::targetOf(ox::FrameFormat source) const {
     bool const arithmetic_comes = _steps.mul || _steps.add;
     return _steps.format.value_or(arithmetic_comes ? source : _stored_as(source));
