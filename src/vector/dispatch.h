@@ -27,8 +27,7 @@ struct TargetFollower {
 };
 void followTarget(TargetFollower& follower);
 
-// Entries of a table of routines without vector code: one for compiling a program, one for running
-// it.
+// Entries of tables without vector code: one for compiling a program, one for running it.
 inline constexpr auto noProgram = [](auto...) { return false; };
 inline constexpr auto neverRun = [](auto...) {};
 

@@ -20,8 +20,7 @@ struct BgrRows {
     std::uint8_t const* lower;  ///< averaged with the upper one for shared chroma; may be null
 };
 
-/// Chroma is averaged over the pixels that share it. Samples without an address in `dst` are left
-/// out.
+/// Chroma is averaged over the pixels that share it. Samples without an address aren't written.
 using BgrToYuv = void(BgrRows src, std::size_t width, YuvSamples<std::uint8_t> dst);
 
 /// Converts `count` samples, pixels or floats. Floats needn't be aligned.

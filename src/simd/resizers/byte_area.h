@@ -53,8 +53,7 @@ namespace Simd::Neon {
 
 /// Weights of rows wrap at 16 bits. Results of three and four channels saturate, where the scalar
 /// class keeps the low byte. Both are on purpose. The classes differ only where a side grows tens
-/// of thousands of times, because there the weights of a cell add up to a little more than the
-/// range.
+/// of thousands of times: there a cell's weights add up to a little more than the range.
 class ResizerByteArea1x1 : public Base::ResizerByteArea1x1 {
   public:
     using Base::ResizerByteArea1x1::ResizerByteArea1x1;

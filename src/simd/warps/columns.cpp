@@ -10,9 +10,7 @@ std::uint32_t clampIndex(std::int32_t index, std::int32_t last) {
     return static_cast<std::uint32_t>(std::max(std::min(index, last), 0));
 }
 
-/// The weight of the second sample.
-/// @param position not negative
-/// @param whole the whole part of `position`
+/// The weight of the second sample at `position`, which isn't negative; `whole` is its whole part.
 std::uint32_t secondWeight(float position, std::int32_t whole) {
     float const part = (position - static_cast<float>(whole)) * static_cast<float>(warpRange);
     float const raised = part + 0.5F;

@@ -23,13 +23,11 @@ WarpPolygon warpRectangle(float const* mat, WarpPoint top_left, WarpPoint bottom
 // Tables have an entry for each of `height` rows. Row y has the columns from beg[y] up to before
 // end[y]; both are from 0 to `width`.
 
-/// The ranges of pixels that are nearest to a point of the polygon. A row without such a pixel has
-/// `width` and 0.
+/// The pixels that are nearest to a point of the polygon. Rows without such have `width` and 0.
 void buildNearestRanges(WarpPolygon const& polygon, std::uint64_t width, std::uint64_t height,
                         std::int32_t* beg, std::int32_t* end);
 
-/// The ranges of pixels whose own position is in the polygon. Rows without such a pixel have
-/// `width` twice.
+/// The pixels whose own position is in the polygon. Rows without such have `width` twice.
 /// @param bounds scratch of 2 * height
 /// @param limit for each row, the most that its entries may be; null for none
 void buildBilinearRanges(WarpPolygon const& polygon, std::uint64_t width, std::uint64_t height,
