@@ -1,4 +1,5 @@
 // The routines between bytes and floats, of every instruction set that this processor has.
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -38,7 +39,8 @@ class FloatRoutines : public RowRoutines {
     void checkToBytes(std::vector<float> const& numbers, Guard guard) {
         GuardedMemory src(4 * numbers.size(), guard);
         GuardedMemory dst(numbers.size(), guard);
-        std::memcpy(src.data(), numbers.data(), src.size());
+        auto const* const bytes = reinterpret_cast<std::uint8_t const*>(numbers.data());
+        std::copy_n(bytes, src.size(), src.data());
         routines.colour.floats_to_low_bytes(src.data(), numbers.size(), dst.data());
         for (std::size_t i = 0; i < numbers.size(); ++i) {
             ASSERT_EQ(dst.data()[i], lowByteOf(numbers[i])) << numbers[i];

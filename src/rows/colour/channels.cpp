@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include "rows/rows_routines.h"
 
@@ -12,7 +11,7 @@ void splitChannels(std::uint8_t const* row, std::size_t pixels, std::size_t chan
                    std::uint8_t* const* planes) {
     switch (channels) {
         case 1:
-            std::memcpy(planes[0], row, pixels);
+            std::copy_n(row, pixels, planes[0]);
             return;
         case 2:
             return routines().colour.split_two(row, pixels, planes);
@@ -31,7 +30,7 @@ void mergeChannels(std::uint8_t const* const* planes, std::size_t pixels, std::s
                    std::uint8_t* row) {
     switch (channels) {
         case 1:
-            std::memcpy(row, planes[0], pixels);
+            std::copy_n(planes[0], pixels, row);
             return;
         case 2:
             return routines().colour.merge_two(planes, pixels, row);
