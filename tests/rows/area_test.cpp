@@ -119,13 +119,9 @@ TEST(AreaBlend, NotWhereWeightsAreNotOne) {
 }
 
 // Rows of a destination row, by every instruction set and none.
-class AreaRows : public RowRoutines {
+class AreaRows : public UsedRowRoutines {
   protected:
-    AreaRows() {
-        rows::useRoutines(routines);
-        taps.reserve(4);
-    }
-    ~AreaRows() override { rows::useRoutines(rows::findRoutines()); }
+    AreaRows() { taps.reserve(4); }
 
     void SetUp() override {
         for (auto& row : _samples) {

@@ -157,7 +157,7 @@ TEST_P(BgrToYuvRoutines, ColoursAtTheEnds) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, BgrToYuvRoutines, testing::ValuesIn(everyTarget()),
+INSTANTIATE_TEST_SUITE_P(, BgrToYuvRoutines, testing::ValuesIn(targetsAndNone()),
                          [](auto const& parameter) { return parameter.param; });
 
 }  // namespace

@@ -96,7 +96,7 @@ TEST_P(ChannelRoutines, PlanesThatAreNotThere) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, ChannelRoutines, testing::ValuesIn(everyTarget()),
+INSTANTIATE_TEST_SUITE_P(, ChannelRoutines, testing::ValuesIn(targetsAndNone()),
                          [](auto const& parameter) { return parameter.param; });
 
 }  // namespace

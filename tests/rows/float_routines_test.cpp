@@ -82,7 +82,7 @@ TEST_P(FloatRoutines, FloatsOfAnyCount) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, FloatRoutines, testing::ValuesIn(everyTarget()),
+INSTANTIATE_TEST_SUITE_P(, FloatRoutines, testing::ValuesIn(targetsAndNone()),
                          [](auto const& parameter) { return parameter.param; });
 
 }  // namespace

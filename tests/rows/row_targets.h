@@ -20,11 +20,6 @@ inline std::vector<std::string> vectorTargets() {
     return targets;
 }
 
-// The same and those that have plain ones.
-inline std::vector<std::string> everyTarget() {
-    return {testTargets().begin(), testTargets().end()};
-}
-
 // And none of them: the plain routines.
 constexpr char noTarget[] = "none";
 
@@ -47,6 +42,13 @@ class RowRoutines : public testing::TestWithParam<std::string> {
     }
 
     rows::Routines routines{};
+};
+
+// The same, for code that takes its routines from the table.
+class UsedRowRoutines : public RowRoutines {
+  protected:
+    UsedRowRoutines() { rows::useRoutines(routines); }
+    ~UsedRowRoutines() override { rows::useRoutines(rows::findRoutines()); }
 };
 
 }  // namespace ox::test

@@ -12,13 +12,12 @@ namespace {
 
 enum class Lower { None, Other };
 
-class YuvRows : public testing::TestWithParam<std::string> {
+class YuvRows : public UsedRowRoutines {
   protected:
     void check(LayoutCase const& from, LayoutCase const& to, std::size_t width, Lower lower,
                bool luma, bool chroma);
 
   private:
-    UsedTarget _used{GetParam().c_str()};
     Random _random{4};
 };
 
@@ -116,7 +115,7 @@ TEST_P(YuvRows, FromGray) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, YuvRows, testing::ValuesIn(everyTarget()),
+INSTANTIATE_TEST_SUITE_P(, YuvRows, testing::ValuesIn(targetsAndNone()),
                          [](auto const& parameter) { return parameter.param; });
 
 }  // namespace

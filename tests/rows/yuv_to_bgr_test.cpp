@@ -97,7 +97,7 @@ TEST_P(YuvToBgrRoutines, LumaOfEveryLayoutAndWidth) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, YuvToBgrRoutines, testing::ValuesIn(everyTarget()),
+INSTANTIATE_TEST_SUITE_P(, YuvToBgrRoutines, testing::ValuesIn(targetsAndNone()),
                          [](auto const& parameter) { return parameter.param; });
 
 }  // namespace
