@@ -12,7 +12,7 @@
 #include <thread>
 
 #include "operation.h"
-#include "simd/kernels/plain.h"
+#include "simd/kernels/routines.h"
 
 namespace hwy::platform {
 

@@ -97,4 +97,15 @@ constexpr bool isVerticallySubsampled(FrameFormat format) {
     return factsOf(format).planes[1].half_height;
 }
 
+/// Whether a plane of that `rowMask` moves on to its next row after frame row `row`.
+constexpr bool movesOnAfter(std::int32_t row, std::uint32_t mask) {
+    auto const bits = static_cast<std::uint32_t>(row);
+    return (mask | bits) == bits;
+}
+
+/// Whether a plane of that `rowMask` has a row of its own at frame row `row`.
+constexpr bool hasRowAt(std::int32_t row, std::uint32_t mask) {
+    return (static_cast<std::uint32_t>(row) & mask) == 0;
+}
+
 }  // namespace ox::impl

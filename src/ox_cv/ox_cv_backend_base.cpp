@@ -2,9 +2,8 @@
 
 #include "ox_core/ox_float_planes.h"
 #include "ox_core/ox_impl_place.h"
-#include "ox_cv/ox_impl_backend_rules.h"
 #include "ox_cv/ox_impl_direct_nv12.h"
-#include "ox_cv/ox_impl_scale_elements.h"
+#include "ox_cv/ox_impl_rules.h"
 
 namespace ox {
 

@@ -1,6 +1,6 @@
-#include "ox_cv/ox_impl_backend_rules.h"
 #include "ox_cv/ox_impl_colour_routes.h"
 #include "ox_cv/ox_impl_planes.h"
+#include "ox_cv/ox_impl_rules.h"
 #include "simd/simd.h"
 
 namespace ox::impl {

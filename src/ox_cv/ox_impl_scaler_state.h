@@ -1,5 +1,6 @@
 /// @file
-/// The common parts of the scalers' private states: keeping tables, arming windows, walking rows.
+/// The common parts of the scalers' private states: elements of planes, keeping tables, arming
+/// windows, walking rows.
 
 #pragma once
 
@@ -8,10 +9,52 @@
 #include <cstdint>
 
 #include "ox_core/ox_impl_sizes.h"
-#include "ox_cv/ox_impl_scale_elements.h"
+#include "ox_cv/ox_impl_rules.h"
 #include "ox_cv/ox_impl_state.h"
+#include "rows/elements.h"
 
 namespace ox::impl {
+
+/// The element of a plane. It has no channels if the plane doesn't exist or the format isn't
+/// scalable. `FRAME_YUYV` is treated as 3-channel and `FRAME_UYVY` as 4-channel data, on purpose,
+/// whatever their packing is.
+constexpr rows::Element scaleElement(FrameFormat format, int plane) {
+    FormatFacts const& facts = factsOf(format);
+    if (!isScalable(format) || plane >= facts.plane_count) {
+        return {};
+    }
+    PlaneFacts const& plane_facts = facts.planes[static_cast<std::size_t>(plane)];
+    if (format == FRAME_YUYV) {
+        return {3, 8};
+    }
+    if (format == FRAME_UYVY) {
+        return {4, 8};
+    }
+    return {plane_facts.channels, plane_facts.bits};
+}
+
+/// Whether the rows of two layouts are alike.
+inline bool sameRows(FrameLayout const& a, FrameLayout const& b) {
+    return a.format == b.format && a.planeCount == b.planeCount &&
+           std::equal(a.plane, a.plane + a.planeCount, b.plane,
+                      [](FramePlane const& p, FramePlane const& q) {
+                          return p.width == q.width && p.rowBytes == q.rowBytes;
+                      });
+}
+
+/// Bytes of a source row that elements can lie in. Tables hold indices of 16 bits, so elements
+/// never reach beyond a limit. The limit is a multiple of every element's size, and keeps offsets
+/// in 32 bits however long a row claims to be.
+constexpr std::uint64_t reachedBytes(std::uint64_t row_bytes) {
+    constexpr std::uint64_t limit = std::uint64_t{12} << 16;
+    return std::min(row_bytes, limit);
+}
+
+/// Samples of a destination row that elements cover.
+inline std::int64_t coveredSamples(FramePlane const& dst, rows::Element element) {
+    return std::min(static_cast<std::int64_t>(dst.rowBytes) / (element.bits / 8),
+                    dst.width * std::int64_t{element.channels});
+}
 
 /// What a scaler's tables were built for. Tables are kept while the sides stay, on purpose also
 /// under another precision. After `renew` the precision must be the same too.

@@ -1,6 +1,6 @@
 #include "ox_cv/ox_row_index.h"
 
-#include "ox_cv/ox_impl_row_cursor.h"
+#include "ox_core/ox_impl_format_facts.h"
 
 namespace ox {
 

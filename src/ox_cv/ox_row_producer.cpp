@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "ox_cv/ox_impl_scale_elements.h"
+#include "ox_cv/ox_impl_rules.h"
 #include "ox_cv/ox_row_writer.h"
 
 namespace ox {

@@ -1,7 +1,7 @@
 #include "ox_cv/ox_row_reader.h"
 
+#include "ox_core/ox_impl_format_facts.h"
 #include "ox_core/ox_impl_place.h"
-#include "ox_cv/ox_impl_row_cursor.h"
 
 namespace ox {
 
@@ -15,8 +15,9 @@ void RowReader::reuse(Frame const& frame) {
     clear();
     if (!frame.initialized()) {
         // The text names the writer on purpose: callers match it.
-        impl::Place{"src/ox_cv/ox_row_reader"}.fail(StatusInputNotInitialized,
-                                                    impl::cursorNotInitialized);
+        impl::Place{"src/ox_cv/ox_row_reader"}.fail(
+            StatusInputNotInitialized,
+            "Failure in RowWriter::RowWriter(...) : frame is not initialized.");
     }
     FrameLayout const& layout = frame.layout();
     height = layout.size.height;

@@ -7,7 +7,6 @@
 #include "ox_core/ox_impl_place.h"
 #include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_passed_rows.h"
-#include "ox_cv/ox_impl_row_cursor.h"
 
 namespace ox {
 

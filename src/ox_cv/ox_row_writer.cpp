@@ -1,7 +1,7 @@
 #include "ox_cv/ox_row_writer.h"
 
+#include "ox_core/ox_impl_format_facts.h"
 #include "ox_core/ox_impl_place.h"
-#include "ox_cv/ox_impl_row_cursor.h"
 
 namespace ox {
 
@@ -15,8 +15,9 @@ void RowWriter::clear() {
 void RowWriter::reuse(Frame& frame) {
     clear();
     if (!frame.initialized()) {
-        impl::Place{"src/ox_cv/ox_row_writer"}.fail(StatusInputNotInitialized,
-                                                    impl::cursorNotInitialized);
+        impl::Place{"src/ox_cv/ox_row_writer"}.fail(
+            StatusInputNotInitialized,
+            "Failure in RowWriter::RowWriter(...) : frame is not initialized.");
     }
     rows = planes = RowData{};
     FrameLayout const& layout = frame.layout();

@@ -8,7 +8,6 @@
 #include "ox_cv/ox_impl_scale_tables.h"
 #include "ox_cv/ox_impl_scaler_state.h"
 #include "rows/blend/columns.h"
-#include "rows/blend/plain.h"
 
 namespace ox {
 

@@ -10,7 +10,6 @@
 #endif
 
 #include "vector/ops-inl.h"
-#include "vector/walk-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ox::vector::HWY_NAMESPACE {

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <array>
 
-#include "ox_cv/ox_impl_backend_rules.h"
 #include "ox_cv/ox_impl_colour_routes.h"
+#include "ox_cv/ox_impl_rules.h"
 
 namespace ox::test {
 

@@ -1,5 +1,5 @@
 #include "ox_cv/ox_impl_colour_routes.h"
-#include "ox_cv/ox_impl_backend_rules.h"
+#include "ox_cv/ox_impl_rules.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "simd/half_steps.h"
-#include "simd/kernels/base.h"
+#include "simd/kernels/routines.h"
 #include "simd/vector_targets.h"
 
 namespace ox::test {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "simd/kernels/neon.h"
+#include "simd/kernels/routines.h"
 #include "support/test_target.h"
 
 namespace ox::test {

@@ -5,7 +5,7 @@
 #include <iterator>
 
 #include "failure.h"
-#include "ox_cv/ox_impl_backend_rules.h"
+#include "ox_cv/ox_impl_rules.h"
 #include "parse.h"
 #include "vector_limits.h"
 

@@ -8,7 +8,7 @@
 #include "ox_core/ox_exception.h"
 #include "ox_core/ox_impl_format_facts.h"
 #include "ox_cv/ox_format_converter.h"
-#include "ox_cv/ox_impl_backend_rules.h"
+#include "ox_cv/ox_impl_rules.h"
 #include "parse.h"
 #include "vector_limits.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "ox_cv/ox_impl_backend_rules.h"
+#include "ox_cv/ox_impl_rules.h"
 
 namespace oxcv {
 

@@ -59,6 +59,9 @@ struct BlendRoutines {
     BlendRows* blend_rows;  ///< of bytes, any number of them
 };
 
+/// The plain loop for rows of bytes.
+BlendRows blendPlainRows;
+
 /// Enters the plain routines, which have no programs.
 void takePlainBlendRoutines(BlendRoutines& routines);
 

@@ -1,5 +1,6 @@
 /// @file
-/// The columns of bilinear scaling, and both directions of it.
+/// Bilinear scaling of rows: the arithmetic, which defines the bytes (16.16 weights, truncation, no
+/// rounding), the columns, and both directions.
 
 #pragma once
 
@@ -8,10 +9,26 @@
 #include <vector>
 
 #include "rows/blend/axis.h"
+#include "rows/coordinates.h"
 #include "rows/elements.h"
 #include "rows/pixels.h"
 
 namespace ox::rows {
+
+/// (b f + a (65536 - f)) >> 16: the weights sum to one, so the result never leaves the sample.
+template <class Sample>
+inline Sample blend(Sample a, Sample b, std::uint32_t weight) {
+    using Wide = Accumulator<Sample>;
+    Wide const one = coordinateOne;
+    return static_cast<Sample>((Wide{b} * weight + Wide{a} * (one - weight)) >> coordinateBits);
+}
+
+/// The two source elements of a destination element.
+inline PixelPair pixelPair(std::int32_t coordinate, std::int64_t src_width) {
+    std::int32_t const left = coordinate >> coordinateBits;
+    return {left, left < src_width - 1 ? left + 1 : left,
+            static_cast<std::uint16_t>(coordinate & coordinateMask)};
+}
 
 /// Vector code that blends the columns of a row of bytes.
 class ByteBlend {
@@ -49,6 +66,9 @@ class BlendColumns : public Columns<BlendColumns> {
     std::int32_t const* _table = nullptr;
     ByteBlend _bytes;
 };
+
+/// The routine for rows of such elements, whatever their number of channels.
+BlendRows* chooseBlendRows(Element element);
 
 /// Bilinear scaling in both directions. Columns are blended first, each to a truncated value; then
 /// two such rows are blended. The last two rows of blended columns are kept, because neighbouring

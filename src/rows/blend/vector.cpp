@@ -9,9 +9,8 @@
 
 #include <algorithm>
 
-#include "rows/blend/plain.h"
+#include "rows/blend/columns.h"
 #include "vector/ops-inl.h"
-#include "vector/walk-inl.h"
 #include "vector/windows.h"
 
 HWY_BEFORE_NAMESPACE();

@@ -8,7 +8,6 @@
 #include "rows/colour/formulas.h"
 #include "rows/colour/routines.h"
 #include "vector/ops-inl.h"
-#include "vector/walk-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ox::rows::HWY_NAMESPACE {

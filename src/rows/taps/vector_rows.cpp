@@ -7,7 +7,6 @@
 
 #include "rows/taps/axis.h"
 #include "vector/ops-inl.h"
-#include "vector/walk-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ox::rows::HWY_NAMESPACE {

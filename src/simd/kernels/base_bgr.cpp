@@ -1,7 +1,7 @@
 #include <cstring>
 
-#include "simd/kernels/base.h"
 #include "simd/kernels/formulas.h"
+#include "simd/kernels/routines.h"
 
 namespace Simd::Base {
 

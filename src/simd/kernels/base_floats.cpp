@@ -3,8 +3,8 @@
 #include <cstring>
 #include <limits>
 
-#include "simd/kernels/base.h"
 #include "simd/kernels/half.h"
+#include "simd/kernels/routines.h"
 
 namespace Simd::Base {
 

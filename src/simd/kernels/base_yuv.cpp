@@ -1,5 +1,5 @@
-#include "simd/kernels/base.h"
 #include "simd/kernels/formulas.h"
+#include "simd/kernels/routines.h"
 
 namespace Simd::Base {
 

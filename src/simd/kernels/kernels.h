@@ -6,8 +6,7 @@
 #include <tuple>
 #include <type_traits>
 
-#include "simd/kernels/base.h"
-#include "simd/kernels/neon.h"
+#include "simd/kernels/routines.h"
 
 namespace Simd {
 

@@ -5,9 +5,8 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "simd/kernels/base.h"
 #include "simd/kernels/formulas.h"
-#include "simd/kernels/neon.h"
+#include "simd/kernels/routines.h"
 #include "vector/channels-inl.h"
 
 HWY_BEFORE_NAMESPACE();

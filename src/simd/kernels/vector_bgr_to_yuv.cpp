@@ -5,11 +5,9 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "simd/kernels/base.h"
 #include "simd/kernels/formulas.h"
-#include "simd/kernels/neon.h"
+#include "simd/kernels/routines.h"
 #include "vector/ops-inl.h"
-#include "vector/walk-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Simd::Neon::HWY_NAMESPACE {

@@ -7,11 +7,8 @@
 
 #include <limits>
 
-#include "simd/kernels/base.h"
-#include "simd/kernels/neon.h"
-#include "simd/kernels/plain.h"
+#include "simd/kernels/routines.h"
 #include "vector/ops-inl.h"
-#include "vector/walk-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Simd::Neon::HWY_NAMESPACE {

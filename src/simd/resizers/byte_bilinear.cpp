@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "simd/kernels/neon.h"
+#include "simd/kernels/routines.h"
 #include "simd/resizers/bilinear_rows.h"
 
 namespace Simd {

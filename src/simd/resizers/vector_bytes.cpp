@@ -11,7 +11,6 @@
 #include "simd/resizers/resizer.h"
 #include "simd/resizers/routines.h"
 #include "vector/ops-inl.h"
-#include "vector/walk-inl.h"
 #include "vector/windows.h"
 
 HWY_BEFORE_NAMESPACE();

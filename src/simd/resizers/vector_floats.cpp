@@ -9,7 +9,6 @@
 
 #include "simd/resizers/routines.h"
 #include "vector/ops-inl.h"
-#include "vector/walk-inl.h"
 #include "vector/windows.h"
 
 HWY_BEFORE_NAMESPACE();

@@ -9,7 +9,6 @@
 
 #include "simd/warps/routines.h"
 #include "vector/ops-inl.h"
-#include "vector/walk-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Simd::Neon::HWY_NAMESPACE {

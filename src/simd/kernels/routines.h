@@ -1,12 +1,24 @@
 /// @file
-/// The vector routines, for every processor. They give the bytes of the scalar routines, with three
-/// exceptions. `FloatsToHalves` rounds to nearest, ties to even. `HalvesToFloats` quiets signalling
-/// NaNs. `ScaleFloatsToBytes` takes NaN for 0.
+/// The routines of the kernels: scalar ones, which define the results, vector ones for every
+/// processor, and plain loops with the results of the vector ones.
 
 #pragma once
 
 #include "simd/kernels/list.h"
 
+namespace Simd::Base {
+
+// `FloatsToHalves` truncates. `MultiplyFloats` gives what `AccumulateScaledFloats` makes of a copy
+// of `data` and zeros: products, with +0 for -0.
+#define OX_DECLARE(name, shape, ...) shape::Function name;
+OX_KERNELS(OX_DECLARE)
+#undef OX_DECLARE
+
+}  // namespace Simd::Base
+
+/// The vector routines give the bytes of the scalar ones, with three exceptions. `FloatsToHalves`
+/// rounds to nearest, ties to even. `HalvesToFloats` quiets signalling NaNs. `ScaleFloatsToBytes`
+/// takes NaN for 0.
 namespace Simd::Neon {
 
 /// Whether the vector routines are eligible. Always true in the library; tests switch it off.
@@ -45,3 +57,18 @@ OX_KERNELS(OX_ROUTINE)
 #undef OX_ROUTINE
 
 }  // namespace Simd::Neon
+
+/// For processors and builds without vector code, and for rows shorter than a register.
+namespace Simd::Plain {
+
+// Kernels that aren't declared here: their scalar routine has the vector routine's results.
+using namespace Base;
+
+/// NaN gives 0, whatever the range.
+FloatsToBytes::Function ScaleFloatsToBytes;
+FloatsToHalfBits::Function FloatsToHalves;
+HalfBitsToFloats::Function HalvesToFloats;
+
+Neon::Routines routines();
+
+}  // namespace Simd::Plain

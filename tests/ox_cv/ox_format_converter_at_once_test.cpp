@@ -1,6 +1,4 @@
 // Frames that are converted at once, against the same conversion row by row.
-#include "ox_cv/ox_impl_frame_conversion.h"
-
 #include <gtest/gtest.h>
 
 #include <array>

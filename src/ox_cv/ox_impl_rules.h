@@ -1,10 +1,11 @@
 /// @file
-/// What both backends demand of frames, and which operations each takes. No pixel is touched: the
-/// backends decide by these rules, and a caller can ask them beforehand.
+/// What operations demand of frames, and which formats each takes. No pixel is touched: backends
+/// and scalers decide by these rules, and a caller can ask them beforehand.
 
 #pragma once
 
 #include "ox_core/ox_frame.h"
+#include "ox_core/ox_impl_format_facts.h"
 #include "ox_core/ox_impl_place.h"
 #include "ox_cv/ox_cv_backend.h"
 
@@ -19,6 +20,23 @@ inline void requireCpu(Place here, Frame const& src, Frame const& dst) {
 /// A second handle on `frame`, narrowed to `roi` unless that is empty.
 inline Frame selectRegion(Frame frame, Rect roi) {
     return roi.empty() ? frame : getRegion(frame, roi);
+}
+
+/// Formats that a streaming scaler can compute with; the others can only be copied.
+constexpr bool isScalable(FrameFormat format) {
+    return factsOf(format).plane_count > 0 && format <= FRAME_C1_32U && format != FRAME_RGB24 &&
+           format != FRAME_RGB_PLANAR;
+}
+
+/// Area scaling also refuses 32-bit samples, after they have been written, on purpose.
+constexpr bool isScalableByArea(FrameFormat format) {
+    return isScalable(format) && format != FRAME_C1_32U;
+}
+
+/// Formats whose rows `ScalerAreaY` sums as one channel: only the first `width` bytes of a row are
+/// written, on purpose.
+constexpr bool hasShortAreaRows(FrameFormat format) {
+    return format == FRAME_UYVY || format == FRAME_C2_8U || format == FRAME_C4_8U;
 }
 
 /// Whether a new `FormatConverter` takes that pair of formats, in frames of two rows and more.

@@ -1,10 +1,12 @@
-#include "simd/kernels/plain.h"
+#include "simd/kernels/routines.h"
 
 #include <bit>
 #include <cmath>
 #include <cstring>
 
 #include "simd/kernels/half.h"
+#include "simd/simd_targets.h"
+#include "vector/dispatch.h"
 
 namespace Simd::Plain {
 
@@ -41,3 +43,40 @@ Neon::Routines routines() {
 }
 
 }  // namespace Simd::Plain
+
+namespace Simd::Neon {
+
+bool KernelsEnabled = true;
+
+namespace {
+
+Routines findRoutines() {
+    Routines best = Plain::routines();
+#ifdef OX_WITH_HIGHWAY
+    takeBgrRoutines(best);
+    takeBgrToYuvRoutines(best);
+    takeFloatRoutines(best);
+    takeYuvToBgrRoutines(best);
+#endif
+    return best;
+}
+
+}  // namespace
+
+Routines const& routines() {
+    return ox::vector::RoutineTable<Routines, findRoutines>::get();
+}
+
+std::vector<char const*> CompiledTargets() {
+    return ox::vector::compiledTargets();
+}
+
+std::vector<char const*> Targets() {
+    return ox::vector::targets();
+}
+
+void UseTarget(char const* name) {
+    ox::vector::useTarget(name);
+}
+
+}  // namespace Simd::Neon

@@ -1,8 +1,7 @@
-#include "ox_cv/ox_impl_backend_rules.h"
+#include "ox_cv/ox_impl_rules.h"
 
 #include "ox_cv/ox_impl_colour_routes.h"
 #include "ox_cv/ox_impl_format_converter.h"
-#include "ox_cv/ox_impl_scale_elements.h"
 #include "simd/simd.h"
 
 namespace ox::impl {
