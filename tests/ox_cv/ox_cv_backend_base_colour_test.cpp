@@ -1,9 +1,12 @@
 // Colour conversion by the pipeline backend.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "ox_cv/backend_frames.h"
 #include "ox_cv/ox_cv_backend_base.h"
 #include "ox_cv/ox_cv_helpers.h"
+#include "ox_cv/ox_impl_direct_nv12.h"
 #include "support/exceptions.h"
 
 namespace ox::test {
@@ -156,6 +159,26 @@ TEST(CvBackendBaseColour, DirectCallStepsOverChromaByLumasStride) {
     upper.resize(27);
     lower.resize(27);
     EXPECT_EQ(rowsOf(dst.frame()), (Rows{upper, upper, lower, lower}));
+}
+
+// The second chroma row that the direct call would read starts at a row's start and the stride's
+// surplus, and has 8 bytes.
+TEST(CvBackendBaseColour, DirectCallStaysInChromaRowsToTheByte) {
+    auto const isInside = [](std::int64_t luma_stride, std::int64_t chroma_stride) {
+        std::vector<unsigned char> luma(static_cast<std::size_t>(4 * luma_stride));
+        std::vector<unsigned char> chroma(static_cast<std::size_t>(2 * chroma_stride));
+        FrameLayout layout(FRAME_NV12, {8, 4}, 1);
+        layout.plane[0].stride = luma_stride;
+        layout.plane[1].stride = chroma_stride;
+        unsigned char* const planes[] = {luma.data(), chroma.data()};
+        return impl::readsInsideChroma(Frame::wrap(layout, planes));
+    };
+    EXPECT_TRUE(isInside(16, 16));
+    EXPECT_FALSE(isInside(17, 16));
+    EXPECT_FALSE(isInside(24, 16));
+    EXPECT_TRUE(isInside(8, 8));
+    EXPECT_FALSE(isInside(9, 8));  // rows follow one another, but these are the last
+    EXPECT_FALSE(isInside(32, 16));
 }
 
 TEST(CvBackendBaseColour, UnsupportedPairsPass) {
