@@ -15,13 +15,17 @@ namespace ox {
 /// The element types that the library works with; other values are passed on.
 enum TensorDataType : std::uint32_t {
     TENSOR_DATA_TYPE_NONE = 0,
+    TENSOR_UINT_8 = 1,
+    TENSOR_INT_8 = 2,
     TENSOR_FLOAT_16 = 3,
     TENSOR_FLOAT_32 = 5,
 };
 
-/// Meaning of the dimensions; only passed on.
+/// Meaning of the dimensions. Tensors pass it on; `FrameToTensor` goes by it.
 enum TensorFormat : std::uint32_t {
     TENSOR_FORMAT_NONE = 0,
+    TENSOR_FORMAT_NCHW = 1,  ///< pictures, channels, rows, columns
+    TENSOR_FORMAT_NHWC = 2,  ///< pictures, rows, columns, channels
 };
 
 /// Order of colour channels; only ever given as 0.

@@ -10,6 +10,7 @@
 #include "ox_cv/ox_cv_backend_simd.h"
 #include "ox_cv/ox_cv_helpers.h"
 #include "ox_cv/ox_format_converter.h"
+#include "ox_cv/ox_frame_to_tensor.h"
 #include "ox_cv/ox_packed_422_resizer.h"
 #include "ox_cv/ox_row_copier.h"
 #include "ox_cv/ox_row_index.h"

@@ -15,6 +15,7 @@ Routines plainRoutines() {
     plain.colour = plainColour;
     takePlainBlendRoutines(plain.blend);
     takePlainTapRoutines(plain.taps);
+    plain.tensor = plainTensor;
     return plain;
 }
 

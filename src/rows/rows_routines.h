@@ -6,6 +6,7 @@
 #include "rows/blend/axis.h"
 #include "rows/colour/routines.h"
 #include "rows/taps/axis.h"
+#include "rows/tensor/routines.h"
 #include "vector/gather.h"
 
 namespace ox::rows {
@@ -15,6 +16,7 @@ struct Routines {
     ColourRoutines colour;
     BlendRoutines blend;
     TapRoutines taps;
+    TensorRoutines tensor;
     vector::GatherRoutines gather;
 };
 
