@@ -55,6 +55,13 @@ struct Turn {
     double p = 0.0;
     double q = 0.0;
     double s = 0.0;
+    double t = 0.0;
+
+    /// Whether {p, q} is more than what roundings leave where nothing is to be turned.
+    bool exists() const {
+        constexpr double least = 1e-20;
+        return p * p + q * q > least * s * t;
+    }
 };
 
 Turn turnOf(Points from, Point from_mean, Points to, Point to_mean, std::int32_t count) {
@@ -65,6 +72,7 @@ Turn turnOf(Points from, Point from_mean, Points to, Point to_mean, std::int32_t
         double const u = double{to[i][0]} - to_mean.x;
         double const v = double{to[i][1]} - to_mean.y;
         turn.s += x * x + y * y;
+        turn.t += u * u + v * v;
         turn.p += x * u + y * v;
         turn.q += x * v - y * u;
     }
@@ -92,14 +100,13 @@ void fitSimilarity(float const (*from)[2], float const (*to)[2], std::int32_t co
                             static_cast<float>(n.x - (a * m.x - b * m.y))},
                            {static_cast<float>(b), static_cast<float>(a),
                             static_cast<float>(n.y - (b * m.x + a * m.y))}};
-    bool const turns = rows[0][0] != 0.0F || rows[1][0] != 0.0F;
     bool is_finite = true;
     for (auto const& row : rows) {
         for (float const number : row) {
             is_finite = is_finite && std::isfinite(number);
         }
     }
-    check(turns && is_finite, StatusInvalidParameter, "to", "has no similarity to 'from'");
+    check(turn.exists() && is_finite, StatusInvalidParameter, "to", "has no similarity to 'from'");
     for (int i = 0; i < 2; ++i) {
         for (int k = 0; k < 3; ++k) {
             matrix[i][k] = rows[i][k];

@@ -259,8 +259,9 @@ class OX_API FrameToTensor {
 /// @param matrix receives two rows of three numbers
 /// @throws Exception `StatusNullPointer` for null; `StatusInvalidParameter` for fewer than two
 ///         points, for points that aren't finite, where all points of `from` or all of `to` are the
-///         same, and where the scale comes out as 0 (of a square and its mirror image, say) or a
-///         number as infinite. `matrix` is untouched then
+///         same, where no turn is better than another (p * p + q * q is at most 1e-20 * s * t, with
+///         t the sum of u * u + v * v, as for a square and its mirror image), and where a number
+///         comes out as infinite. `matrix` is untouched then
 OX_API void fitSimilarity(float const (*from)[2], float const (*to)[2], std::int32_t count,
                           float (*matrix)[3]);
 

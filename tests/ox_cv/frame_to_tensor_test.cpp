@@ -109,6 +109,11 @@ class Picture {
         return bytes;
     }
 
+    bool isUntouched() const {
+        return std::count(data(), data() + _memory->size(), gapByte) ==
+               static_cast<std::ptrdiff_t>(_memory->size());
+    }
+
     std::int64_t row_stride = 0;
     std::int64_t channel_stride = 0;
 
@@ -149,6 +154,7 @@ void compareWithChain(TensorRecipe const& recipe, Frame const& src, Rect region,
     });
     ASSERT_EQ(failure, refused);
     if (!refused.empty()) {
+        EXPECT_TRUE(picture.isUntouched());
         return;
     }
     EXPECT_EQ(mapping.source, expected.source);
