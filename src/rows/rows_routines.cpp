@@ -28,6 +28,8 @@ Routines findRoutines() {
     takeBlendRoutines(found.blend);
     takeTapColumnRoutines(found.taps);
     takeTapRowRoutines(found.taps);
+    takeMatrixRoutines(found.tensor);
+    takeNumberRoutines(found.tensor);
     vector::takeGatherRoutines(found.gather);
 #endif
     return found;

@@ -7,6 +7,7 @@
 
 #include "rows/colour/formulas.h"
 #include "rows/colour/routines.h"
+#include "rows/colour/yuv_blocks-inl.h"
 #include "vector/ops-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -131,48 +132,15 @@ HWY_INLINE void storeBlock(std::uint8_t* dst, V8 y, ChromaTerms const& even,
 
 using Row = YuvSamples<std::uint8_t const>;
 
-HWY_INLINE void storeSharedBlock(std::uint8_t* dst, V8 y, V16 u, V16 v) {
-    ChromaTerms const terms = chromaTerms(u, v);
-    storeBlock(dst, y, terms, terms);
-}
-
-template <YuvLayout layout>
-HWY_INLINE ThreeChannels loadFullBlock(Row src, std::size_t x) {
-    if constexpr (layout == YuvLayout::PackedYuv) {
-        return LoadThree(src.y + 3 * x);
-    } else {
-        Tag8 const d;
-        return {hn::LoadU(d, src.y + x), hn::LoadU(d, src.u + x), hn::LoadU(d, src.v + x)};
-    }
-}
-
 /// Converts the block of pixels at x.
 template <YuvLayout layout>
 HWY_INLINE void convertBlock(Row src, std::size_t x, std::uint8_t* dst) {
-    using enum YuvLayout;
-    Tag8 const d;
-    if constexpr (layout == HalfPlanes) {
-        HalfTag8 const half;
-        storeSharedBlock(dst, hn::LoadU(d, src.y + x),
-                         hn::PromoteTo(TagS16(), hn::LoadU(half, src.u + x / 2)),
-                         hn::PromoteTo(TagS16(), hn::LoadU(half, src.v + x / 2)));
-    } else if constexpr (layout == PairsUv || layout == PairsVu) {
-        constexpr bool u_first = layout == PairsUv;
-        V8 const pairs = hn::LoadU(d, (u_first ? src.u : src.v) + x);
-        V16 const even = EvenBytes(pairs);
-        V16 const odd = OddBytes(pairs);
-        storeSharedBlock(dst, hn::LoadU(d, src.y + x), u_first ? even : odd, u_first ? odd : even);
-    } else if constexpr (layout == PackedYuyv || layout == PackedUyvy) {
-        constexpr bool y_first = layout == PackedYuyv;
-        V8 even;
-        V8 odd;
-        hn::LoadInterleaved2(d, (y_first ? src.y : src.u) + 2 * x, even, odd);
-        V8 const pairs = y_first ? odd : even;
-        storeSharedBlock(dst, y_first ? even : odd, EvenBytes(pairs), OddBytes(pairs));
+    YuvBlock const block = loadYuvBlock<layout>(src, x);
+    ChromaTerms const even = chromaTerms(block.u_even, block.v_even);
+    if constexpr (sharesChroma(layout)) {
+        storeBlock(dst, block.y, even, even);
     } else {
-        ThreeChannels const v = loadFullBlock<layout>(src, x);
-        storeBlock(dst, v.c0, chromaTerms(EvenBytes(v.c1), EvenBytes(v.c2)),
-                   chromaTerms(OddBytes(v.c1), OddBytes(v.c2)));
+        storeBlock(dst, block.y, even, chromaTerms(block.u_odd, block.v_odd));
     }
 }
 

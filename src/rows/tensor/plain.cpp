@@ -94,6 +94,11 @@ void ChannelNumbers::fill(Number number) {
                                               is_signed ? 127.0F : 255.0F));
         }
     }
+    shift = elements[0];
+    shifts = bytesOf(number) == 1;
+    for (std::size_t i = 0; i < 256; ++i) {
+        shifts = shifts && elements[i] == static_cast<Byte>(i + shift);
+    }
 }
 
 constinit TensorRoutines const plainTensor{

@@ -45,6 +45,8 @@ struct ChannelNumbers {
     float scale = 1.0F;
     float quant_scale = 1.0F;  ///< of bytes, as `zero_point`
     float zero_point = 0.0F;
+    bool shifts = false;  ///< whether elements are bytes, each `shift` above its own, modulo 256
+    std::uint8_t shift = 0;
     /// The element of each byte. Elements lie side by side in it.
     alignas(64) std::array<std::uint8_t, 256 * sizeof(float)> elements{};
 
@@ -74,7 +76,8 @@ struct TensorRoutines {
 /// The loops that define the bytes; vector routines hand short rows and last pixels to them.
 extern TensorRoutines const plainTensor;
 
-/// Enters the vector routines for the instruction set in use, if it has any.
-void takeTensorRoutines(TensorRoutines& routines);
+// Each enters the vector routines of one source, for the instruction set in use, if it has any.
+void takeMatrixRoutines(TensorRoutines& routines);
+void takeNumberRoutines(TensorRoutines& routines);
 
 }  // namespace ox::rows
