@@ -13,7 +13,8 @@ namespace ox::test {
 
 namespace {
 
-static_assert(TENSOR_FLOAT_16 == 3 && TENSOR_FLOAT_32 == 5);
+static_assert(TENSOR_UINT_8 == 1 && TENSOR_INT_8 == 2 && TENSOR_FLOAT_16 == 3 &&
+              TENSOR_FLOAT_32 == 5 && TENSOR_FORMAT_NCHW == 1 && TENSOR_FORMAT_NHWC == 2);
 static_assert(TENSOR_FORMAT_NONE == 0 && TENSOR_CHANNEL_ORDER_NONE == 0);
 static_assert(sizeof(TensorDataType) == 4 && sizeof(TensorFormat) == 4 &&
               sizeof(TensorChannelOrder) == 4);

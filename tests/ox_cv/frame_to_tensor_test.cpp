@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -291,100 +292,6 @@ INSTANTIATE_TEST_SUITE_P(FrameToTensor, OfFormat, testing::ValuesIn(sources()),
                          [](auto const& parameter) {
                              return std::string(toString(parameter.param));
                          });
-
-// Each picture of a batch goes to its own place, whatever the tensor's strides.
-TEST(FrameToTensor, FillsOnePictureOfABatch) {
-    Random random;
-    TestFrame const src(FRAME_NV12, {20, 12}, random);
-    for (TensorFormat const layout : layouts) {
-        TensorRecipe recipe = recipeOf({9, 7});
-        recipe.layout = layout;
-        recipe.element = TENSOR_FLOAT_16;
-        FrameToTensor object;
-        object.reuse(recipe);
-        TensorSize const size = object.layout(3).size();
-        TensorSize const strides = layout == TENSOR_FORMAT_NCHW ? TensorSize{4, {600, 180, 24, 2}}
-                                                                : TensorSize{4, {500, 60, 6, 2}};
-        TensorLayout const padded(TENSOR_FLOAT_16, layout, size, strides,
-                                  TENSOR_CHANNEL_ORDER_NONE);
-        for (TensorLayout const& wanted : {object.layout(3), padded}) {
-            Tensor dst;
-            dst.reuse(wanted, DeviceContext());
-            std::size_t const total = wanted.totalBytes();
-            std::memset(dst.data(), 0x6B, total);
-            object.run(src.frame(), {}, dst, 1);
-            std::int64_t const start = wanted.strides().values[0];
-            bool const planes = layout == TENSOR_FORMAT_NCHW;
-            std::vector<std::uint8_t> expected(total, 0x6B);
-            object.run(src.frame(), {}, expected.data() + start,
-                       wanted.strides().values[planes ? 2 : 1], wanted.strides().values[1]);
-            EXPECT_TRUE(std::equal(expected.begin(), expected.end(), dst.data()));
-        }
-    }
-}
-
-TEST(FrameToTensor, TakesPlanesWhoseRowsTakeTurns) {
-    Random random;
-    TestFrame const src(FRAME_BGR24, {6, 4}, random);
-    TensorRecipe recipe = recipeOf({6, 4});
-    recipe.element = TENSOR_UINT_8;
-    recipe.colour = TENSOR_COLOUR_BGR;
-    subject().reuse(recipe);
-    std::vector<std::uint8_t> picture(std::size_t{3} * 6 * 4);
-    subject().run(src.frame(), {}, picture.data(), 18, 6);
-    for (int y = 0; y < 4; ++y) {
-        for (int x = 0; x < 6; ++x) {
-            for (int c = 0; c < 3; ++c) {
-                EXPECT_EQ(picture[static_cast<std::size_t>(18 * y + 6 * c + x)],
-                          src.row(0, y)[3 * x + c]);
-            }
-        }
-    }
-}
-
-// Numbers by hand: halves are rounded to even, also when there are fewer than four of them.
-TEST(FrameToTensor, RoundsHalvesToNearest) {
-    TestFrame src(FRAME_GRAY8, {3, 1});
-    fill(src.frame(), 0, {{1, 3, 255}});
-    TensorRecipe recipe = recipeOf({3, 1});
-    recipe.colour = TENSOR_COLOUR_GRAY;
-    recipe.element = TENSOR_FLOAT_16;
-    recipe.mean[0] = -2048.0F;  // 2049 lies between 2048 and 2050, 2051 between 2050 and 2052
-    subject().reuse(recipe);
-    std::uint16_t halves[3];
-    subject().run(src.frame(), {}, halves, 6, 0);
-    EXPECT_EQ(halves[0], 0x6800);  // 2048
-    EXPECT_EQ(halves[1], 0x6802);  // 2052
-    EXPECT_EQ(halves[2], 0x6880);  // 2303 between 2302 and 2304
-    recipe.mean[0] = 0.0F;
-    recipe.scale[0] = 257.0F;  // 257, 771, 65535, which is beyond 65520
-    subject().reuse(recipe);
-    subject().run(src.frame(), {}, halves, 6, 0);
-    EXPECT_EQ(halves[0], 0x5C04);
-    EXPECT_EQ(halves[1], 0x6206);
-    EXPECT_EQ(halves[2], 0x7C00);
-}
-
-TEST(FrameToTensor, QuantisesByHand) {
-    TestFrame src(FRAME_GRAY8, {4, 1});
-    fill(src.frame(), 0, {{0, 1, 3, 255}});
-    TensorRecipe recipe = recipeOf({4, 1});
-    recipe.colour = TENSOR_COLOUR_GRAY;
-    recipe.element = TENSOR_INT_8;
-    recipe.quantScale = 2.0F;
-    recipe.zeroPoint = -3;
-    subject().reuse(recipe);
-    std::int8_t numbers[4];
-    subject().run(src.frame(), {}, numbers, 4, 0);
-    EXPECT_EQ(numbers[0], -3);
-    EXPECT_EQ(numbers[1], -3);   // 0.5 to 0
-    EXPECT_EQ(numbers[2], -1);   // 1.5 to 2
-    EXPECT_EQ(numbers[3], 125);  // 127.5 to 128
-    recipe.zeroPoint = 0;
-    subject().reuse(recipe);
-    subject().run(src.frame(), {}, numbers, 4, 0);
-    EXPECT_EQ(numbers[3], 127);
-}
 
 }  // namespace
 
