@@ -94,14 +94,11 @@ void FrameToTensor::State::arm(Frame const& src, PictureMapping const& mapping) 
 
 void FrameToTensor::State::write(Rect inner, impl::TensorRows rows) {
     bool const swaps = (recipe.colour == TENSOR_COLOUR_RGB) != source.isRedFirst();
-    std::int32_t const bottom = inner.y + inner.height;
-    for (std::int32_t y = 0; y < recipe.height; ++y, rows.next()) {
-        if (y < inner.y || y >= bottom) {
-            rows.writeBars(0, recipe.width);
-        } else {
-            writeRow(inner, rows, swaps);
-        }
+    rows.writeBarRows(inner.y);
+    for (std::int32_t y = 0; y < inner.height; ++y, rows.next()) {
+        writeRow(inner, rows, swaps);
     }
+    rows.writeBarRows(recipe.height - inner.y - inner.height);
 }
 
 /// @param swaps whether the last channel of the source's rows is the tensor's first

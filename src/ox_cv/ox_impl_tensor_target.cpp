@@ -81,6 +81,24 @@ bool areRowsTight(TensorLayout const& layout, TensorLayout const& wanted) {
                       wanted.strides().values + first);
 }
 
+/// Fills memory with a pixel. What is copied stays short, so that it is read from the first cache.
+void repeatPixel(std::uint8_t const* pixel, std::size_t pixel_bytes, std::uint8_t* dst,
+                 std::size_t bytes) {
+    constexpr std::size_t most_bytes = 4096;
+    if (std::count(pixel, pixel + pixel_bytes, *pixel) ==
+        static_cast<std::ptrdiff_t>(pixel_bytes)) {
+        std::memset(dst, *pixel, bytes);
+        return;
+    }
+    std::memcpy(dst, pixel, std::min(pixel_bytes, bytes));
+    std::size_t const most = most_bytes / pixel_bytes * pixel_bytes;
+    for (std::size_t done = pixel_bytes; done < bytes;) {
+        std::size_t const count = std::min({done, bytes - done, most});
+        std::memcpy(dst + done, dst, count);
+        done += count;
+    }
+}
+
 }  // namespace
 
 TensorPlace placeIn(TensorRecipe const& recipe, Tensor const& tensor, std::int32_t index) {
@@ -131,7 +149,7 @@ TensorPlace placeAt(TensorRecipe const& recipe, void* first, std::int64_t row_st
 
 TensorRows::TensorRows(TensorRecipe const& recipe, TensorPlace const& place,
                        std::array<rows::ChannelNumbers, 3> const& channels)
-    : _planes(hasPlanes(recipe) ? 3 : 1), _row_stride(place.row_stride) {
+    : _width(recipe.width), _planes(hasPlanes(recipe) ? 3 : 1), _row_stride(place.row_stride) {
     std::size_t const bytes = rows::bytesOf(numberOf(recipe));
     auto const count = static_cast<std::size_t>(channelsOf(recipe));
     _pixel_bytes = bytes * count / _planes;
@@ -148,16 +166,27 @@ TensorRows::TensorRows(TensorRecipe const& recipe, TensorPlace const& place,
 }
 
 void TensorRows::writeBars(std::int32_t from, std::int32_t to) const {
-    if (from >= to) {
-        return;
-    }
-    std::size_t const bytes = static_cast<std::size_t>(to - from) * _pixel_bytes;
+    auto const count = static_cast<std::size_t>(std::max(to - from, 0));
     for (std::size_t p = 0; p < _planes; ++p) {
         std::uint8_t* const first = _row[p] + static_cast<std::size_t>(from) * _pixel_bytes;
-        std::memcpy(first, _bars[p].data(), _pixel_bytes);
-        for (std::size_t done = _pixel_bytes; done < bytes; done *= 2) {
-            std::memcpy(first + done, first, std::min(done, bytes - done));
+        repeatPixel(_bars[p].data(), _pixel_bytes, first, count * _pixel_bytes);
+    }
+}
+
+void TensorRows::writeBarRows(std::int32_t count) {
+    std::size_t const row_bytes = static_cast<std::size_t>(_width) * _pixel_bytes;
+    if (_row_stride != static_cast<std::int64_t>(row_bytes)) {
+        for (; count > 0; --count, next()) {
+            writeBars(0, _width);
         }
+        return;
+    }
+    for (std::size_t p = 0; p < _row.size(); ++p) {
+        std::size_t const bytes = static_cast<std::size_t>(count) * row_bytes;
+        if (p < _planes) {
+            repeatPixel(_bars[p].data(), _pixel_bytes, _row[p], bytes);
+        }
+        _row[p] += bytes;
     }
 }
 

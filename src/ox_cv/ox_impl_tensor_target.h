@@ -36,11 +36,14 @@ class TensorRows {
 
     /// Writes bars from pixel `from` of the row up to pixel `to`.
     void writeBars(std::int32_t from, std::int32_t to) const;
+    /// Writes whole rows of bars and moves on behind them.
+    void writeBarRows(std::int32_t count);
     /// The row's element of each plane at a pixel; planes that don't exist repeat the last one.
     std::array<std::uint8_t*, 3> at(std::int32_t pixel) const;
     void next();
 
   private:
+    std::int32_t _width;
     std::size_t _planes;
     std::size_t _pixel_bytes;  ///< in each plane
     std::int64_t _row_stride;

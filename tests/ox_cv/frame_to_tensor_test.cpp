@@ -197,7 +197,7 @@ class OfFormat : public testing::TestWithParam<FrameFormat> {
 };
 
 TEST_P(OfFormat, SmallSizes) {
-    int const most = emulated() ? 4 : 9;
+    int const most = emulated() ? 3 : 9;
     for (TensorFit const fit : fits) {
         for (int i = 0; i < 4 * most * most; ++i) {
             Size const src{random.between(1, most), random.between(1, most)};
@@ -211,7 +211,7 @@ TEST_P(OfFormat, SmallSizes) {
 }
 
 TEST_P(OfFormat, LargerSizes) {
-    for (int i = 0; i < (emulated() ? 2 : 25); ++i) {
+    for (int i = 0; i < (emulated() ? 1 : 12); ++i) {
         Size const src{random.between(20, 260), random.between(10, 60)};
         Size const dst{random.between(1, 220), random.between(1, 50)};
         for (TensorFit const fit : fits) {
