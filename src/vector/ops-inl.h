@@ -35,6 +35,7 @@
 /// | `LoadPeriods`, `StorePeriods` | periods that overlap by a byte in memory; the later one wins |
 /// | `AddByteProducts` | adds products of four unsigned and signed bytes; only AVX3_DL has this and: |
 /// | `PermuteTwo` | the lanes at the given places of two registers |
+/// | `LoadAll`, `LookUp` | 256 bytes as `AllBytes`, and the bytes at the given places of them |
 
 // clang-format on
 

@@ -20,6 +20,23 @@ HWY_INLINE VF PermuteTwo(VF lower, VF upper, V32 places) {
     return VF{_mm512_permutex2var_ps(lower.raw, places.raw, upper.raw)};
 }
 
+/// A byte for each byte.
+struct AllBytes {
+    V8 quarter[4];
+};
+
+HWY_INLINE AllBytes LoadAll(std::uint8_t const* p) {
+    Tag8 const d;
+    return {{hn::LoadU(d, p), hn::LoadU(d, p + 64), hn::LoadU(d, p + 128), hn::LoadU(d, p + 192)}};
+}
+
+HWY_INLINE V8 LookUp(AllBytes const& all, V8 places) {
+    V8 const* const q = all.quarter;
+    __m512i const lower = _mm512_permutex2var_epi8(q[0].raw, places.raw, q[1].raw);
+    __m512i const upper = _mm512_permutex2var_epi8(q[2].raw, places.raw, q[3].raw);
+    return V8{_mm512_mask_blend_epi8(_mm512_movepi8_mask(places.raw), lower, upper)};
+}
+
 template <int residue>
 HWY_INLINE V8 BlendResidue(V8 a, V8 b) {
     return V8{_mm512_mask_blend_epi8(0x9249249249249249U << residue, a.raw, b.raw)};

@@ -140,53 +140,87 @@ void normalisePacked(Byte const* row, std::size_t pixels, PixelNumbers const& ch
     });
 }
 
-// Bytes that are only moved by a constant, if at all, need no floats. Others are looked up.
+// Bytes that are only moved by a constant, if at all, are so in registers. Others are looked up: by
+// AVX3_DL in registers, elsewhere by the plain routine.
 
-bool allShift(PixelNumbers const& channels) {
-    return channels[0]->shifts && channels[1]->shifts && channels[2]->shifts;
-}
+struct Shifts {
+    V8 shift;
 
-HWY_INLINE V8 shiftOf(ChannelNumbers const* channel) {
-    return hn::Set(Tag8(), channel->shift);
-}
+    explicit HWY_INLINE Shifts(ChannelNumbers const* channel)
+        : shift(hn::Set(Tag8(), channel->shift)) {}
+    HWY_INLINE V8 operator()(V8 v) const { return hn::Add(v, shift); }
+};
 
-void shiftOne(Byte const* row, std::size_t pixels, PixelNumbers const& channels, Byte* const* dst) {
-    if (pixels < blockBytes || !channels[0]->shifts) {
-        return plainTensor.normalise[indexOf(Number::Byte)][indexOf(Channels::One)](row, pixels,
-                                                                                    channels, dst);
-    }
-    V8 const shift = shiftOf(channels[0]);
+#if HWY_TARGET == HWY_AVX3_DL
+
+struct LookUps {
+    AllBytes elements;
+
+    explicit HWY_INLINE LookUps(ChannelNumbers const* channel)
+        : elements(LoadAll(channel->elements.data())) {}
+    HWY_INLINE V8 operator()(V8 v) const { return LookUp(elements, v); }
+};
+
+#endif
+
+template <class Convert>
+HWY_INLINE void convertOne(Byte const* row, std::size_t pixels, PixelNumbers const& channels,
+                           Byte* const* dst) {
+    Convert const convert(channels[0]);
     Byte* const to = dst[0];
     walkShortBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
-        hn::StoreU(hn::Add(hn::LoadU(Tag8(), row + x), shift), Tag8(), to + x);
+        hn::StoreU(convert(hn::LoadU(Tag8(), row + x)), Tag8(), to + x);
     });
 }
 
-template <Channels order>
-void shiftThree(Byte const* row, std::size_t pixels, PixelNumbers const& channels,
-                Byte* const* dst) {
-    if (pixels < blockBytes || !allShift(channels)) {
-        return plainTensor.normalise[indexOf(Number::Byte)][indexOf(order)](row, pixels, channels,
-                                                                            dst);
-    }
-    ThreeChannels const shift{shiftOf(channels[0]), shiftOf(channels[1]), shiftOf(channels[2])};
+template <Channels order, class Convert>
+HWY_INLINE void convertThree(Byte const* row, std::size_t pixels, PixelNumbers const& channels,
+                             Byte* const* dst) {
+    Convert const first(channels[0]);
+    Convert const second(channels[1]);
+    Convert const third(channels[2]);
     std::array<Byte*, 3> const to{dst[0], dst[1], dst[2]};
     walkBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
         Tag8 const d;
-        ThreeChannels const v = LoadThree(row + 3 * x);
-        V8 const c0 = hn::Add(v.c0, shift.c0);
-        V8 const c1 = hn::Add(v.c1, shift.c1);
-        V8 const c2 = hn::Add(v.c2, shift.c2);
+        ThreeChannels const bytes = LoadThree(row + 3 * x);
+        ThreeChannels const v{first(bytes.c0), second(bytes.c1), third(bytes.c2)};
         if constexpr (order == Channels::Planes) {
-            hn::StoreU(c0, d, to[0] + x);
-            hn::StoreU(c1, d, to[1] + x);
-            hn::StoreU(c2, d, to[2] + x);
+            hn::StoreU(v.c0, d, to[0] + x);
+            hn::StoreU(v.c1, d, to[1] + x);
+            hn::StoreU(v.c2, d, to[2] + x);
         } else if constexpr (order == Channels::Packed) {
-            StoreThree(to[0] + 3 * x, {c0, c1, c2});
+            StoreThree(to[0] + 3 * x, v);
         } else {
-            StoreThree(to[0] + 3 * x, {c2, c1, c0});
+            StoreThree(to[0] + 3 * x, {v.c2, v.c1, v.c0});
         }
     });
+}
+
+template <Channels order, class Convert>
+HWY_INLINE void convertBlocks(Byte const* row, std::size_t pixels, PixelNumbers const& channels,
+                              Byte* const* dst) {
+    if constexpr (order == Channels::One) {
+        convertOne<Convert>(row, pixels, channels, dst);
+    } else {
+        convertThree<order, Convert>(row, pixels, channels, dst);
+    }
+}
+
+template <Channels order>
+void normaliseBytes(Byte const* row, std::size_t pixels, PixelNumbers const& channels,
+                    Byte* const* dst) {
+    bool const shift = order == Channels::One
+                           ? channels[0]->shifts
+                           : channels[0]->shifts && channels[1]->shifts && channels[2]->shifts;
+    if (pixels >= blockBytes && shift) {
+        return convertBlocks<order, Shifts>(row, pixels, channels, dst);
+    }
+#if HWY_TARGET == HWY_AVX3_DL
+    if (pixels >= blockBytes) {
+        return convertBlocks<order, LookUps>(row, pixels, channels, dst);
+    }
+#endif
+    plainTensor.normalise[indexOf(Number::Byte)][indexOf(order)](row, pixels, channels, dst);
 }
 
 #endif
@@ -201,8 +235,8 @@ void takeRoutines([[maybe_unused]] TensorRoutines& routines) {
     normalise[indexOf(Number::Half)] = {normaliseOne<Number::Half>, normalisePlanes<Number::Half>,
                                         normalisePacked<Number::Half, false>,
                                         normalisePacked<Number::Half, true>};
-    normalise[indexOf(Number::Byte)] = {shiftOne, shiftThree<Planes>, shiftThree<Packed>,
-                                        shiftThree<Swapped>};
+    normalise[indexOf(Number::Byte)] = {normaliseBytes<One>, normaliseBytes<Planes>,
+                                        normaliseBytes<Packed>, normaliseBytes<Swapped>};
     normalise[indexOf(Number::SignedByte)] = normalise[indexOf(Number::Byte)];
 #endif
 }
