@@ -36,6 +36,8 @@ std::optional<double> pipelineLimitOf(Family family) {
             return 1.00;
         case Family::Copy:
             return 1.30;
+        case Family::Camera:
+            return 0.35;
         case Family::Bilinear:
         case Family::Nearest:
             return 0.80;

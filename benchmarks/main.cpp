@@ -76,6 +76,10 @@ std::map<std::string, Family> addAll() {
             add(operation, label);
         }
     }
+    // A usual size of cameras, for what people do with their frames.
+    for (Operation const& operation : cameraOperations({1280, 720})) {
+        add(operation, "1280x720");
+    }
     return families;
 }
 

@@ -8,7 +8,7 @@ namespace ox::benchmarks {
 std::vector<Operation> allOperations(Size size) {
     std::vector<Operation> all;
     for (auto const& operations : {colourOperations, floatOperations, resampleOperations,
-                                   convolutionOperations, tensorOperations}) {
+                                   convolutionOperations, tensorOperations, cameraOperations}) {
         std::vector<Operation> some = operations(size);
         std::move(some.begin(), some.end(), std::back_inserter(all));
     }

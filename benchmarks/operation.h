@@ -22,7 +22,8 @@ enum class Family {
     Area,
     Warp,
     Convolution,
-    Tensor
+    Tensor,
+    Camera
 };
 
 /// One of the library's own ways. Everything that can be set up before is.
@@ -57,6 +58,9 @@ std::vector<Operation> resampleOperations(Size size);
 std::vector<Operation> convolutionOperations(Size size);
 /// Frames of the size made into what networks take.
 std::vector<Operation> tensorOperations(Size size);
+
+/// Camera frames of the size made into tensors by `FrameToTensor`.
+std::vector<Operation> cameraOperations(Size size);
 
 std::vector<Operation> allOperations(Size size);
 
