@@ -166,6 +166,7 @@ TEST(FrameToTensorModel, Halves) {
         {65519.996F, 0x7BFF},
         {65520.0F, 0x7C00},
         {-65536.0F, 0xFC00},
+        {70000.0F, 0x7C00},
         {3e38F, 0x7C00},
         {INFINITY, 0x7C00},
         {0x1p-14F, 0x0400},
@@ -311,18 +312,36 @@ TEST(FrameToTensorModel, Methods) {
     TensorRecipe recipe = recipeOf(2, 1);
     recipe.colour = TensorColour::Gray;
     recipe.method = TensorMethod::Area;
-    Bytes const area = bytesOf(recipe, image);
-    EXPECT_EQ(area, (Bytes{25, 45}));
-    recipe.method = TensorMethod::Automatic;
-    EXPECT_EQ(bytesOf(recipe, image), area);
+    EXPECT_EQ(bytesOf(recipe, image), (Bytes{25, 45}));
     recipe.method = TensorMethod::Nearest;
     EXPECT_EQ(bytesOf(recipe, image), (Bytes{50, 70}));
-
-    recipe.width = 3;  // more than half
+    recipe.height = 2;
     recipe.method = TensorMethod::Bilinear;
-    Bytes const bilinear = bytesOf(recipe, image);
-    recipe.method = TensorMethod::Automatic;
-    EXPECT_EQ(bytesOf(recipe, image), bilinear);
+    EXPECT_EQ(bytesOf(recipe, image), (Bytes{5, 25, 45, 65}));
+}
+
+TEST(FrameToTensorModel, AutomaticMethod) {
+    struct {
+        int src_w, src_h, dst_w, dst_h;
+        TensorMethod chosen;
+    } const cases[]{
+        {4, 8, 2, 1, TensorMethod::Area},     {8, 4, 1, 2, TensorMethod::Area},
+        {4, 8, 3, 1, TensorMethod::Bilinear}, {8, 4, 1, 3, TensorMethod::Bilinear},
+        {5, 8, 3, 2, TensorMethod::Bilinear}, {3, 3, 7, 7, TensorMethod::Bilinear},
+    };
+    for (auto const& c : cases) {
+        model::Image image = counted(model::Gray8, c.src_w, c.src_h);
+        for (std::uint8_t& byte : image.planes[0].bytes) {
+            byte = static_cast<std::uint8_t>(byte * byte % 251);
+        }
+        TensorRecipe recipe = recipeOf(c.dst_w, c.dst_h);
+        Bytes const bytes = bytesOf(recipe, image);
+        bool const area = c.chosen == TensorMethod::Area;
+        recipe.method = c.chosen;
+        EXPECT_EQ(bytesOf(recipe, image), bytes) << c.src_w << "x" << c.src_h;
+        recipe.method = area ? TensorMethod::Bilinear : TensorMethod::Area;
+        EXPECT_NE(bytesOf(recipe, image), bytes) << c.src_w << "x" << c.src_h;
+    }
 }
 
 TEST(FrameToTensorModel, Filters) {
