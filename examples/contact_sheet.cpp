@@ -8,6 +8,7 @@
 /// Both files are bare frames of FRAME_BGR24. The region is shown enlarged; the size of the sheet
 /// is always the same, and the second form prints it.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -233,6 +234,44 @@ void layOutFilters(Sheet& sheet, ox::ICvBackend& enlarger, ox::Frame const& phot
     place(lanczos, ox::OX_SCALER_FIXED_POINT_8S, "LANCZOS, EIGHT BITS");
 }
 
+ox::Rect nearestPixels(ox::PictureBox const& box) {
+    auto const x = static_cast<int>(std::lround(box.left));
+    auto const y = static_cast<int>(std::lround(box.top));
+    return {x, y, static_cast<int>(std::lround(box.right)) - x,
+            static_cast<int>(std::lround(box.bottom)) - y};
+}
+
+ox::PictureBox boxOf(ox::Rect const& rect) {
+    return {static_cast<double>(rect.x), static_cast<double>(rect.y),
+            static_cast<double>(rect.x + rect.width), static_cast<double>(rect.y + rect.height)};
+}
+
+/// A column of the photograph as a network would get it, with the region carried there; and that
+/// box carried back. On the last two cells.
+void layOutInput(Sheet& sheet, ox::Frame const& photo, ox::Rect region) {
+    ox::TensorRecipe recipe;
+    recipe.width = cellSize.width;
+    recipe.height = cellSize.height;
+    recipe.fit = ox::TENSOR_FIT_LETTERBOX;
+    recipe.colour = ox::TENSOR_COLOUR_BGR;
+    recipe.layout = ox::TENSOR_FORMAT_NHWC;
+    recipe.element = ox::TENSOR_UINT_8;
+    std::fill_n(recipe.bars, 3, static_cast<unsigned char>(114));
+    ox::FrameToTensor to_tensor;
+    to_tensor.reuse(recipe);
+    ox::Frame input = makeFrame(ox::FRAME_BGR24, cellSize);
+    ox::Rect part{region.x - region.width / 2, 0, 2 * region.width, photo.height()};
+    part.crop(photo.size());
+    ox::PictureMapping const mapping =
+        to_tensor.run(photo, part, input.planeData(0), input.layout().plane[0].stride, 0);
+    ox::Rect const box = nearestPixels(mapping.toInput(boxOf(region)));
+    sheet.outline(input, marker, box);
+    sheet.place(columns - 2, rows - 1, input, "INPUT OF A NETWORK");
+    sheet.place(columns - 1, rows - 1,
+                outlined(sheet, photo, nearestPixels(mapping.toSource(boxOf(box)))),
+                "THE BOX CARRIED BACK");
+}
+
 void layOut(Sheet& sheet, ox::CvBackendBase& pipeline, ox::CvBackendSimd& vectors, ox::Frame photo,
             ox::Rect region) {
     sheet.place(0, 0, outlined(sheet, photo, region), "ORIGINAL");
@@ -250,6 +289,7 @@ void layOut(Sheet& sheet, ox::CvBackendBase& pipeline, ox::CvBackendSimd& vector
         ++column;
     }
     layOutFilters(sheet, pipeline, photo);
+    layOutInput(sheet, photo, region);
 }
 
 bool readRows(ox::Frame& frame) {
