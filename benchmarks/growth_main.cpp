@@ -9,6 +9,7 @@
 #include "growth_memory.h"
 #include "median.h"
 #include "ox_cv/ox_classic_kernels.h"
+#include "ox_cv/ox_frame_to_tensor.h"
 #include "ox_cv/ox_scaler_convolutional.h"
 #include "pictures.h"
 #include "roads.h"
@@ -63,6 +64,16 @@ Contest contestAt(Size size) {
                                        produceFrame(*scaler, *half);
                                    }});
     contest.addCopy("BGR24 Lanczos 3 to half", bgr, half);
+    Picture const camera = randomPicture(FRAME_NV12, size);
+    TensorRecipe recipe;
+    recipe.width = recipe.height = 224;
+    recipe.fit = TENSOR_FIT_LETTERBOX;
+    auto const to_tensor = std::make_shared<FrameToTensor>();
+    to_tensor->reuse(recipe);
+    auto const tensor = std::make_shared<Tensor>();
+    tensor->reuse(to_tensor->layout(1), DeviceContext::cpuContext());
+    contest.contestants.push_back({"NV12 to floats of 224x224, pipeline",
+                                   [=] { to_tensor->run(*camera, Rect{}, *tensor, 0); }});
     return contest;
 }
 

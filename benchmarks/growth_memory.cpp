@@ -10,6 +10,7 @@
 #include "ox_cv/ox_cv_backend_base.h"
 #include "ox_cv/ox_cv_backend_simd.h"
 #include "ox_cv/ox_format_converter.h"
+#include "ox_cv/ox_frame_to_tensor.h"
 #include "ox_cv/ox_scaler.h"
 #include "ox_cv/ox_scaler_convolutional.h"
 #include "pictures.h"
@@ -50,6 +51,22 @@ std::function<void()> wholeBy(ResizeMethod method, Picture const& src, Picture c
     auto const backend = std::make_shared<Backend>();
     backend->setIntProperty(PropertyResizeMethod, static_cast<int>(method));
     return [=] { backend->convert(*src, *dst, Rect{}); };
+}
+
+/// A detector's input, letterboxed.
+std::function<void()> tensorBy(TensorMethod method, Picture const& src, Picture const& dst) {
+    TensorRecipe recipe;
+    recipe.width = dst->width();
+    recipe.height = dst->height();
+    recipe.fit = TENSOR_FIT_LETTERBOX;
+    recipe.method = method;
+    auto const to_tensor = std::make_shared<FrameToTensor>();
+    to_tensor->reuse(recipe);
+    return [=] {
+        FramePlane const& plane = dst->layout().plane[0];
+        to_tensor->run(*src, Rect{}, dst->planeData(0), plane.stride,
+                       static_cast<std::int64_t>(plane.planeBytes));
+    };
 }
 
 /// VmHWM: the most kilobytes that the program has had in memory.
@@ -104,6 +121,10 @@ void printMemory() {
         printWay("convert by vectors" + name, bytes,
                  [&] { return wholeBy<CvBackendSimd>(method, src, dst); });
     }
+    Picture const planes = blankPicture(FRAME_BGR_32F_PLANAR, {640, 640});
+    printWay("to a tensor, bilinear", bytes,
+             [&] { return tensorBy(TENSOR_METHOD_BILINEAR, src, planes); });
+    printWay("to a tensor, area", bytes, [&] { return tensorBy(TENSOR_METHOD_AREA, src, planes); });
 }
 
 }  // namespace ox::benchmarks
