@@ -30,7 +30,8 @@ endfunction()
 # ox_compile_releases(NAME OPTION SOURCE...): compiles these sources of the library ox_NAME in
 # releases by an option of their own, where there is vector code.
 function(ox_compile_releases name option)
-  if(OX_WITH_HIGHWAY AND OX_HIGHWAY_FOUND)
+  # An option of its own would keep a source out of a batch.
+  if(OX_WITH_HIGHWAY AND OX_HIGHWAY_FOUND AND NOT CMAKE_UNITY_BUILD)
     set_property(
       SOURCE ${ARGN} TARGET_DIRECTORY ox_${name}_objects
       APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:${option}>)

@@ -5,6 +5,10 @@ function(ox_configure_target target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow)
+  if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    # Types of anonymous namespaces are the sources' own, although a batch includes them.
+    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+  endif()
   if(OX_STRICT_WARNINGS)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
@@ -27,6 +31,10 @@ function(ox_add_library name)
   target_compile_options(${objects} PRIVATE -fno-fast-math -ffp-contract=off -fno-trapping-math)
   target_include_directories(
     ${objects} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>")
+  # Each source's constant `here` is the place that its refusals name; a batch includes several.
+  set_target_properties(
+    ${objects} PROPERTIES UNITY_BUILD_UNIQUE_ID OX_SOURCE
+                          UNITY_BUILD_CODE_BEFORE_INCLUDE "#define here OX_SOURCE")
   set_target_properties(
     ${objects} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
                           VISIBILITY_INLINES_HIDDEN ON)

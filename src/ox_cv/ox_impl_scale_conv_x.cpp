@@ -11,7 +11,7 @@ namespace {
 constexpr Place here{"src/ox_cv/ox_impl_scale_conv_x"};
 
 /// The formats of the horizontal pass: fewer than the other scalers take.
-constexpr bool takesFormat(FrameFormat format) {
+constexpr bool takesColumnsOf(FrameFormat format) {
     return isScalable(format) && format != FRAME_BGR_PLANAR && factsOf(format).pixel_group == 1;
 }
 
@@ -113,7 +113,7 @@ void ScaleX<Weight>::produce(RowData& dst) {
         here.fail(StatusNotInitialized,
                   "Failure in ScaleX::produce(...): the scaler is not initialized.");
     }
-    if (!takesFormat(_format)) {
+    if (!takesColumnsOf(_format)) {
         here.fail(StatusNotSupported, "Failure in ScaleX::produce(...) : unsupported format.");
     }
     RowData const* src = nullptr;

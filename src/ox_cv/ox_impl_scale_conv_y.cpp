@@ -16,7 +16,7 @@ constexpr Place here{"src/ox_cv/ox_impl_scale_conv_y"};
 
 /// The formats of the vertical pass: all scalable formats of bytes but `FRAME_BGR_PLANAR`. The
 /// packed 4:2:2 formats are among them, though the horizontal pass refuses these.
-constexpr bool takesFormat(FrameFormat format) {
+constexpr bool takesRowsOf(FrameFormat format) {
     return isScalable(format) && format != FRAME_BGR_PLANAR && factsOf(format).planes[0].bits == 8;
 }
 
@@ -97,7 +97,7 @@ void ScaleY<Weight>::produce(RowData& dst) {
     if (!_window.initialized()) {
         here.fail(StatusNotInitialized, "The scaler is not initialized.");
     }
-    if (!takesFormat(_dst_layout.format)) {
+    if (!takesRowsOf(_dst_layout.format)) {
         here.fail(StatusNotSupported,
                   "Failure in ScaleY::produce(...) : unsupported frame format.");
     }

@@ -26,7 +26,7 @@ struct BackendChoice {
     Offer offer;
 };
 
-constexpr std::array choices{
+constexpr std::array backendChoices{
     BackendChoice{"simd", {true, convertsAnywhere, scalesAnywhere, true}},
     BackendChoice{"base", {false, convertsInPipeline, ox::impl::pipelineScales, false}},
 };
@@ -35,15 +35,15 @@ constexpr std::array choices{
 
 std::vector<std::string> backendNames() {
     std::vector<std::string> names;
-    std::transform(choices.begin(), choices.end(), std::back_inserter(names),
+    std::transform(backendChoices.begin(), backendChoices.end(), std::back_inserter(names),
                    [](BackendChoice const& choice) { return choice.name; });
     return names;
 }
 
 Offer const& offerOf(std::string const& name) {
-    auto const* const choice = std::find_if(choices.begin(), choices.end(),
+    auto const* const choice = std::find_if(backendChoices.begin(), backendChoices.end(),
                                             [&](BackendChoice const& c) { return name == c.name; });
-    if (choice == choices.end()) {
+    if (choice == backendChoices.end()) {
         throw UsageError("there is no backend '" + name + "'");
     }
     return choice->offer;

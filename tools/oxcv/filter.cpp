@@ -22,7 +22,7 @@ struct KernelChoice {
     std::shared_ptr<ox::IKernel> (*make)();
 };
 
-constexpr std::array choices{
+constexpr std::array kernelChoices{
     KernelChoice{"box", make<ox::BoxKernel>},
     KernelChoice{"triangle", make<ox::TriangleKernel>},
     KernelChoice{"mitchell", make<ox::MitchellNetravaliKernel>},
@@ -34,16 +34,17 @@ constexpr std::array choices{
 
 std::vector<std::string> kernelNames() {
     std::vector<std::string> names;
-    std::transform(choices.begin(), choices.end(), std::back_inserter(names),
+    std::transform(kernelChoices.begin(), kernelChoices.end(), std::back_inserter(names),
                    [](KernelChoice const& choice) { return choice.name; });
     return names;
 }
 
 std::shared_ptr<ox::IKernel> makeKernel(std::string const& name) {
     std::string const wanted = toLower(name);
-    auto const* const choice = std::find_if(
-        choices.begin(), choices.end(), [&](KernelChoice const& c) { return wanted == c.name; });
-    if (choice == choices.end()) {
+    auto const* const choice =
+        std::find_if(kernelChoices.begin(), kernelChoices.end(),
+                     [&](KernelChoice const& c) { return wanted == c.name; });
+    if (choice == kernelChoices.end()) {
         throw UsageError("there is no kernel '" + name + "'");
     }
     return choice->make();

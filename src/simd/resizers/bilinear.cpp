@@ -48,12 +48,12 @@ float load(T const* at) {
     return static_cast<float>(element);
 }
 
-void store(float* at, float value) {
+void storeBlend(float* at, float value) {
     std::memcpy(at, &value, sizeof value);
 }
 
 /// Rounds halves up. No weight of 16-bit elements is negative, so `value` is in their range.
-void store(std::uint16_t* at, float value) {
+void storeBlend(std::uint16_t* at, float value) {
     float const raised = value + 0.5F;
     std::uint16_t const element = static_cast<std::uint16_t>(raised);
     std::memcpy(at, &element, sizeof element);
@@ -83,7 +83,7 @@ template <class T>
 void verticalPass(float const* top, float const* bottom, float weight, std::uint64_t entries,
                   T* row) {
     for (std::uint64_t i = 0; i < entries; ++i) {
-        store(row + i, blend(top[i], bottom[i], weight));
+        storeBlend(row + i, blend(top[i], bottom[i], weight));
     }
 }
 
@@ -91,8 +91,8 @@ void verticalPass(float const* top, float const* bottom, float weight, std::uint
 template <bool one_pixel, class T>
 void directRow(T const* top, T const* bottom, FloatColumns columns, float weight, T* row) {
     for (std::uint64_t i = 0; i < columns.entries; ++i) {
-        store(row + i, blend(blendPair<one_pixel>(top, columns, i),
-                             blendPair<one_pixel>(bottom, columns, i), weight));
+        storeBlend(row + i, blend(blendPair<one_pixel>(top, columns, i),
+                                  blendPair<one_pixel>(bottom, columns, i), weight));
     }
 }
 

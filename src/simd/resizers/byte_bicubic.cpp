@@ -8,10 +8,10 @@ namespace Simd::Base {
 
 namespace {
 
-constexpr std::size_t taps = 4;
+constexpr std::size_t cubicTaps = 4;
 
-/// The weights of a direction add up to -range. The product of both directions is positive again.
-constexpr float range = 128.0F;
+/// The weights of a direction add up to -cubicRange. The product of both is positive again.
+constexpr float cubicRange = 128.0F;
 constexpr int productBits = 14;
 
 /// Halves away from zero.
@@ -23,22 +23,22 @@ std::int32_t rounded(float value) {
 void cubicWeights(float t, std::int32_t* weights) {
     float const a = 1.0F - t;
     float const b = t + 1.0F;
-    float const e = (t - 2.0F) * range * b;
-    weights[0] = rounded((2.0F - t) * range * a * t / 6.0F);
+    float const e = (t - 2.0F) * cubicRange * b;
+    weights[0] = rounded((2.0F - t) * cubicRange * a * t / 6.0F);
     weights[1] = rounded(a * e * 0.5F);
     weights[2] = rounded(t * e * 0.5F);
-    weights[3] = rounded(b * range * a * t / 6.0F);
+    weights[3] = rounded(b * cubicRange * a * t / 6.0F);
 }
 
 void fillCubic(std::uint64_t src, std::uint64_t dst, std::uint64_t channels,
                AlignedArray<std::int32_t>& index, AlignedArray<std::int32_t>& weights) {
     index.Resize(dst, tableAlign);
-    weights.Resize(taps * dst, tableAlign);
+    weights.Resize(cubicTaps * dst, tableAlign);
     float const scale = static_cast<float>(src) / static_cast<float>(dst);
     for (std::uint64_t i = 0; i < dst; ++i) {
         SamplePair const pair = pairAt(centredPosition(scale, i), src);
         index[i] = rowOffset(pair.first, channels);
-        cubicWeights(pair.weight, weights.data + taps * i);
+        cubicWeights(pair.weight, weights.data + cubicTaps * i);
     }
 }
 
@@ -49,7 +49,7 @@ struct Work {
     std::int32_t const* iy;
     std::int32_t const* ax;
     std::int32_t const* ay;
-    std::int32_t* ring[taps];  ///< source row k is in ring[(k + 1) % taps] once it is filtered
+    std::int32_t* ring[cubicTaps];  ///< source row k, once filtered: ring[(k + 1) % cubicTaps]
     std::uint64_t xn;
     std::uint64_t xt;
     std::uint8_t const* src;
@@ -63,13 +63,13 @@ struct Work {
         return src + static_cast<std::uint64_t>(std::clamp<std::int64_t>(row, 0, last)) * srcStride;
     }
     std::int32_t* filteredRow(std::int64_t row) const {
-        return ring[static_cast<std::uint64_t>(row + 1) % taps];
+        return ring[static_cast<std::uint64_t>(row + 1) % cubicTaps];
     }
 };
 
 /// The four samples of a column and their weights.
 struct Column {
-    std::int64_t offsets[taps];
+    std::int64_t offsets[cubicTaps];
     std::int32_t const* weights;
 
     std::int32_t sum(std::uint8_t const* row) const {
@@ -84,7 +84,7 @@ template <std::int64_t channels, bool border, class Visit>
 void forColumns(Work const& work, std::uint64_t begin, std::uint64_t end, Visit visit) {
     std::int64_t const last = static_cast<std::int64_t>(work.param.srcW - 1) * channels;
     for (std::uint64_t x = begin; x < end; ++x) {
-        Column column{{}, work.ax + taps * x};
+        Column column{{}, work.ax + cubicTaps * x};
         std::int64_t offset = work.ix[x] - channels;
         for (std::int64_t& sample : column.offsets) {
             sample = border ? std::clamp<std::int64_t>(offset, 0, last) : offset;
@@ -105,9 +105,11 @@ void forRow(Work const& work, Visit visit) {
 
 /// The weights of a destination row, for the sums of its four source rows.
 struct RowWeights {
-    std::int32_t of[taps];
+    std::int32_t of[cubicTaps];
 
-    RowWeights(Work const& work, std::uint64_t y) { std::copy_n(work.ay + taps * y, taps, of); }
+    RowWeights(Work const& work, std::uint64_t y) {
+        std::copy_n(work.ay + cubicTaps * y, cubicTaps, of);
+    }
 
     std::uint8_t pixel(std::int32_t s0, std::int32_t s1, std::int32_t s2, std::int32_t s3) const {
         std::int32_t const sum = s0 * of[0] + s1 * of[1] + s2 * of[2] + s3 * of[3];
@@ -146,7 +148,7 @@ void runBuffered(Work const& work) {
     std::int64_t next = -2;  // the source row behind the last filtered one
     for (std::uint64_t y = 0; y < work.param.dstH; ++y) {
         std::int64_t const top = work.iy[y] - std::int64_t{1};
-        for (next = std::max(next, top); next < top + std::int64_t{taps}; ++next) {
+        for (next = std::max(next, top); next < top + std::int64_t{cubicTaps}; ++next) {
             filterRow<channels>(work, next);
         }
         std::int32_t const* const r0 = work.filteredRow(top);

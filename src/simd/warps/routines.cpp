@@ -6,7 +6,7 @@ namespace Simd::Neon {
 
 namespace {
 
-WarpRoutines findRoutines() {
+WarpRoutines findWarpRoutines() {
     WarpRoutines best;
 #ifdef OX_WITH_HIGHWAY
     takeWarpRoutines(best);
@@ -17,7 +17,7 @@ WarpRoutines findRoutines() {
 }  // namespace
 
 WarpRoutines const& warpRoutines() {
-    return ox::vector::RoutineTable<WarpRoutines, findRoutines>::get();
+    return ox::vector::RoutineTable<WarpRoutines, findWarpRoutines>::get();
 }
 
 }  // namespace Simd::Neon
