@@ -16,7 +16,7 @@ using Words = std::vector<std::string>;
 
 // The sanitizers reserve more addresses than a limit leaves, and catch signals of their own.
 constexpr bool underSanitizer =
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef OXCV_SANITIZED
     true;
 #else
     false;
