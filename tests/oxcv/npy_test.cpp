@@ -7,13 +7,6 @@ namespace {
 
 class NpyTest : public ProgramTest {};
 
-std::string header(std::string const& type, std::string const& shape) {
-    std::string text =
-        "{'descr': '" + type + "', 'fortran_order': False, 'shape': (" + shape + "), }";
-    text.resize(117, ' ');
-    return std::string("\x93NUMPY\x01\x00\x76\x00", 10) + text + "\n";
-}
-
 struct Case {
     ox::FrameFormat format;
     char const* type;
@@ -36,13 +29,13 @@ TEST_F(NpyTest, FramesComeBack) {
         std::string const first = bytesOf(randomFrame(format, {5, 4}, 1));
         std::string const second = bytesOf(randomFrame(format, {5, 4}, 2));
         Result const one = run(npyFrom(format, "-"), first);
-        EXPECT_EQ(one.out, header(type, shape) + first) << one.err;
+        EXPECT_EQ(one.out, npyHeader(type, shape) + first) << one.err;
         EXPECT_EQ(run({"convert", "-", "-", "--output-kind", "raw"}, one.out).out, first);
 
         // The pipe doesn't tell how many there are, the file is corrected at the end.
         Result const two = run(npyFrom(format, path("two.npy")), first + second);
         EXPECT_EQ(two.status, 0) << two.err;
-        EXPECT_EQ(read("two.npy"), header(type, "2, " + std::string(shape)) + first + second);
+        EXPECT_EQ(read("two.npy"), npyHeader(type, "2, " + std::string(shape)) + first + second);
         EXPECT_EQ(run({"convert", path("two.npy"), "-", "--output-kind", "raw"}).out,
                   first + second);
     }
@@ -50,7 +43,8 @@ TEST_F(NpyTest, FramesComeBack) {
 
 TEST_F(NpyTest, FormatsWithHalfSizePlanesAreStoredAsBgr24) {
     std::string const frame = bytesOf(randomFrame(ox::FRAME_NV12, {5, 4}));
-    EXPECT_TRUE(run(npyFrom(ox::FRAME_NV12, "-"), frame).out.starts_with(header("|u1", "4, 5, 3")));
+    EXPECT_TRUE(
+        run(npyFrom(ox::FRAME_NV12, "-"), frame).out.starts_with(npyHeader("|u1", "4, 5, 3")));
 }
 
 TEST_F(NpyTest, APipeNeedsTheCountInFront) {
@@ -63,7 +57,7 @@ TEST_F(NpyTest, APipeNeedsTheCountInFront) {
         "says it\n");
 
     Words const promise = join(npyFrom(ox::FRAME_GRAY8, "-"), {"--frames", "2"});
-    EXPECT_EQ(run(promise, frame + frame + frame).out, header("|u1", "2, 4, 5") + frame + frame);
+    EXPECT_EQ(run(promise, frame + frame + frame).out, npyHeader("|u1", "2, 4, 5") + frame + frame);
     Result const broken = run(promise, frame);
     EXPECT_EQ(broken.status, 1);
     EXPECT_EQ(broken.err, "oxcv: standard output: 2 frames were announced, but there are 1\n");
@@ -73,15 +67,15 @@ TEST_F(NpyTest, APipeNeedsTheCountInFront) {
                       "-",       "--output-kind",
                       "npy",     "--input-size",
                       "5x4"};
-    std::string const all = header("|u1", "3, 4, 5") + frame + frame + frame;
+    std::string const all = npyHeader("|u1", "3, 4, 5") + frame + frame + frame;
     EXPECT_EQ(run(three).out, all);
     EXPECT_EQ(run(join(three, {"--frames", "9"})).out, all);
-    EXPECT_EQ(run(join(three, {"--frames", "2"})).out, header("|u1", "2, 4, 5") + frame + frame);
+    EXPECT_EQ(run(join(three, {"--frames", "2"})).out, npyHeader("|u1", "2, 4, 5") + frame + frame);
 }
 
 TEST_F(NpyTest, AskedForFormatsDecideBetweenReadings) {
     std::string const bytes(std::size_t{3} * 4 * 3 * 4, '\x3f');
-    std::string const array = header("<f4", "3, 4, 3") + bytes;
+    std::string const array = npyHeader("<f4", "3, 4, 3") + bytes;
     auto const sizeAs = [&](Words const& options) {
         return run(join({"info", "-"}, options), array).out;
     };
@@ -90,7 +84,7 @@ TEST_F(NpyTest, AskedForFormatsDecideBetweenReadings) {
               std::string::npos);
     EXPECT_NE(sizeAs({"--input-format", "BGR_32F_PLANAR"}).find("size     3x4\nframes   1"),
               std::string::npos);
-    std::string const rgb = header("|u1", "1, 2, 3") + "123456";
+    std::string const rgb = npyHeader("|u1", "1, 2, 3") + "123456";
     EXPECT_EQ(run({"convert", "-", "-", "--output-kind", "raw", "--input-format", "RGB24",
                    "--format", "BGR24"},
                   rgb)
@@ -113,23 +107,23 @@ TEST_F(NpyTest, BadArraysAreRefused) {
         std::string text;
     };
     auto const altered = [](std::string const& from, std::string const& to) {
-        std::string array = header("<f4", "2, 2");
+        std::string array = npyHeader("<f4", "2, 2");
         return array.replace(array.find(from), from.size(), to);
     };
     for (auto const& [array, text] :
-         {Bad{header("<f4", "2, 2").substr(0, 60), "the NumPy header is truncated"},
+         {Bad{npyHeader("<f4", "2, 2").substr(0, 60), "the NumPy header is truncated"},
           Bad{altered("False", "True "), "NumPy arrays in Fortran order aren't supported"},
           Bad{altered("descr", "dexcr"), "the NumPy header has no 'descr'"},
           Bad{altered("'<f4'", "[<f4]"), "the NumPy array isn't of plain numbers"},
           Bad{altered("2, 2", "2, x"), "bad shape of the NumPy array"},
           Bad{altered("2, 2", "-2,2"), "bad shape of the NumPy array"},
-          Bad{header(">f4", "2, 2"), "the NumPy array's type and shape fit no format"},
-          Bad{header("<f4", "2"), "the NumPy array's type and shape fit no format"},
-          Bad{header("<f4", "4294967297, 1"), "the NumPy array's type and shape fit no format"},
-          Bad{header("<f4", "99999999999999999999, 1"), "bad shape of the NumPy array"},
-          Bad{header("|u1", "2, 2") + "123", "frame 1 is truncated: 3 of 4 bytes"},
-          Bad{header("|u1", "2, 1, 5") + "12345", "frame 2 of 2 is missing"},
-          Bad{header("|u1", "0, 1, 2"), "there are no frames"}}) {
+          Bad{npyHeader(">f4", "2, 2"), "the NumPy array's type and shape fit no format"},
+          Bad{npyHeader("<f4", "2"), "the NumPy array's type and shape fit no format"},
+          Bad{npyHeader("<f4", "4294967297, 1"), "the NumPy array's type and shape fit no format"},
+          Bad{npyHeader("<f4", "99999999999999999999, 1"), "bad shape of the NumPy array"},
+          Bad{npyHeader("|u1", "2, 2") + "123", "frame 1 is truncated: 3 of 4 bytes"},
+          Bad{npyHeader("|u1", "2, 1, 5") + "12345", "frame 2 of 2 is missing"},
+          Bad{npyHeader("|u1", "0, 1, 2"), "there are no frames"}}) {
         Result const result = run({"convert", "-", path("out.raw")}, array);
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.err, "oxcv: standard input: " + text + "\n");

@@ -218,6 +218,13 @@ std::string ProgramTest::converted(std::string const& input, Words const& option
     return read(output);
 }
 
+std::string npyHeader(std::string const& type, std::string const& shape) {
+    std::string text =
+        "{'descr': '" + type + "', 'fortran_order': False, 'shape': (" + shape + "), }";
+    text.resize(117, ' ');
+    return std::string("\x93NUMPY\x01\x00\x76\x00", 10) + text + "\n";
+}
+
 Words rawInput(ox::FrameFormat format, ox::Size size) {
     return {"--input-kind",   "raw",
             "--input-format", ox::toString(format),

@@ -84,6 +84,9 @@ class ProgramTest : public ::testing::Test {
     std::filesystem::path _directory;
 };
 
+// What stands in front of a NumPy array; a shape such as "2, 3".
+std::string npyHeader(std::string const& type, std::string const& shape);
+
 // Words such as those that say what raw frames are.
 Words rawInput(ox::FrameFormat format, ox::Size size);
 Words join(Words first, Words const& second);
