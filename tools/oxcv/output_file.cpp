@@ -91,17 +91,20 @@ void OutputFile::patch(std::uint64_t offset, void const* data, std::size_t count
     check();
 }
 
-void OutputFile::close() {
-    bool const failed = _file == stdout ? std::fflush(_file) != 0 : std::fclose(_file) != 0;
-    if (failed && _error == 0) {
-        _error = errno;
+void OutputFile::complete() {
+    if (_file != nullptr) {
+        bool const failed = _file == stdout ? std::fflush(_file) != 0 : std::fclose(_file) != 0;
+        if (failed && _error == 0) {
+            _error = errno;
+        }
+        _file = nullptr;
     }
-    _file = nullptr;
+    check();
 }
 
 void OutputFile::commit() {
-    close();
-    if (_error == 0 && _replaces && !_temporary.takeName()) {
+    complete();
+    if (_replaces && !_temporary.takeName()) {
         _error = errno;
     }
     check();

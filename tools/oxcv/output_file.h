@@ -14,7 +14,7 @@ namespace oxcv {
 
 /// Bytes go to a temporary file beside the target, which takes the target's name on `commit`. It is
 /// removed if there is no `commit`, and by signals that end the program. Descriptors that are open
-/// already, devices and pipes are written directly. There can be one at a time.
+/// already, devices and pipes are written directly. There can be two at a time.
 class OutputFile {
   public:
     /// @param path "-" is standard output
@@ -39,13 +39,14 @@ class OutputFile {
     /// Changes bytes at `offset` from where this output began.
     void patch(std::uint64_t offset, void const* data, std::size_t count);
 
+    /// Writes out what is still in memory. From here on little can fail.
+    void complete();
     /// Makes the output appear.
     void commit();
 
   private:
     /// @return null if that failed, with `errno` set
     std::FILE* open(OutputTarget const& target);
-    void close();
 
     std::string _name;
     TemporaryFile _temporary;

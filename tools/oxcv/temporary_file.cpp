@@ -4,31 +4,45 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 #include "signals.h"
 
 namespace oxcv {
 
-namespace {
+/// Where a signal handler finds a file to remove. The name is set before the file exists: to remove
+/// one that isn't there does no harm.
+struct TemporaryFile::Slot {
+    bool taken = false;
+    char path[PATH_MAX]{};
+    volatile std::sig_atomic_t exists = 0;
 
-/// Where a signal handler finds the file to remove. The name is set before the file exists: to
-/// remove one that isn't there does no harm.
-char temporaryPath[PATH_MAX];
-volatile std::sig_atomic_t temporaryExists = 0;
+    static Slot all[2];
 
-void removeTemporary() {
-    if (temporaryExists != 0) {
-        unlink(temporaryPath);
-        temporaryExists = 0;
+    void remove() {
+        if (exists != 0) {
+            unlink(path);
+            exists = 0;
+        }
     }
-}
+    static void removeAll() {
+        for (Slot& slot : all) {
+            slot.remove();
+        }
+    }
+};
+
+TemporaryFile::Slot TemporaryFile::Slot::all[2];
+
+namespace {
 
 /// The start of a name, without a part of a character of UTF-8 at its end.
 std::string_view startOf(std::string_view name, std::size_t bytes) {
@@ -67,8 +81,16 @@ mode_t permissionsFor(std::string const& target) {
 
 }  // namespace
 
+TemporaryFile::TemporaryFile()
+    : _slot(std::find_if(std::begin(Slot::all), std::end(Slot::all),
+                         [](Slot const& slot) { return !slot.taken; })) {
+    assert(_slot != std::end(Slot::all));
+    _slot->taken = true;
+}
+
 TemporaryFile::~TemporaryFile() {
-    removeTemporary();
+    _slot->remove();
+    _slot->taken = false;
 }
 
 int TemporaryFile::open(std::string const& target) {
@@ -77,12 +99,12 @@ int TemporaryFile::open(std::string const& target) {
         errno = ENAMETOOLONG;
         return -1;
     }
-    std::memcpy(temporaryPath, pattern.c_str(), pattern.size() + 1);
-    cleanOnSignals(removeTemporary);
-    temporaryExists = 1;
-    int const descriptor = mkstemp(temporaryPath);
+    std::memcpy(_slot->path, pattern.c_str(), pattern.size() + 1);
+    cleanOnSignals(Slot::removeAll);
+    _slot->exists = 1;
+    int const descriptor = mkstemp(_slot->path);
     if (descriptor < 0) {
-        temporaryExists = 0;
+        _slot->exists = 0;
         return -1;
     }
     _target = target;
@@ -92,10 +114,10 @@ int TemporaryFile::open(std::string const& target) {
 }
 
 bool TemporaryFile::takeName() {
-    if (std::rename(temporaryPath, _target.c_str()) != 0) {
+    if (std::rename(_slot->path, _target.c_str()) != 0) {
         return false;
     }
-    temporaryExists = 0;
+    _slot->exists = 0;
     return true;
 }
 

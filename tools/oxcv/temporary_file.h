@@ -8,10 +8,10 @@
 namespace oxcv {
 
 /// Lies beside the target, with the target's permissions if that exists. The temporary file is
-/// removed with this object, and by every signal that ends the program. There can be one at a time.
+/// removed with this object, and by every signal that ends the program. There can be two at a time.
 class TemporaryFile {
   public:
-    TemporaryFile() = default;
+    TemporaryFile();
     TemporaryFile(TemporaryFile const&) = delete;
     TemporaryFile& operator=(TemporaryFile const&) = delete;
     ~TemporaryFile();
@@ -22,6 +22,9 @@ class TemporaryFile {
     bool takeName();
 
   private:
+    struct Slot;
+
+    Slot* _slot = nullptr;
     std::string _target;
 };
 
