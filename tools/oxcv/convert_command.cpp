@@ -12,30 +12,11 @@ namespace oxcv {
 
 namespace {
 
-/// How many frames will be converted, as far as that can be told. Where the source doesn't tell,
-/// the caller's limit counts as a promise to a writer that has to know.
-std::optional<std::int64_t> expectedFrames(std::optional<std::int64_t> in_source,
-                                           std::optional<std::int64_t> limit) {
-    if (in_source && limit) {
-        return std::min(*in_source, *limit);
-    }
-    return in_source ? in_source : limit;
-}
-
 double fractionDone(FrameReader const& reader, std::int64_t frames,
                     std::optional<std::int64_t> limit) {
     double const by_bytes = reader.fractionRead().value_or(0);
     double const by_count = limit ? static_cast<double>(frames) / static_cast<double>(*limit) : 0;
     return std::max(by_bytes, by_count);
-}
-
-/// Before there is memory for a frame: a few bytes may claim to be a large one.
-void checkPixels(std::string const& name, ox::Size size, std::int64_t most) {
-    std::int64_t const pixels = std::int64_t{size.width} * size.height;
-    if (pixels > most) {
-        throw Failure(name + ": frames of " + toText(size) + " have " + std::to_string(pixels) +
-                      " pixels, more than the " + std::to_string(most) + " of --max-pixels");
-    }
 }
 
 /// The steps' own failures don't know the file.

@@ -41,15 +41,6 @@ std::string endingOf(std::string const& path) {
     return ending.empty() ? ending : toLower(ending).substr(1);
 }
 
-FileKind const* kindByEnding(std::string const& path) {
-    std::string const ending = endingOf(path);
-    FileKind const* const kind = findKind([&](FileKind const& candidate) {
-        return std::count(candidate.endings.begin(), candidate.endings.end(), ending) != 0;
-    });
-    bool const raw = kind == nullptr && formatByEnding(path) != ox::FRAME_FORMAT_NONE;
-    return raw ? kindByName("raw") : kind;
-}
-
 FileKind const* kindByMagic(ByteSource& source) {
     return findKind([&](FileKind const& kind) {
         return !kind.magic.empty() && source.peek(kind.magic.size()) == kind.magic;
@@ -123,6 +114,31 @@ FileKind const& outputKind(OutputRequest const& request, FileKind const& input_k
         throw UsageError(nameOf(request) + ": the ending names no kind; --output-kind names it");
     }
     return *kind;
+}
+
+void checkPixels(std::string const& name, ox::Size size, std::int64_t most) {
+    std::int64_t const pixels = std::int64_t{size.width} * size.height;
+    if (pixels > most) {
+        throw Failure(name + ": frames of " + toText(size) + " have " + std::to_string(pixels) +
+                      " pixels, more than the " + std::to_string(most) + " of --max-pixels");
+    }
+}
+
+std::optional<std::int64_t> expectedFrames(std::optional<std::int64_t> in_source,
+                                           std::optional<std::int64_t> limit) {
+    if (in_source && limit) {
+        return std::min(*in_source, *limit);
+    }
+    return in_source ? in_source : limit;
+}
+
+FileKind const* kindByEnding(std::string const& path) {
+    std::string const ending = endingOf(path);
+    FileKind const* const kind = findKind([&](FileKind const& candidate) {
+        return std::count(candidate.endings.begin(), candidate.endings.end(), ending) != 0;
+    });
+    bool const raw = kind == nullptr && formatByEnding(path) != ox::FRAME_FORMAT_NONE;
+    return raw ? kindByName("raw") : kind;
 }
 
 ox::FrameFormat formatByEnding(std::string const& path) {

@@ -13,6 +13,7 @@
 #include "byte_source.h"
 #include "output_file.h"
 #include "ox_core/ox_frame.h"
+#include "ox_cv/ox_frame_to_tensor.h"
 
 namespace oxcv {
 
@@ -23,6 +24,7 @@ struct StreamInfo {
     std::optional<std::int64_t> frames;
     std::string rate;  ///< frames per second as "25:1"; empty if the kind of file has no rate
     std::string note;  ///< other facts, for people to read
+    std::optional<ox::TensorRange> range;  ///< of YUV, if the file says so
 };
 
 /// Reads frames, all of one format and size.
@@ -104,6 +106,17 @@ struct OpenedInput {
     std::unique_ptr<FrameReader> reader;
 };
 OpenedInput openInput(InputRequest const& request);
+
+/// The kind of a file name's ending; null if it names none.
+FileKind const* kindByEnding(std::string const& path);
+
+/// Refuses frames before there is memory for one: a few bytes may claim to be a large one.
+void checkPixels(std::string const& name, ox::Size size, std::int64_t most);
+
+/// How many frames will come, as far as that can be told. Where the source doesn't tell, the
+/// caller's limit counts as a promise to a writer that has to know.
+std::optional<std::int64_t> expectedFrames(std::optional<std::int64_t> in_source,
+                                           std::optional<std::int64_t> limit);
 
 /// The kind asked for, that of the file name's ending, or for standard output that of the input.
 FileKind const& outputKind(OutputRequest const& request, FileKind const& input_kind);

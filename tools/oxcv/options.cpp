@@ -1,13 +1,14 @@
 #include "options.h"
 
-#include <CLI/CLI.hpp>
-
 #include <string>
 
 #include "backends.h"
 #include "commands.h"
 #include "failure.h"
+#include "option_parts.h"
 #include "printable.h"
+#include "tensor_options.h"
+#include "tensor_recipes.h"
 
 namespace oxcv {
 
@@ -20,10 +21,12 @@ constexpr char const* generalHelp = R"(Examples:
   oxcv convert cat.png tensor.npy --size 224x224 --format BGR_32F_PLANAR --mul 0.0039
   oxcv convert cat.png tilted.png --rotate 7.5
   camera | oxcv convert - out.y4m --input-format YUYV --input-size 640x480
+  oxcv tensor cat.png input.npy --recipe imagenet
+  oxcv tensor *.jpg batch.npy --recipe yolo --mapping map.json
   oxcv info in.y4m
   oxcv formats
 
-'oxcv convert --help' tells the rest.)";
+'oxcv convert --help' and 'oxcv tensor --help' tell the rest.)";
 
 constexpr char const* convertHelp = R"(Kinds of files:
   png   GRAY8 or BGR24; palettes are expanded, 16 bits rounded to 8, alpha dropped
@@ -98,35 +101,10 @@ std::string complaint(CLI::App const& app, CLI::ParseError const& error) {
                    : printable(error.what(), longest);
 }
 
-/// An option whose text goes through a function that throws `UsageError`.
-template <class Parser, class Target>
-CLI::Option* addParsed(CLI::App& app, char const* name, Parser parser, Target& target,
-                       char const* help, std::string const& type) {
-    auto const take = [name, parser, &target](std::string const& text) {
-        try {
-            target = parser(text);
-        } catch (UsageError const& error) {
-            throw UsageError(std::string(name) + ": " + error.what());
-        }
-    };
-    return app.add_option_function<std::string>(name, take, help)->type_name(type);
-}
-
-/// An option whose text is one of a few words.
-CLI::Option* addChoice(CLI::App& app, char const* name, std::vector<std::string> const& choices,
-                       std::string& target, char const* help, std::string const& type) {
-    auto const parser = [choices](std::string const& text) { return parseChoice(choices, text); };
-    return addParsed(app, name, parser, target, help, type + ":{" + joined(choices, ",") + "}");
-}
-
 void addInput(CLI::App& app, InputRequest& input) {
     addParsed(app, "input", parsePath, input.path, "File to read; - is standard input", "FILE")
         ->required();
-    addChoice(app, "--input-kind", kindNames(), input.kind, "What the input is", "KIND");
-    addParsed(app, "--input-format", parseFormat, input.format,
-              "Format of raw frames, or how to take an array", "NAME");
-    addParsed(app, "--input-size", parseSize, input.size, "Size of raw frames", "WxH");
-    app.add_flag("--tolerant", input.tolerant, "Take JPEG pictures with damaged data");
+    addInputKind(app, input);
 }
 
 void addOutput(CLI::App& app, OutputRequest& output) {
@@ -198,9 +176,7 @@ void addConvert(CLI::App& app, ConvertOptions& options) {
     addOutput(command, options.output);
     addSteps(command, options.steps);
     addParsed(command, "--frames", parseCount, options.frames, "Stop after so many frames", "N");
-    addParsed(command, "--max-pixels", parseCount, options.max_pixels,
-              "Refuse an input whose frames have more pixels, each", "N")
-        ->default_str(std::to_string(options.max_pixels));
+    addMaxPixels(command, options.max_pixels);
     addBackend(command, options.backend);
     command.add_flag("-v,--verbose", options.verbose,
                      "Say which steps the vector backend leaves to the pipeline");
@@ -218,6 +194,10 @@ int runCommandLine(int argc, char** argv) {
 
     ConvertOptions convert_options;
     addConvert(app, convert_options);
+    TensorOptions tensor_options;
+    addTensor(app, tensor_options);
+    app.add_subcommand("recipes", "List the recipes of tensor, as options")
+        ->final_callback(printRecipes);
     InputRequest info_input;
     CLI::App& info = *app.add_subcommand("info", "Tell what a file holds");
     addInput(info, info_input);

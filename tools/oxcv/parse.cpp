@@ -63,6 +63,15 @@ std::optional<std::array<Number, Count>> parseList(std::string_view text) {
     return numbers;
 }
 
+/// Three numbers, or one in place of all three.
+template <class Number>
+std::optional<std::array<Number, 3>> parseTriple(std::string_view text) {
+    if (auto const number = parseNumber<Number>(text)) {
+        return std::array{*number, *number, *number};
+    }
+    return parseList<Number, 3>(text);
+}
+
 /// A positive side, or 0 for an empty text.
 std::optional<int> parseSide(std::string_view text) {
     return text.empty() ? std::optional<int>(0) : parsePositive<int>(text);
@@ -147,6 +156,31 @@ float parseFloat(std::string const& text) {
     auto const number = parseNumber<float>(text);
     if (!number) {
         throw UsageError(inQuotes(text) + " is no finite number such as 0.0039 or -0.5");
+    }
+    return *number;
+}
+
+std::array<float, 3> parseThree(std::string const& text) {
+    auto const numbers = parseTriple<float>(text);
+    if (!numbers) {
+        throw UsageError(inQuotes(text) + " is neither a finite number nor three such as 0.5,1,2");
+    }
+    return *numbers;
+}
+
+std::array<std::uint8_t, 3> parseBytes(std::string const& text) {
+    auto const bytes = parseTriple<std::uint8_t>(text);
+    if (!bytes) {
+        throw UsageError(inQuotes(text) +
+                         " is neither a number from 0 to 255 nor three such as 0,128,255");
+    }
+    return *bytes;
+}
+
+std::int32_t parseInteger(std::string const& text) {
+    auto const number = parseNumber<std::int32_t>(text);
+    if (!number) {
+        throw UsageError(inQuotes(text) + " is no whole number such as 128 or -5");
     }
     return *number;
 }

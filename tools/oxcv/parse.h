@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -45,6 +46,15 @@ int parseQuality(std::string const& text);
 /// A finite number.
 /// @throws UsageError
 float parseFloat(std::string const& text);
+/// Three finite numbers with commas between them, or one that stands for all three.
+/// @throws UsageError
+std::array<float, 3> parseThree(std::string const& text);
+/// The same, of bytes.
+/// @throws UsageError
+std::array<std::uint8_t, 3> parseBytes(std::string const& text);
+/// A number of 32 bits, of either sign.
+/// @throws UsageError
+std::int32_t parseInteger(std::string const& text);
 /// The choice that equals the text, in any case of letters.
 /// @param choices in lower case
 /// @throws UsageError

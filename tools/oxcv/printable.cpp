@@ -71,14 +71,25 @@ Character characterAt(std::string_view text) {
             })};
 }
 
+constexpr std::string_view digits = "0123456789abcdef";
+
 std::string escaped(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
     std::string text;
     for (char const c : bytes) {
         auto const number = static_cast<unsigned char>(c);
         text += {'\\', 'x', digits[number / 16], digits[number % 16]};
     }
     return text;
+}
+
+/// 16 bits, as JSON writes them.
+std::string codeUnit(std::uint32_t unit) {
+    return {'\\',
+            'u',
+            digits[unit >> 12U & 15U],
+            digits[unit >> 8U & 15U],
+            digits[unit >> 4U & 15U],
+            digits[unit & 15U]};
 }
 
 }  // namespace
@@ -103,6 +114,28 @@ std::string inQuotes(std::string_view value) {
     std::string text = "'";
     text.append(printable(value, longestValue)).append("'");
     return text;
+}
+
+std::string jsonString(std::string_view text) {
+    constexpr std::uint32_t notUtf8 = 0xdc00;
+    std::string result = "\"";
+    while (!text.empty()) {
+        Character const character = characterAt(text);
+        auto const first = static_cast<unsigned char>(text.front());
+        // Halves of pairs are the only unfit characters that begin so; no decoder takes them.
+        bool const half = !character.fit && first == 0xed;
+        std::string_view const bytes = text.substr(0, half ? 1 : character.bytes);
+        if (bytes == "\"" || bytes == "\\") {
+            result.append("\\").append(bytes);
+        } else if (bytes.size() == 1 && !character.fit) {
+            bool const is_ascii = first < 0x80;
+            result += codeUnit(is_ascii ? first : notUtf8 + first);
+        } else {
+            result += bytes;
+        }
+        text.remove_prefix(bytes.size());
+    }
+    return result + "\"";
 }
 
 std::string displayName(std::string const& path, char const* standard) {

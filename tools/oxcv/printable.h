@@ -21,6 +21,10 @@ std::string printable(std::string_view text, std::size_t most);
 /// A value between quotation marks.
 std::string inQuotes(std::string_view value);
 
+/// A text as a string of JSON, with quotation marks. Control characters are escaped; a byte
+/// that isn't UTF-8 becomes half a pair, U+DC00 + byte, as Python reads and writes names of files.
+std::string jsonString(std::string_view text);
+
 /// A file in messages.
 /// @param path "-" is one of the standard streams, whose name is `standard`
 std::string displayName(std::string const& path, char const* standard);

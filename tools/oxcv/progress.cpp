@@ -12,15 +12,20 @@ namespace {
 constexpr std::chrono::milliseconds patience{1000};
 constexpr std::chrono::milliseconds interval{200};
 /// Back to the line's start, and wipe it.
-constexpr char const* wipe = "\r\x1b[K";
+constexpr char const* wipeLine = "\r\x1b[K";
 
 }  // namespace
 
 Progress::Progress() : _terminal(isatty(STDERR_FILENO) == 1), _next(_start + patience) {}
 
 Progress::~Progress() {
+    wipe();
+}
+
+void Progress::wipe() {
     if (_shown) {
-        std::fputs(wipe, stderr);
+        std::fputs(wipeLine, stderr);
+        _shown = false;
     }
 }
 
@@ -32,7 +37,7 @@ void Progress::update(std::int64_t frames, double fraction) {
     _next = now + interval;
     _shown = true;
     double const seconds = std::chrono::duration<double>(now - _start).count();
-    std::fprintf(stderr, "%s%" PRId64 " frames, %.1f frames/s", wipe, frames,
+    std::fprintf(stderr, "%s%" PRId64 " frames, %.1f frames/s", wipeLine, frames,
                  static_cast<double>(frames) / seconds);
     if (fraction > 0) {
         auto const left = static_cast<std::int64_t>(seconds * (1 / fraction - 1));

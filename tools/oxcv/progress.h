@@ -17,6 +17,9 @@ class Progress {
     /// Wipes the line.
     ~Progress();
 
+    /// Makes room for another line; the next update shows this one again.
+    void wipe();
+
     /// @param fraction done, 0 if unknown
     void update(std::int64_t frames, double fraction);
 

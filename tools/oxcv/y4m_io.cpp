@@ -49,18 +49,39 @@ std::optional<std::string> readLine(ByteSource& source) {
     return std::nullopt;
 }
 
-/// The word after `magic` that begins with `tag`, without it; empty if there is none.
-std::string_view parameter(std::string_view line, char tag) {
+/// Calls visit(rest) for each word after the magic that begins with `tag`, without it.
+template <class Visitor>
+void forEachParameter(std::string_view line, char tag, Visitor visit) {
     std::size_t start = line.find(' ');
     while (start != std::string_view::npos) {
         std::size_t const end = line.find(' ', start + 1);
         std::string_view const word = line.substr(start + 1, end - start - 1);
         if (!word.empty() && word.front() == tag) {
-            return word.substr(1);
+            visit(word.substr(1));
         }
         start = end;
     }
-    return {};
+}
+
+/// What the first word with the tag says; empty if there is none.
+std::string_view parameter(std::string_view line, char tag) {
+    std::string_view found;
+    forEachParameter(
+        line, tag, [&](std::string_view text) { found = found.data() == nullptr ? text : found; });
+    return found;
+}
+
+/// A comment that many programs write and read.
+std::optional<ox::TensorRange> rangeOf(std::string_view line) {
+    constexpr std::string_view full = "COLORRANGE=FULL";
+    constexpr std::string_view limited = "COLORRANGE=LIMITED";
+    std::optional<ox::TensorRange> range;
+    forEachParameter(line, 'X', [&](std::string_view text) {
+        if (text == full || text == limited) {
+            range = text == full ? ox::TENSOR_RANGE_FULL : ox::TENSOR_RANGE_LIMITED;
+        }
+    });
+    return range;
 }
 
 class Y4mReader : public FrameReader {
@@ -76,6 +97,7 @@ class Y4mReader : public FrameReader {
         std::string_view const rate = parameter(*line, 'F');
         bool const plain = rate.find_first_not_of("0123456789:") == std::string_view::npos;
         _info.rate = plain ? std::string(rate) : std::string();
+        _info.range = rangeOf(*line);
         std::uint64_t const line_bytes = frameMagic.size() + 1;
         _info.frames = countFrames(*_source, line_bytes + frameBytes(_info.format, _info.size));
     }

@@ -1,0 +1,17 @@
+/// @file
+/// The options of `oxcv tensor`.
+
+#pragma once
+
+#include "commands.h"
+
+namespace CLI {
+class App;
+}
+
+namespace oxcv {
+
+/// Adds the command, which fills `options` and then runs.
+void addTensor(CLI::App& app, TensorOptions& options);
+
+}  // namespace oxcv
