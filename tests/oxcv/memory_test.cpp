@@ -97,6 +97,20 @@ TEST_F(MemoryTest, PicturesAreRefusedInOrder) {
     }
 }
 
+TEST_F(MemoryTest, ArraysOfAnyNumberOfJobsAreRefusedInOrder) {
+    std::string const frame = bytesOf(randomFrame(ox::FRAME_NV12, {900, 700}));
+    std::string const input = write("in.nv12", frame + frame);
+    for (std::string const jobs : {"1", "3"}) {
+        SCOPED_TRACE(jobs);
+        sweep({"tensor", input, input, input, path("out.npy"), "--input-size", "900x700", "--size",
+               "300x300", "--mapping", path("map.json"), "--jobs", jobs},
+              {"in.nv12"});
+        EXPECT_EQ(files(), (Words{"in.nv12", "map.json", "out.npy"}));
+        std::filesystem::remove(path("map.json"));
+        std::filesystem::remove(path("out.npy"));
+    }
+}
+
 TEST_F(MemoryTest, TheRefusalNamesFileAndStep) {
     std::string const input = write("in.gray8", std::string(600 * 20, 'x'));
     Result const result = runWithin(
