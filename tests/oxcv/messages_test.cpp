@@ -93,9 +93,11 @@ TEST_F(MessagesTest, LongValuesAreShortened) {
 TEST_F(MessagesTest, EveryOptionsMessageIsOneShortLine) {
     std::string const value = std::string(50000, '\n') + "\xc2\x9b" + std::string(50000, 'x');
     for (std::string const option :
-         {"--input-kind", "--output-kind", "--input-format", "--input-size", "--quality", "--roi",
-          "--size", "--method", "--kernel", "--precision", "--warp", "--rotate", "--warp-method",
-          "--format", "--mul", "--add", "--frames", "--max-pixels", "--backend"}) {
+         {"--input-kind", "--output-kind", "--input-format", "--input-size", "--quality",
+          "--roi",        "--size",        "--method",       "--kernel",     "--precision",
+          "--warp",       "--rotate",      "--warp-method",  "--format",     "--mul",
+          "--add",        "--frames",      "--max-pixels",   "--backend",    "--fit",
+          "--bars",       "--input-stride"}) {
         std::string const said = messageFor({option, value});
         EXPECT_LT(said.size(), 400U) << option;
         EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;

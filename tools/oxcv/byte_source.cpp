@@ -59,6 +59,21 @@ std::size_t ByteSource::read(void* data, std::size_t count) noexcept {
     return taken;
 }
 
+std::uint64_t ByteSource::skip(std::uint64_t count) noexcept {
+    char unwanted[4096];
+    std::uint64_t taken = 0;
+    while (taken < count) {
+        auto const wanted =
+            static_cast<std::size_t>(std::min<std::uint64_t>(count - taken, sizeof(unwanted)));
+        std::size_t const got = read(unwanted, wanted);
+        taken += got;
+        if (got < wanted) {
+            break;
+        }
+    }
+    return taken;
+}
+
 std::size_t ByteSource::readFile(char* data, std::size_t count) noexcept {
     std::size_t const taken = std::fread(data, 1, count, _file.get());
     if (taken < count && std::ferror(_file.get()) != 0) {

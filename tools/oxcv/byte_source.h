@@ -28,6 +28,9 @@ class ByteSource {
     /// reports. Throws nothing, so that C libraries can call it.
     std::size_t read(void* data, std::size_t count) noexcept;
 
+    /// Takes bytes that nobody wants, as `read` does.
+    std::uint64_t skip(std::uint64_t count) noexcept;
+
     /// @throws Failure if reading has failed
     void check() const;
 

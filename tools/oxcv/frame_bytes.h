@@ -1,5 +1,5 @@
 /// @file
-/// Frames as bytes without gaps, as streams hold them.
+/// Frames as bytes one after another, as streams hold them.
 
 #pragma once
 
@@ -16,16 +16,20 @@ namespace oxcv {
 using PlaneOrder = std::array<int, 3>;
 constexpr PlaneOrder planesInOrder{0, 1, 2};
 
-/// Bytes of a frame without gaps.
+/// Bytes from row to row of each plane; 0 for rows without gaps.
+using PlaneStrides = std::array<std::int32_t, 3>;
+
+/// Bytes of a frame.
 /// @throws ox::Exception for a size of too many bytes
-std::uint64_t frameBytes(ox::FrameFormat format, ox::Size size);
+std::uint64_t frameBytes(ox::FrameFormat format, ox::Size size, PlaneStrides const& strides = {});
 
 /// Reads what follows in the source as a frame of that format and size.
 /// @param number of the frame, from 1 on, for messages
+/// @param strides not smaller than rows
 /// @return false at the source's end
 /// @throws Failure if the source ends within the frame
 bool readFrame(ByteSource& source, ox::FrameFormat format, ox::Size size, PlaneOrder const& order,
-               std::int64_t number, ox::Frame& frame);
+               std::int64_t number, ox::Frame& frame, PlaneStrides const& strides = {});
 
 void writeFrame(OutputFile& file, PlaneOrder const& order, ox::Frame const& frame);
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "frame_bytes.h"
 #include "output_file.h"
 #include "ox_core/ox_frame.h"
 #include "ox_cv/ox_frame_to_tensor.h"
@@ -70,6 +71,7 @@ struct InputRequest {
     std::string kind;                                ///< empty: found out
     ox::FrameFormat format = ox::FRAME_FORMAT_NONE;  ///< for files that don't state a format
     ox::Size size;                                   ///< of raw frames
+    PlaneStrides strides{};                          ///< of raw frames; 0s are found out
     bool tolerant = false;                           ///< takes pictures that are damaged
 };
 

@@ -13,6 +13,8 @@ void addInputKind(CLI::App& app, InputRequest& input) {
     addParsed(app, "--input-format", parseFormat, input.format,
               "Format of raw frames, or how to take an array", "NAME");
     addParsed(app, "--input-size", parseSize, input.size, "Size of raw frames", "WxH");
+    addParsed(app, "--input-stride", parseStrides, input.strides,
+              "Bytes from row to row of raw frames' planes", "N[,N[,N]]");
     app.add_flag("--tolerant", input.tolerant, "Take JPEG pictures with damaged data");
 }
 

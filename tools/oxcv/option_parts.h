@@ -5,6 +5,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -12,6 +14,7 @@
 #include "failure.h"
 #include "image_io.h"
 #include "parse.h"
+#include "tensor_recipes.h"
 
 namespace oxcv {
 
@@ -40,6 +43,23 @@ CLI::Option* addParsed(CLI::App& app, char const* name, Parser parser, Target& t
 /// An option whose text is one of a few words.
 CLI::Option* addChoice(CLI::App& app, char const* name, std::vector<std::string> const& choices,
                        std::string& target, char const* help, std::string const& type);
+
+/// An option whose text is one of the words of a table.
+template <class Value, std::size_t Count, class Target>
+CLI::Option* addWords(CLI::App& app, char const* name, std::array<Word<Value>, Count> const& words,
+                      Target& target, char const* help) {
+    std::vector<std::string> choices;
+    for (Word<Value> const& word : words) {
+        choices.emplace_back(word.text);
+    }
+    auto const parser = [&words, choices](std::string const& text) {
+        std::string const choice = parseChoice(choices, text);
+        return std::find_if(words.begin(), words.end(),
+                            [&](Word<Value> const& word) { return word.text == choice; })
+            ->value;
+    };
+    return addParsed(app, name, parser, target, help, "NAME:{" + joined(choices, ",") + "}");
+}
 
 /// The options that say what an input is, but its path.
 void addInputKind(CLI::App& app, InputRequest& input);

@@ -35,7 +35,9 @@ constexpr char const* convertHelp = R"(Kinds of files:
   npy   NumPy arrays of all formats without half-size planes; H x W, H x W x C or
         C x H x W for a frame, with one more axis in front for several
   raw   frames of any format one after another, without gaps or header; read with
-        --input-format and --input-size
+        --input-format and --input-size. --input-stride says that rows have gaps behind
+        them, on the last one as well: the bytes from row to row, of each plane, or of the
+        first if those of half-width chroma are half of it, those of others the same
 An input's kind is found out by its first bytes or its ending: png, jpg, jpeg, y4m, npy;
 raw, yuv, bin; a format's name, as in cat.nv12. Without such an ending, as on a pipe,
 --input-size says that it is raw. Standard output takes the input's kind.
@@ -46,12 +48,18 @@ mostly BGR24. A result that the output's kind can't hold is converted at the end
 for png, jpeg and npy, to the y4m format with the same chroma or else I420.
 --roi is in pixels of the input; on half-size planes an odd origin is rounded down.
 --size takes YUYV and UYVY as NV16, and converts them back unless --format says otherwise.
+--fit letterbox keeps the aspect, and centres the picture between bars of --bars, which are
+black otherwise; letterbox-top-left has them at the right and at the bottom alone; crop
+takes the middle of the picture. Bars are drawn in gray or 8-bit red, green and blue: YUV
+becomes BGR24 for them, or what --format says, and then --format or what it was.
 --kernel makes --size reduce by a filter: box, triangle, mitchell (Mitchell-Netravali),
 catmull-rom or lanczos3, from smooth to sharp, with weights of 8 or 16 bits. Filters take
 channels of 8 bits, sides of up to 8192 and reductions by 1 to 32; RGB24 and planar RGB go
 through BGR24 and back.
 NV12 frames of whole blocks of 8 x 2 pixels take the library's quick way to BGR24, whose
 values differ a little from those of other sizes.
+
+--mul and --add take one number, or one each for blue, green and red; gray takes the first.
 
 --warp A,B,C,D,E,F takes the pixel x, y to A x + B y + C, D x + E y + F; 0, 0 is the middle
 of the top left one. With --invert the six say instead where in the source a pixel of the
@@ -143,6 +151,9 @@ void addBackend(CLI::App& app, std::string& backend) {
 void addScaling(CLI::App& app, Steps& steps) {
     CLI::Option* const size = addParsed(app, "--size", parseSizeRequest, steps.size,
                                         "Scale; 640x or x480 keep the aspect", "WxH");
+    CLI::Option* const fit =
+        addWords(app, "--fit", fitWords, steps.fit, "How a picture comes to the size")->needs(size);
+    addParsed(app, "--bars", parseBytes, steps.bars, "Colour of a letterbox", "R,G,B")->needs(fit);
     CLI::Option* const method = addParsed(app, "--method", parseMethod, steps.method,
                                           "How to scale: nearest, bilinear, area", "NAME")
                                     ->default_str("bilinear");
@@ -166,8 +177,9 @@ void addSteps(CLI::App& app, Steps& steps) {
     addWarp(app, steps);
     addParsed(app, "--format", parseFormat, steps.format, "Convert; 'oxcv formats' lists the names",
               "NAME");
-    addParsed(app, "--mul", parseFloat, steps.mul, "Multiply floats by a number", "V");
-    addParsed(app, "--add", parseFloat, steps.add, "Add a number to floats", "V");
+    addParsed(app, "--mul", parseFactors, steps.mul, "Multiply floats by a number, or by three",
+              "V[,V,V]");
+    addParsed(app, "--add", parseFactors, steps.add, "Add a number to floats, or three", "V[,V,V]");
 }
 
 void addConvert(CLI::App& app, ConvertOptions& options) {

@@ -168,6 +168,11 @@ std::array<float, 3> parseThree(std::string const& text) {
     return *numbers;
 }
 
+std::array<float, 3> parseFactors(std::string const& text) {
+    auto const numbers = parseTriple<float>(text);
+    return numbers ? *numbers : std::array{parseFloat(text), 0.0F, 0.0F};
+}
+
 std::array<std::uint8_t, 3> parseBytes(std::string const& text) {
     auto const bytes = parseTriple<std::uint8_t>(text);
     if (!bytes) {
@@ -175,6 +180,22 @@ std::array<std::uint8_t, 3> parseBytes(std::string const& text) {
                          " is neither a number from 0 to 255 nor three such as 0,128,255");
     }
     return *bytes;
+}
+
+std::array<std::int32_t, 3> parseStrides(std::string const& text) {
+    auto const three = parseList<std::int32_t, 3>(text);
+    auto const two = parseList<std::int32_t, 2>(text);
+    auto const one = parsePositive<std::int32_t>(text);
+    if (three && *std::min_element(three->begin(), three->end()) > 0) {
+        return *three;
+    }
+    if (two && *std::min_element(two->begin(), two->end()) > 0) {
+        return {(*two)[0], (*two)[1], 0};
+    }
+    if (!one) {
+        throw UsageError(inQuotes(text) + " is no stride such as 1024, or 1024,512,512");
+    }
+    return {*one, 0, 0};
 }
 
 std::int32_t parseInteger(std::string const& text) {

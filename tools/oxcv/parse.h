@@ -49,9 +49,15 @@ float parseFloat(std::string const& text);
 /// Three finite numbers with commas between them, or one that stands for all three.
 /// @throws UsageError
 std::array<float, 3> parseThree(std::string const& text);
-/// The same, of bytes.
+/// The same, in the words of `parseFloat`.
+/// @throws UsageError
+std::array<float, 3> parseFactors(std::string const& text);
+/// Three bytes, or one.
 /// @throws UsageError
 std::array<std::uint8_t, 3> parseBytes(std::string const& text);
+/// One to three positive numbers; 0 where there is none.
+/// @throws UsageError
+std::array<std::int32_t, 3> parseStrides(std::string const& text);
 /// A number of 32 bits, of either sign.
 /// @throws UsageError
 std::int32_t parseInteger(std::string const& text);

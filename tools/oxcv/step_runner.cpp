@@ -4,6 +4,7 @@
 
 #include "library_calls.h"
 #include "ox_cv/ox_cv_helpers.h"
+#include "ox_cv/ox_impl_tensor_fit.h"
 #include "working_formats.h"
 
 namespace oxcv {
@@ -24,6 +25,7 @@ StepRunner::StepRunner(Steps const& steps, Backend& backend,
       _backend(backend),
       _stored_as(stored_as),
       _before_reduction(backend),
+      _before_bars(backend),
       _before_warp(backend),
       _conversion(backend),
       _output_conversion(backend) {
@@ -42,7 +44,7 @@ ox::Frame StepRunner::run(ox::Frame& frame) {
         attempt("--roi", [&] { current = ox::getRegion(frame, *_steps.roi); });
     }
     if (_steps.size) {
-        current = resized(current);
+        current = resized(current, target);
     }
     if (warpOption(_steps) != nullptr) {
         current = warped(current, target);
@@ -58,8 +60,32 @@ ox::FrameFormat StepRunner::targetOf(ox::FrameFormat source) const {
     return _steps.format.value_or(arithmetic_comes ? source : _stored_as(source));
 }
 
-ox::Frame StepRunner::resized(ox::Frame const& frame) {
+ox::Frame StepRunner::resized(ox::Frame const& frame, ox::FrameFormat target) {
     ox::Size const size = resolveSize(*_steps.size, frame.size());
+    return _steps.fit == ox::TENSOR_FIT_STRETCH ? scaled(frame, size) : fitted(frame, size, target);
+}
+
+ox::Frame StepRunner::fitted(ox::Frame const& frame, ox::Size size, ox::FrameFormat target) {
+    ox::TensorRecipe recipe;
+    recipe.width = size.width;
+    recipe.height = size.height;
+    recipe.fit = _steps.fit;
+    auto const [source, inner] =
+        ox::impl::fitPicture(recipe, frame.format(), {0, 0, frame.width(), frame.height()});
+    if (_steps.fit == ox::TENSOR_FIT_CROP) {
+        ox::Frame middle = frame;
+        ox::Rect const rect = source;
+        return scaled(attempt("--fit", [&] { return ox::getRegion(middle, rect); }), size);
+    }
+    ox::Frame const picture = scaled(frame, {inner.width, inner.height});
+    ox::FrameFormat const format = formatToWarpIn(frame.format(), target);
+    ox::Frame const converted = _before_bars.run(picture, format);
+    ox::Rect const place = inner;
+    return attempt("--fit",
+                   [&] { return _letterbox.surround(converted, size, place, _steps.bars); });
+}
+
+ox::Frame StepRunner::scaled(ox::Frame const& frame, ox::Size size) {
     if (size == frame.size()) {
         return frame;
     }
@@ -124,10 +150,10 @@ ox::Frame StepRunner::warped(ox::Frame const& frame, ox::FrameFormat target) {
 void StepRunner::arithmetic(ox::Frame& frame) {
     ox::ICvBackend& operations = _backend.forArithmetic();
     if (_steps.mul) {
-        attempt("--mul", [&] { operations.mul(frame, *_steps.mul, ox::emptyRoi()); });
+        attempt("--mul", [&] { multiply(operations, frame, *_steps.mul); });
     }
     if (_steps.add) {
-        attempt("--add", [&] { operations.add(frame, *_steps.add, ox::emptyRoi()); });
+        attempt("--add", [&] { add(operations, frame, *_steps.add); });
     }
 }
 

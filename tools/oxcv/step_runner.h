@@ -7,10 +7,13 @@
 #include <optional>
 
 #include "affine.h"
+#include "arithmetic.h"
 #include "backends.h"
 #include "conversion.h"
 #include "filter.h"
+#include "letterbox.h"
 #include "ox_core/ox_frame.h"
+#include "ox_cv/ox_frame_to_tensor.h"
 #include "ox_cv/ox_packed_422_resizer.h"
 #include "parse.h"
 
@@ -23,13 +26,15 @@ struct Steps {
     ox::ResizeMethod method = ox::ResizeBilinear;
     std::shared_ptr<ox::IKernel> kernel;  ///< scales in place of the method, if there is one
     ox::ScalerPrecision precision = ox::OX_SCALER_FIXED_POINT_16S;  ///< of the kernel's weights
+    ox::TensorFit fit = ox::TENSOR_FIT_STRETCH;
+    BarColour bars{};            ///< of a letterbox
     std::optional<Matrix> warp;  ///< from source to destination pixels
     bool invert = false;         ///< the other way round
     std::optional<double> rotate;
     ox::ResizeMethod warp_method = ox::ResizeBilinear;
     std::optional<ox::FrameFormat> format;
-    std::optional<float> mul;
-    std::optional<float> add;
+    std::optional<Channels> mul;
+    std::optional<Channels> add;
 };
 
 /// Each step is one call of the library. The frames between the steps are kept, so that a stream
@@ -47,7 +52,9 @@ class StepRunner {
 
   private:
     ox::FrameFormat targetOf(ox::FrameFormat source) const;
-    ox::Frame resized(ox::Frame const& frame);
+    ox::Frame resized(ox::Frame const& frame, ox::FrameFormat target);
+    ox::Frame fitted(ox::Frame const& frame, ox::Size size, ox::FrameFormat target);
+    ox::Frame scaled(ox::Frame const& frame, ox::Size size);
     void scale(ox::Frame const& frame, ox::Size size);
     void chooseScaler(ox::Frame const& frame, ox::Size size);
     void reduce(ox::Frame const& frame, ox::Size size);
@@ -64,6 +71,8 @@ class StepRunner {
     Conversion _before_reduction;
     ox::Packed422Resizer _packed_scaler;
     Reduction _reduction;
+    Conversion _before_bars;
+    Letterbox _letterbox;
     Conversion _before_warp;
     Conversion _conversion;
     Conversion _output_conversion;

@@ -61,23 +61,6 @@ Examples:
 
 Exit status and outputs are as in convert.)";
 
-/// An option whose text is one of the words of a table.
-template <class Value, std::size_t Count, class Target>
-void addWords(CLI::App& app, char const* name, std::array<Word<Value>, Count> const& words,
-              Target& target, char const* help) {
-    std::vector<std::string> choices;
-    for (Word<Value> const& word : words) {
-        choices.emplace_back(word.text);
-    }
-    auto const parser = [&words, choices](std::string const& text) {
-        std::string const choice = parseChoice(choices, text);
-        return std::find_if(words.begin(), words.end(),
-                            [&](Word<Value> const& word) { return word.text == choice; })
-            ->value;
-    };
-    addParsed(app, name, parser, target, help, "NAME:{" + joined(choices, ",") + "}");
-}
-
 /// An option for each channel.
 template <class Parser, class Value>
 CLI::Option* addChannels(CLI::App& app, char const* name, Parser parser, Value (&target)[3],

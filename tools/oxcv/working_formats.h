@@ -19,7 +19,8 @@ ox::FrameFormat formatToFilterIn(ox::FrameFormat format);
 /// A warp moves each plane by the same matrix in the plane's own coordinates, so subsampled chroma
 /// would move too far. It fills pixels that the picture doesn't cover with zeros, which are black
 /// in gray and RGB formats and green in YUV. So YUV pictures are warped as `FRAME_BGR24`, or in the
-/// format that they are converted to, if that can be warped as it is.
+/// format that they are converted to, if that can be warped as it is. Bars around a picture are
+/// drawn in the same formats, since they may begin between two pixels that share chroma.
 /// @param target the format that the warped picture is converted to
 ox::FrameFormat formatToWarpIn(ox::FrameFormat format, ox::FrameFormat target);
 
