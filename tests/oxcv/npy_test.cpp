@@ -101,6 +101,43 @@ TEST_F(NpyTest, OtherWritersHeadersAreRead) {
         "123456");
 }
 
+TEST_F(NpyTest, HalvesAreReadAsFloatsAndWrittenOnRequest) {
+    // 1, -2, the least half, infinity; 65504; 1 / 3.
+    std::string const halves("\x00\x3c\x00\xc0\x01\x00\x00\x7c\xff\x7b\x55\x35", 12);
+    std::string const floats(
+        "\x00\x00\x80\x3f\x00\x00\x00\xc0\x00\x00\x80\x33\x00\x00\x80\x7f"
+        "\x00\xe0\x7f\x47\x00\xa0\xaa\x3e",
+        24);
+    for (char const* const shape : {"1, 6", "2, 3", "6, 1", "2, 1, 3", "3, 1, 2", "2, 3, 1, 1"}) {
+        std::string const array = npyHeader("<f2", shape) + halves;
+        EXPECT_EQ(run({"convert", "-", "-", "--output-kind", "raw"}, array).out, floats) << shape;
+        EXPECT_EQ(run({"convert", "-", "-", "--halves"}, array).out, array) << shape;
+        EXPECT_EQ(run({"convert", "-", "-"}, array).out, npyHeader("<f4", shape) + floats) << shape;
+    }
+    EXPECT_NE(run({"info", "-"}, npyHeader("<f2", "2, 3")).out.find("GRAY_32F, in half precision"),
+              std::string::npos);
+
+    // Halfway between two halves: to the even one, in narrow rows as well.
+    std::string const between("\x00\x10\x80\x3f\x00\x30\x80\x3f\x00\xf0\x7f\x47", 12);
+    EXPECT_EQ(run({"convert", "-", "-", "--halves"}, npyHeader("<f4", "3, 1") + between).out,
+              npyHeader("<f2", "3, 1") + std::string("\x00\x3c\x02\x3c\x00\x7c", 6));
+
+    Result const cut = run({"convert", "-", path("out.raw")}, npyHeader("<f2", "2, 3") + "12345");
+    EXPECT_EQ(cut.err, "oxcv: standard input: frame 1 is truncated: 5 of 12 bytes\n");
+    Result const bytes =
+        run({"convert", "-", path("x.npy"), "--halves"}, npyHeader("|u1", "1, 1") + "1");
+    EXPECT_EQ(bytes.status, 1);
+    EXPECT_EQ(bytes.err, "oxcv: " + path("x.npy") + ": --halves needs floats, not GRAY8\n");
+    Result const raw =
+        run({"convert", "-", path("out.raw"), "--halves"}, npyHeader("<f2", "2, 3") + halves);
+    EXPECT_EQ(raw.status, 2);
+    EXPECT_EQ(raw.err, "oxcv: --halves: only npy arrays hold them\n");
+    EXPECT_EQ(
+        run({"convert", "-", path("x.raw")}, npyHeader("<f2", "3, 2000000000, 2000000000")).status,
+        1);
+    EXPECT_EQ(files(), Words{});
+}
+
 TEST_F(NpyTest, BadArraysAreRefused) {
     struct Bad {
         std::string array;

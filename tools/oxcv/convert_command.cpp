@@ -56,6 +56,9 @@ void convert(ConvertOptions options) {
     auto const [input_kind, reader] = openInput(options.input);
     checkPixels(nameOf(options.input), reader->info().size, options.max_pixels);
     FileKind const& output_kind = outputKind(options.output, *input_kind);
+    if (options.output.halves && output_kind.name != "npy") {
+        throw UsageError("--halves: only npy arrays hold them");
+    }
     if (!options.steps.format && options.output.path != "-") {
         ox::FrameFormat const named = formatByEnding(options.output.path);
         if (named != ox::FRAME_FORMAT_NONE) {

@@ -30,9 +30,9 @@ std::unique_ptr<FrameReader> makeY4mReader(std::unique_ptr<ByteSource>, InputReq
 std::unique_ptr<FrameWriter> makeY4mWriter(OutputFile&, OutputRequest const&);
 ox::FrameFormat y4mFormat(ox::FrameFormat format);
 
-/// Arrays of bytes, 16-bit or 32-bit words or floats, for all formats whose planes have the frame's
-/// size; others are stored as `FRAME_BGR24`. A frame's shape is H x W, H x W x C or, for planes,
-/// C x H x W; several frames have one more axis in front.
+/// Arrays of bytes, 16-bit or 32-bit words, floats or halves, for all formats whose planes have the
+/// frame's size; others are stored as `FRAME_BGR24`. A frame's shape is H x W, H x W x C or, for
+/// planes, C x H x W; several frames have one more axis in front.
 std::unique_ptr<FrameReader> makeNpyReader(std::unique_ptr<ByteSource>, InputRequest const&);
 std::unique_ptr<FrameWriter> makeNpyWriter(OutputFile&, OutputRequest const&);
 ox::FrameFormat npyFormat(ox::FrameFormat format);

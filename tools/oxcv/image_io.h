@@ -79,6 +79,7 @@ struct OutputRequest {
     std::string path;
     std::string kind;                    ///< empty: found out
     int quality = 95;                    ///< of a JPEG
+    bool halves = false;                 ///< of an array: floats in half precision
     std::string rate;                    ///< of a stream; empty: 25 frames a second
     std::optional<std::int64_t> frames;  ///< how many there will be, as far as known
 };

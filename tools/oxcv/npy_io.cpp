@@ -5,9 +5,11 @@
 #include "failure.h"
 #include "file_kinds.h"
 #include "frame_bytes.h"
+#include "halves.h"
 #include "npy_header.h"
 #include "ox_core/ox_impl_format_facts.h"
 #include "parse.h"
+#include "vector_limits.h"
 
 namespace oxcv {
 
@@ -26,10 +28,15 @@ bool holds(ox::FrameFormat format) {
     return facts.pixel_group == 1 && !facts.planes[1].half_width;
 }
 
+constexpr char const* halfType = "<f2";
+
+bool isOfFloats(ox::FrameFormat format) {
+    return format == ox::FRAME_GRAY_32F || isColourOfFloats(format);
+}
+
 std::string typeOf(ox::FrameFormat format) {
     std::uint16_t const bits = ox::impl::factsOf(format).planes[0].bits;
-    bool const floats = format == ox::FRAME_GRAY_32F || format == ox::FRAME_BGR_32F ||
-                        format == ox::FRAME_BGR_32F_PLANAR;
+    bool const floats = isOfFloats(format);
     std::string const order = bits == 8 ? "|" : "<";
     return order + (floats ? "f" : "u") + std::to_string(bits / 8);
 }
@@ -68,7 +75,8 @@ bool matches(ox::FrameFormat format, NpyHeader const& header, std::size_t leadin
     Shape const shape(header.shape.begin() + static_cast<std::ptrdiff_t>(leading),
                       header.shape.end());
     ox::Size const size = sizeOf(format, shape);
-    if (typeOf(format) != header.type || size.empty() || !holds(format)) {
+    bool const has_halves = header.type == halfType && isOfFloats(format);
+    if ((typeOf(format) != header.type && !has_halves) || size.empty() || !holds(format)) {
         return false;
     }
     match = {format, size, leading == 0 ? 1 : header.shape.front()};
@@ -96,7 +104,8 @@ class NpyReader : public FrameReader {
   public:
     NpyReader(std::unique_ptr<ByteSource> source, InputRequest const& request)
         : FrameReader(std::move(source)) {
-        Match const match = matchHeader(readNpyHeader(*_source), request.format);
+        NpyHeader const header = readNpyHeader(*_source);
+        Match const match = matchHeader(header, request.format);
         if (match.format == ox::FRAME_FORMAT_NONE) {
             throw Failure(_source->name() + ": the NumPy array's type and shape fit no " +
                           (request.format != ox::FRAME_FORMAT_NONE ? shortName(request.format)
@@ -105,6 +114,8 @@ class NpyReader : public FrameReader {
         _info.format = match.format;
         _info.size = match.size;
         _info.frames = match.frames;
+        _has_halves = header.type == halfType;
+        _info.note = _has_halves ? "in half precision" : "";
     }
 
     bool read(ox::Frame& frame) override {
@@ -112,7 +123,11 @@ class NpyReader : public FrameReader {
             return false;
         }
         ++_number;
-        if (!readFrame(*_source, _info.format, _info.size, planesInOrder, _number, frame)) {
+        bool const good =
+            _has_halves
+                ? _halves.read(*_source, _info.format, _info.size, _number, frame)
+                : readFrame(*_source, _info.format, _info.size, planesInOrder, _number, frame);
+        if (!good) {
             throw Failure(_source->name() + ": frame " + std::to_string(_number) + " of " +
                           std::to_string(*_info.frames) + " is missing");
         }
@@ -121,6 +136,8 @@ class NpyReader : public FrameReader {
 
   private:
     std::int64_t _number = 0;
+    bool _has_halves = false;
+    Halves _halves;
 };
 
 /// The number of frames stands in front of them. In seekable outputs it is corrected at the end. In
@@ -128,10 +145,14 @@ class NpyReader : public FrameReader {
 class NpyWriter : public FrameWriter {
   public:
     NpyWriter(OutputFile& file, OutputRequest const& request)
-        : FrameWriter(file), _expected(request.frames) {}
+        : FrameWriter(file), _expected(request.frames), _has_halves(request.halves) {}
 
     void write(ox::Frame const& frame) override {
         if (_written == 0) {
+            if (_has_halves && !isOfFloats(frame.format())) {
+                throw Failure(_file.name() + ": --halves needs floats, not " +
+                              shortName(frame.format()));
+            }
             _format = frame.format();
             _size = frame.size();
             std::string const bytes = header(_expected.value_or(1));
@@ -141,7 +162,11 @@ class NpyWriter : public FrameWriter {
                 _file.name() +
                 ": can't seek back to note how many frames there are; --frames N says it");
         }
-        writeFrame(_file, planesInOrder, frame);
+        if (_has_halves) {
+            _halves.write(_file, frame);
+        } else {
+            writeFrame(_file, planesInOrder, frame);
+        }
         ++_written;
     }
 
@@ -163,10 +188,12 @@ class NpyWriter : public FrameWriter {
         if (frames != 1) {
             shape.insert(shape.begin(), frames);
         }
-        return makeNpyHeader({typeOf(_format), shape});
+        return makeNpyHeader({_has_halves ? halfType : typeOf(_format), shape});
     }
 
     std::optional<std::int64_t> _expected;
+    bool _has_halves;
+    Halves _halves;
     std::int64_t _written = 0;
     ox::FrameFormat _format = ox::FRAME_FORMAT_NONE;
     ox::Size _size;

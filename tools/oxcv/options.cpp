@@ -33,7 +33,8 @@ constexpr char const* convertHelp = R"(Kinds of files:
   jpeg  GRAY8 or BGR24; written with --quality
   y4m   video of GRAY8, I420, YV16 or YUV444_PLANAR
   npy   NumPy arrays of all formats without half-size planes; H x W, H x W x C or
-        C x H x W for a frame, with one more axis in front for several
+        C x H x W for a frame, with one more axis in front for several; halves are read
+        as floats, and floats written as halves with --halves
   raw   frames of any format one after another, without gaps or header; read with
         --input-format and --input-size. --input-stride says that rows have gaps behind
         them, on the last one as well: the bytes from row to row, of each plane, or of the
@@ -121,6 +122,7 @@ void addOutput(CLI::App& app, OutputRequest& output) {
     addChoice(app, "--output-kind", kindNames(), output.kind, "What the output is to be", "KIND");
     addParsed(app, "--quality", parseQuality, output.quality, "Of a JPEG", "N:1..100")
         ->default_str(std::to_string(output.quality));
+    app.add_flag("--halves", output.halves, "Write an array's floats in half precision");
 }
 
 void addWarp(CLI::App& app, Steps& steps) {
