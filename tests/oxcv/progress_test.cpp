@@ -50,6 +50,20 @@ TEST_F(ProgressTest, TheTimeLeftIsToldOnlyWhereItIsKnown) {
     EXPECT_TRUE(text.ends_with(" frames/s" + std::string(wipe))) << text;
 }
 
+TEST_F(ProgressTest, AnArrayIsToldAlikeAndFailuresHaveLinesOfTheirOwn) {
+    std::string const frame = bytesOf(randomFrame(ox::FRAME_GRAY8, {8, 8}));
+    Program program({"tensor", "-", path("no"), path("out.npy"), "--size", "8x8", "--input-size",
+                     "8x8", "--input-format", "GRAY8", "--keep-going"},
+                    ErrorOutput::Terminal);
+    program.feed(frame);
+    EXPECT_TRUE(somethingAppears());
+    std::this_thread::sleep_for(std::chrono::milliseconds(1200));
+    std::string const text = program.finish(frame).err;
+    EXPECT_TRUE(text.starts_with(std::string(wipe) + "2 frames, ")) << text;
+    EXPECT_NE(text.find(std::string(" frames/s") + wipe + "oxcv: " + path("no")), std::string::npos)
+        << text;
+}
+
 TEST_F(ProgressTest, NothingIsToldElsewhere) {
     EXPECT_EQ(runSlowly(ErrorOutput::Pipe, {"--frames", "2"}).err, "");
 }

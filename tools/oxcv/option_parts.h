@@ -49,6 +49,7 @@ template <class Value, std::size_t Count, class Target>
 CLI::Option* addWords(CLI::App& app, char const* name, std::array<Word<Value>, Count> const& words,
                       Target& target, char const* help) {
     std::vector<std::string> choices;
+    choices.reserve(Count);
     for (Word<Value> const& word : words) {
         choices.emplace_back(word.text);
     }

@@ -21,7 +21,8 @@ void writeMapping(OutputFile& file, std::vector<MappedFile> const& files) {
         std::string const end = R"(, "source": )" + toJson(mapped.mapping.source) +
                                 R"(, "inner": )" + toJson(mapped.mapping.inner) + "}";
         for (std::int64_t frame = 0; frame < mapped.frames; ++frame) {
-            std::string const object = separator + start + std::to_string(frame) + end;
+            std::string object = separator;
+            object.append(start).append(std::to_string(frame)).append(end);
             if (!file.write(object.data(), object.size())) {
                 file.check();
             }
