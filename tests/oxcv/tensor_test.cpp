@@ -276,7 +276,9 @@ TEST_F(TensorTest, ImpossibleRequestsAreRefused) {
              Case{"--size 2x2 --roi 1,0,8,8", file + ": --roi: "},
              Case{"--size 2x2 --max-pixels 63",
                   file + ": frames of 8x8 have 64 pixels, more than the 63 of --max-pixels\n"},
-             Case{"--size 16x16 --kernel box", file + ": "},
+             Case{"--size 16x16 --kernel box", file + ": --kernel: "},
+             Case{"--size 2x2 --kernel lanczos3",
+                  file + ": --kernel: Parameter 'window_size' is out of range.\n"},
              Case{"--size 30000x30000", "--size: "},
              Case{"--size 2147483647x2147483647", "--size: "},
          }) {

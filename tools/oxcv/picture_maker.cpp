@@ -44,7 +44,8 @@ bool PictureMaker::next() {
             attempt(_name + ": --roi",
                     [&] { static_cast<void>(ox::getRegion(_frame, _options.roi)); });
         }
-        _mapping = _to_tensor.run(_frame, _options.roi, _picture, 0);
+        std::string const step = _kernel == nullptr ? _name : _name + ": --kernel";
+        _mapping = attempt(step, [&] { return _to_tensor.run(_frame, _options.roi, _picture, 0); });
         return true;
     });
 }
