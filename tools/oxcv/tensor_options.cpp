@@ -15,9 +15,9 @@ namespace {
 constexpr char const* tensorHelp =
     R"(All pictures go to one array of N x C x H x W or, with --layout nhwc, N x H x W x C: one
 picture for each PNG and JPEG, one for each frame of a y4m, npy or raw file, in the order
-of the files. 'oxcv convert --help' tells of the kinds of files, and of --input-format and
---input-size, which hold for all inputs. The output is a NumPy array, and its name ends
-with .npy; with --raw it is the array's numbers alone, little-endian.
+of the files. 'oxcv convert --help' tells of the kinds of files, and of --input-format,
+--input-size and --input-stride, which hold for all inputs. The output is a NumPy array,
+and its name ends with .npy; with --raw it is the array's numbers alone, little-endian.
 
 --fit says how a picture comes to the size: stretch scales each side by its own factor;
 letterbox keeps the aspect and leaves bars, of --bars; letterbox-top-left has them at the
@@ -49,7 +49,8 @@ no picture is left.
 
 --jobs N works on N files at once, with the memory of N; the bytes are the same.
 An array on a pipe needs --raw or a known count of pictures: --frames N says it where files
-don't. --frames counts all files' frames together.
+don't, and files that are left out break the promise. --frames counts all files' frames
+together.
 
 Examples:
   oxcv tensor cat.png cat.npy --recipe imagenet
