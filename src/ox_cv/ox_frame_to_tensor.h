@@ -136,11 +136,11 @@ struct OX_API PictureMapping {
 ///   (2 * w), at least 1 and at most H; else innerH = H and innerW = (2 * w * H + h) / (2 * h), at
 ///   least 1 and at most W. Small pictures are enlarged. left = (W - innerW) / 2, top = (H -
 ///   innerH) / 2. With `TENSOR_FIT_LETTERBOX_TOP_LEFT` both are 0.
-/// - `TENSOR_FIT_CROP`: if w * H >= h * W then ch = h and cw = (2 * h * W + H) / (2 * H), at least
-/// 1
-///   and at most w; else cw = w and ch = (2 * w * H + W) / (2 * W), at least 1 and at most h. Only
-///   cw x ch is read, from ((w - cw) / 2, (h - ch) / 2) on, counted from the region's origin. Each
-///   offset is rounded down to even if pixels share chroma along its axis. It goes to W x H.
+/// - `TENSOR_FIT_CROP`: if w * H >= h * W then ch = h and cw = (2 * h * W + H) / (2 * H), at
+///   least 1 and at most w; else cw = w and ch = (2 * w * H + W) / (2 * W), at least 1 and at most
+///   h. Only cw x ch is read, from ((w - cw) / 2, (h - ch) / 2) on, counted from the region's
+///   origin. Each offset is rounded down to even if pixels share chroma along its axis. It goes to
+///   W x H.
 ///
 /// # Which bytes
 ///
@@ -194,8 +194,7 @@ class OX_API FrameToTensor {
 
     /// Takes a recipe.
     /// @throws Exception `StatusInvalidParameter`, which names the first field, in their order,
-    /// that
-    ///         is invalid: a side below 1, an enumerator without a name, a number that isn't
+    ///         that is invalid: a side below 1, an enumerator without a name, a number that isn't
     ///         finite, a `quantScale` that isn't above 0. The former recipe is then kept
     void reuse(TensorRecipe const& recipe);
 
@@ -211,10 +210,9 @@ class OX_API FrameToTensor {
     /// Fills picture `index` of a tensor, and nothing else.
     /// @param region of `src`
     /// @param dst has the type, the format and the sides that `layout` gives, and any batch.
-    /// Strides
-    ///        may be larger if they are multiples of an element and neither rows nor channels
-    ///        overlap; elements of a row (for `TENSOR_FORMAT_NHWC`: all channels of it) follow one
-    ///        another. It is never made anew, and has no byte in common with `src`
+    ///        Strides may be larger if they are multiples of an element and neither rows nor
+    ///        channels overlap; elements of a row (for `TENSOR_FORMAT_NHWC`: all channels of it)
+    ///        follow one another. It is never made anew, and has no byte in common with `src`
     /// @throws Exception, in this order, before anything is written: `StatusNotInitialized` without
     ///         a recipe; `StatusInputNotInitialized` for a `src` that isn't initialized;
     ///         `StatusNotSupported` for its format; `StatusInvalidParameter` if it has no pixels or
@@ -223,7 +221,8 @@ class OX_API FrameToTensor {
     ///         it isn't on the CPU, or for another type, format, size or strides than above;
     ///         `StatusOutOfRange` for an index outside its batch; then what `Scaler::reuse`, or
     ///         `ScalerConvolutional::reuse` and the kernel throw (`StatusOutOfRange` where a
-    ///         plane's side grows, shrinks by more than 32 or has more than 8192 samples);
+    ///         plane's side grows, shrinks by more than 32 or has more than 8192 samples, or where
+    ///         the kernel is wider than a plane is high);
     ///         `StatusCapacityExceeded` if memory is exhausted
     PictureMapping run(Frame const& src, Rect region, Tensor& dst, std::int32_t index);
 
