@@ -5,7 +5,9 @@
 /// mouth. Here they are a face of twice the size, turned by 90 degrees.
 
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 
 #include "ox_core/ox_core.h"
@@ -32,6 +34,10 @@ ox::Frame alignedFace(ox::Frame const& picture, float const (*found)[2]) {
     return face;
 }
 
+unsigned char* pixelAt(ox::Frame const& frame, std::int64_t x, std::int64_t y) {
+    return frame.planeData(0) + y * frame.layout().plane[0].stride + 3 * x;
+}
+
 }  // namespace
 
 int main() {
@@ -44,19 +50,13 @@ int main() {
             found[i][0] = 300.0F - 2.0F * expected[i][1];
             found[i][1] = 100.0F + 2.0F * expected[i][0];
         }
-        auto const x = static_cast<int>(std::lround(found[2][0]));
-        auto const y = static_cast<int>(std::lround(found[2][1]));
-        for (int row = y - 2; row <= y + 2; ++row) {  // a white nose
-            for (int column = x - 2; column <= x + 2; ++column) {
-                unsigned char* const pixel =
-                    picture.planeData(0) + row * picture.layout().plane[0].stride + 3 * column;
-                pixel[0] = pixel[1] = pixel[2] = 255;
-            }
+        std::int64_t const x = std::lround(found[2][0]);
+        std::int64_t const y = std::lround(found[2][1]);
+        for (std::int64_t row = y - 2; row <= y + 2; ++row) {  // a white nose
+            std::memset(pixelAt(picture, x - 2, row), 255, 15);
         }
         ox::Frame const face = alignedFace(picture, found);
-        unsigned char const* const nose =
-            face.planeData(0) + 72 * face.layout().plane[0].stride + 3 * 56;
-        std::printf("nose %d, beside it %d\n", nose[0], nose[3 * 8]);
+        std::printf("nose %d, beside it %d\n", *pixelAt(face, 56, 72), *pixelAt(face, 64, 72));
         return 0;
     } catch (std::exception const& error) {
         std::fprintf(stderr, "%s\n", error.what());

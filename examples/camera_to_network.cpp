@@ -81,7 +81,8 @@ void run(ox::Size size, std::vector<unsigned char> bytes, bool writes) {
 int main(int count, char** arguments) {
     try {
         if (count == 1) {
-            run({1280, 720}, std::vector<unsigned char>(1280 * 720 / 2 * 3, 128), false);
+            constexpr std::size_t bytes = std::size_t{1280} * 720 / 2 * 3;
+            run({1280, 720}, std::vector<unsigned char>(bytes, 128), false);
             return 0;
         }
         ox::Size size;
