@@ -11,7 +11,7 @@ namespace ox::test {
 
 namespace {
 
-using Bytes = std::vector<int>;
+using RowNumbers = std::vector<int>;
 
 TEST(RowWindowOfProducer, ProducesEachRowOnce) {
     TestFrame const source = rampFrame(FRAME_GRAY8, {4, 6});
@@ -27,7 +27,7 @@ TEST(RowWindowOfProducer, ProducesEachRowOnce) {
         EXPECT_EQ(probe.nextCalls(), first + 3);
         window.next();
     }
-    EXPECT_EQ(probe.produced(), (Bytes{0, 1, 2, 3, 4, 5}));
+    EXPECT_EQ(probe.produced(), (RowNumbers{0, 1, 2, 3, 4, 5}));
     EXPECT_TRUE(probe.skipped().empty());
 }
 
@@ -89,8 +89,8 @@ TEST(RowWindowOfProducer, AJumpBehindTheBandSkipsRows) {
     EXPECT_EQ(probe.nextCalls(), 2);
     EXPECT_EQ(byteAt(window, 0), 5);
     EXPECT_EQ(byteAt(window, 1), 6);
-    EXPECT_EQ(probe.produced(), (Bytes{0, 1, 5, 6}));
-    EXPECT_EQ(probe.skipped(), (Bytes{2, 3, 4}));
+    EXPECT_EQ(probe.produced(), (RowNumbers{0, 1, 5, 6}));
+    EXPECT_EQ(probe.skipped(), (RowNumbers{2, 3, 4}));
 }
 
 TEST(RowWindowOfProducer, ChromaOfASkippedPairIsAnOlderSlot) {
