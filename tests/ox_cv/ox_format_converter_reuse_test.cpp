@@ -14,7 +14,7 @@ namespace ox::test {
 
 namespace {
 
-using Bytes = std::vector<int>;
+using RowBytes = std::vector<int>;
 
 // The first byte of the row that a producer stands at; 0 if it writes none.
 int firstByteOf(IRowProducer& producer) {
@@ -32,15 +32,15 @@ TEST(FormatConverterReuse, AllocatesNothingForFramesOfAKind) {
     FormatConverter converter;
     converter.reuse(black.frame(), FRAME_I420);
     produceFrame(converter, target.frame());
-    EXPECT_EQ(bytesOf(target.frame(), 0, 4), Bytes(5, 16));
+    EXPECT_EQ(bytesOf(target.frame(), 0, 4), RowBytes(5, 16));
     std::uint64_t const calls = allocationCalls();
     converter.reuse(white.frame(), FRAME_I420);
     produceFrame(converter, target.frame());
     EXPECT_EQ(allocationCalls(), calls);
     for (int y = 0; y < 5; ++y) {
-        EXPECT_EQ(bytesOf(target.frame(), 0, y), Bytes(5, 234));
-        EXPECT_EQ(bytesOf(target.frame(), 1, y / 2), Bytes(3, 128));
-        EXPECT_EQ(bytesOf(target.frame(), 2, y / 2), Bytes(3, 128));
+        EXPECT_EQ(bytesOf(target.frame(), 0, y), RowBytes(5, 234));
+        EXPECT_EQ(bytesOf(target.frame(), 1, y / 2), RowBytes(3, 128));
+        EXPECT_EQ(bytesOf(target.frame(), 2, y / 2), RowBytes(3, 128));
     }
 }
 
@@ -49,8 +49,8 @@ class FormatConverterRestart : public testing::Test {
   protected:
     struct Target {
         FrameFormat format;
-        std::vector<Bytes> u;
-        std::vector<Bytes> v;
+        std::vector<RowBytes> u;
+        std::vector<RowBytes> v;
     };
 
     FormatConverterRestart() {
@@ -62,7 +62,7 @@ class FormatConverterRestart : public testing::Test {
         Frame frame;
         produceFrame(producer, frame);
         for (int y = 0; y < 4; ++y) {
-            EXPECT_EQ(bytesOf(frame, 0, y), (Bytes{2 * y + 1, 2 * y + 2}));
+            EXPECT_EQ(bytesOf(frame, 0, y), (RowBytes{2 * y + 1, 2 * y + 2}));
         }
         for (std::size_t y = 0; y < target.u.size(); ++y) {
             EXPECT_EQ(bytesOf(frame, 1, static_cast<int>(y)), target.u[y]);

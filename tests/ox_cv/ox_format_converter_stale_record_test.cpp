@@ -14,7 +14,7 @@ namespace ox::test {
 
 namespace {
 
-using Bytes = std::vector<int>;
+using RowBytes = std::vector<int>;
 
 TEST(FormatConverter, FormatsWithoutARecordAreRefusedAtFirst) {
     TestFrame const source(FRAME_I420, {4, 4});
@@ -55,42 +55,44 @@ class StaleRecord : public testing::Test {
 
 TEST_F(StaleRecord, SemiPlanarInPlanes) {
     Frame const frame = convert(FRAME_NV16, FRAME_BGR_PLANAR);
-    EXPECT_EQ(bytesOf(frame, 0, 0), (Bytes{1, 2, 3, 4, 5}));
-    EXPECT_EQ(bytesOf(frame, 1, 0), (Bytes{21, 31, 22, 32, 23}));
-    EXPECT_EQ(bytesOf(frame, 1, 1), (Bytes{121, 131, 122, 132, 123}));
-    EXPECT_EQ(bytesOf(frame, 2, 0), Bytes(5, 0));
+    EXPECT_EQ(bytesOf(frame, 0, 0), (RowBytes{1, 2, 3, 4, 5}));
+    EXPECT_EQ(bytesOf(frame, 1, 0), (RowBytes{21, 31, 22, 32, 23}));
+    EXPECT_EQ(bytesOf(frame, 1, 1), (RowBytes{121, 131, 122, 132, 123}));
+    EXPECT_EQ(bytesOf(frame, 2, 0), RowBytes(5, 0));
 }
 
 TEST_F(StaleRecord, TwoRowsAtATime) {
     Frame const frame = convert(FRAME_NV12, FRAME_RGB_PLANAR);
-    EXPECT_EQ(bytesOf(frame, 0, 1), (Bytes{101, 102, 103, 104, 105}));
-    EXPECT_EQ(bytesOf(frame, 1, 0), (Bytes{71, 81, 72, 82, 73}));
-    EXPECT_EQ(bytesOf(frame, 1, 1), (Bytes{121, 131, 122, 132, 123}));
+    EXPECT_EQ(bytesOf(frame, 0, 1), (RowBytes{101, 102, 103, 104, 105}));
+    EXPECT_EQ(bytesOf(frame, 1, 0), (RowBytes{71, 81, 72, 82, 73}));
+    EXPECT_EQ(bytesOf(frame, 1, 1), (RowBytes{121, 131, 122, 132, 123}));
 }
 
 TEST_F(StaleRecord, PackedInPlanes) {
     Frame const frame = convert(FRAME_UYVY, FRAME_BGR_PLANAR);
-    EXPECT_EQ(bytesOf(frame, 0, 0), (Bytes{21, 1, 31, 2, 22}));
-    EXPECT_EQ(bytesOf(frame, 1, 0), Bytes(5, 0));
+    EXPECT_EQ(bytesOf(frame, 0, 0), (RowBytes{21, 1, 31, 2, 22}));
+    EXPECT_EQ(bytesOf(frame, 1, 0), RowBytes(5, 0));
     Frame const triples = convert(FRAME_YUV444, FRAME_RGB_PLANAR);
-    EXPECT_EQ(bytesOf(triples, 0, 1), (Bytes{101, 121, 131, 102, 121}));
+    EXPECT_EQ(bytesOf(triples, 0, 1), (RowBytes{101, 121, 131, 102, 121}));
 }
 
 TEST_F(StaleRecord, PackedInPacked) {
     Frame const frame = convert(FRAME_YUYV, FRAME_RGB24);
-    EXPECT_EQ(bytesOf(frame, 0, 0), (Bytes{1, 21, 2, 31, 3, 22, 4, 32, 5, 23, 0, 33, 0, 0, 0}));
+    EXPECT_EQ(bytesOf(frame, 0, 0), (RowBytes{1, 21, 2, 31, 3, 22, 4, 32, 5, 23, 0, 33, 0, 0, 0}));
 }
 
 TEST_F(StaleRecord, PlanesInOnePlaneLeaveLumaOnly) {
     Frame const frame = convert(FRAME_I420, FRAME_RGB24);
-    EXPECT_EQ(bytesOf(frame, 0, 1), (Bytes{101, 102, 103, 104, 105, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(bytesOf(frame, 0, 1),
+              (RowBytes{101, 102, 103, 104, 105, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
 }
 
 TEST_F(StaleRecord, BytesInFloats) {
     Frame const frame = convert(FRAME_YUV444_PLANAR, FRAME_BGR_32F_PLANAR);
-    Bytes const starts[] = {{1, 2, 3, 4, 5, 0}, {21, 21, 22, 22, 23, 0}, {31, 31, 32, 32, 33, 0}};
+    RowBytes const starts[] = {
+        {1, 2, 3, 4, 5, 0}, {21, 21, 22, 22, 23, 0}, {31, 31, 32, 32, 33, 0}};
     for (int plane = 0; plane < 3; ++plane) {
-        Bytes row = bytesOf(frame, plane, 0);
+        RowBytes row = bytesOf(frame, plane, 0);
         row.resize(6);
         EXPECT_EQ(row, starts[plane]);
     }

@@ -18,7 +18,7 @@ static_assert(std::is_base_of_v<IRowProducer, FormatConverter>);
 static_assert(!std::is_copy_constructible_v<FormatConverter> &&
               !std::is_copy_assignable_v<FormatConverter>);
 
-using Bytes = std::vector<int>;
+using RowBytes = std::vector<int>;
 
 Frame converted(Frame const& source, FrameFormat format) {
     FormatConverter converter;
@@ -168,7 +168,7 @@ TEST(FormatConverter, ASingleRowHasNoPairOfRows) {
         expectException(StatusOutOfRange, windowSizeOutOfRange,
                         [&] { converter.reuse(probe, format); });
     }
-    EXPECT_EQ(bytesOf(converted(bgr.frame(), FRAME_NV16), 0, 0), (Bytes{16, 16, 16, 16}));
+    EXPECT_EQ(bytesOf(converted(bgr.frame(), FRAME_NV16), 0, 0), (RowBytes{16, 16, 16, 16}));
 }
 
 TEST(FormatConverter, GrayNeedsNoPairOfRows) {
@@ -177,9 +177,9 @@ TEST(FormatConverter, GrayNeedsNoPairOfRows) {
     ProbeProducer probe(source.frame());
     for (FrameFormat const format : {FRAME_I420, FRAME_YV12, FRAME_NV12, FRAME_NV21}) {
         Frame const frame = converted(source.frame(), format);
-        EXPECT_EQ(bytesOf(frame, 0, 0), (Bytes{1, 2, 3}));
+        EXPECT_EQ(bytesOf(frame, 0, 0), (RowBytes{1, 2, 3}));
         for (int plane = 1; plane < frame.layout().planeCount; ++plane) {
-            EXPECT_EQ(bytesOf(frame, plane, 0), Bytes(frame.layout().plane[plane].rowBytes, 0));
+            EXPECT_EQ(bytesOf(frame, plane, 0), RowBytes(frame.layout().plane[plane].rowBytes, 0));
         }
         probe.rewind();
         FormatConverter converter;
@@ -201,14 +201,14 @@ TEST(FormatConverter, AllChromaOfGrayIsZero) {
     fill(source.frame(), 200);
     Frame const frame = converted(source.frame(), FRAME_NV12);
     for (int y = 0; y < 3; ++y) {
-        EXPECT_EQ(bytesOf(frame, 1, y), Bytes(6, 0));
+        EXPECT_EQ(bytesOf(frame, 1, y), RowBytes(6, 0));
     }
 }
 
 // Rows of one pixel: blue, then green, then red, with the terms
 //     CU 61328, 13898, 23078 and CV 28178, 8798, 61328.
 TEST(FormatConverter, ChromaOfRowPairs) {
-    Bytes const rows[] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}};
+    RowBytes const rows[] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}};
     for (int const height : {2, 3}) {
         TestFrame source(FRAME_BGR24, {1, height});
         fill(source.frame(), 0, {rows, rows + height});
@@ -219,14 +219,14 @@ TEST(FormatConverter, ChromaOfRowPairs) {
         produceFrame(from_producer, streamed);
         Frame const frame = converted(source.frame(), FRAME_I420);
         EXPECT_TRUE(samePixels(streamed, frame));
-        EXPECT_EQ(bytesOf(frame, 0, 0), Bytes{40});
-        EXPECT_EQ(bytesOf(frame, 0, 1), Bytes{144});
-        EXPECT_EQ(bytesOf(frame, 1, 0), Bytes{146});  // (61328 + 13898) >> 9
-        EXPECT_EQ(bytesOf(frame, 2, 0), Bytes{72});   // (28178 + 8798) >> 9
-        if (height == 3) {                            // the last row stands alone
-            EXPECT_EQ(bytesOf(frame, 0, 2), Bytes{80});
-            EXPECT_EQ(bytesOf(frame, 1, 1), Bytes{90});
-            EXPECT_EQ(bytesOf(frame, 2, 1), Bytes{239});
+        EXPECT_EQ(bytesOf(frame, 0, 0), RowBytes{40});
+        EXPECT_EQ(bytesOf(frame, 0, 1), RowBytes{144});
+        EXPECT_EQ(bytesOf(frame, 1, 0), RowBytes{146});  // (61328 + 13898) >> 9
+        EXPECT_EQ(bytesOf(frame, 2, 0), RowBytes{72});   // (28178 + 8798) >> 9
+        if (height == 3) {                               // the last row stands alone
+            EXPECT_EQ(bytesOf(frame, 0, 2), RowBytes{80});
+            EXPECT_EQ(bytesOf(frame, 1, 1), RowBytes{90});
+            EXPECT_EQ(bytesOf(frame, 2, 1), RowBytes{239});
         }
     }
 }
@@ -235,8 +235,8 @@ TEST(FormatConverter, TheLastOfThreeRowsHasPairsOfItsOwn) {
     TestFrame source(FRAME_BGR24, {2, 3});
     fill(source.frame(), 0, {{0, 0, 0, 0, 0, 0}, {0, 0, 0, 0, 0, 0}, {10, 20, 30, 200, 100, 50}});
     Frame const frame = converted(source.frame(), FRAME_I420);
-    EXPECT_EQ(bytesOf(frame, 1, 1), Bytes{150});  // (31268 + 45868) >> 9
-    EXPECT_EQ(bytesOf(frame, 2, 1), Bytes{116});  // (34068 + 25368) >> 9
+    EXPECT_EQ(bytesOf(frame, 1, 1), RowBytes{150});  // (31268 + 45868) >> 9
+    EXPECT_EQ(bytesOf(frame, 2, 1), RowBytes{116});  // (34068 + 25368) >> 9
 }
 
 TEST(FormatConverter, AveragesRowPairsOfYuv) {
@@ -244,11 +244,11 @@ TEST(FormatConverter, AveragesRowPairsOfYuv) {
     fill(source.frame(), 0, {{1, 2}, {3, 4}, {5, 6}});
     fill(source.frame(), 1, {{10, 100}, {13, 101}, {7, 9}});
     Frame const frame = converted(source.frame(), FRAME_I420);
-    EXPECT_EQ(bytesOf(frame, 0, 2), (Bytes{5, 6}));
-    EXPECT_EQ(bytesOf(frame, 1, 0), Bytes{11});
-    EXPECT_EQ(bytesOf(frame, 2, 0), Bytes{100});
-    EXPECT_EQ(bytesOf(frame, 1, 1), Bytes{7});
-    EXPECT_EQ(bytesOf(frame, 2, 1), Bytes{9});
+    EXPECT_EQ(bytesOf(frame, 0, 2), (RowBytes{5, 6}));
+    EXPECT_EQ(bytesOf(frame, 1, 0), RowBytes{11});
+    EXPECT_EQ(bytesOf(frame, 2, 0), RowBytes{100});
+    EXPECT_EQ(bytesOf(frame, 1, 1), RowBytes{7});
+    EXPECT_EQ(bytesOf(frame, 2, 1), RowBytes{9});
 }
 
 TEST(FormatConverter, ReadsEachRowOfAProducerOnce) {
@@ -259,7 +259,7 @@ TEST(FormatConverter, ReadsEachRowOfAProducerOnce) {
     converter.reuse(probe, FRAME_NV12);
     Frame frame;
     produceFrame(converter, frame);
-    EXPECT_EQ(probe.produced(), (Bytes{0, 1, 2, 3, 4}));
+    EXPECT_EQ(probe.produced(), (RowBytes{0, 1, 2, 3, 4}));
     EXPECT_TRUE(probe.skipped().empty());
     EXPECT_TRUE(samePixels(frame, converted(source.frame(), FRAME_NV12)));
 }

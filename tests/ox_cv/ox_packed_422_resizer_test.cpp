@@ -22,7 +22,7 @@ namespace {
 constexpr FrameFormat formats[] = {FRAME_YUYV, FRAME_UYVY};
 constexpr unsigned char old = 0x5A;
 
-using Bytes = std::vector<int>;
+using RowBytes = std::vector<int>;
 
 // Where the samples of a pair of pixels lie in its four bytes.
 struct Packing {
@@ -128,16 +128,16 @@ TEST(Packed422Resizer, KeepsLumaAndChromaApart) {
         auto const backend = makeBackend(vectors);
         backend->setIntProperty(1, ResizeArea);
         TestFrame src(FRAME_YUYV, {8, 2});
-        Bytes row;
+        RowBytes row;
         for (int pair = 0; pair < 4; ++pair) {
             row.insert(row.end(), {10, 100, 20, 200});
         }
         fill(src.frame(), 0, {row, row});
         TestFrame dst(FRAME_YUYV, {4, 1});
         Packed422Resizer().resize(*backend, src.frame(), dst.frame());
-        EXPECT_EQ(bytesOf(dst.frame(), 0, 0), (Bytes{15, 100, 15, 200, 15, 100, 15, 200}));
+        EXPECT_EQ(bytesOf(dst.frame(), 0, 0), (RowBytes{15, 100, 15, 200, 15, 100, 15, 200}));
         backend->resize(src.frame(), dst.frame(), Rect(), Rect());
-        EXPECT_NE(bytesOf(dst.frame(), 0, 0), (Bytes{15, 100, 15, 200, 15, 100, 15, 200}));
+        EXPECT_NE(bytesOf(dst.frame(), 0, 0), (RowBytes{15, 100, 15, 200, 15, 100, 15, 200}));
     }
 }
 
