@@ -47,8 +47,8 @@ struct PlanarChroma {
     std::uint8_t uAt(std::size_t x) const { return u[x]; }
     std::uint8_t vAt(std::size_t x) const { return v[x]; }
     void next() {
-        u += u_stride;
-        v += v_stride;
+        u = movedBy(u, u_stride);
+        v = movedBy(v, v_stride);
     }
 };
 
@@ -59,7 +59,7 @@ struct PairedChroma {
 
     std::uint8_t uAt(std::size_t x) const { return uv[2 * x + (v_first ? 1 : 0)]; }
     std::uint8_t vAt(std::size_t x) const { return uv[2 * x + (v_first ? 0 : 1)]; }
-    void next() { uv += stride; }
+    void next() { uv = movedBy(uv, stride); }
 };
 
 /// Pairs of columns and of rows; a last odd one is left alone.
@@ -70,15 +70,15 @@ void convert420(ConstBytes y, std::size_t y_stride, Chroma chroma, std::size_t w
         for (std::size_t x = 0; x < width / 2; ++x) {
             Bgr const terms = Matrix::terms(chroma.uAt(x), chroma.vAt(x));
             for (std::size_t side = 0; side < 2; ++side) {
-                ConstBytes const luma = y + side * y_stride + 2 * x;
-                Bytes const pixels = dst + side * dst_stride + 6 * x;
+                ConstBytes const luma = movedBy(y, side * y_stride) + 2 * x;
+                Bytes const pixels = movedBy(dst, side * dst_stride) + 6 * x;
                 store<Matrix, Order>(pixels, luma[0], terms);
                 store<Matrix, Order>(pixels + 3, luma[1], terms);
             }
         }
-        y += 2 * y_stride;
+        y = movedBy(y, 2 * y_stride);
         chroma.next();
-        dst += 2 * dst_stride;
+        dst = movedBy(dst, 2 * dst_stride);
     }
 }
 

@@ -17,6 +17,13 @@ namespace Simd {
 using Bytes = std::uint8_t*;
 using ConstBytes = std::uint8_t const*;
 
+/// A row further on. A stride below zero, of rows from the last one up, has come as a number
+/// without a sign; pointers are moved by signed ones.
+template <class Byte>
+constexpr Byte* movedBy(Byte* row, std::size_t stride) {
+    return row + static_cast<std::ptrdiff_t>(stride);
+}
+
 /// @tparam size_argument which argument picks the routine: the width, or the count of an array
 template <int size_argument, class F>
 struct Shape {

@@ -172,8 +172,8 @@ struct PlanarChroma {
                               hn::PromoteTo(TagS16(), hn::LoadU(half, v + x / 2)));
     }
     void next() {
-        u += u_stride;
-        v += v_stride;
+        u = movedBy(u, u_stride);
+        v = movedBy(v, v_stride);
     }
 };
 
@@ -188,7 +188,7 @@ struct PairedChroma {
         return v_first ? Matrix::chroma(OddBytes(pairs), EvenBytes(pairs))
                        : Matrix::chroma(EvenBytes(pairs), OddBytes(pairs));
     }
-    void next() { uv += stride; }
+    void next() { uv = movedBy(uv, stride); }
 };
 
 template <class Matrix, class Order, class Chroma>
@@ -199,12 +199,12 @@ void convert420(ConstBytes y, std::size_t y_stride, Chroma chroma, std::size_t w
         walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             ChromaTerms const terms = chroma.template terms<Matrix>(x);
             storeBlock<Matrix, Order>(dst + 3 * x, hn::LoadU(d, y + x), terms, terms);
-            storeBlock<Matrix, Order>(dst + dst_stride + 3 * x, hn::LoadU(d, y + y_stride + x),
-                                      terms, terms);
+            storeBlock<Matrix, Order>(movedBy(dst, dst_stride) + 3 * x,
+                                      hn::LoadU(d, movedBy(y, y_stride) + x), terms, terms);
         });
-        y += 2 * y_stride;
+        y = movedBy(y, 2 * y_stride);
         chroma.next();
-        dst += 2 * dst_stride;
+        dst = movedBy(dst, 2 * dst_stride);
     }
 }
 
