@@ -28,13 +28,17 @@
 /// | `MulAddWindowPairs` | sums of products of neighbours, bytes by weights below 128 |
 /// | `NoWordSums`, `AddWordProducts` | `WordSums` and products of words that are added to them |
 /// | `TotalOf` | the lanes of `WordSums`, each of two neighbouring products |
-/// | `AddNeighbours` | sums of neighbours of both registers, in order |
+/// | `AddPairs` | sums of neighbours of both registers, in order within windows |
+/// | `wordPlace`, `AddPairProducts` | products of two words a lane, added to it; not on AVX3_DL, as are: |
+/// | `PackSums` | lanes of four registers, clamped to bytes; 16 bytes of each into 16 bytes |
+/// | `StoreThreeOfFour` | stores the first three of each four bytes |
 /// | `NoFourSums`, `AddTwoRows` | `FourSums` and two weighted rows of a block, added to them |
 /// | `BytesOf` | `FourSums` shifted and clamped to bytes |
 /// | `Permute` | the bytes of each period at a table's places; not on NEON, as are: |
 /// | `LoadPeriods`, `StorePeriods` | periods that overlap by a byte in memory; the later one wins |
 /// | `AddByteProducts` | adds products of four unsigned and signed bytes; only AVX3_DL has this and: |
 /// | `PermuteTwo` | the lanes at the given places of two registers |
+/// | `StoreThreeLanes` | clamps all but each fourth lane to bytes and stores them |
 /// | `LoadAll`, `LookUp` | 256 bytes as `AllBytes`, and the bytes at the given places of them |
 
 // clang-format on

@@ -90,8 +90,33 @@ HWY_INLINE V32 AddWordProducts(V32 sums, V16 words, V16 weights) {
     return hn::Add(sums, V32{_mm256_madd_epi16(words.raw, weights.raw)});
 }
 
-HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
-    return V32{_mm256_permute4x64_epi64(_mm256_hadd_epi32(a.raw, b.raw), 0xD8)};
+/// The word of a window whose product is part `k` of a lane, for:
+constexpr std::size_t wordPlace(std::size_t lane, std::size_t k) {
+    return 2 * lane + k;
+}
+
+HWY_INLINE V32 AddPairProducts(V32 sums, V8 words, V8 weights) {
+    return hn::Add(sums, V32{_mm256_madd_epi16(words.raw, weights.raw)});
+}
+
+HWY_INLINE V32 AddPairs(V32 a, V32 b) {
+    return V32{_mm256_hadd_epi32(a.raw, b.raw)};
+}
+
+HWY_INLINE V8 PackSums(V32 a, V32 b, V32 c, V32 d) {
+    return V8{
+        _mm256_packus_epi16(_mm256_packs_epi32(a.raw, b.raw), _mm256_packs_epi32(c.raw, d.raw))};
+}
+
+HWY_INLINE void StoreThreeOfFour(std::uint8_t* p, V8 v) {
+    __m256i const places = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+    __m256i const order = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7);
+    __m256i const packed = _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(v.raw, places), order);
+    HalfTag8 const half;
+    hn::StoreU(hn::Vec<HalfTag8>{_mm256_castsi256_si128(packed)}, half, p);
+    hn::StoreU(hn::LowerHalf(hn::Vec<HalfTag8>{_mm256_extracti128_si256(packed, 1)}),
+               hn::Half<HalfTag8>(), p + 16);
 }
 
 // Highway 1.0.3 takes lanes of 32 bits to bytes through unsigned words whose bit 15 it clears, in

@@ -102,7 +102,7 @@ HWY_INLINE V32 AddWordProducts(V32 sums, V16 words, V16 weights) {
     return V32{_mm512_dpwssd_epi32(sums.raw, words.raw, weights.raw)};
 }
 
-HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
+HWY_INLINE V32 AddPairs(V32 a, V32 b) {
     BlockTagS32 const d;
     return hn::Add(hn::ConcatEven(d, b, a), hn::ConcatOdd(d, b, a));
 }
@@ -111,6 +111,13 @@ HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
     hn::Rebind<std::uint8_t, BlockTagS32> const d;
     V32 const positive = hn::Max(v, hn::Zero(BlockTagS32()));
     hn::StoreU(hn::Vec<decltype(d)>{_mm512_cvtusepi32_epi8(positive.raw)}, d, p);
+}
+
+HWY_INLINE void StoreThreeLanes(V32 v, std::uint8_t* p) {
+    V32 const positive = hn::Max(v, hn::Zero(BlockTagS32()));
+    __m128i const places = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+    __m128i const packed = _mm_shuffle_epi8(_mm512_cvtusepi32_epi8(positive.raw), places);
+    _mm_mask_storeu_epi8(p, 0xfff, packed);
 }
 
 HWY_INLINE void StoreLowBytes(VF v, std::uint8_t* p) {

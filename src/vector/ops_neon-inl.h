@@ -156,6 +156,35 @@ HWY_INLINE V32 TotalOf(WordSums sums) {
     return V32(vpaddq_s32(sums.lower, sums.upper));
 }
 
+/// The word of a window whose product is part `k` of a lane, for:
+constexpr std::size_t wordPlace(std::size_t lane, std::size_t k) {
+    return lane + 4 * k;
+}
+
+HWY_INLINE V32 AddPairProducts(V32 sums, V8 words, V8 weights) {
+    int16x8_t const a = vreinterpretq_s16_u8(words.raw);
+    int16x8_t const b = vreinterpretq_s16_u8(weights.raw);
+    return V32(vmlal_high_s16(vmlal_s16(sums.raw, vget_low_s16(a), vget_low_s16(b)), a, b));
+}
+
+HWY_INLINE V32 AddPairs(V32 a, V32 b) {
+    return V32(vpaddq_s32(a.raw, b.raw));
+}
+
+HWY_INLINE V8 PackSums(V32 a, V32 b, V32 c, V32 d) {
+    int16x8_t const lower = vqmovn_high_s32(vqmovn_s32(a.raw), b.raw);
+    int16x8_t const upper = vqmovn_high_s32(vqmovn_s32(c.raw), d.raw);
+    return V8(vqmovun_high_s16(vqmovun_s16(lower), upper));
+}
+
+HWY_INLINE void StoreThreeOfFour(std::uint8_t* p, V8 v) {
+    static constexpr std::uint8_t places[16]{0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 3, 3, 3, 3};
+    uint8x16_t const packed = vqtbl1q_u8(v.raw, vld1q_u8(places));
+    vst1_u8(p, vget_low_u8(packed));
+    std::uint32_t const last = vgetq_lane_u32(vreinterpretq_u32_u8(packed), 2);
+    std::memcpy(p + 8, &last, sizeof last);
+}
+
 HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
     hn::Rebind<std::uint8_t, BlockTagS32> const d;
     hn::StoreU(hn::DemoteTo(d, v), d, p);
@@ -165,10 +194,6 @@ HWY_INLINE void StoreLowBytes(VF v, std::uint8_t* p) {
     hn::Rebind<std::uint8_t, BlockTagS32> const d;
     hn::Vec<hn::RebindToUnsigned<BlockTagS32>> const numbers(vcvtq_u32_f32(v.raw));  // saturates
     hn::StoreU(hn::TruncateTo(d, numbers), d, p);
-}
-
-HWY_INLINE V32 AddNeighbours(V32 a, V32 b) {
-    return V32(vpaddq_s32(a.raw, b.raw));
 }
 
 using ColourHalf = PixelHalf;

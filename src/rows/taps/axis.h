@@ -49,14 +49,15 @@ using RunTaps = void(TapProgram const& program, std::uint8_t const* src, std::ui
 /// The program that an axis is compiled to.
 struct TapProgram {
     RunTaps* run = nullptr;
-    std::vector<std::uint32_t> offsets;  ///< pairs: source byte, index in `tables`
+    std::vector<std::uint32_t> offsets;  ///< of each register: source bytes, byte in `tables`
     std::vector<RegisterBytes> tables;
     std::size_t steps = 0;         ///< of each sum
     std::size_t lane_sums = 1;     ///< partial sums of an entry in a register
     std::size_t channels = 1;      ///< interleaved
-    std::size_t entries = 0;       ///< of the result: its samples
-    std::size_t whole_groups = 0;  ///< leading registers of results whose windows end in the row
+    std::size_t entries = 0;       ///< of the result: its samples, and gaps
+    std::size_t whole_blocks = 0;  ///< leading blocks of results whose windows end in the row
     bool has_high = false;         ///< whether a weight doesn't fit a byte
+    bool has_gaps = false;         ///< whether each pixel has one entry more, without weights
     std::size_t src_bytes = 0;     ///< of the source row, padded with zeros if that is shorter
     std::size_t dst_bytes = 0;     ///< written
     int shift = 0;

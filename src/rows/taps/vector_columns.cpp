@@ -8,9 +8,10 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "rows/taps/axis.h"
-#include "vector/ops-inl.h"
+#include "rows/taps/lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ox::rows::HWY_NAMESPACE {
@@ -20,64 +21,65 @@ using namespace vector::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-/// Entries that are written at a time.
-constexpr std::size_t lanes = blockBytes / 4;
+// An entry is a sample of the result. A window of source bytes holds the taps of neighbouring
+// entries, and a byte permute puts them into the lanes of a register, a few taps a lane. The
+// farther apart entries lie, the fewer share a window, and the more lanes each entry has; that many
+// registers are then added up to one. The next step takes the taps that follow, from the same
+// places of a window further on.
+//
+//   one channel, 3 pixels apart:     lane i has taps 3i, 3i + 1, ..., lane i + 1 taps 3i + 3, ...
+//   three channels, 3 pixels apart:  lane 3i + c has bytes 9i + c, 9i + c + 3, ...
+//
+// Three channels may have gaps: each pixel is followed by an entry without weights, so that no
+// window has parts of more pixels than need be.
 
-/// A register of sums, one for each entry, from registers with `lane_sums` partial sums an entry.
-/// @param sum sum(i) is register i
-template <std::size_t lane_sums, class SumOfRegister>
-HWY_INLINE V32 sumEntries(SumOfRegister const& sum, std::size_t first) {
-    if constexpr (lane_sums == 1) {
-        return sum(first);
-    } else {
-        V32 const sums = sumEntries<lane_sums / 2>(sum, first);
-        return AddNeighbours(sums, sumEntries<lane_sums / 2>(sum, first + lane_sums / 2));
-    }
+/// Entries that are stored together.
+constexpr std::size_t blockEntries = windowCount * blockRegisters * windowLanes;
+
+HWY_INLINE std::size_t blocksOf(TapProgram const& program) {
+    return (program.entries + blockEntries - 1) / blockEntries;
 }
 
-#if HWY_TARGET == HWY_AVX3_DL
+struct Blocks {
+    std::size_t first;
+    std::size_t end;
+};
 
-// A register holds the taps of several neighbouring entries: 4 bytes a lane, gathered out of a
-// window of 64 bytes by one permutation. The farther apart entries lie, the fewer share a window,
-// and the more lanes each entry has. The next step takes the taps that follow, from the same places
-// of a window further on.
-//
-//   one channel, 3 pixels apart:     lane i has taps 3i .. 3i + 3, then 3i + 4 .. 3i + 7, ...
-//   three channels, 3 pixels apart:  lane 3i + c has bytes 9i + c, + 3, + 6, + 9, then + 12, ...
-//
-// Source bytes are unsigned, weights signed. A weight that doesn't fit a byte is 256 * high + low,
-// and the products of each part have a sum of their own.
+/// The last block overlaps the one before.
+HWY_INLINE std::size_t firstOfBlock(std::size_t block, std::size_t entries) {
+    return entries < blockEntries ? 0 : std::min(block * blockEntries, entries - blockEntries);
+}
 
-constexpr std::size_t laneTaps = 4;
-
-/// Enough for reductions to about a thirtieth.
-constexpr std::size_t mostLaneSums = 8;
+std::size_t registersOf(TapProgram const& program) {
+    return blocksOf(program) * blockRegisters * program.lane_sums;
+}
 
 /// Where an entry of the result begins.
 struct TapEntry {
     std::size_t first;    // byte of its first tap
     std::size_t weights;  // row of weights
+    bool is_gap;
 };
 
-TapEntry entryOf(TapAxis const& axis, std::size_t channels, std::size_t index) {
-    TapStart const start = axis.starts[index / channels];
-    return {start.first * channels + index % channels, start.weights};
+TapEntry entryOf(TapAxis const& axis, TapProgram const& program, std::size_t index) {
+    std::size_t const channels = program.channels;
+    std::size_t const lanes = program.has_gaps ? gapLanes : channels;
+    TapStart const start = axis.starts[index / lanes];
+    std::size_t const channel = std::min(index % lanes, channels - 1);
+    return {start.first * channels + channel, start.weights, index % lanes == channels};
 }
 
-/// The first entry of a register of results. The last register overlaps the one before.
-HWY_INLINE std::size_t firstOfGroup(std::size_t group, std::size_t entries) {
-    return entries < lanes ? 0 : std::min(group * lanes, entries - lanes);
-}
-
-/// The entries that a register sums: fewer than it has room for if the row has fewer.
-struct RegisterEntries {
+/// The entries of a window: fewer than it has room for if the row has fewer. Their order is what
+/// packing and adding up registers within windows make natural.
+struct WindowEntries {
     std::size_t first;
     std::size_t end;
 
-    RegisterEntries(TapProgram const& program, std::size_t index) {
-        std::size_t const own = lanes / program.lane_sums;
-        first = firstOfGroup(index / program.lane_sums, program.entries) +
-                index % program.lane_sums * own;
+    WindowEntries(TapProgram const& program, std::size_t index, std::size_t window) {
+        std::size_t const own = windowLanes / program.lane_sums;
+        std::size_t const block_sums = blockRegisters * program.lane_sums;
+        first = firstOfBlock(index / block_sums, program.entries) +
+                (window * block_sums + index % block_sums) * own;
         first = std::min(first, program.entries);
         end = std::min(first + own, program.entries);
     }
@@ -88,271 +90,252 @@ HWY_INLINE std::size_t stepBytes(std::size_t lane_sums, std::size_t channels) {
     return lane_sums * laneTaps * channels;
 }
 
-std::size_t groupsOf(TapProgram const& program) {
-    return (program.entries + lanes - 1) / lanes;
-}
-
-std::size_t registersOf(TapProgram const& program) {
-    return groupsOf(program) * program.lane_sums;
-}
-
-/// Places the first window of each register. In two points this differs from the plans of
+/// Places the first step's window for some entries. In two points this differs from the plans of
 /// vector/windows.h. The entries of a register are given. Windows at the row's end aren't moved
 /// back, because later steps use the same places; bytes behind the row are loaded as zeros.
-/// @return false if a window doesn't reach the first step's taps of all its entries
-bool placeWindows(TapAxis const& axis, TapProgram& program) {
+/// @return false if it doesn't reach their taps
+bool placeWindow(TapAxis const& axis, TapProgram const& program, WindowEntries own,
+                 std::uint32_t& offset) {
+    std::size_t leftmost = own.first < own.end ? std::numeric_limits<std::size_t>::max() : 0;
+    std::size_t rightmost = 0;
+    for (std::size_t k = own.first; k < own.end; ++k) {
+        std::size_t const first = entryOf(axis, program, k).first;
+        leftmost = std::min(leftmost, first);
+        rightmost = std::max(rightmost, first);
+    }
+    offset = static_cast<std::uint32_t>(leftmost);
     std::size_t const taps = stepBytes(program.lane_sums, program.channels) - program.channels + 1;
-    program.offsets.assign(2 * registersOf(program), 0);
+    return rightmost - leftmost + taps <= windowBytes;
+}
+
+bool placeWindows(TapAxis const& axis, TapProgram& program) {
+    program.offsets.assign(registersOf(program) * registerOffsets, 0);
     for (std::size_t i = 0; i < registersOf(program); ++i) {
-        RegisterEntries const own(program, i);
-        std::size_t leftmost = own.first < own.end ? std::numeric_limits<std::size_t>::max() : 0;
-        std::size_t rightmost = 0;
-        for (std::size_t k = own.first; k < own.end; ++k) {
-            std::size_t const first = entryOf(axis, program.channels, k).first;
-            leftmost = std::min(leftmost, first);
-            rightmost = std::max(rightmost, first);
+        for (std::size_t window = 0; window < windowCount; ++window) {
+            if (!placeWindow(axis, program, {program, i, window},
+                             program.offsets[i * registerOffsets + window])) {
+                return false;
+            }
         }
-        if (rightmost - leftmost + taps > windowBytes) {
-            return false;
-        }
-        program.offsets[2 * i] = static_cast<std::uint32_t>(leftmost);
     }
     return true;
 }
 
-struct SplitWeight {
-    std::int8_t high;
-    std::int8_t low;
+/// How an entry is laid out.
+struct EntryLanes {
+    std::size_t sums;
+    bool gaps;
 };
 
-constexpr int largestSplitWeight = 127 * 256 + 127;
-
-SplitWeight splitWeight(std::int16_t weight) {
-    auto const low = static_cast<std::int8_t>(weight);
-    return {static_cast<std::int8_t>((weight - low) / 256), low};
+void setLanes(TapAxis const& axis, EntryLanes lanes, TapProgram& program) {
+    program.lane_sums = lanes.sums;
+    program.has_gaps = lanes.gaps;
+    program.entries = axis.starts.size() * (lanes.gaps ? gapLanes : program.channels);
+    program.steps = (axis.taps - 1) / (lanes.sums * laneTaps) + 1;
 }
 
-bool fitsParts(TapAxis const& axis) {
-    return std::all_of(axis.weights.begin(), axis.weights.end(),
-                       [](std::int16_t weight) { return weight <= largestSplitWeight; });
+/// Chooses what takes the fewest steps.
+/// @return false if no window reaches the taps of its entries
+bool chooseLanes(TapAxis const& axis, TapProgram& program) {
+    std::size_t fewest = std::numeric_limits<std::size_t>::max();
+    EntryLanes best{};
+    for (bool const gaps : {false, true}) {
+        for (std::size_t sums = 1; sums <= mostLaneSums; sums *= 2) {
+            setLanes(axis, {sums, gaps}, program);
+            std::size_t const steps = registersOf(program) * program.steps;
+            if (steps < fewest && (!gaps || program.channels == 3) && placeWindows(axis, program)) {
+                fewest = steps;
+                best = {sums, gaps};
+            }
+        }
+    }
+    if (best.sums == 0) {
+        return false;
+    }
+    setLanes(axis, best, program);
+    return placeWindows(axis, program);
 }
 
-bool needsHighParts(TapAxis const& axis) {
-    return std::any_of(axis.weights.begin(), axis.weights.end(),
-                       [](std::int16_t weight) { return splitWeight(weight).high != 0; });
+/// Bytes of a step's weights. A register's tables are its places, then weights for each step.
+HWY_INLINE std::size_t weightBytes(bool has_high) {
+    return (has_high ? 2 : 1) * blockBytes;
 }
 
-/// Tables of a register: its places, then for each step low weights and, if need be, high ones.
-HWY_INLINE std::size_t tablesOf(std::size_t steps, bool has_high) {
-    return 1 + steps * (has_high ? 2 : 1);
-}
-
-void fillTables(TapAxis const& axis, TapProgram const& program, std::size_t index,
-                RegisterBytes* tables) {
+/// @param tables the bytes of the window in the first table of its register
+void fillWindowTables(TapAxis const& axis, TapProgram const& program, WindowEntries own,
+                      std::uint32_t offset, std::uint8_t* tables) {
     std::size_t const entry_taps = program.lane_sums * laneTaps;
-    RegisterEntries const own(program, index);
+    std::size_t const step_bytes = weightBytes(program.has_high);
+    std::memset(tables, emptyPlace, windowBytes);
     for (std::size_t k = own.first; k < own.end; ++k) {
-        TapEntry const entry = entryOf(axis, program.channels, k);
-        std::int16_t const* const weights = axis.weightRow(entry.weights);
-        for (std::size_t i = 0; i < entry_taps; ++i) {
-            std::size_t const byte = (k - own.first) * entry_taps + i;
-            tables[0].bytes[byte] = static_cast<std::uint8_t>(
-                entry.first - program.offsets[2 * index] + i * program.channels);
-            RegisterBytes* table = tables + 1;
-            for (std::size_t tap = i; tap < axis.taps; tap += entry_taps) {
-                SplitWeight const split = splitWeight(weights[tap]);
-                table++->bytes[byte] = static_cast<std::uint8_t>(split.low);
-                if (program.has_high) {
-                    table++->bytes[byte] = static_cast<std::uint8_t>(split.high);
-                }
+        TapEntry const entry = entryOf(axis, program, k);
+        for (std::size_t i = 0; i < entry_taps && !entry.is_gap; ++i) {
+            std::size_t const lane = (k - own.first) * program.lane_sums + i / laneTaps;
+            std::uint8_t* const place = tables + placeOfTap(lane, i % laneTaps);
+            *place = static_cast<std::uint8_t>(entry.first - offset + i * program.channels);
+            std::uint8_t* weight = place + blockBytes;
+            for (std::size_t tap = i; tap < axis.taps; tap += entry_taps, weight += step_bytes) {
+                putWeight(axis.weightRow(entry.weights)[tap], program.has_high, weight);
             }
         }
     }
 }
 
-/// Appends the tables of all registers. Equal tables are shared: at usual ratios they repeat after
-/// a few registers, and fewer tables stay in a nearer cache.
+/// Appends the tables of all registers. Equal tables are shared: where filters repeat after a few
+/// registers, fewer tables stay in a nearer cache.
 void appendTables(TapAxis const& axis, TapProgram& program) {
     constexpr std::size_t most_looked_at = 16;
-    std::size_t const count = tablesOf(program.steps, program.has_high);
-    std::size_t const bytes = count * sizeof(RegisterBytes);
+    std::size_t const bytes = blockBytes + program.steps * weightBytes(program.has_high);
+    std::size_t own = 0;
     program.tables.clear();
     for (std::size_t i = 0; i < registersOf(program); ++i) {
-        std::size_t const own = program.tables.size();
-        program.tables.resize(own + count, RegisterBytes{});
-        fillTables(axis, program, i, program.tables.data() + own);
-        std::size_t same = own - std::min(own, most_looked_at * count);
-        while (std::memcmp(&program.tables[same], &program.tables[own], bytes) != 0) {
-            same += count;
+        program.tables.resize((own + bytes - 1) / sizeof(RegisterBytes) + 1);
+        std::uint8_t* const tables = program.tables.data()->bytes.data();
+        std::memset(tables + own, 0, bytes);
+        std::uint32_t* const offsets = program.offsets.data() + i * registerOffsets;
+        for (std::size_t window = 0; window < windowCount; ++window) {
+            fillWindowTables(axis, program, {program, i, window}, offsets[window],
+                             tables + own + window * windowBytes);
         }
-        program.offsets[2 * i + 1] = static_cast<std::uint32_t>(same);
-        program.tables.resize(same == own ? own + count : own);
+        std::size_t same = own - std::min(own, most_looked_at * bytes);
+        while (std::memcmp(tables + same, tables + own, bytes) != 0) {
+            same += bytes;
+        }
+        offsets[windowCount] = static_cast<std::uint32_t>(same);
+        own += same == own ? bytes : 0;
     }
 }
 
-/// How many full registers of results come before the first one that needs bytes behind the row.
-std::size_t wholeGroups(TapProgram const& program) {
+/// How many whole blocks come before the first one that needs bytes behind the row.
+std::size_t wholeBlocks(TapProgram const& program) {
     std::size_t const reach =
         (program.steps - 1) * stepBytes(program.lane_sums, program.channels) + windowBytes;
+    auto const isInside = [&](std::size_t i) {
+        auto const* const offsets = program.offsets.data() + i * registerOffsets;
+        return std::all_of(offsets, offsets + windowCount, [&](std::uint32_t offset) {
+            return offset + reach <= program.src_bytes;
+        });
+    };
     std::size_t i = 0;
-    while (i < registersOf(program) && program.offsets[2 * i] + reach <= program.src_bytes) {
+    while (i < registersOf(program) && isInside(i)) {
         ++i;
     }
-    return std::min(i / program.lane_sums, program.entries / lanes);
+    return std::min(i / (blockRegisters * program.lane_sums), program.entries / blockEntries);
 }
 
-/// A window that may reach past the row's end, with zeros there.
-HWY_INLINE V8 loadCutWindow(std::uint8_t const* src, std::size_t at, std::size_t src_bytes) {
-    if (at >= src_bytes) {
-        return hn::Zero(Tag8());
+template <class LoadWindow>
+HWY_INLINE V8 loadRegister(std::uint32_t const* offsets, std::size_t further,
+                           LoadWindow const& window) {
+    if constexpr (windowCount == 1) {
+        return window(offsets[0] + further);
+    } else {
+        return hn::Combine(Tag8(), window(offsets[1] + further), window(offsets[0] + further));
     }
-    std::size_t const inside = std::min(src_bytes - at, windowBytes);
-    return hn::MaskedLoad(hn::FirstN(Tag8(), inside), Tag8(), src + at);
 }
 
+/// A register of sums, one for each entry, from registers with `lane_sums` partial sums an entry.
+/// @param sum sum(i) is register i
+template <std::size_t lane_sums, class SumOfRegister>
+HWY_INLINE V32 sumEntries(SumOfRegister const& sum, std::size_t first) {
+    if constexpr (lane_sums == 1) {
+        return sum(first);
+    } else {
+        V32 const sums = sumEntries<lane_sums / 2>(sum, first);
+        return AddPairs(sums, sumEntries<lane_sums / 2>(sum, first + lane_sums / 2));
+    }
+}
+
+/// Makes `blocks` of results.
 /// @tparam known_steps the number of steps; 0 takes the program's
-template <std::size_t lane_sums, bool has_high, std::size_t known_steps>
-void sumTapsBy(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
+/// @param load loads the window at a byte of the row
+template <std::size_t lane_sums, bool has_high, std::size_t known_steps, class Load>
+HWY_INLINE void sumBlocks(TapProgram const& program, Blocks blocks, Load const& load,
+                          std::uint8_t* dst) {
     // Read into locals: for the compiler, a store to `dst` could change the program.
     std::size_t const steps = known_steps == 0 ? program.steps : known_steps;
     std::size_t const step_bytes = stepBytes(lane_sums, program.channels);
     std::uint32_t const* const offsets = program.offsets.data();
-    RegisterBytes const* const tables = program.tables.data();
+    std::uint8_t const* const tables = program.tables.data()->bytes.data();
     int const shift = program.shift;
-    auto const sumGroup = [=](std::size_t group, std::uint8_t* to, auto const& window) HWY_ATTR {
-        V32 const sums = sumEntries<lane_sums>(
-            [=](std::size_t i) HWY_ATTR {
-                Tag8 const d;
-                RegisterBytes const* table = tables + offsets[2 * i + 1];
-                std::size_t at = offsets[2 * i];
-                V8 const places = hn::Load(d, table++->bytes.data());
-                V32 low = hn::Zero(BlockTagS32());
-                V32 high = hn::Zero(BlockTagS32());
-                for (std::size_t k = 0; k < steps; ++k, at += step_bytes) {
-                    V8 const taps = PermuteWindow(window(at), places);
-                    low = AddByteProducts(low, taps, hn::Load(d, table++->bytes.data()));
-                    if (has_high) {
-                        high = AddByteProducts(high, taps, hn::Load(d, table++->bytes.data()));
-                    }
-                }
-                return has_high ? hn::Add(low, hn::ShiftLeft<8>(high)) : low;
-            },
-            group * lane_sums);
-        StoreLaneBytes(hn::ShiftRightSame(sums, shift), to);
+    auto const sumRegister = [=](std::size_t i) HWY_ATTR {
+        std::uint32_t const* const own = offsets + i * registerOffsets;
+        std::uint8_t const* table = tables + own[windowCount];
+        V8 const places = hn::Load(Tag8(), table);
+        table += blockBytes;
+        auto sums = Sums<has_high>::none();
+        for (std::size_t k = 0; k < steps; ++k, table += weightBytes(has_high)) {
+            sums.add(loadRegister(own, k * step_bytes, load), places, table);
+        }
+        return sums.total();
     };
-    std::size_t group = 0;
-    for (std::size_t const end = program.whole_groups; group < end; ++group) {
-        sumGroup(group, dst + group * lanes,
-                 [=](std::size_t at) HWY_ATTR { return hn::LoadU(Tag8(), src + at); });
+    bool const has_gaps = program.has_gaps;
+    std::size_t const block_bytes = has_gaps ? blockEntries / gapLanes * 3 : blockEntries;
+    std::size_t const last = program.dst_bytes - block_bytes;
+    for (std::size_t block = blocks.first; block < blocks.end; ++block) {
+        auto const sum = [=](std::size_t k) HWY_ATTR {
+            std::size_t const first = (block * blockRegisters + k) * lane_sums;
+            return hn::ShiftRightSame(sumEntries<lane_sums>(sumRegister, first), shift);
+        };
+        storeBlock(sum, has_gaps, dst + std::min(block * block_bytes, last));
     }
+}
+
+template <std::size_t lane_sums, bool has_high>
+HWY_NOINLINE void sumCutBlocks(TapProgram const& program, std::uint8_t const* src,
+                               std::uint8_t* dst) {
     std::size_t const src_bytes = program.src_bytes;
-    for (std::size_t const end = groupsOf(program); group < end; ++group) {
-        sumGroup(group, dst + firstOfGroup(group, program.entries),
-                 [=](std::size_t at) HWY_ATTR { return loadCutWindow(src, at, src_bytes); });
-    }
+    auto const load = [=](std::size_t at) HWY_ATTR { return loadCutWindow(src, at, src_bytes); };
+    sumBlocks<lane_sums, has_high, 0>(program, {program.whole_blocks, blocksOf(program)}, load,
+                                      dst);
 }
 
-/// Small numbers of steps are compile-time constants.
-template <bool has_high>
-RunTaps* bySteps(std::size_t steps) {
-    constexpr std::size_t known = 6;
-    static constexpr RunTaps* loops[known]{sumTapsBy<1, has_high, 0>, sumTapsBy<1, has_high, 1>,
-                                           sumTapsBy<1, has_high, 2>, sumTapsBy<1, has_high, 3>,
-                                           sumTapsBy<1, has_high, 4>, sumTapsBy<1, has_high, 5>};
-    return loops[steps < known ? steps : 0];
+template <std::size_t lane_sums, bool has_high, std::size_t known_steps>
+void sumTapsBy(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
+    auto const load = [=](std::size_t at) HWY_ATTR { return hn::LoadU(WindowTag(), src + at); };
+    sumBlocks<lane_sums, has_high, known_steps>(program, {0, program.whole_blocks}, load, dst);
+    sumCutBlocks<lane_sums, has_high>(program, src, dst);
+}
+
+/// Small numbers of steps are compile-time constants, up to what pays.
+template <std::size_t lane_sums, bool has_high, std::size_t... known_steps>
+RunTaps* chooseSteps(std::size_t steps, std::index_sequence<known_steps...> /*known*/) {
+    static constexpr RunTaps* loops[]{sumTapsBy<lane_sums, has_high, known_steps>...};
+    return loops[steps < sizeof...(known_steps) ? steps : 0];
 }
 
 template <bool has_high>
-RunTaps* byLanes(TapProgram const& program) {
+RunTaps* chooseLoop(TapProgram const& program) {
+    using Any = std::index_sequence<0>;
     switch (program.lane_sums) {
         case 1:
-            return bySteps<has_high>(program.steps);
+            return chooseSteps<1, has_high>(program.steps, std::make_index_sequence<5>());
         case 2:
-            return sumTapsBy<2, has_high, 0>;
+            return chooseSteps<2, has_high>(program.steps, StepsOfTwoLanes());
         case 4:
-            return sumTapsBy<4, has_high, 0>;
+            return chooseSteps<4, has_high>(program.steps, Any());
         default:
-            return sumTapsBy<8, has_high, 0>;
+            return chooseSteps<mostLaneSums, has_high>(program.steps, Any());
     }
 }
 
 bool compileTaps(TapAxis const& axis, TapRow row, TapProgram& program) {
     program.channels = row.channels;
-    program.entries = axis.starts.size() * row.channels;
-    program.lane_sums = 1;
-    while (program.lane_sums <= mostLaneSums && !placeWindows(axis, program)) {
-        program.lane_sums *= 2;
-    }
-    if (program.lane_sums > mostLaneSums || !fitsParts(axis)) {
+    if (!fitsParts(axis) || !chooseLanes(axis, program)) {
         return false;
     }
     program.has_high = needsHighParts(axis);
-    program.steps = (axis.taps - 1) / (program.lane_sums * laneTaps) + 1;
-    program.src_bytes = row.pixels * row.channels;
-    program.dst_bytes = std::max(program.entries, lanes);
+    program.src_bytes = std::max(row.pixels * row.channels, leastRowBytes);
+    program.dst_bytes = std::max(program.entries, blockEntries);
+    if (program.has_gaps) {
+        program.dst_bytes = program.dst_bytes / gapLanes * 3;
+    }
     program.shift = axis.shift;
-    program.whole_groups = wholeGroups(program);
+    program.whole_blocks = wholeBlocks(program);
     appendTables(axis, program);
-    program.run = program.has_high ? byLanes<true>(program) : byLanes<false>(program);
+    program.run =
+        program.has_high ? chooseLoop<splitsWeights>(program) : chooseLoop<false>(program);
     return true;
 }
-
-#else
-
-// A register holds taps of a single pixel, as words, and is multiplied by that pixel's weights.
-
-constexpr std::size_t registerTaps = blockBytes / 2;
-
-void sumTaps(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
-    auto const sum = [&](std::size_t i) HWY_ATTR {
-        std::uint8_t const* taps = src + program.offsets[2 * i];
-        RegisterBytes const* table = program.tables.data() + program.offsets[2 * i + 1];
-        WordSums sums = NoWordSums();
-        for (std::size_t k = 0; k < program.steps; ++k, taps += registerTaps, ++table) {
-            V8 const weights = hn::Load(Tag8(), table->bytes.data());
-            V16 const words = hn::PromoteTo(TagS16(), hn::LoadU(HalfTag8(), taps));
-            sums = AddWordProducts(sums, words, hn::BitCast(TagS16(), weights));
-        }
-        return TotalOf(sums);
-    };
-    for (std::size_t x = 0; x < program.dst_bytes; x += lanes) {
-        V32 const sums = sumEntries<lanes>(sum, x);
-        StoreLaneBytes(hn::ShiftRightSame(sums, program.shift), dst + x);
-    }
-}
-
-/// `offsets` has, for each pixel, the source byte of its first tap and the first of its tables.
-bool compileTaps(TapAxis const& axis, TapRow row, TapProgram& program) {
-    if (row.channels != 1) {
-        return false;
-    }
-    program.run = sumTaps;
-    program.steps = (axis.taps - 1) / registerTaps + 1;
-    program.entries = axis.starts.size();
-    program.dst_bytes = (program.entries + lanes - 1) / lanes * lanes;
-    program.shift = axis.shift;
-    std::size_t const rows = axis.weights.size() / axis.taps;
-    program.tables.assign(rows * program.steps, RegisterBytes{});
-    for (std::size_t k = 0; k < rows; ++k) {
-        for (std::size_t tap = 0; tap < axis.taps; tap += registerTaps) {
-            std::memcpy(program.tables[k * program.steps + tap / registerTaps].bytes.data(),
-                        axis.weightRow(k) + tap,
-                        std::min(registerTaps, axis.taps - tap) * sizeof(std::int16_t));
-        }
-    }
-    program.offsets.assign(2 * program.dst_bytes, 0);
-    std::size_t last = 0;
-    for (std::size_t i = 0; i < axis.starts.size(); ++i) {
-        program.offsets[2 * i] = axis.starts[i].first;
-        program.offsets[2 * i + 1] =
-            static_cast<std::uint32_t>(axis.starts[i].weights * program.steps);
-        last = std::max<std::size_t>(last, axis.starts[i].first);
-    }
-    program.src_bytes = last + program.steps * registerTaps;
-    return true;
-}
-
-#endif
 
 #endif
 

@@ -288,7 +288,7 @@ void averageRow(ByteAreaProgram const& program, ByteAreaRows const& rows, std::u
     for (std::uint64_t block = 0; block < program.blocks; ++block) {
         Sums sums = weighRegister();
         if constexpr (entry_lanes == 2) {
-            sums = AddNeighbours(sums, weighRegister());
+            sums = AddPairs(sums, weighRegister());
         }
         Sums const mean = hn::ShiftRight<byteAreaShift>(sums);
         std::uint8_t* const target = dst + startOfBlock(block, program.entries);

@@ -1,0 +1,195 @@
+/// @file
+/// The taps in a lane of a register, which are bytes or words, and what is done with them, once per
+/// instruction set.
+
+#if defined(OX_ROWS_TAPS_LANES_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef OX_ROWS_TAPS_LANES_INL_H
+#undef OX_ROWS_TAPS_LANES_INL_H
+#else
+#define OX_ROWS_TAPS_LANES_INL_H
+#endif
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <utility>
+
+#include "rows/taps/axis.h"
+#include "vector/ops-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ox::rows::HWY_NAMESPACE {
+
+using namespace vector::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+constexpr std::size_t windowLanes = windowBytes / 4;
+constexpr std::size_t windowCount = blockBytes / windowBytes;  ///< of a register
+/// Of the numbers of a register: its windows, its tables.
+constexpr std::size_t registerOffsets = windowCount + 1;
+constexpr std::size_t gapLanes = 4;  ///< of a pixel of three channels, with its gap
+
+#if HWY_TARGET == HWY_AVX3_DL
+
+// Taps are bytes. A weight that doesn't fit a byte is 256 * high + low, and the products of each
+// part have a sum of their own.
+
+constexpr bool splitsWeights = true;
+using StepsOfTwoLanes = std::make_index_sequence<3>;  ///< that are known to the compiler
+constexpr std::size_t laneTaps = 4;
+constexpr std::size_t blockRegisters = 1;  ///< of sums, that are stored together
+/// Enough for reductions to about a thirtieth.
+constexpr std::size_t mostLaneSums = 8;
+constexpr std::size_t leastRowBytes = 0;
+
+inline bool fitsParts(TapAxis const& axis) {
+    constexpr int largest = 127 * 256 + 127;
+    return std::all_of(axis.weights.begin(), axis.weights.end(),
+                       [](std::int16_t weight) { return weight <= largest; });
+}
+
+struct SplitWeight {
+    std::int8_t high;
+    std::int8_t low;
+};
+
+inline SplitWeight splitWeight(std::int16_t weight) {
+    auto const low = static_cast<std::int8_t>(weight);
+    return {static_cast<std::int8_t>((weight - low) / 256), low};
+}
+
+inline bool needsHighParts(TapAxis const& axis) {
+    return std::any_of(axis.weights.begin(), axis.weights.end(),
+                       [](std::int16_t weight) { return splitWeight(weight).high != 0; });
+}
+
+constexpr std::size_t placeOfTap(std::size_t lane, std::size_t tap) {
+    return laneTaps * lane + tap;
+}
+
+inline void putWeight(std::int16_t weight, bool has_high, std::uint8_t* tables) {
+    SplitWeight const split = splitWeight(weight);
+    *tables = static_cast<std::uint8_t>(split.low);
+    if (has_high) {
+        tables[blockBytes] = static_cast<std::uint8_t>(split.high);
+    }
+}
+
+template <bool has_high>
+struct Sums {
+    V32 low;
+    V32 high;
+
+    static HWY_INLINE Sums none() { return {hn::Zero(BlockTagS32()), hn::Zero(BlockTagS32())}; }
+
+    HWY_INLINE void add(V8 window, V8 places, std::uint8_t const* weights) {
+        Tag8 const d;
+        V8 const taps = PermuteWindow(window, places);
+        low = AddByteProducts(low, taps, hn::Load(d, weights));
+        if (has_high) {
+            high = AddByteProducts(high, taps, hn::Load(d, weights + blockBytes));
+        }
+    }
+
+    HWY_INLINE V32 total() const { return has_high ? hn::Add(low, hn::ShiftLeft<8>(high)) : low; }
+};
+
+/// @param sum sum(k) is the k-th register of sums
+template <class Sum>
+HWY_INLINE void storeBlock(Sum const& sum, bool has_gaps, std::uint8_t* to) {
+    V32 const sums = sum(0);
+    if (has_gaps) {
+        StoreThreeLanes(sums, to);
+    } else {
+        StoreLaneBytes(sums, to);
+    }
+}
+
+/// A window that may reach past the row's end, with zeros there.
+HWY_INLINE V8 loadCutWindow(std::uint8_t const* src, std::size_t at, std::size_t src_bytes) {
+    if (at >= src_bytes) {
+        return hn::Zero(Tag8());
+    }
+    std::size_t const inside = std::min(src_bytes - at, windowBytes);
+    return hn::MaskedLoad(hn::FirstN(Tag8(), inside), Tag8(), src + at);
+}
+
+#else
+
+// Taps are words.
+
+constexpr bool splitsWeights = false;
+using StepsOfTwoLanes = std::index_sequence<0>;
+constexpr std::size_t laneTaps = 2;
+constexpr std::size_t blockRegisters = 4;
+constexpr std::size_t mostLaneSums = windowLanes;
+constexpr std::size_t leastRowBytes = windowBytes;
+
+inline bool fitsParts(TapAxis const& /*axis*/) {
+    return true;
+}
+
+inline bool needsHighParts(TapAxis const& /*axis*/) {
+    return false;
+}
+
+constexpr std::size_t placeOfTap(std::size_t lane, std::size_t tap) {
+    return 2 * wordPlace(lane, tap);
+}
+
+inline void putWeight(std::int16_t weight, bool /*has_high*/, std::uint8_t* tables) {
+    std::memcpy(tables, &weight, sizeof weight);
+}
+
+template <bool has_high>
+struct Sums {
+    V32 sums;
+
+    static HWY_INLINE Sums none() { return {hn::Zero(BlockTagS32())}; }
+
+    HWY_INLINE void add(V8 window, V8 places, std::uint8_t const* weights) {
+        V8 const words = hn::TableLookupBytesOr0(window, places);
+        sums = AddPairProducts(sums, words, hn::Load(Tag8(), weights));
+    }
+
+    HWY_INLINE V32 total() const { return sums; }
+};
+
+/// @param sum sum(k) is the k-th register of sums
+template <class Sum>
+HWY_INLINE void storeBlock(Sum const& sum, bool has_gaps, std::uint8_t* to) {
+    V8 const bytes = PackSums(sum(0), sum(1), sum(2), sum(3));
+    if (has_gaps) {
+        StoreThreeOfFour(to, bytes);
+    } else {
+        hn::StoreU(bytes, Tag8(), to);
+    }
+}
+
+/// Shifts a window by its number of missing bytes.
+constexpr auto slide = [] {
+    std::array<std::uint8_t, 2 * windowBytes> places{};
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        places[i] = i < windowBytes ? static_cast<std::uint8_t>(i) : emptyPlace;
+    }
+    return places;
+}();
+
+/// A window that may reach past the row's end, with zeros there.
+HWY_INLINE hn::Vec<WindowTag> loadCutWindow(std::uint8_t const* src, std::size_t at,
+                                            std::size_t src_bytes) {
+    WindowTag const d;
+    std::size_t const start = std::min(at, src_bytes - windowBytes);
+    std::size_t const missing = std::min(at - start, windowBytes);
+    return hn::TableLookupBytesOr0(hn::LoadU(d, src + start), hn::LoadU(d, slide.data() + missing));
+}
+
+#endif
+
+#endif
+
+}  // namespace ox::rows::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // toggle
