@@ -23,6 +23,7 @@
 /// | `MeanWords` | (weights * pixel + (128 << shift)) >> shift, of words |
 /// | `BlendBy64ths` | (a * (64 - weight) + b * weight) >> 6, of bytes |
 /// | `PermuteWindow` | the bytes at the given places of a window |
+/// | `PermuteTwoWindows` | the bytes at the given places of two windows; not on AVX2 |
 /// | `PermuteToWords` | the same for even bytes, whose neighbours become 0; theirs are above 127 |
 /// | `MulAddWords` | sums of products of neighbours, of signed words |
 /// | `MulAddWindowPairs` | sums of products of neighbours, bytes by weights below 128 |

@@ -82,6 +82,10 @@ HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
     return {_mm_maddubs_epi16(bytes.raw, weights.raw)};
 }
 
+HWY_INLINE hn::Vec<Tag16> MulAddWindowPairs(V8 bytes, V8 weights) {
+    return hn::Vec<Tag16>{_mm256_maddubs_epi16(bytes.raw, weights.raw)};
+}
+
 HWY_INLINE hn::Vec<WindowTagS32> MulAddWords(hn::Vec<WindowTag> words, hn::Vec<WindowTag> weights) {
     return {_mm_madd_epi16(words.raw, weights.raw)};
 }

@@ -12,6 +12,10 @@ HWY_INLINE V8 PermuteWindow(V8 v, V8 places) {
     return Permute(v, places);
 }
 
+HWY_INLINE V8 PermuteTwoWindows(V8 lower, V8 upper, V8 places) {
+    return V8{_mm512_permutex2var_epi8(lower.raw, places.raw, upper.raw)};
+}
+
 HWY_INLINE V8 PermuteToWords(V8 v, V8 places) {
     return V8{_mm512_maskz_permutexvar_epi8(0x5555555555555555U, places.raw, v.raw)};
 }

@@ -108,6 +108,10 @@ HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<Window
     return hn::Vec<WindowTag>(vqtbl1q_u8(v.raw, places.raw));
 }
 
+HWY_INLINE V8 PermuteTwoWindows(V8 lower, V8 upper, V8 places) {
+    return V8(vqtbl2q_u8({lower.raw, upper.raw}, places.raw));
+}
+
 HWY_INLINE hn::Vec<WindowTag> PermuteToWords(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
     return PermuteWindow(v, places);  // places past the window give 0
 }
@@ -181,8 +185,8 @@ HWY_INLINE void StoreThreeOfFour(std::uint8_t* p, V8 v) {
     static constexpr std::uint8_t places[16]{0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 3, 3, 3, 3};
     uint8x16_t const packed = vqtbl1q_u8(v.raw, vld1q_u8(places));
     vst1_u8(p, vget_low_u8(packed));
-    std::uint32_t const last = vgetq_lane_u32(vreinterpretq_u32_u8(packed), 2);
-    std::memcpy(p + 8, &last, sizeof last);
+    hn::StoreU(hn::Vec<hn::CappedTag<std::uint8_t, 4>>(vget_high_u8(packed)),
+               hn::CappedTag<std::uint8_t, 4>(), p + 8);
 }
 
 HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {

@@ -8,6 +8,7 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "rows/blend/columns.h"
 #include "vector/ops-inl.h"
@@ -46,64 +47,145 @@ constexpr std::uint16_t pairOf64(std::uint16_t weight) {
     return static_cast<std::uint16_t>((64 - weight / of64) | (weight / of64) << 8);
 }
 
-using WindowWords = hn::RebindToSigned<WindowTag16>;
+constexpr std::size_t windowCount = blockBytes / windowBytes;  ///< of a register
 constexpr std::size_t entriesOfWindow = windowBytes / 2;
 
-/// The result of a step, as bytes.
-/// @param blend blend(pairs, weights) gives the blended entries of gathered pairs, as words
-template <class Blend>
-HWY_INLINE auto blendStep(BlendStep const& step, std::uint8_t const* window, Blend blend) {
+#if HWY_TARGET == HWY_AVX2
+
+/// How many windows that follow one another a permute can reach together.
+constexpr std::size_t mostReach = 1;
+
+/// The pairs of a step: two windows, side by side.
+template <std::size_t reach>
+HWY_INLINE V8 gatherPairs(std::uint8_t const* src, std::uint32_t const* offsets, V8 places) {
     WindowTag const d;
-    auto const pairs = PermuteWindow(hn::LoadU(d, window), hn::Load(d, step.places.data()));
-    auto const words = blend(pairs, hn::Load(WindowTag16(), step.weights.data()));
-    return hn::DemoteTo(hn::Half<WindowTag>(), words);
+    V8 const windows =
+        hn::Combine(Tag8(), hn::LoadU(d, src + offsets[2]), hn::LoadU(d, src + offsets[0]));
+    return hn::TableLookupBytes(windows, places);
 }
 
-template <class Blend>
+/// Stores each window's entries.
+/// @param to to(entry) is where an entry goes
+template <class To>
+HWY_INLINE void storeEntries(hn::Vec<HalfTag8> bytes, std::uint32_t const* offsets, To to) {
+    hn::Half<HalfTag8> const d;
+    hn::StoreU(hn::LowerHalf(d, bytes), d, to(offsets[1]));
+    hn::StoreU(hn::UpperHalf(d, bytes), d, to(offsets[3]));
+}
+
+#else
+
+constexpr std::size_t mostReach = 2;
+
+template <std::size_t reach>
+HWY_INLINE V8 gatherPairs(std::uint8_t const* src, std::uint32_t const* offsets, V8 places) {
+    Tag8 const d;
+    V8 const window = hn::LoadU(d, src + offsets[0]);
+    if constexpr (reach == 2) {
+        return PermuteTwoWindows(window, hn::LoadU(d, src + offsets[0] + windowBytes), places);
+    } else {
+        return PermuteWindow(window, places);
+    }
+}
+
+template <class To>
+HWY_INLINE void storeEntries(hn::Vec<HalfTag8> bytes, std::uint32_t const* offsets, To to) {
+    hn::StoreU(bytes, HalfTag8(), to(offsets[1]));
+}
+
+#endif
+
+/// @param blend blend(pairs, weights) gives the blended entries of gathered pairs, as words
+template <std::size_t reach, class Blend>
 HWY_INLINE void blendSteps(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst,
                            Blend blend) {
-    hn::Half<WindowTag> const half;
-    std::uint32_t const* offset = program.offsets.data();
+    std::uint32_t const* offsets = program.offsets.data();
     BlendStep const* step = program.steps.data();
     BlendStep const* const end = step + program.steps.size();
+    auto const bytesOf = [&]() HWY_ATTR {
+        V8 const pairs = gatherPairs<reach>(src, offsets, hn::Load(Tag8(), step->places.data()));
+        V16 const words = blend(pairs, hn::Load(Tag16(), step->weights.data()));
+        return hn::DemoteTo(HalfTag8(), words);
+    };
     for (BlendStep const* const whole = step + program.whole_steps; step < whole; ++step) {
-        hn::StoreU(blendStep(*step, src + offset[0], blend), half, dst + offset[1]);
-        offset += 2;
+        storeEntries(bytesOf(), offsets, [=](std::uint32_t entry) { return dst + entry; });
+        offsets += 2 * windowCount;
     }
     // The last steps would store past the row's end: they store into a copy of the end, which is
     // then copied back.
-    alignas(64) std::uint8_t copy[2 * entriesOfWindow];
-    std::size_t const first = program.entries - entriesOfWindow;
-    hn::Store(hn::LoadU(half, dst + first), half, copy);
+    constexpr std::size_t most = entriesOfWindow * windowCount;
+    alignas(64) std::uint8_t copy[2 * most];
+    std::size_t const kept = std::min(program.entries, most);
+    std::size_t const first = program.entries - kept;
+    std::memcpy(copy, dst + first, kept);
     for (; step < end; ++step) {
-        hn::StoreU(blendStep(*step, src + offset[0], blend), half, copy + (offset[1] - first));
-        offset += 2;
+        storeEntries(bytesOf(), offsets,
+                     [&](std::uint32_t entry) { return copy + (entry - first); });
+        offsets += 2 * windowCount;
     }
-    hn::StoreU(hn::Load(half, copy), half, dst + first);
+    std::memcpy(dst + first, copy, kept);
 }
 
+template <std::size_t reach>
 void runWeights(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
-    using Window = hn::Vec<WindowTag>;
-    using Words = hn::Vec<WindowTag16>;
-    blendSteps(program, src, dst, [](Window pairs, Words weights) HWY_ATTR {
-        WindowWords const words;
-        Words const both = hn::BitCast(WindowTag16(), pairs);
-        auto const left = hn::BitCast(words, hn::And(both, hn::Set(WindowTag16(), 0xff)));
-        auto const right = hn::BitCast(words, hn::ShiftRight<8>(both));
-        return blend(words, left, right, hn::BitCast(words, weights));
+    using Words = hn::Vec<Tag16>;
+    blendSteps<reach>(program, src, dst, [](V8 pairs, Words weights) HWY_ATTR {
+        TagS16 const words;
+        return blend(words, EvenBytes(pairs), OddBytes(pairs), hn::BitCast(words, weights));
     });
 }
 
+template <std::size_t reach>
 void run64ths(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
-    using Window = hn::Vec<WindowTag>;
-    using Words = hn::Vec<WindowTag16>;
-    blendSteps(program, src, dst, [](Window pairs, Words weights) HWY_ATTR {
-        Words const sums = MulAddWindowPairs(pairs, hn::BitCast(WindowTag(), weights));
-        return hn::BitCast(WindowWords(), hn::ShiftRight<6>(sums));
+    using Words = hn::Vec<Tag16>;
+    blendSteps<reach>(program, src, dst, [](V8 pairs, Words weights) HWY_ATTR {
+        Words const sums = MulAddWindowPairs(pairs, hn::BitCast(Tag8(), weights));
+        return hn::BitCast(TagS16(), hn::ShiftRight<6>(sums));
     });
 }
 
-/// A step gathers the pairs of as many entries as lie in a window.
+vector::WindowPlan planOf(BlendAxis const& axis, std::size_t reach) {
+    return {.window = reach * windowBytes,
+            .row = axis.row_bytes,
+            .width = axis.pixels.size(),
+            .channels = axis.channels,
+            .reach = 2 * axis.channels,
+            .step_entries = entriesOfWindow};
+}
+
+/// Whether windows that follow one another make up for their second load.
+template <class First>
+bool needsTwoWindows(BlendAxis const& axis, First const& first) {
+    if (mostReach == 1 || axis.row_bytes < mostReach * windowBytes) {
+        return false;
+    }
+    auto const ignore = [](WindowStep const& /*step*/) {};
+    return 4 * planSteps(planOf(axis, mostReach), first, ignore) <=
+           3 * planSteps(planOf(axis, 1), first, ignore);
+}
+
+/// The pairs of a window's entries, and their weights.
+/// @param side of the window in its register
+void fillStep(BlendAxis const& axis, WindowStep const& from, std::size_t side, bool of_64,
+              BlendStep& step) {
+    std::size_t channel = from.channel;
+    PixelPair const* pixel = &axis.pixels[from.pixel];
+    auto const placeOf = [&](std::int32_t place) {
+        return static_cast<std::uint8_t>(static_cast<std::size_t>(place) * axis.channels + channel -
+                                         from.start);
+    };
+    for (std::size_t i = side * entriesOfWindow; i < side * entriesOfWindow + from.entries; ++i) {
+        step.places[2 * i] = placeOf(pixel->left);
+        step.places[2 * i + 1] = placeOf(pixel->right);
+        step.weights[i] = of_64 ? pairOf64(pixel->weight) : pixel->weight;
+        if (++channel == axis.channels) {
+            channel = 0;
+            ++pixel;
+        }
+    }
+}
+
+/// A window has the pairs of as many entries as lie in it.
 bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
     auto const isLeftOf = [](PixelPair const& a, PixelPair const& b) { return a.left < b.left; };
     program.entries = axis.pixels.size() * axis.channels;
@@ -113,40 +195,36 @@ bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
     }
     bool const of_64 = std::all_of(axis.pixels.begin(), axis.pixels.end(),
                                    [](PixelPair const& pixel) { return isOf64(pixel.weight); });
-    program.run = of_64 ? run64ths : runWeights;
+    auto const first = [&](std::size_t x) {
+        return static_cast<std::size_t>(axis.pixels[x].left) * axis.channels;
+    };
+    bool const is_far = needsTwoWindows(axis, first);
+    program.run = of_64 ? (is_far ? run64ths<mostReach> : run64ths<1>)
+                        : (is_far ? runWeights<mostReach> : runWeights<1>);
     program.offsets.clear();
     program.steps.clear();
-    program.whole_steps = 0;
-    auto const byteOf = [&](std::int32_t place) {
-        return static_cast<std::size_t>(place) * axis.channels;
-    };
-    vector::WindowPlan const plan{.window = windowBytes,
-                                  .row = axis.row_bytes,
-                                  .width = axis.pixels.size(),
-                                  .channels = axis.channels,
-                                  .reach = 2 * axis.channels,
-                                  .step_entries = entriesOfWindow};
-    auto const first = [&](std::size_t x) { return byteOf(axis.pixels[x].left); };
-    planSteps(plan, first, [&](WindowStep const& from) {
+    std::size_t windows = 0;
+    std::size_t whole = 0;
+    auto const addWindow = [&](WindowStep const& from) {
         std::size_t const entry = from.pixel * axis.channels + from.channel;
         program.offsets.push_back(static_cast<std::uint32_t>(from.start));
         program.offsets.push_back(static_cast<std::uint32_t>(entry));
-        program.whole_steps += entry + entriesOfWindow <= program.entries ? 1 : 0;
-        BlendStep& step = program.steps.emplace_back();
-        std::size_t channel = from.channel;
-        PixelPair const* pixel = &axis.pixels[from.pixel];
-        for (std::size_t i = 0; i < from.entries; ++i) {
-            std::size_t const left = byteOf(pixel->left) + channel - from.start;
-            std::size_t const right = byteOf(pixel->right) + channel - from.start;
-            step.places[2 * i] = static_cast<std::uint8_t>(left);
-            step.places[2 * i + 1] = static_cast<std::uint8_t>(right);
-            step.weights[i] = of_64 ? pairOf64(pixel->weight) : pixel->weight;
-            if (++channel == axis.channels) {
-                channel = 0;
-                ++pixel;
-            }
+        if (windows % windowCount == 0) {
+            program.steps.emplace_back();
         }
+        fillStep(axis, from, windows % windowCount, of_64, program.steps.back());
+        ++windows;
+        whole += entry + entriesOfWindow <= program.entries ? 1 : 0;
+    };
+    WindowStep last{};
+    planSteps(planOf(axis, is_far ? mostReach : 1), first, [&](WindowStep const& from) {
+        addWindow(from);
+        last = from;
     });
+    program.whole_steps = whole / windowCount;
+    while (windows % windowCount != 0) {
+        addWindow(last);
+    }
     return true;
 }
 
