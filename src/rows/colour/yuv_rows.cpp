@@ -138,7 +138,24 @@ void adapt(YuvWay way, Byte const* upper, Byte const* lower, std::size_t pixels,
     }
 }
 
+/// Whether the bytes of packed pixels are luma and `PairsUv` in turn.
+bool alternates(YuvLayout layout) {
+    return layout == YuvLayout::PackedYuyv || layout == YuvLayout::PackedUyvy;
+}
+
+/// Takes packed pixels apart into luma and pairs.
+void splitAlternating(YuvLayout from, Source src, std::size_t pixels, Target dst) {
+    if (from == YuvLayout::PackedYuyv) {
+        split(src.y, pixels, dst.y, dst.u);
+    } else {
+        split(src.u, pixels, dst.u, dst.y);
+    }
+}
+
 void convertRun(YuvWay way, YuvRows src, std::size_t pixels, Target dst) {
+    if (way.splits && src.lower.u == nullptr && dst.y != nullptr) {
+        return splitAlternating(way.from, src.upper, pixels, dst);
+    }
     std::array<Room, 3> parts;
     std::array<Room, 3> lower_parts;
     std::array<Room, 2> means;
@@ -200,10 +217,12 @@ std::size_t forEachRun(std::size_t width, std::size_t most, Visitor visit) {
 
 YuvWay yuvWay(YuvLayout from, YuvLayout to) {
     // Where chroma is both taken apart and put together, it needs room in between.
+    bool const splits = alternates(from) && to == YuvLayout::PairsUv;
     bool const apart = !hasChromaPlanes(from) && !hasChromaPlanes(to);
     bool const pairs_of_pairs = stepsOf(from).luma == 2 || stepsOf(to).luma == 2;
-    bool const needs_room = apart || pairs_of_pairs || sharesChroma(from) != sharesChroma(to);
-    return {from, to, needs_room ? mostPixels : std::numeric_limits<std::size_t>::max()};
+    bool const needs_room =
+        !splits && (apart || pairs_of_pairs || sharesChroma(from) != sharesChroma(to));
+    return {from, to, needs_room ? mostPixels : std::numeric_limits<std::size_t>::max(), splits};
 }
 
 void convertYuv(YuvWay way, YuvRows src, std::size_t width, Target dst) {

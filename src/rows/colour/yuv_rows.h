@@ -15,6 +15,8 @@ struct YuvWay {
     YuvLayout from{};
     YuvLayout to{};
     std::size_t run = 0;  ///< pixels that are converted in one go
+    /// Whether a row by itself is packed luma and pairs that only need to be taken apart.
+    bool splits = false;
 };
 YuvWay yuvWay(YuvLayout from, YuvLayout to);
 
