@@ -10,10 +10,6 @@
 #include "peers.h"
 #include "pictures.h"
 
-#ifdef OX_PEER_ZIMG
-#include <zimg.h>
-#endif
-
 namespace ox::benchmarks {
 
 namespace {
@@ -119,7 +115,7 @@ Contestant zimgScaling(Size from, Size to, zimg_resample_filter_e filter) {
     zimg_graph_builder_params_default(&parameters, ZIMG_API_VERSION);
     parameters.resample_filter = filter;
     parameters.filter_param_a = 3;  // lobes
-    parameters.cpu_type = ZIMG_CPU_AUTO_64B;
+    parameters.cpu_type = zimgTarget();
     std::shared_ptr<zimg_filter_graph> const graph(
         zimg_filter_graph_build(&src_format, &dst_format, &parameters), zimg_filter_graph_free);
     std::size_t scratch_bytes = 0;

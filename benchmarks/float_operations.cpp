@@ -8,10 +8,6 @@
 #include "pictures.h"
 #include "roads.h"
 
-#ifdef OX_PEER_ZIMG
-#include <zimg.h>
-#endif
-
 namespace ox::benchmarks {
 
 namespace {
@@ -128,8 +124,11 @@ Contestant zimgHalves(std::shared_ptr<Frame> const& src, std::shared_ptr<Frame> 
     src_format.pixel_type = from;
     zimg_image_format dst_format = src_format;
     dst_format.pixel_type = to;
+    zimg_graph_builder_params parameters;
+    zimg_graph_builder_params_default(&parameters, ZIMG_API_VERSION);
+    parameters.cpu_type = zimgTarget();
     std::shared_ptr<zimg_filter_graph> const graph(
-        zimg_filter_graph_build(&src_format, &dst_format, nullptr), zimg_filter_graph_free);
+        zimg_filter_graph_build(&src_format, &dst_format, &parameters), zimg_filter_graph_free);
     std::size_t scratch_bytes = 0;
     zimg_filter_graph_get_tmp_size(graph.get(), &scratch_bytes);
     auto const scratch = std::make_shared<std::vector<unsigned char>>(scratch_bytes + 64);

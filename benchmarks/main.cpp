@@ -1,6 +1,7 @@
 // Prints the library's times beside those of other libraries and of a plain copy, from interleaved
-// runs in one process, and writes them to files. The first argument is the directory for these; the
-// others are Google Benchmark's, such as --benchmark_filter=NV12.
+// runs in one process, and writes them to files. The first argument is the directory for these.
+// Others hold all libraries to an instruction set (--target=AVX2), name sizes of frames
+// (--size=1536x864), or are Google Benchmark's, such as --benchmark_filter=NV12.
 
 #include <benchmark/benchmark.h>
 
@@ -13,7 +14,10 @@
 #include "comparison.h"
 #include "median_reporter.h"
 #include "operation.h"
+#include "options.h"
+#include "peer_target.h"
 #include "pictures.h"
+#include "vector/dispatch.h"
 
 #ifdef OX_PEER_OPENCV
 #include <opencv2/core.hpp>
@@ -67,18 +71,25 @@ void add(Operation const& operation, std::string const& size) {
 
 /// Registers everything.
 /// @return the families of the operations
-std::map<std::string, Family> addAll() {
+std::map<std::string, Family> addAll(std::vector<ox::Size> const& sizes) {
     std::map<std::string, Family> families;
-    for (ox::Size const size : {ox::Size{1920, 1080}, ox::Size{320, 240}}) {
+    auto const addOf = [&](ox::Size size, std::vector<Operation> const& operations) {
         std::string const label = std::to_string(size.width) + "x" + std::to_string(size.height);
-        for (Operation const& operation : allOperations(size)) {
+        for (Operation const& operation : operations) {
             families[operation.name] = operation.family;
             add(operation, label);
         }
+    };
+    for (ox::Size const size : sizes) {
+        addOf(size, allOperations(size));
     }
-    // A usual size of cameras, for what people do with their frames.
-    for (Operation const& operation : cameraOperations({1280, 720})) {
-        add(operation, "1280x720");
+    if (sizes.empty()) {
+        for (ox::Size const size : {ox::Size{1920, 1080}, ox::Size{320, 240}}) {
+            addOf(size, allOperations(size));
+        }
+        // A usual size of cameras, for what people do with their frames.
+        constexpr ox::Size camera{1280, 720};
+        addOf(camera, cameraOperations(camera));
     }
     return families;
 }
@@ -95,30 +106,32 @@ void write(std::string const& path, std::string const& text) {
 }  // namespace
 
 int main(int count, char** arguments) {
-    if (count < 2) {
-        std::fputs("usage: ox_benchmark DIRECTORY [--benchmark_filter=NV12 ...]\n", stderr);
+    Options options;
+    if (!readOptions(count, arguments, options)) {
         return 2;
     }
-    std::string const directory = arguments[1];
+    if (!options.target.empty()) {
+        ox::vector::useTarget(options.target.c_str());
+        holdPeers(options.target);
+    }
 #ifdef OX_PEER_OPENCV
     cv::setNumThreads(1);
 #endif
     // Random order, so that no contestant always runs behind the same one.
     char interleaving[] = "--benchmark_enable_random_interleaving=true";
-    std::vector<char*> all(arguments, arguments + count);
-    all[1] = interleaving;
-    int all_count = count;
-    benchmark::Initialize(&all_count, all.data());
-    if (benchmark::ReportUnrecognizedArguments(all_count, all.data())) {
+    options.rest.push_back(interleaving);
+    auto rest_count = static_cast<int>(options.rest.size());
+    benchmark::Initialize(&rest_count, options.rest.data());
+    if (benchmark::ReportUnrecognizedArguments(rest_count, options.rest.data())) {
         return 1;
     }
-    std::map<std::string, Family> const families = addAll();
+    std::map<std::string, Family> const families = addAll(options.sizes);
     MedianReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     std::vector<Row> const rows = compare(reporter.measurements(), families);
     std::fputs(asText(rows).c_str(), stdout);
-    write(directory + "/times.md", asMarkdown(rows));
-    write(directory + "/times.csv", asCsv(rows));
-    write(directory + "/times.svg", asSvg(rows));
+    write(options.directory + "/times.md", asMarkdown(rows));
+    write(options.directory + "/times.csv", asCsv(rows));
+    write(options.directory + "/times.svg", asSvg(rows));
     return 0;
 }

@@ -16,16 +16,30 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 #endif
+#ifdef OX_PEER_ZIMG
+#include <zimg.h>
+#endif
 
 #include <memory>
 
 #include "operation.h"
+#include "peer_target.h"
 
 namespace ox::benchmarks {
 
 inline int strideOf(Frame const& frame, int plane) {
     return static_cast<int>(frame.layout().plane[plane].stride);
 }
+
+#ifdef OX_PEER_ZIMG
+inline zimg_cpu_type_e zimgTarget() {
+#ifdef __x86_64__
+    return arePeersHeld() ? ZIMG_CPU_X86_AVX2 : ZIMG_CPU_AUTO_64B;
+#else
+    return ZIMG_CPU_AUTO;
+#endif
+}
+#endif
 
 #ifdef OX_PEER_OPENCV
 /// All planes of a frame as one picture, which is how 4:2:0 is taken.

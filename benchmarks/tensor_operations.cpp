@@ -63,7 +63,7 @@ Operation cameraToTensor(Size from, int side) {
 }  // namespace
 
 std::vector<Operation> tensorOperations(Size size) {
-    return {cameraToTensor(size, size.width == 320 ? 224 : size.width / 3)};
+    return {cameraToTensor(size, size.width == 320 ? 224 : size.width / 6 * 2)};
 }
 
 }  // namespace ox::benchmarks
