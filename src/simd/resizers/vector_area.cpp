@@ -42,9 +42,10 @@ EntrySamples samplesOfEntry(ByteAreaColumns const& columns, std::uint64_t x,
     return {at, last == 0 ? more : more + 1, ax[x], last == 0 ? ax[0] : last};
 }
 
-using Window = hn::Vec<WindowTag>;
-using Sums = hn::Vec<WindowTagS32>;
 constexpr std::size_t lanesOfWindow = windowBytes / 4;
+constexpr std::size_t windowCount = blockBytes / windowBytes;  ///< of a register
+constexpr std::size_t registerLanes = lanesOfWindow * windowCount;
+constexpr std::size_t mostLanes = 2;  ///< of an entry
 
 // A step adds a few samples to each entry, all out of one window. It has a table of their places,
 // and of their weights. Where entries lie so far apart that a window has too few for a register,
@@ -55,16 +56,13 @@ constexpr std::size_t lanesOfWindow = windowBytes / 4;
 /// Bytes by weights in two parts, 256 * high + low.
 struct StepSums {
     static constexpr std::size_t samples = 4;
-    static constexpr std::size_t mostLanes = 2;
-    static constexpr std::size_t tableBytes = 3 * windowBytes;
+    static constexpr std::size_t tableBytes = 3 * blockBytes;
     static constexpr std::int32_t mostWeight = 127 * 256 + 127;
 
-    Sums low;
-    Sums high;
+    V32 low;
+    V32 high;
 
-    static HWY_INLINE StepSums none() {
-        return {hn::Zero(WindowTagS32()), hn::Zero(WindowTagS32())};
-    }
+    static HWY_INLINE StepSums none() { return {hn::Zero(BlockTagS32()), hn::Zero(BlockTagS32())}; }
 
     static void clear(std::uint8_t* table) { std::memset(table, 0, tableBytes); }
 
@@ -72,51 +70,51 @@ struct StepSums {
                     std::int32_t weight) {
         auto const rest = static_cast<std::int8_t>(weight);
         table[sample] = static_cast<std::uint8_t>(place);
-        table[windowBytes + sample] = static_cast<std::uint8_t>(rest);
-        table[2 * windowBytes + sample] = static_cast<std::uint8_t>((weight - rest) / 256);
+        table[blockBytes + sample] = static_cast<std::uint8_t>(rest);
+        table[2 * blockBytes + sample] = static_cast<std::uint8_t>((weight - rest) / 256);
     }
 
-    HWY_INLINE void add(Window window, std::uint8_t const* table) {
-        WindowTag const d;
-        auto const bytes = PermuteWindow(window, hn::Load(d, table));
-        low = AddByteProducts(low, bytes, hn::Load(d, table + windowBytes));
-        high = AddByteProducts(high, bytes, hn::Load(d, table + 2 * windowBytes));
+    HWY_INLINE void add(V8 windows, std::uint8_t const* table) {
+        Tag8 const d;
+        V8 const bytes = PermuteWindow(windows, hn::Load(d, table));
+        low = AddByteProducts(low, bytes, hn::Load(d, table + blockBytes));
+        high = AddByteProducts(high, bytes, hn::Load(d, table + 2 * blockBytes));
     }
 
-    HWY_INLINE Sums total() const { return hn::Add(low, hn::ShiftLeft<8>(high)); }
+    HWY_INLINE V32 total() const { return hn::Add(low, hn::ShiftLeft<8>(high)); }
 };
 
 #else
 
 struct StepSums {
     static constexpr std::size_t samples = 2;
-    static constexpr std::size_t mostLanes = 1;
-    static constexpr std::size_t tableBytes = 2 * windowBytes;
+    static constexpr std::size_t tableBytes = 2 * blockBytes;
     static constexpr std::int32_t mostWeight = std::numeric_limits<std::int16_t>::max();
 
-    Sums sum;
+    V32 sum;
 
-    static HWY_INLINE StepSums none() { return {hn::Zero(WindowTagS32())}; }
+    static HWY_INLINE StepSums none() { return {hn::Zero(BlockTagS32())}; }
 
     static void clear(std::uint8_t* table) {
-        std::memset(table, emptyPlace, windowBytes);
-        std::memset(table + windowBytes, 0, windowBytes);
+        std::memset(table, emptyPlace, blockBytes);
+        std::memset(table + blockBytes, 0, blockBytes);
     }
 
     static void put(std::uint8_t* table, std::size_t sample, std::size_t place,
                     std::int32_t weight) {
         auto const word = static_cast<std::int16_t>(weight);
-        table[2 * sample] = static_cast<std::uint8_t>(place);
-        std::memcpy(table + windowBytes + 2 * sample, &word, sizeof word);
+        std::size_t const at = 2 * wordPlace(sample / samples, sample % samples);
+        table[at] = static_cast<std::uint8_t>(place);
+        std::memcpy(table + blockBytes + at, &word, sizeof word);
     }
 
-    HWY_INLINE void add(Window window, std::uint8_t const* table) {
-        WindowTag const d;
-        auto const words = PermuteToWords(window, hn::Load(d, table));
-        sum = hn::Add(sum, MulAddWords(words, hn::Load(d, table + windowBytes)));
+    HWY_INLINE void add(V8 windows, std::uint8_t const* table) {
+        Tag8 const d;
+        V8 const words = hn::TableLookupBytesOr0(windows, hn::Load(d, table));
+        sum = AddPairProducts(sum, words, hn::Load(d, table + blockBytes));
     }
 
-    HWY_INLINE Sums total() const { return sum; }
+    HWY_INLINE V32 total() const { return sum; }
 };
 
 #endif
@@ -135,36 +133,55 @@ void placeSamples(ByteAreaColumns const& columns, EntrySamples& entry, std::uint
     }
 }
 
+/// The entries of a window.
+template <std::size_t count>
+struct WindowEntries {
+    EntrySamples entries[count];
+
+    bool isLeft() const {
+        return std::any_of(entries, entries + count,
+                           [](EntrySamples const& entry) { return entry.left > 0; });
+    }
+    std::uint64_t leftmost() const {
+        std::uint64_t at = std::numeric_limits<std::uint64_t>::max();
+        for (EntrySamples const& entry : entries) {
+            at = entry.left > 0 ? std::min(at, entry.at) : at;
+        }
+        return at;
+    }
+};
+
 /// Writes the steps of a register: of the entries from `first`. Other than the plans of
 /// vector/windows.h, a register has its entries from the start, and takes steps until all of their
 /// samples are placed.
 /// @return how many steps there are; 0 if that is more than `capacity`
 template <std::size_t entry_lanes>
 std::uint64_t compileEntries(ByteAreaColumns const& columns, std::uint64_t first,
-                             std::uint64_t capacity, std::int32_t* window, std::uint8_t* table) {
+                             std::uint64_t capacity, std::int32_t* offset, std::uint8_t* table) {
     constexpr std::size_t count = lanesOfWindow / entry_lanes;
     constexpr std::size_t samples = StepSums::samples * entry_lanes;
-    EntrySamples entries[count];
-    for (std::size_t i = 0; i < count; ++i) {
-        entries[i] =
-            samplesOfEntry(columns, (first + i) / columns.channels, (first + i) % columns.channels);
+    using Window = WindowEntries<count>;
+    Window windows[windowCount];
+    for (std::size_t i = 0; i < count * windowCount; ++i) {
+        std::uint64_t const entry = first + i / count * lanesOfWindow + i % count;
+        windows[i / count].entries[i % count] =
+            samplesOfEntry(columns, entry / columns.channels, entry % columns.channels);
     }
-    auto const isLeft = [](EntrySamples const& entry) { return entry.left > 0; };
+    auto const isLeft = [](Window const& window) { return window.isLeft(); };
     std::uint64_t steps = 0;
-    for (; std::any_of(entries, entries + count, isLeft); ++steps, ++window) {
+    for (; std::any_of(windows, windows + windowCount, isLeft); ++steps) {
         if (steps == capacity) {
             return 0;
         }
-        std::uint64_t leftmost = columns.rowBytes;
-        for (EntrySamples const& entry : entries) {
-            leftmost = isLeft(entry) ? std::min(leftmost, entry.at) : leftmost;
-        }
-        std::uint64_t const start =
-            ox::vector::windowStart(leftmost, windowBytes, columns.rowBytes);
-        *window = static_cast<std::int32_t>(start);
         StepSums::clear(table);
-        for (std::size_t i = 0; i < count; ++i) {
-            placeSamples(columns, entries[i], start, samples * i, samples, table);
+        for (std::size_t w = 0; w < windowCount; ++w) {
+            std::uint64_t const start =
+                ox::vector::windowStart(windows[w].leftmost(), windowBytes, columns.rowBytes);
+            *offset++ = static_cast<std::int32_t>(start);
+            for (std::size_t i = 0; i < count; ++i) {
+                placeSamples(columns, windows[w].entries[i], start,
+                             StepSums::samples * lanesOfWindow * w + samples * i, samples, table);
+            }
         }
         table += StepSums::tableBytes;
     }
@@ -172,7 +189,7 @@ std::uint64_t compileEntries(ByteAreaColumns const& columns, std::uint64_t first
 }
 
 std::uint64_t startOfBlock(std::uint64_t block, std::uint64_t entries) {
-    return std::min(block * lanesOfWindow, entries - lanesOfWindow);
+    return std::min(block * registerLanes, entries - registerLanes);
 }
 
 /// @return false if the steps are more than `capacity`
@@ -180,8 +197,8 @@ template <std::size_t entry_lanes>
 bool compileBlocks(ByteAreaColumns const& columns, ByteAreaProgram& program,
                    std::uint64_t capacity) {
     std::uint64_t const registers = program.blocks * entry_lanes;
-    program.offsets.Resize(registers + capacity, windowBytes);
-    program.tables.Resize(StepSums::tableBytes * capacity, windowBytes);
+    program.offsets.Resize(registers + windowCount * capacity, windowBytes);
+    program.tables.Resize(StepSums::tableBytes * capacity, blockBytes);
     std::int32_t* offset = program.offsets.data;
     std::uint8_t* table = program.tables.data;
     program.singleSteps = true;
@@ -196,7 +213,7 @@ bool compileBlocks(ByteAreaColumns const& columns, ByteAreaProgram& program,
         program.singleSteps = program.singleSteps && steps == 1;
         capacity -= steps;
         *offset = static_cast<std::int32_t>(steps);
-        offset += steps + 1;
+        offset += windowCount * steps + 1;
         table += StepSums::tableBytes * steps;
     }
     return true;
@@ -204,19 +221,17 @@ bool compileBlocks(ByteAreaColumns const& columns, ByteAreaProgram& program,
 
 bool compileByteArea(ByteAreaColumns const& columns, ByteAreaProgram& program) {
     std::uint64_t const entries = columns.width * columns.channels;
-    if (entries < lanesOfWindow || columns.rowBytes < windowBytes ||
+    if (entries < registerLanes || columns.rowBytes < windowBytes ||
         columns.ax[0] > StepSums::mostWeight) {
         return false;
     }
     program.entries = entries;
     program.clamps = columns.channels >= 3;
-    program.blocks = (entries - 1) / lanesOfWindow + 1;
-    program.entryLanes =
-        columns.rowBytes > entries * (windowBytes / lanesOfWindow) ? StepSums::mostLanes : 1;
+    program.blocks = (entries - 1) / registerLanes + 1;
+    program.entryLanes = columns.rowBytes > entries * (windowBytes / lanesOfWindow) ? mostLanes : 1;
     std::uint64_t const samples = columns.rowBytes / columns.channels / columns.width + 2;
     std::uint64_t capacity = program.blocks * (samples / StepSums::samples + 2);
-    auto* const compile =
-        program.entryLanes == 1 ? compileBlocks<1> : compileBlocks<StepSums::mostLanes>;
+    auto* const compile = program.entryLanes == 1 ? compileBlocks<1> : compileBlocks<mostLanes>;
     while (!compile(columns, program, capacity)) {
         capacity *= 2;
     }
@@ -230,30 +245,47 @@ struct RegisterSteps {
     std::uint8_t const* table;
 };
 
+#if HWY_TARGET == HWY_AVX2
+
+HWY_INLINE V8 loadWindows(std::uint8_t const* row, std::int32_t const* offset) {
+    WindowTag const d;
+    return hn::Combine(Tag8(), hn::LoadU(d, row + offset[1]), hn::LoadU(d, row + offset[0]));
+}
+
+#else
+
+HWY_INLINE V8 loadWindows(std::uint8_t const* row, std::int32_t const* offset) {
+    return hn::LoadU(Tag8(), row + *offset);
+}
+
+#endif
+
 /// The sums of a register's cells in rows that weigh alike.
-HWY_INLINE Sums sumUnweighted(RegisterSteps const& steps, std::uint8_t const* row,
-                              std::size_t stride, std::uint64_t rows) {
+HWY_INLINE V32 sumUnweighted(RegisterSteps const& steps, std::uint8_t const* row,
+                             std::size_t stride, std::uint64_t rows) {
     StepSums sums = StepSums::none();
     std::uint8_t const* table = steps.table;
+    std::int32_t const* offset = steps.offset;
     for (std::uint64_t i = 0; i < steps.count; ++i, table += StepSums::tableBytes) {
-        std::uint8_t const* at = row + steps.offset[i];
+        std::uint8_t const* at = row;
         for (std::uint64_t k = 0; k < rows; ++k, at += stride) {
-            sums.add(hn::LoadU(WindowTag(), at), table);
+            sums.add(loadWindows(at, offset), table);
         }
+        offset += windowCount;
     }
     return sums.total();
 }
 
-HWY_INLINE Sums times(Sums sums, std::int32_t weight) {
-    return hn::Mul(sums, hn::Set(WindowTagS32(), weight));
+HWY_INLINE V32 times(V32 sums, std::int32_t weight) {
+    return hn::Mul(sums, hn::Set(BlockTagS32(), weight));
 }
 
 /// Rows that weigh alike are summed before they are weighted.
-HWY_INLINE Sums weighRows(RegisterSteps const& steps, ByteAreaRows const& rows,
-                          std::int32_t rounding) {
+HWY_INLINE V32 weighRows(RegisterSteps const& steps, ByteAreaRows const& rows,
+                         std::int32_t rounding) {
     std::uint8_t const* const second = rows.first + rows.stride;
     std::uint64_t const inner = rows.more > 0 ? rows.more - 1 : 0;
-    Sums sum = hn::Set(WindowTagS32(), rounding);
+    V32 sum = hn::Set(BlockTagS32(), rounding);
     if (rows.weight == rows.inner) {
         sum = hn::Add(sum,
                       times(sumUnweighted(steps, rows.first, rows.stride, inner + 1), rows.inner));
@@ -274,23 +306,23 @@ HWY_INLINE Sums weighRows(RegisterSteps const& steps, ByteAreaRows const& rows,
 /// @tparam entry_lanes of a register: 1 or 2
 template <bool clamps, bool single, std::size_t entry_lanes>
 void averageRow(ByteAreaProgram const& program, ByteAreaRows const& rows, std::uint8_t* dst) {
-    WindowTagS32 const d;
-    hn::Rebind<std::uint8_t, WindowTagS32> const to;
+    BlockTagS32 const d;
+    hn::Rebind<std::uint8_t, BlockTagS32> const to;
     std::int32_t const* offset = program.offsets.data;
     std::uint8_t const* table = program.tables.data;
     auto const weighRegister = [&]() HWY_ATTR {
         RegisterSteps const steps{single ? 1 : static_cast<std::uint64_t>(*offset), offset + 1,
                                   table};
-        offset += steps.count + 1;
+        offset += windowCount * steps.count + 1;
         table += StepSums::tableBytes * steps.count;
         return weighRows(steps, rows, byteAreaRounding / static_cast<std::int32_t>(entry_lanes));
     };
     for (std::uint64_t block = 0; block < program.blocks; ++block) {
-        Sums sums = weighRegister();
+        V32 sums = weighRegister();
         if constexpr (entry_lanes == 2) {
             sums = AddPairs(sums, weighRegister());
         }
-        Sums const mean = hn::ShiftRight<byteAreaShift>(sums);
+        V32 const mean = hn::ShiftRight<byteAreaShift>(sums);
         std::uint8_t* const target = dst + startOfBlock(block, program.entries);
         auto const stored = clamps ? mean : hn::And(mean, hn::Set(d, 0xff));
         hn::StoreU(hn::DemoteTo(to, stored), to, target);
@@ -299,12 +331,8 @@ void averageRow(ByteAreaProgram const& program, ByteAreaRows const& rows, std::u
 
 template <bool clamps, bool single>
 AverageByteArea* chooseByLanes(ByteAreaProgram const& program) {
-    if constexpr (StepSums::mostLanes == 2) {
-        if (program.entryLanes == 2) {
-            return averageRow<clamps, single, 2>;
-        }
-    }
-    return averageRow<clamps, single, 1>;
+    return program.entryLanes == 2 ? averageRow<clamps, single, mostLanes>
+                                   : averageRow<clamps, single, 1>;
 }
 
 template <bool clamps>
