@@ -12,7 +12,7 @@
 #include <thread>
 
 #include "operation.h"
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 
 namespace hwy::platform {
 

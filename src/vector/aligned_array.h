@@ -52,12 +52,4 @@ class AlignedArray {
     std::uint64_t size = 0;  ///< elements
 };
 
-/// The start of the cache line that an array begins in. The slack in front makes it part of the
-/// block. From there on, registers of 64 bytes don't straddle cache lines, which would cost time.
-template <class T>
-T* startOfLine(T* data) {
-    constexpr std::uintptr_t line = 64;
-    return data - reinterpret_cast<std::uintptr_t>(data) % line / sizeof(T);
-}
-
 }  // namespace Simd

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "simd/half_steps.h"
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 #include "simd/vector_targets.h"
 
 namespace ox::test {

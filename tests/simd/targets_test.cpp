@@ -7,7 +7,7 @@
 #include <sstream>
 #include <string>
 
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 #include "support/test_target.h"
 
 namespace ox::test {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 #include "support/test_target.h"
 
 namespace ox::test {

@@ -1,7 +1,7 @@
 #include <cstring>
 
 #include "simd/kernels/formulas.h"
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 
 namespace Simd::Base {
 

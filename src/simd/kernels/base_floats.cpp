@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "simd/kernels/half.h"
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 
 namespace Simd::Base {
 

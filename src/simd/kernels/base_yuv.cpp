@@ -1,5 +1,5 @@
 #include "simd/kernels/formulas.h"
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 
 namespace Simd::Base {
 
@@ -47,8 +47,8 @@ struct PlanarChroma {
     std::uint8_t uAt(std::size_t x) const { return u[x]; }
     std::uint8_t vAt(std::size_t x) const { return v[x]; }
     void next() {
-        u = movedBy(u, u_stride);
-        v = movedBy(v, v_stride);
+        u += static_cast<std::ptrdiff_t>(u_stride);
+        v += static_cast<std::ptrdiff_t>(v_stride);
     }
 };
 
@@ -59,26 +59,28 @@ struct PairedChroma {
 
     std::uint8_t uAt(std::size_t x) const { return uv[2 * x + (v_first ? 1 : 0)]; }
     std::uint8_t vAt(std::size_t x) const { return uv[2 * x + (v_first ? 0 : 1)]; }
-    void next() { uv = movedBy(uv, stride); }
+    void next() { uv += static_cast<std::ptrdiff_t>(stride); }
 };
 
 /// Pairs of columns and of rows; a last odd one is left alone.
 template <class Matrix, class Order, class Chroma>
 void convert420(ConstBytes y, std::size_t y_stride, Chroma chroma, std::size_t width,
                 std::size_t height, Bytes dst, std::size_t dst_stride) {
+    auto const luma_step = static_cast<std::ptrdiff_t>(y_stride);
+    auto const dst_step = static_cast<std::ptrdiff_t>(dst_stride);
     for (std::size_t row = 0; row < height / 2; ++row) {
         for (std::size_t x = 0; x < width / 2; ++x) {
             Bgr const terms = Matrix::terms(chroma.uAt(x), chroma.vAt(x));
-            for (std::size_t side = 0; side < 2; ++side) {
-                ConstBytes const luma = movedBy(y, side * y_stride) + 2 * x;
-                Bytes const pixels = movedBy(dst, side * dst_stride) + 6 * x;
+            for (std::ptrdiff_t side = 0; side < 2; ++side) {
+                ConstBytes const luma = y + side * luma_step + 2 * x;
+                Bytes const pixels = dst + side * dst_step + 6 * x;
                 store<Matrix, Order>(pixels, luma[0], terms);
                 store<Matrix, Order>(pixels + 3, luma[1], terms);
             }
         }
-        y = movedBy(y, 2 * y_stride);
+        y += 2 * luma_step;
         chroma.next();
-        dst = movedBy(dst, 2 * dst_stride);
+        dst += 2 * dst_step;
     }
 }
 

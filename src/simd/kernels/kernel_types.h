@@ -3,9 +3,10 @@
 /// with different meanings, so each shape is a type of its own.
 ///
 /// Sizes and strides are unsigned and 64 bits wide. Strides are in bytes, and so are the widths of
-/// planes of bytes; other widths are in pixels. Kernels check nothing, allocate nothing and report
-/// nothing. For a width or a height of 0 they write nothing. Sources and destinations must not
-/// overlap.
+/// planes of bytes; other widths are in pixels. A stride below zero, of rows from the last one up,
+/// comes as a number without a sign; pointers of 4:2:0 are moved by signed ones. Kernels check
+/// nothing, allocate nothing and report nothing. For a width or a height of 0 they write nothing.
+/// Sources and destinations must not overlap.
 
 #pragma once
 
@@ -16,13 +17,6 @@ namespace Simd {
 
 using Bytes = std::uint8_t*;
 using ConstBytes = std::uint8_t const*;
-
-/// A row further on. A stride below zero, of rows from the last one up, has come as a number
-/// without a sign; pointers are moved by signed ones.
-template <class Byte>
-constexpr Byte* movedBy(Byte* row, std::size_t stride) {
-    return row + static_cast<std::ptrdiff_t>(stride);
-}
 
 /// @tparam size_argument which argument picks the routine: the width, or the count of an array
 template <int size_argument, class F>

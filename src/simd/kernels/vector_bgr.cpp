@@ -6,7 +6,7 @@
 #include <hwy/highway.h>
 
 #include "simd/kernels/formulas.h"
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 #include "vector/channels-inl.h"
 
 HWY_BEFORE_NAMESPACE();

@@ -7,7 +7,7 @@
 
 #include <limits>
 
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 #include "vector/ops-inl.h"
 
 HWY_BEFORE_NAMESPACE();

@@ -6,7 +6,7 @@
 #include <hwy/highway.h>
 
 #include "simd/kernels/formulas.h"
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 #include "vector/ops-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -172,8 +172,8 @@ struct PlanarChroma {
                               hn::PromoteTo(TagS16(), hn::LoadU(half, v + x / 2)));
     }
     void next() {
-        u = movedBy(u, u_stride);
-        v = movedBy(v, v_stride);
+        u += static_cast<std::ptrdiff_t>(u_stride);
+        v += static_cast<std::ptrdiff_t>(v_stride);
     }
 };
 
@@ -188,23 +188,25 @@ struct PairedChroma {
         return v_first ? Matrix::chroma(OddBytes(pairs), EvenBytes(pairs))
                        : Matrix::chroma(EvenBytes(pairs), OddBytes(pairs));
     }
-    void next() { uv = movedBy(uv, stride); }
+    void next() { uv += static_cast<std::ptrdiff_t>(stride); }
 };
 
 template <class Matrix, class Order, class Chroma>
 void convert420(ConstBytes y, std::size_t y_stride, Chroma chroma, std::size_t width,
                 std::size_t height, Bytes dst, std::size_t dst_stride) {
     Tag8 const d;
+    auto const luma_step = static_cast<std::ptrdiff_t>(y_stride);
+    auto const dst_step = static_cast<std::ptrdiff_t>(dst_stride);
     for (std::size_t row = 0; row < height / 2; ++row) {
         walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             ChromaTerms const terms = chroma.template terms<Matrix>(x);
             storeBlock<Matrix, Order>(dst + 3 * x, hn::LoadU(d, y + x), terms, terms);
-            storeBlock<Matrix, Order>(movedBy(dst, dst_stride) + 3 * x,
-                                      hn::LoadU(d, movedBy(y, y_stride) + x), terms, terms);
+            storeBlock<Matrix, Order>(dst + dst_step + 3 * x, hn::LoadU(d, y + luma_step + x),
+                                      terms, terms);
         });
-        y = movedBy(y, 2 * y_stride);
+        y += 2 * luma_step;
         chroma.next();
-        dst = movedBy(dst, 2 * dst_stride);
+        dst += 2 * dst_step;
     }
 }
 

@@ -8,8 +8,39 @@
 #include <type_traits>
 
 #include "simd/resizers/resizer.h"
-#include "simd/resizers/routines.h"
 #include "vector/aligned_array.h"
+
+namespace Simd {
+
+/// The columns of a bilinear row of floats or of 16-bit elements.
+struct FloatColumns {
+    std::int32_t const* first;  ///< offset of each entry's first sample, in elements
+    float const* weight;        ///< of each entry's second sample
+    std::uint64_t entries;
+    std::uint64_t channels;
+    std::uint64_t rowElements;  ///< of the source
+};
+
+struct FloatProgram {
+    AlignedArray<std::int32_t> offsets;  ///< of each step: its window, first entry, entries' places
+    std::uint64_t steps = 0;
+    bool takesPairs = false;  ///< whether entries are loaded one by one instead
+};
+
+/// Does nothing for a program that is compiled already.
+/// @return false if the instruction set has no program for such columns
+using CompileFloatColumns = bool(FloatColumns const& columns, FloatProgram& program);
+/// fma(first, 1 - weight, weight * second). `sums` has 64 bytes of room behind its end.
+using BlendFloatColumns = void(FloatProgram const& program, FloatColumns const& columns,
+                               float const* src, float* sums);
+/// Both directions at once, of rows whose program takes pairs.
+using BlendFloatPairRows = void(FloatColumns const& columns, float const* top, float const* bottom,
+                                float weight, float* dst);
+/// fma(1 - weight, top, weight * bottom)
+using BlendFloatRows = void(float const* top, float const* bottom, float weight, std::size_t count,
+                            float* dst);
+
+}  // namespace Simd
 
 namespace Simd::Base {
 

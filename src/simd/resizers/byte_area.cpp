@@ -5,6 +5,7 @@
 
 #include "simd/resizers/axis.h"
 #include "simd/resizers/nearest.h"
+#include "simd/resizers/routines.h"
 
 namespace Simd {
 

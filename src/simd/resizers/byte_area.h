@@ -5,8 +5,54 @@
 #pragma once
 
 #include "simd/resizers/resizer.h"
-#include "simd/resizers/routines.h"
 #include "vector/aligned_array.h"
+#include "vector/gather.h"
+
+namespace Simd {
+
+/// log2 of what the weights of a cell's columns, and those of its rows, add up to (about).
+constexpr int byteAreaBits = 11;
+constexpr std::int32_t byteAreaRange = 1 << byteAreaBits;
+constexpr int byteAreaShift = 2 * byteAreaBits;
+constexpr std::int32_t byteAreaRounding = 1 << (byteAreaShift - 1);
+
+/// The cells that a row is averaged in.
+struct ByteAreaColumns {
+    std::int32_t const* ax;  ///< share of each boundary's column that is right of it
+    std::int32_t const* ix;  ///< source column at each boundary
+    std::uint64_t width;     ///< cells
+    std::uint64_t channels;  ///< 1 to 4
+    std::uint64_t rowBytes;  ///< of the source
+};
+
+/// The source rows of a destination row.
+struct ByteAreaRows {
+    std::uint8_t const* first;
+    std::size_t stride;
+    std::uint64_t more;   ///< rows behind the first
+    std::int32_t weight;  ///< of the first row
+    std::int32_t inner;   ///< of the rows between the first and the last
+    std::int32_t outer;   ///< of the last row, if there are more
+};
+
+struct ByteAreaProgram {
+    AlignedArray<std::int32_t> offsets;  ///< of each register: its steps' number, their windows
+    AlignedArray<std::uint8_t> tables;   ///< of each step: places in its window, their weights
+    std::uint64_t blocks = 0;            ///< that are stored, of `entryLanes` registers each
+    std::uint64_t entryLanes = 1;        ///< of an entry in a register
+    bool singleSteps = false;            ///< whether each register has one step
+    std::uint64_t entries = 0;           ///< of the result
+    bool clamps = false;                 ///< whether results are clamped to bytes, or wrap
+};
+
+/// @return false if the instruction set has no program for such columns
+using CompileByteArea = bool(ByteAreaColumns const& columns, ByteAreaProgram& program);
+/// Sums modulo 2^32, rounded to their upper 10 bits. Results of three and four channels are clamped
+/// to bytes; of one and two channels the low byte is kept.
+using AverageByteArea = void(ByteAreaProgram const& program, ByteAreaRows const& rows,
+                             std::uint8_t* dst);
+
+}  // namespace Simd
 
 namespace Simd::Base {
 

@@ -4,8 +4,65 @@
 #pragma once
 
 #include "simd/resizers/resizer.h"
-#include "simd/resizers/routines.h"
 #include "vector/aligned_array.h"
+
+namespace Simd {
+
+/// log2 of what the two weights of a byte bilinear pair add up to. A sum over both directions has
+/// twice as many fractional bits.
+constexpr int byteBilinearBits = 4;
+constexpr std::int32_t byteBilinearRange = 1 << byteBilinearBits;
+constexpr int byteBilinearShift = 2 * byteBilinearBits;
+constexpr std::int32_t byteBilinearRounding = 1 << (byteBilinearShift - 1);
+
+/// An axis of a bilinear resizer of bytes.
+struct ByteAxis {
+    std::uint64_t src;  ///< samples
+    std::uint64_t dst;
+    bool exact;  ///< whether weights are rounded from the exact fraction or from a float sum
+};
+
+/// Fills in, for each destination index, the first sample and the weight of the second. Vector
+/// routines take axes of at least `leastVectorSamples` indices and of at most `mostVectorSamples`
+/// indices and samples.
+using FillByteSamples = void(ByteAxis const& axis, std::int32_t* index, std::int32_t* weight);
+constexpr std::uint64_t leastVectorSamples = 16;
+/// Up to this many samples, the centres of pixels are exact floats.
+constexpr std::uint64_t mostVectorSamples = std::uint64_t{1} << 23;
+
+/// The columns of a bilinear row of bytes.
+struct BytePairs {
+    std::int32_t const*
+        index;  ///< first source pixel of each pixel, -1 for none; with 64 bytes of room
+    std::uint8_t const* alpha;  ///< the two weights of each entry, with 64 bytes of room
+    std::uint64_t width;        ///< pixels of the result
+    std::uint64_t channels;
+    std::uint64_t rowBytes;  ///< of the source
+};
+
+/// Where the weights of an entry are in `BytePairs::alpha`: in long rows, past 2^31 bytes.
+constexpr std::uint64_t pairOfEntry(std::uint64_t entry) {
+    return 2 * entry;
+}
+
+struct BytePairProgram {
+    AlignedArray<std::int32_t> offsets;  ///< of each step: its window, its first entry; without
+                                         ///< vector code, of each entry: its two samples
+    AlignedArray<std::uint8_t> tables;   ///< of each step: the places of its pairs, their weights
+    AlignedArray<std::uint8_t> scratch;  ///< a window for a row that is shorter
+    std::uint64_t steps = 0;
+    std::uint64_t rowBytes = 0;  ///< of the source
+};
+
+using CompileBytePairs = void(BytePairs const& pairs, BytePairProgram& program);
+/// The weighted sum of two bytes, for each entry of the program. `row` has 64 bytes of room behind
+/// its end.
+using BlendBytePairs = void(BytePairProgram& program, std::uint8_t const* src, std::uint16_t* row);
+/// (top * (range - weight) + bottom * weight + rounding) >> shift, for at least 16 entries.
+using BlendByteRows = void(std::uint16_t const* top, std::uint16_t const* bottom,
+                           std::int32_t weight, std::size_t count, std::uint8_t* dst);
+
+}  // namespace Simd
 
 namespace Simd::Base {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 #include "simd/resizers/axis.h"
 #include "simd/resizers/routines.h"
 

@@ -6,9 +6,14 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
+#include <utility>
+
+#include "vector/aligned_array.h"
 
 namespace Simd {
 
@@ -96,6 +101,67 @@ class Resizer : Deletable {
   protected:
     ResizerParam param;
 };
+
+/// The rows of a plane. They needn't be aligned to its elements.
+template <class T>
+struct StridedRows {
+    T* first;
+    std::size_t stride;  ///< elements
+
+    T* operator[](std::uint64_t row) const { return first + row * stride; }
+};
+template <class T>
+StridedRows(T*, std::size_t) -> StridedRows<T>;
+
+/// The start of the cache line that an array begins in. The slack in front makes it part of the
+/// block. From there on, registers of 64 bytes don't straddle cache lines, which would cost time.
+template <class T>
+T* startOfLine(T* data) {
+    constexpr std::uintptr_t line = 64;
+    return data - reinterpret_cast<std::uintptr_t>(data) % line / sizeof(T);
+}
+
+/// The walk of the bilinear classes. Makes each destination row from two neighbouring source rows.
+/// Each source row goes through the horizontal pass once, as long as `iy` moves on by at most a row
+/// at a time. A row outside the source isn't read and counts as zeros. An empty source leaves the
+/// destination unwritten.
+/// @param iy for each destination row, the first source row; never falling
+/// @param ay for each destination row, the weight of the second source row, for `vertical`
+/// @param buffers two rows of results of the horizontal pass
+/// @param horizontal (Element const* source_row, Sum* row)
+/// @param vertical (Sum const* top, Sum const* bottom, Weight weight, Element* destination_row)
+template <class Element, class Sum, class Weight, class Horizontal, class Vertical>
+void walkBilinearRows(ResizerParam const& param, AlignedArray<std::int32_t> const& iy,
+                      AlignedArray<Weight> const& ay, StridedRows<Element const> src,
+                      StridedRows<Element> dst, AlignedArray<Sum> const (&buffers)[2],
+                      Horizontal horizontal, Vertical vertical) {
+    if (param.srcW == 0 || param.srcH == 0) {
+        return;
+    }
+    auto const pass = [&](std::int64_t row, Sum* sums) {
+        if (row < 0 || static_cast<std::uint64_t>(row) >= param.srcH) {
+            std::fill_n(sums, buffers[0].size, Sum{});
+        } else {
+            horizontal(src[static_cast<std::uint64_t>(row)], sums);
+        }
+    };
+    Sum* top = startOfLine(buffers[0].data);
+    Sum* bottom = startOfLine(buffers[1].data);
+    std::int64_t held = std::numeric_limits<std::int64_t>::min();  // the source row in `top`
+    for (std::uint64_t row = 0; row < param.dstH; ++row) {
+        std::int64_t const wanted = iy.data[row];
+        if (wanted != held) {
+            if (wanted == held + 1) {
+                std::swap(top, bottom);
+            } else {
+                pass(wanted, top);
+            }
+            pass(wanted + 1, bottom);
+            held = wanted;
+        }
+        vertical(top, bottom, ay.data[row], dst[row]);
+    }
+}
 
 /// The class that serves a request. Each value but `none` has the name of its class.
 enum class ResizerClass {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "simd/resizers/byte_bilinear.h"
 #include "vector/dispatch.h"
 
 namespace Simd::Neon {

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "simd/resizers/resizer.h"
 #include "simd/resizers/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/windows.h"
@@ -148,7 +147,9 @@ void compileBytePairs(BytePairs const& pairs, BytePairProgram& program) {
         program.scratch.Resize(windowBytes, windowBytes);
         std::memset(program.scratch.data, 0, windowBytes);
     }
-    withChannels(pairs.channels, [&](auto channels) { compilePairs<channels>(pairs, program); });
+    constexpr CompileBytePairs* compile[] = {compilePairs<1>, compilePairs<2>, compilePairs<3>,
+                                             compilePairs<4>};
+    compile[pairs.channels - 1](pairs, program);
 }
 
 /// The row, or a copy of it if a window is longer; behind a lone pixel it follows once more.

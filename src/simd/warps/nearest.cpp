@@ -1,6 +1,6 @@
 #include "simd/warps/nearest.h"
 
-#include "simd/kernels/routines.h"
+#include "simd/kernels/kernels.h"
 #include "simd/parallel.h"
 #include "simd/warps/routines.h"
 #include "simd/warps/rows.h"
