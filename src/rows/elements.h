@@ -86,11 +86,6 @@ struct RowPlan {
     std::int64_t entries = 0;      ///< of the table
 };
 
-/// Whether samples are bytes and every element lies inside the row.
-inline bool areWholeBytes(RowPlan const& row, Element element) {
-    return element.bits == 8 && row.whole * element.channels == row.dst_samples;
-}
-
 /// Reads elements that are known to lie inside the row.
 class InsideRow {
   public:

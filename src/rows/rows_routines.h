@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "rows/blend/axis.h"
+#include "rows/blend/columns.h"
 #include "rows/colour/routines.h"
 #include "rows/taps/axis.h"
 #include "rows/tensor/routines.h"

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "rows/blend/axis.h"
+#include "rows/blend/columns.h"
 #include "rows/taps/axis.h"
 
 namespace ox::rows {

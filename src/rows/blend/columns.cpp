@@ -59,10 +59,10 @@ bool ByteBlend::compile(BlendAxis const& axis) {
 }
 
 struct BlendColumns::PlainLoops {
-    using Function = BlendColumns::Function;
+    using Function = PlainLoop*;
 
     template <class Sample, int Channels>
-    static void row(BlendColumns& columns, std::uint8_t const* src, std::uint8_t* dst) {
+    static void row(BlendColumns const& columns, std::uint8_t const* src, std::uint8_t* dst) {
         std::int32_t const* const table = columns._table;
         walkRow<Sample, Channels>(columns._row, dst, [=](auto reader, std::int64_t i, int c) {
             PixelPair const pair = pixelPair(table[reader.entry(i)], reader.width());
@@ -72,8 +72,9 @@ struct BlendColumns::PlainLoops {
     }
 };
 
+/// Vector code takes bytes, in rows that hold every element.
 bool BlendColumns::compile(Element element) {
-    if (!areWholeBytes(_row, element)) {
+    if (element.bits != 8 || _row.whole * element.channels != _row.dst_samples) {
         return false;
     }
     BlendAxis axis;
@@ -90,9 +91,7 @@ void BlendColumns::plan(RowPlan const& row, Element element,
                         std::vector<std::int32_t> const& table) {
     _row = row;
     _table = table.data();
-    _routine = compile(element) ? [](BlendColumns& columns, std::uint8_t const* src,
-                                     std::uint8_t* dst) { columns._bytes.run(src, dst); }
-                                : pickRowFunction<PlainLoops>(element);
+    _plain_loop = compile(element) ? nullptr : pickRowFunction<PlainLoops>(element);
 }
 
 void BlendColumnsAndRows::plan(RowPlan const& row, Element element,

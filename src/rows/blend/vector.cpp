@@ -1,4 +1,4 @@
-#include "rows/blend/axis.h"
+#include "rows/blend/columns.h"
 
 #include "vector/targets.h"
 
@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "rows/blend/columns.h"
 #include "vector/ops-inl.h"
 #include "vector/windows.h"
 

@@ -146,7 +146,8 @@ HWY_INLINE void convertBlock(Row src, std::size_t x, std::uint8_t* dst) {
 
 template <YuvLayout layout>
 void convertRow(Row src, std::size_t width, std::uint8_t* bgr) {
-    std::size_t const pairs = width - width % stepsOf(layout).pixels;
+    constexpr YuvSteps steps = stepsOf(layout);
+    std::size_t const pairs = width - width % steps.pixels;
     std::size_t const pixels = pairs < blockBytes ? 0 : pairs;
     walkBlocks(pixels, blockBytes,
                [&](std::size_t x) HWY_ATTR { convertBlock<layout>(src, x, bgr + 3 * x); });
