@@ -2,7 +2,7 @@
 
 #include "ox_core/ox_float_planes.h"
 #include "ox_core/ox_impl_place.h"
-#include "ox_cv/ox_impl_direct_nv12.h"
+#include "ox_cv/ox_impl_planes.h"
 #include "ox_cv/ox_impl_rules.h"
 
 namespace ox {

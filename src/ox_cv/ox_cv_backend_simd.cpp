@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "ox_cv/ox_cv_helpers.h"
-#include "ox_cv/ox_impl_direct_nv12.h"
+#include "ox_cv/ox_impl_colour_routes.h"
 #include "ox_cv/ox_impl_planes.h"
 #include "ox_cv/ox_impl_rules.h"
 #include "simd/simd.h"

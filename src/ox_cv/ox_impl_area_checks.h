@@ -4,7 +4,7 @@
 #pragma once
 
 #include "ox_core/ox_impl_place.h"
-#include "ox_cv/ox_impl_scaler_state.h"
+#include "ox_cv/ox_impl_state.h"
 #include "ox_cv/ox_scaler_area.h"
 
 namespace ox::impl {

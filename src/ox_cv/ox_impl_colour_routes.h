@@ -1,9 +1,9 @@
 /// @file
-/// Which way the vector backend converts a pair of formats; no pixel is touched here.
+/// Which way the vector backend converts a pair of formats, and the conversion by it.
 
 #pragma once
 
-#include "ox_core/ox_frame_format.h"
+#include "ox_core/ox_frame.h"
 
 namespace ox::impl {
 
@@ -39,5 +39,14 @@ struct ColourRouteRecord {
 /// The record of a pair of different formats. Pairs without a record are refused, on purpose also
 /// where the reverse pair or a similar one has a record.
 ColourRouteRecord colourRoute(FrameFormat src, FrameFormat dst);
+
+/// Converts the pixels of `src` to `dst`, a frame of the same size and of another format.
+/// @param scratch receives the picture between two steps
+/// @return false for a pair that there is no route for; nothing is done then
+bool convertColours(Frame const& src, Frame& dst, Frame& scratch);
+
+/// Converts `src`, taken for packed BGR whatever its format says, to `FRAME_YUV444_PLANAR`.
+/// @param dst receives the planes in storage of its own
+void convertBgrToYuv444(Frame const& src, Frame& dst);
 
 }  // namespace ox::impl

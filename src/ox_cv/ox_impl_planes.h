@@ -45,14 +45,8 @@ inline bool isContiguous(Frame const& frame) {
     });
 }
 
-/// Converts the pixels of `src` to `dst`, a frame of the same size and of another format.
-/// @param scratch receives the picture between two steps
-/// @return false for a pair that there is no route for; nothing is done then
-bool convertColours(Frame const& src, Frame& dst, Frame& scratch);
-
-/// Converts `src`, taken for packed BGR whatever its format says, to `FRAME_YUV444_PLANAR`.
-/// @param dst receives the planes in storage of its own
-void convertBgrToYuv444(Frame const& src, Frame& dst);
+/// By `NV12toBGR_neon`, for frames that `goesDirectly` lets pass.
+void convertNv12Directly(Frame const& src, Frame& dst);
 
 /// Resizes plane by plane, with a resizer for each.
 /// @param src, dst of one format of 8 or 32 bits a channel. Channels of 32 bits are taken for

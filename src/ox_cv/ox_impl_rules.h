@@ -4,6 +4,8 @@
 
 #pragma once
 
+#include <limits>
+
 #include "ox_core/ox_frame.h"
 #include "ox_core/ox_impl_format_facts.h"
 #include "ox_core/ox_impl_place.h"
@@ -20,17 +22,6 @@ inline void requireCpu(Place here, Frame const& src, Frame const& dst) {
 /// A second handle on `frame`, narrowed to `roi` unless that is empty.
 inline Frame selectRegion(Frame frame, Rect roi) {
     return roi.empty() ? frame : getRegion(frame, roi);
-}
-
-/// Formats that a streaming scaler can compute with; the others can only be copied.
-constexpr bool isScalable(FrameFormat format) {
-    return factsOf(format).plane_count > 0 && format <= FRAME_C1_32U && format != FRAME_RGB24 &&
-           format != FRAME_RGB_PLANAR;
-}
-
-/// Area scaling also refuses 32-bit samples, after they have been written, on purpose.
-constexpr bool isScalableByArea(FrameFormat format) {
-    return isScalable(format) && format != FRAME_C1_32U;
 }
 
 /// Formats whose rows `ScalerAreaY` sums as one channel: only the first `width` bytes of a row are
@@ -55,6 +46,24 @@ bool vectorConverts(FrameFormat src, FrameFormat dst);
 constexpr bool needsEvenSides(FrameFormat src) {
     return src == FRAME_I420 || src == FRAME_NV12 || src == FRAME_NV21;
 }
+
+/// Columns that `NV12toBGR_neon` converts at a time; the last width mod 8 columns stay unwritten.
+constexpr int directColumns = 8;
+
+/// `NV12toBGR_neon` takes strides of 32 bits.
+constexpr std::int64_t maxDirectStride = std::numeric_limits<int>::max();
+
+/// Whether `convertNv12Directly` takes two frames: the formats are `FRAME_NV12` and `FRAME_BGR24`,
+/// and the strides fit.
+bool goesDirectly(Frame const& src, Frame const& dst);
+
+/// Whether luma and chroma have equal strides: `NV12toBGR_neon` steps over both by luma's.
+inline bool hasDirectStrides(FrameLayout const& src) {
+    return src.plane[0].stride == src.plane[1].stride && src.plane[0].stride <= maxDirectStride;
+}
+
+/// Whether `NV12toBGR_neon`, stepping over chroma by luma's stride, reads nothing but chroma rows.
+bool readsInsideChroma(Frame const& src);
 
 /// Whether there are resizers for channels of that depth; those of 32 bits are taken for floats.
 constexpr bool hasResizers(int bits) {

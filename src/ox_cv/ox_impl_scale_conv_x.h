@@ -4,7 +4,7 @@
 #pragma once
 
 #include "ox_cv/ox_impl_scale_data.h"
-#include "ox_cv/ox_impl_scaler_state.h"
+#include "ox_cv/ox_impl_state.h"
 #include "ox_cv/ox_row_window.h"
 #include "rows/taps/columns.h"
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "ox_core/ox_impl_sizes.h"
-#include "ox_cv/ox_impl_rules.h"
 #include "ox_cv/ox_impl_scale_weights.h"
 #include "ox_cv/ox_impl_state.h"
 #include "rows/rows_routines.h"

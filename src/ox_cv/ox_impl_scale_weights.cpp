@@ -12,7 +12,7 @@ namespace {
 constexpr Place here{"src/ox_cv/ox_impl_scale_data"};
 
 /// Steps of the trapezoid rule, in pixels.
-constexpr float step = 0.0625F;
+constexpr float integrationStep = 0.0625F;
 
 /// A filter whose weights sum to less has no weight.
 constexpr double leastSum = 0.001;
@@ -108,21 +108,21 @@ float _computeIntegral(IKernel* _p_kernel, float phase, float lower, float upper
     }
     float const centre = std::fma(_p_kernel->aperture(), 0.5F, phase);
     auto const f = [&](float x) { return _p_kernel->value(x - centre); };
-    float x1 = lower + step;
+    float x1 = lower + integrationStep;
     if (!(x1 < upper)) {
         return (f(upper) + f(lower)) * (upper - lower) * 0.5F;
     }
     float f1 = f(x1);
     float sum = f(lower) + f1;
-    float x2 = x1 + step;
+    float x2 = x1 + integrationStep;
     while (upper > x2) {
         float const f2 = f(x2);
         sum += f1 + f2;
         x1 = x2;
         f1 = f2;
-        x2 = x1 + step;
+        x2 = x1 + integrationStep;
     }
-    sum *= step / 2;
+    sum *= integrationStep / 2;
     return std::fma((f(upper) + f1) * (upper - x1), 0.5F, sum);
 }
 

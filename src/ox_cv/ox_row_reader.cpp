@@ -24,7 +24,7 @@ void RowReader::reuse(Frame const& frame) {
     for (int i = 0; i < layout.planeCount; ++i) {
         masks[i] = rowMask(height, layout.plane[i].height);
         strides[i] = layout.plane[i].stride;
-        rows[i] = frame.planeData(i);
+        rows.plane[i] = frame.planeData(i);
     }
 }
 
@@ -33,8 +33,8 @@ bool RowReader::next() {
         return false;
     }
     // Planes that aren't there come last and have no addresses.
-    for (int i = 0; i < 4 && rows[i] != nullptr; ++i) {
-        rows[i] += impl::movesOnAfter(row, masks[i]) ? strides[i] : 0;
+    for (int i = 0; i < 4 && rows.plane[i] != nullptr; ++i) {
+        rows.plane[i] += impl::movesOnAfter(row, masks[i]) ? strides[i] : 0;
     }
     ++row;
     return row < height;

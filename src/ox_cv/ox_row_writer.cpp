@@ -25,8 +25,8 @@ void RowWriter::reuse(Frame& frame) {
     for (int i = 0; i < layout.planeCount; ++i) {
         masks[i] = rowMask(height, layout.plane[i].height);
         strides[i] = layout.plane[i].stride;
-        planes[i] = frame.planeData(i);
-        rows[i] = height > 0 ? planes[i] : nullptr;
+        planes.plane[i] = frame.planeData(i);
+        rows.plane[i] = height > 0 ? planes.plane[i] : nullptr;
     }
 }
 
@@ -36,10 +36,10 @@ bool RowWriter::next() {
         return false;
     }
     // Planes that aren't there come last and have no addresses.
-    for (int i = 0; i < 4 && planes[i] != nullptr; ++i) {
+    for (int i = 0; i < 4 && planes.plane[i] != nullptr; ++i) {
         bool const moves = impl::movesOnAfter(row, masks[i]);
-        planes[i] += moves ? strides[i] : 0;
-        rows[i] = moves ? planes[i] : nullptr;
+        planes.plane[i] += moves ? strides[i] : 0;
+        rows.plane[i] = moves ? planes.plane[i] : nullptr;
     }
     ++row;
     return row < height;

@@ -6,8 +6,8 @@
 
 #include "ox_cv/ox_impl_area_checks.h"
 #include "ox_cv/ox_impl_passed_rows.h"
-#include "ox_cv/ox_impl_scale_tables.h"
-#include "ox_cv/ox_impl_scaler_state.h"
+#include "ox_cv/ox_impl_rules.h"
+#include "ox_cv/ox_impl_state.h"
 #include "rows/area/columns.h"
 #include "rows/area/rows.h"
 

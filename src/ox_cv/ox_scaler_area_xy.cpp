@@ -2,8 +2,7 @@
 #include <vector>
 
 #include "ox_cv/ox_impl_area_checks.h"
-#include "ox_cv/ox_impl_scale_tables.h"
-#include "ox_cv/ox_impl_scaler_state.h"
+#include "ox_cv/ox_impl_state.h"
 #include "ox_cv/ox_scaler_area.h"
 #include "rows/area/cells.h"
 

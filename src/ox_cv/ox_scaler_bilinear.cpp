@@ -5,8 +5,7 @@
 #include <vector>
 
 #include "ox_cv/ox_impl_passed_rows.h"
-#include "ox_cv/ox_impl_scale_tables.h"
-#include "ox_cv/ox_impl_scaler_state.h"
+#include "ox_cv/ox_impl_state.h"
 #include "rows/blend/columns.h"
 
 namespace ox {
@@ -142,7 +141,8 @@ void ScalerBilinearX::produce(RowData& dst) {
         return;
     }
     impl::requireScalable(here, state._dst_layout.format, "ScalerBilinearX");
-    state._planes.forEach(dst, [&](auto& columns, int i) { columns.run(src[i], dst[i]); });
+    state._planes.forEach(dst,
+                          [&](auto& columns, int i) { columns.run(src.plane[i], dst.plane[i]); });
 }
 
 bool ScalerBilinearX::next() {
@@ -223,8 +223,8 @@ void ScalerBilinearY::produce(RowData& dst) {
     RowData const& upper = *window.rowData(cut.window_row);
     state._planes.forEach(dst, [&](auto const& plane, int i) {
         RowData const& lower = *window.rowData(lowerRow(window, cut.window_row, i));
-        plane.blend_rows(upper[i], lower[i], cut.weight, static_cast<std::size_t>(plane.samples),
-                         dst[i]);
+        plane.blend_rows(upper.plane[i], lower.plane[i], cut.weight,
+                         static_cast<std::size_t>(plane.samples), dst.plane[i]);
     });
 }
 
@@ -303,8 +303,8 @@ void ScalerBilinearXY::produce(RowData& dst) {
     state._planes.forEach(dst, [&](auto& plane, int i) {
         int const lower_row = lowerRow(window, cut.window_row, i);
         RowData const& lower = *window.rowData(lower_row);
-        plane.run({upper[i], first + cut.window_row}, {lower[i], first + lower_row}, cut.weight,
-                  dst[i]);
+        plane.run({upper.plane[i], first + cut.window_row}, {lower.plane[i], first + lower_row},
+                  cut.weight, dst.plane[i]);
     });
 }
 

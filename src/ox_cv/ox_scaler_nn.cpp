@@ -3,8 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "ox_cv/ox_impl_scale_tables.h"
-#include "ox_cv/ox_impl_scaler_state.h"
+#include "ox_cv/ox_impl_state.h"
 #include "rows/pixels.h"
 
 namespace ox {

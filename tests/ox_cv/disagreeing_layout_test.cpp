@@ -10,7 +10,7 @@
 
 #include "ox_cv/ox_format_converter.h"
 #include "ox_cv/ox_impl_format_converter.h"
-#include "ox_cv/ox_impl_scaler_state.h"
+#include "ox_cv/ox_impl_state.h"
 #include "ox_cv/ox_scaler.h"
 #include "ox_cv/ox_scaler_area.h"
 #include "ox_cv/ox_scaler_bilinear.h"

@@ -6,7 +6,7 @@
 #include "ox_cv/backend_frames.h"
 #include "ox_cv/ox_cv_backend_base.h"
 #include "ox_cv/ox_cv_helpers.h"
-#include "ox_cv/ox_impl_direct_nv12.h"
+#include "ox_cv/ox_impl_rules.h"
 #include "support/exceptions.h"
 
 namespace ox::test {

@@ -1,4 +1,4 @@
-#include "ox_cv/ox_impl_scale_tables.h"
+#include "ox_cv/ox_impl_state.h"
 
 #include <gtest/gtest.h>
 
