@@ -5,7 +5,7 @@
 
 #pragma once
 
-#include "simd/kernels/kernel_types.h"
+#include <cstddef>
 
 namespace Simd {
 

@@ -219,10 +219,4 @@ void ResizerFloatBilinear::Run(float const* src, std::size_t srcStride, float* d
         });
 }
 
-/// The scalar loops: no frame has elements of 16 bits.
-void ResizerShortBilinear::Run(std::uint16_t const* src, std::size_t srcStride, std::uint16_t* dst,
-                               std::size_t dstStride) {
-    Base::ResizerShortBilinear::Run(src, srcStride, dst, dstStride);
-}
-
 }  // namespace Simd::Neon

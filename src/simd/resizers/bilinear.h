@@ -107,12 +107,10 @@ class ResizerFloatBilinear : public Base::ResizerFloatBilinear {
     FloatProgram program;
 };
 
+/// The scalar loops: no frame has elements of 16 bits.
 class ResizerShortBilinear : public Base::ResizerShortBilinear {
   public:
     using Base::ResizerShortBilinear::ResizerShortBilinear;
-    using Base::ResizerShortBilinear::Run;
-    void Run(std::uint16_t const* src, std::size_t srcStride, std::uint16_t* dst,
-             std::size_t dstStride) override;
 };
 
 }  // namespace Simd::Neon

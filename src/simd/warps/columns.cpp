@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "vector/dispatch.h"
+
 namespace Simd::Base {
 
 namespace {
@@ -72,3 +74,23 @@ void BlendWarpTaps(WarpTaps const& taps, std::size_t count, std::size_t channels
 }
 
 }  // namespace Simd::Base
+
+namespace Simd::Neon {
+
+namespace {
+
+WarpRoutines findWarpRoutines() {
+    WarpRoutines best;
+#ifdef OX_WITH_HIGHWAY
+    takeWarpRoutines(best);
+#endif
+    return best;
+}
+
+}  // namespace
+
+WarpRoutines const& warpRoutines() {
+    return ox::vector::RoutineTable<WarpRoutines, findWarpRoutines>::get();
+}
+
+}  // namespace Simd::Neon

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "simd/kernels/kernel_types.h"
+#include "simd/kernels/kernels.h"
 
 namespace Simd {
 
@@ -106,3 +106,20 @@ BlendTaps BlendWarpTaps;
 }  // namespace Base
 
 }  // namespace Simd
+
+namespace Simd::Neon {
+
+/// The routines of an instruction set. A new object has the scalar routines.
+struct WarpRoutines {
+    NearestOffsets* findNearestOffsets = Base::FindNearestOffsets;
+    BilinearPositions* findBilinearPositions = Base::FindBilinearPositions;
+    BlendTaps* blendTaps = Base::BlendWarpTaps;
+};
+
+/// The routines of the instruction set in use; see vector/dispatch.h.
+WarpRoutines const& warpRoutines();
+
+/// Enters the vector routines of the instruction set in use, if it has any.
+void takeWarpRoutines(WarpRoutines& routines);
+
+}  // namespace Simd::Neon

@@ -2,7 +2,7 @@
 
 #include "simd/kernels/kernels.h"
 #include "simd/parallel.h"
-#include "simd/warps/routines.h"
+#include "simd/warps/columns.h"
 #include "simd/warps/rows.h"
 
 namespace Simd::Base {

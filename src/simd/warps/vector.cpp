@@ -7,7 +7,7 @@
 
 #include <array>
 
-#include "simd/warps/routines.h"
+#include "simd/warps/columns.h"
 #include "vector/ops-inl.h"
 
 HWY_BEFORE_NAMESPACE();
