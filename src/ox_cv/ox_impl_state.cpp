@@ -6,20 +6,9 @@ namespace {
 
 constexpr Place here{"src/ox_cv/ox_impl_state"};
 
-std::int32_t wrappingAdd(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
-}
-
-std::int32_t wrappingSubtract(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
-}
-
-std::int32_t wrappingMultiply(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
-}
-
-std::int32_t wrappingShift(std::int32_t value, int shift) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(value) << shift);
+/// The low 32 bits.
+constexpr std::int32_t wrapped(std::int64_t value) {
+    return static_cast<std::int32_t>(value);
 }
 
 /// entry(position) for positions from `start` on, `step` apart.
@@ -30,7 +19,7 @@ void fillTable(std::vector<Entry>& table, std::int32_t count, std::int32_t start
     std::int32_t position = start;
     for (Entry& entry : table) {
         entry = make_entry(position);
-        position = wrappingAdd(position, step);
+        position = wrapped(std::int64_t{position} + step);
     }
 }
 
@@ -46,21 +35,21 @@ void buildNearestTable(std::int32_t src, std::int32_t dst, std::vector<std::uint
 void buildBilinearTable(std::int32_t src, std::int32_t dst, std::vector<std::int32_t>& table) {
     std::int32_t const step = coordinateStep(src, dst);
     // The running position isn't clamped, only the entries are.
-    fillTable(table, dst, wrappingSubtract(step, coordinateOne) / 2, step,
+    fillTable(table, dst, wrapped(std::int64_t{step} - coordinateOne) / 2, step,
               [](std::int32_t position) { return std::max(position, 0); });
 }
 
 std::uint16_t buildAreaTable(std::int32_t src, std::int32_t dst, int shift,
                              std::vector<AreaWeight>& weights) {
     std::int32_t const one = 1 << shift;
-    std::int32_t const ratio = wrappingShift(dst, shift) / src;
+    std::int32_t const ratio = wrapped(std::int64_t{dst} << shift) / src;
     resizeTable(weights, std::int64_t{dst} + 1, here);
     auto const full_weight = static_cast<std::uint16_t>(std::min(one, ratio));
     for (std::int32_t i = 0; i < dst; ++i) {
         auto const index = static_cast<std::int32_t>(std::int64_t{i} * src / dst);
         // The part of sample `index`, in destination cells, that lies in cell i.
-        std::int32_t const overlap = wrappingSubtract(
-            wrappingMultiply(ratio, wrappingAdd(index, 1)), wrappingShift(i, shift));
+        std::int32_t const overlap =
+            wrapped(ratio * (std::int64_t{index} + 1) - (std::int64_t{i} << shift));
         weights[static_cast<std::size_t>(i)] = {
             static_cast<std::uint16_t>(index),
             static_cast<std::uint16_t>(std::clamp(overlap, 0, one))};
