@@ -106,7 +106,7 @@ inline void showFrame(Frame const& frame, AVFrame& to) {
             av_frame_unref(&to);
             refuse(StatusCapacityExceeded, "showFrame", "memory is exhausted");
         }
-        handle.release();
+        static_cast<void>(handle.release());  // it is the buffer's now
         to.data[foreign] = frame.planeData(i);
         to.linesize[foreign] = static_cast<int>(plane.stride);
     }

@@ -138,8 +138,8 @@ inline cv::Mat matOf(Frame const& frame, int plane = 0) {
 /// widths that are multiples of 128 (or if made with alignment 1).
 /// @throws Exception `StatusInvalidParameter` unless the planes lie as such a mat has them
 inline cv::Mat stackedMatOf(Frame const& frame) {
-    cv::Mat const all(frame.height() / 2 * 3, frame.width(), CV_8UC1, frame.planeData(0),
-                      static_cast<std::size_t>(frame.layout().plane[0].stride));
+    cv::Mat all(frame.height() / 2 * 3, frame.width(), CV_8UC1, frame.planeData(0),
+                static_cast<std::size_t>(frame.layout().plane[0].stride));
     Frame const same = frameOfStacked(all, frame.format());
     for (int i = 0; i < same.layout().planeCount; ++i) {
         if (same.planeData(i) != frame.planeData(i) || same.size() != frame.size() ||
