@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /* Fills a network's input from a camera's frame in C, and carries a box of the network back to it.
  *
  *     camera_to_tensor                              # a gray frame of 1280x720

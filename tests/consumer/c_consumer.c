@@ -1,5 +1,7 @@
-/* Uses the library from C99: every function of the C interface is linked, and some bytes checked.
- */
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
+/* Uses the library from C99: links every function of the C interface and checks some bytes. */
 
 #include <stdio.h>
 #include <stdlib.h>
