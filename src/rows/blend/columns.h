@@ -30,7 +30,7 @@ struct BlendAxis {
     std::size_t row_bytes = 0;      ///< of the source
 };
 
-/// The pairs of bytes that a step takes from its window, and their weights.
+/// The pairs of bytes that a step takes from its windows, and their weights.
 struct alignas(64) BlendStep {
     std::array<std::uint8_t, 64> places;
     std::array<std::uint16_t, 32> weights;  ///< of 2^16, or pairs of bytes of 64ths
@@ -44,7 +44,7 @@ using RunBlend = void(BlendProgram const& program, std::uint8_t const* src, std:
 /// The program that an axis is compiled to.
 struct BlendProgram {
     RunBlend* run = nullptr;
-    std::vector<std::uint32_t> offsets;  ///< of each step: its window, its first entry
+    std::vector<std::uint32_t> offsets;  ///< of each window: its first byte, its first entry
     std::vector<BlendStep> steps;
     std::size_t whole_steps = 0;  ///< leading steps whose stores end inside the result
     std::size_t entries = 0;      ///< of the result: its samples
