@@ -2,7 +2,7 @@
 
 # Every target of the project.
 function(ox_configure_target target)
-  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_compile_features(${target} PRIVATE cxx_std_20)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow)
   if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
@@ -42,6 +42,8 @@ function(ox_add_library name)
   add_library(ox_${name} $<TARGET_OBJECTS:${objects}>)
   add_library(ox::${name} ALIAS ox_${name})
   ox_configure_target(ox_${name})
+  # The sources need C++20, the public headers don't.
+  target_compile_features(ox_${name} INTERFACE cxx_std_14)
   target_include_directories(
     ox_${name} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>" "$<INSTALL_INTERFACE:include>")
   # Code that nothing calls is left out, calls inside the library take no detour, and what it has of

@@ -29,6 +29,7 @@ class OX_API DeviceContext {
     static DeviceContext cpuContext();
 
     bool operator==(DeviceContext const& other) const { return _identity == other._identity; }
+    bool operator!=(DeviceContext const& other) const { return !(*this == other); }
 
   private:
     std::uint64_t _identity = 0;

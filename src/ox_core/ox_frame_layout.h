@@ -58,12 +58,14 @@ struct OX_API FrameLayout {
 /// for row 0.
 OX_API std::uint32_t rowMask(std::int32_t frame_height, std::int32_t plane_height);
 
-static_assert(sizeof(FramePlane) == 40);
+static_assert(sizeof(FramePlane) == 40, "fixed for the binary interface");
 static_assert(offsetof(FramePlane, height) == 4 && offsetof(FramePlane, bits) == 8 &&
-              offsetof(FramePlane, channels) == 10 && offsetof(FramePlane, stride) == 16 &&
-              offsetof(FramePlane, rowBytes) == 24 && offsetof(FramePlane, planeBytes) == 32);
-static_assert(sizeof(FrameLayout) == 208);
+                  offsetof(FramePlane, channels) == 10 && offsetof(FramePlane, stride) == 16 &&
+                  offsetof(FramePlane, rowBytes) == 24 && offsetof(FramePlane, planeBytes) == 32,
+              "fixed for the binary interface");
+static_assert(sizeof(FrameLayout) == 208, "fixed for the binary interface");
 static_assert(offsetof(FrameLayout, planeCount) == 4 && offsetof(FrameLayout, size) == 8 &&
-              offsetof(FrameLayout, plane) == 16 && offsetof(FrameLayout, offset) == 176);
+                  offsetof(FrameLayout, plane) == 16 && offsetof(FrameLayout, offset) == 176,
+              "fixed for the binary interface");
 
 }  // namespace ox

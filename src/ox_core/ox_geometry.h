@@ -16,7 +16,10 @@ struct Size {
 
     /// True unless both sides are positive.
     bool empty() const { return width <= 0 || height <= 0; }
-    bool operator==(Size const&) const = default;
+    constexpr bool operator==(Size const& other) const noexcept {
+        return width == other.width && height == other.height;
+    }
+    constexpr bool operator!=(Size const& other) const noexcept { return !(*this == other); }
 };
 
 /// A rectangle of pixels with its origin at the top left.
@@ -33,9 +36,12 @@ struct OX_API Rect {
     /// area becomes all zero.
     void crop(Size const& size);
 
-    bool operator==(Rect const&) const = default;
+    constexpr bool operator==(Rect const& other) const noexcept {
+        return x == other.x && y == other.y && width == other.width && height == other.height;
+    }
+    constexpr bool operator!=(Rect const& other) const noexcept { return !(*this == other); }
 };
 
-static_assert(sizeof(Size) == 8 && sizeof(Rect) == 16);
+static_assert(sizeof(Size) == 8 && sizeof(Rect) == 16, "fixed for the binary interface");
 
 }  // namespace ox

@@ -25,6 +25,7 @@ struct OX_API RowIndex {
 };
 
 static_assert(sizeof(RowIndex) == 40 && offsetof(RowIndex, masks) == 16 &&
-              offsetof(RowIndex, height) == 32 && offsetof(RowIndex, planes) == 36);
+                  offsetof(RowIndex, height) == 32 && offsetof(RowIndex, planes) == 36,
+              "fixed for the binary interface");
 
 }  // namespace ox

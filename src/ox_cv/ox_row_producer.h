@@ -23,8 +23,9 @@ struct RowData {
     unsigned char* operator[](int index) const { return plane[index]; }
 };
 
-static_assert(sizeof(RowData) == 4 * sizeof(unsigned char*));
-static_assert(std::is_aggregate_v<RowData> && std::is_trivially_copyable_v<RowData>);
+static_assert(sizeof(RowData) == 4 * sizeof(unsigned char*) &&
+                  std::is_trivially_copyable<RowData>::value,
+              "fixed for the binary interface");
 
 /// A link of a chain: yields rows one at a time into its consumer's memory.
 ///

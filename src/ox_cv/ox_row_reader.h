@@ -31,7 +31,8 @@ struct OX_API RowReader {
 };
 
 static_assert(sizeof(RowReader) == 88 && offsetof(RowReader, rows) == 0 &&
-              offsetof(RowReader, strides) == 32 && offsetof(RowReader, masks) == 64 &&
-              offsetof(RowReader, row) == 80 && offsetof(RowReader, height) == 84);
+                  offsetof(RowReader, strides) == 32 && offsetof(RowReader, masks) == 64 &&
+                  offsetof(RowReader, row) == 80 && offsetof(RowReader, height) == 84,
+              "fixed for the binary interface");
 
 }  // namespace ox

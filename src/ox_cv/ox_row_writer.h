@@ -32,8 +32,9 @@ struct OX_API RowWriter {
 };
 
 static_assert(sizeof(RowWriter) == 120 && offsetof(RowWriter, rows) == 0 &&
-              offsetof(RowWriter, planes) == 32 && offsetof(RowWriter, strides) == 64 &&
-              offsetof(RowWriter, masks) == 96 && offsetof(RowWriter, row) == 112 &&
-              offsetof(RowWriter, height) == 116);
+                  offsetof(RowWriter, planes) == 32 && offsetof(RowWriter, strides) == 64 &&
+                  offsetof(RowWriter, masks) == 96 && offsetof(RowWriter, row) == 112 &&
+                  offsetof(RowWriter, height) == 116,
+              "fixed for the binary interface");
 
 }  // namespace ox
