@@ -10,19 +10,25 @@ if(OX_WITH_HIGHWAY)
   endif()
 endif()
 
+# On x86-64 its library tells the processor.
+if(OX_WITH_HIGHWAY AND OX_HIGHWAY_FOUND AND NOT CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+  find_library(OX_HIGHWAY_LIBRARY hwy REQUIRED)
+  add_library(ox::hwy UNKNOWN IMPORTED GLOBAL)
+  set_target_properties(ox::hwy PROPERTIES IMPORTED_LOCATION "${OX_HIGHWAY_LIBRARY}")
+endif()
+
 # ox_use_highway(NAME): lets the library ox_NAME have vector sources.
 function(ox_use_highway name)
   if(OX_WITH_HIGHWAY AND OX_HIGHWAY_FOUND)
     target_compile_definitions(ox_${name}_objects PRIVATE OX_WITH_HIGHWAY)
     # Beside vector code, plain loops needn't be unrolled and vectorised: that doubles the library.
     target_compile_options(ox_${name}_objects PRIVATE $<$<CONFIG:Release>:-O2>)
-    if(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+    if(TARGET ox::hwy)
+      ox_link_privately(${name} ox::hwy)
+    else()
       # Segments begin at 64 KiB there, and this is what keeps the code before one.
       target_compile_options(ox_${name}_objects
                              PRIVATE $<$<CONFIG:Release>:-fno-align-functions>)
-    else()
-      target_link_libraries(ox_${name}_objects PUBLIC hwy)
-      target_link_libraries(ox_${name} PRIVATE hwy)
     endif()
   endif()
 endfunction()

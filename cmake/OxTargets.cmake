@@ -20,7 +20,8 @@ function(ox_configure_target target)
 endfunction()
 
 # ox_add_library(NAME SOURCE...): the objects ox_NAME_objects, for tests and tools that use private
-# classes, and the library ox_NAME, alias ox::NAME, made of them.
+# classes, and made of them the libraries ox_NAME, alias ox::NAME, and ox::NAME_static, which is the
+# same where libraries are static anyway.
 function(ox_add_library name)
   set(objects ox_${name}_objects)
   add_library(${objects} OBJECT ${ARGN})
@@ -40,12 +41,30 @@ function(ox_add_library name)
                           VISIBILITY_INLINES_HIDDEN ON)
 
   add_library(ox_${name} $<TARGET_OBJECTS:${objects}>)
+  set_target_properties(
+    ox_${name} PROPERTIES EXPORT_NAME ${name} VERSION ${PROJECT_VERSION}
+                          SOVERSION ${PROJECT_VERSION_MAJOR})
+  if(BUILD_SHARED_LIBS)
+    add_library(ox_${name}_static STATIC $<TARGET_OBJECTS:${objects}>)
+    set_target_properties(
+      ox_${name}_static PROPERTIES EXPORT_NAME ${name}_static OUTPUT_NAME ox_${name})
+    if(NOT OX_INSTALL)
+      set_target_properties(ox_${name}_static PROPERTIES EXCLUDE_FROM_ALL ON)
+    endif()
+    add_library(ox::${name}_static ALIAS ox_${name}_static)
+  else()
+    add_library(ox::${name}_static ALIAS ox_${name})
+  endif()
   add_library(ox::${name} ALIAS ox_${name})
-  ox_configure_target(ox_${name})
-  # The sources need C++20, the public headers don't.
-  target_compile_features(ox_${name} INTERFACE cxx_std_14)
-  target_include_directories(
-    ox_${name} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>" "$<INSTALL_INTERFACE:include>")
+  ox_libraries(libraries ${name})
+  foreach(library IN LISTS libraries)
+    ox_configure_target(${library})
+    # The sources need C++20, the public headers don't.
+    target_compile_features(${library} INTERFACE cxx_std_14)
+    target_include_directories(
+      ${library} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>")
+    set_target_properties(${library} PROPERTIES LINKER_LANGUAGE CXX)
+  endforeach()
   # Code that nothing calls is left out, calls inside the library take no detour, and what it has of
   # the standard library's templates isn't exported.
   target_compile_options(${objects} PRIVATE -ffunction-sections -fdata-sections)
@@ -54,6 +73,22 @@ function(ox_add_library name)
       ox_${name} PRIVATE LINKER:--gc-sections LINKER:-Bsymbolic-functions
       "LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map")
   endif()
-  set_target_properties(ox_${name} PROPERTIES EXPORT_NAME ${name} LINKER_LANGUAGE CXX
-                                              VERSION ${PROJECT_VERSION} SOVERSION 0)
+endfunction()
+
+# ox_libraries(VARIABLE NAME): the libraries that are made of the objects ox_NAME_objects.
+function(ox_libraries variable name)
+  set(libraries ox_${name})
+  if(TARGET ox_${name}_static)
+    list(APPEND libraries ox_${name}_static)
+  endif()
+  set(${variable} ${libraries} PARENT_SCOPE)
+endfunction()
+
+# ox_link_privately(NAME LIBRARY...): ox_NAME uses these libraries, which its headers don't show.
+function(ox_link_privately name)
+  target_link_libraries(ox_${name}_objects PUBLIC ${ARGN})
+  ox_libraries(libraries ${name})
+  foreach(library IN LISTS libraries)
+    target_link_libraries(${library} PRIVATE ${ARGN})
+  endforeach()
 endfunction()
