@@ -67,7 +67,7 @@ foreach(name core cv)
           COMPONENT development)
 endforeach()
 
-install(FILES LICENSE NOTICE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
+install(FILES LICENSE NOTICE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
 if(TARGET oxcv)
   install(TARGETS oxcv RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
 endif()
@@ -81,4 +81,8 @@ if(TARGET oxcv_pages)
   install(FILES "${pages}/completion.zsh" RENAME _oxcv COMPONENT tool DESTINATION ${OX_ZSH_FOLDER})
   install(FILES "${pages}/completion.fish" RENAME oxcv.fish COMPONENT tool
           DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+endif()
+
+if(OX_PACKAGES)
+  include(OxPackages)
 endif()
