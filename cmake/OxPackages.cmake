@@ -1,8 +1,8 @@
 # Debian's packages, one for each component of the install; script/package makes them.
 set(OX_PACKAGER "The libox authors <libox@example.org>" CACHE STRING "Who maintains the packages")
 set(release ${PROJECT_VERSION}-1)
-set(core libox-core${PROJECT_VERSION_MAJOR})
-set(cv libox-cv${PROJECT_VERSION_MAJOR})
+set(core libox-core${OX_SOVERSION})
+set(cv libox-cv${OX_SOVERSION})
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME libox)
@@ -74,7 +74,7 @@ ox_describe_package(tool oxcv graphics "exact image processing from the command 
 foreach(library core cv)
   string(TOUPPER ${library} upper)
   file(WRITE "${PROJECT_BINARY_DIR}/packaging/${library}/shlibs"
-       "libox_${library} ${PROJECT_VERSION_MAJOR} ${${library}} (>= ${PROJECT_VERSION})\n")
+       "libox_${library} ${OX_SOVERSION} ${${library}} (>= ${PROJECT_VERSION})\n")
   file(WRITE "${PROJECT_BINARY_DIR}/packaging/${library}/triggers" "activate-noawait ldconfig\n")
   set(CPACK_DEBIAN_${upper}_PACKAGE_CONTROL_EXTRA
       "${PROJECT_BINARY_DIR}/packaging/${library}/shlibs"

@@ -43,7 +43,7 @@ function(ox_add_library name)
   add_library(ox_${name} $<TARGET_OBJECTS:${objects}>)
   set_target_properties(
     ox_${name} PROPERTIES EXPORT_NAME ${name} VERSION ${PROJECT_VERSION}
-                          SOVERSION ${PROJECT_VERSION_MAJOR})
+                          SOVERSION ${OX_SOVERSION})
   if(BUILD_SHARED_LIBS)
     add_library(ox_${name}_static STATIC $<TARGET_OBJECTS:${objects}>)
     set_target_properties(
