@@ -83,6 +83,7 @@ if(TARGET oxcv_pages)
           DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 endif()
 
+option(OX_PACKAGES "Make Debian's packages out of the install (cpack)" OFF)
 if(OX_PACKAGES)
   include(OxPackages)
 endif()
