@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Camera frames made into what networks take. `FrameToTensor` stands in the pipeline's column, the
 // same by several calls of the vector backend in the other.
 

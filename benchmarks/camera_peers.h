@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Camera frames made into tensors by chains of other libraries.
 

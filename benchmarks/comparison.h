@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Our times beside those of others, and their ratios.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs each of the library's roads once, at a small size, for callgrind to count its instructions;
 // script/count-instructions is what starts it. Each count goes to a file of its own, with the
 // operation and the road, as instructions.csv has them, for its trigger.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Prints what becomes of time and memory as frames grow: the time a pixel at sizes up to 8K, and
 // what a chain on an 8K frame has on the heap.
 

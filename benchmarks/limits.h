@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// What the library wants to reach: times over those of the best other library.
 

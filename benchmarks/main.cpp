@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Prints the library's times beside those of other libraries and of a plain copy, from interleaved
 // runs in one process, and writes them to files. The first argument is the directory for these.
 // Others hold all libraries to an instruction set (--target=AVX2), name sizes of frames

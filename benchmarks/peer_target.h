@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Other libraries, held to the instruction set that the library is held to.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Frames for benchmarks, and what each library takes them as.
 

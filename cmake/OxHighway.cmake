@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The libox authors
+# SPDX-License-Identifier: Apache-2.0
+
 # Vector code needs Highway, which is found at run time on x86-64 and compiled in on AArch64; without
 # it there are plain loops with the same results.
 option(OX_WITH_HIGHWAY "Vector code through Highway (libhwy-dev)" ON)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The libox authors
+# SPDX-License-Identifier: Apache-2.0
+
 # `cmake --install`: the libraries, shared and static, their public headers, what CMake and pkg-config
 # ask about them, and the tool with its pages. The components are Debian's packages.
 include(CMakePackageConfigHelpers)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The libox authors
+# SPDX-License-Identifier: Apache-2.0
+
 # Debian's packages, one for each component of the install; script/package makes them.
 set(OX_PACKAGER "The libox authors <libox@example.org>" CACHE STRING "Who maintains the packages")
 set(release ${PROJECT_VERSION}-1)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The libox authors
+# SPDX-License-Identifier: Apache-2.0
+
 # How the project's targets are built: libraries out of object libraries, warnings, sanitizers.
 
 # Every target of the project.

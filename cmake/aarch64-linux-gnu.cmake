@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The libox authors
+# SPDX-License-Identifier: Apache-2.0
+
 # Debian's cross compiler; tests run under user-mode emulation.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Lays one photograph out on a sheet again and again, to compare the library's ways with it by
 /// eye: what both backends do stands in pairs, the pipeline's on the left.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Fills a network's input from a decoded `AVFrame`, by the matrix and range that it states, and
 /// gives a frame of the library to FFmpeg. No pixel is copied between the two.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Mats and frames on each other's memory: the library scales a part of a `cv::Mat` into another
 /// one, and OpenCV looks at a plane of a frame. No pixel is copied between the two.

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The libox authors
+# SPDX-License-Identifier: Apache-2.0
+
 """Finds the inner loop of each kernel in the assembly of a folder and prints llvm-mca's estimate."""
 
 import re

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The libox authors
+# SPDX-License-Identifier: Apache-2.0
+
 # For scripts to source: `stage NAME` begins a stage, `end_stage` ends it, and so does the next. When
 # the outermost script ends or fails, it prints what each took, those of scripts that it called too.
 stage_name=

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The one table of facts per format; layouts, row masks, scalers, tests and tools read it.
 

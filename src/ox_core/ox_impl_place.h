@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The idiom for failures and broken preconditions. A source file states its name once; the
 /// compiler fills in function and line. The checks stay in released code.

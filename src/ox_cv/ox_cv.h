@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// All of `libox_cv` but `ox_classic_kernels.h`, and all of `libox_core`, whose frames, formats and
 /// exceptions it works with.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The library's C interface: C99, and C++ alike. Bindings of other languages build on it.
 ///

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The part of the C interface that leads from frames to networks and back; `ox_cv_c.h` includes it
 /// and says what holds for all functions.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// What the sources of the C interface share: the handles, and the border that no exception
 /// crosses.

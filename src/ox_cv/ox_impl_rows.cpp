@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The conversion functions: each hands the planes of a row to a routine of rows/colour.
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// What operations demand of frames, and which formats each takes. No pixel is touched: backends
 /// and scalers decide by these rules, and a caller can ask them beforehand.

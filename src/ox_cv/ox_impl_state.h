@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// What the reusable classes share: states on the heap, windows that are armed; of scalers also the
 /// elements of planes, tables of coordinates and weights, and what is planned for each plane.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Row streaming: the row that passes between the links of a chain, the interface of a link, and
 /// the pump that drains a chain into a frame.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ox_cv/ox_row_writer.h"
 
 #include "ox_core/ox_impl_format_facts.h"

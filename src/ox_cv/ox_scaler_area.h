@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Area scaling: each source sample weighs by the part of it that falls into the destination cell.
 /// Every step truncates. Luma and chroma of `FRAME_YUYV` and `FRAME_UYVY` are mixed; see `Scaler`.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Bilinear scaling in one axis or both, up and down, in 16.16 fixed point with truncation. A
 /// down-scale reads the two nearest samples of each axis only. Luma and chroma of `FRAME_YUYV` and

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// DRM: frames on mapped framebuffers and dma-bufs, as their fourcc, pitches and offsets describe
 /// them. Nothing is linked; the header drm_fourcc.h of libdrm or of the kernel is enough.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// FFmpeg: frames on the memory of an `AVFrame`, and `AVFrame`s that hold a frame. Link libavutil.
 ///

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// GStreamer: frames on mapped buffers, buffers that hold a frame, and caps. Link
 /// gstreamer-video-1.0.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// OpenCV: frames on the memory of `cv::Mat`s, and mats on the planes of a frame. Link opencv_core.
 ///

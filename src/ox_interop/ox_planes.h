@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// What the headers of this folder share. Each of them brings frames together with another library,
 /// whose headers it includes; the library itself links none of them.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// V4L2: frames on the buffers of a camera or codec, as `v4l2_format` describes them. Nothing is
 /// linked; <linux/videodev2.h> is enough.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The routines of the pipeline's rows. Plain ones define the bytes; vector ones give the same.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "vector/aligned_array.h"
 
 #include <stdlib.h>  // posix_memalign

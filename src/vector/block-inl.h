@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The registers that the vector routines work on, and their walks over rows and arrays, once per
 /// instruction set.

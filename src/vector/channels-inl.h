@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Rows of interleaved channels, taken apart and put together, once per instruction set. All but
 /// `swapRedBlueRow` take at least a block of pixels.

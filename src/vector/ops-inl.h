@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // clang-format off
 /// @file
 /// Operations that Highway lacks: the only place with raw intrinsics. Each has the same meaning on

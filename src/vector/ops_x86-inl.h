@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The operations of ops-inl.h that AVX2 and AVX3_DL have in common, on top of their own.
 

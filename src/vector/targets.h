@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Which instruction sets vector code is compiled for; included before Highway, whose choices it
 /// makes.

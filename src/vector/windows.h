@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// How the entries of a row are spread over the steps of a program: the source samples of a step's
 /// entries lie in one window of the source row.

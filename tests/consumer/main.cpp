@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Uses the libraries from outside, as C++14, and checks results that loose float flags would
 // change.
 

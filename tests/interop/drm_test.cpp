@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Frames on DRM's buffers: fourccs, pitches, offsets.
 #include "ox_interop/ox_drm.h"
 

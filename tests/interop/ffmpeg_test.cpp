@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Frames and AVFrames on each other's memory; libavutil says where its samples lie.
 #include "ox_interop/ox_ffmpeg.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Frames and GStreamer's buffers on each other's memory; GStreamer says where its samples lie.
 #include "ox_interop/ox_gstreamer.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Frames and mats on each other's memory.
 #include "ox_interop/ox_opencv.h"
 

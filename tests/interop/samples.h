@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where the samples of formats lie, written down once more, to be compared with what other
 // libraries say of theirs.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Frames on V4L2's buffers: where its documents say that planes lie.
 #include "ox_interop/ox_v4l2.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The band of consecutive source rows that a step of the model sees.
 #pragma once
 

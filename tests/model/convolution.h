@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Scaling down by a filter: the weights of an axis, the two passes, and the scaler made of them.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A picture as a network's input: cropped, scaled, padded, converted and normalised, by whole
 // frames.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Images of the plain model that the library is checked against. The model includes nothing of the
 // library: it has its own images, and its formats are bare numbers from 1 to 26.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Resizing of whole planes by the kernel layer's classes: every element by itself, from positions
 // in the source, with no table and no row kept.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A step of the model that makes its rows one by one from a band of source rows.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Rows on their way through the model: where they come from, and how whole images are made of them.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Colour conversion of whole images by the vector backend's coefficients.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Affine warps of whole planes, one destination pixel at a time.
 #pragma once
 

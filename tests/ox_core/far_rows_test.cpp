@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Rows that lie more than 32 bits apart.
 #include <gtest/gtest.h>
 #include <cstring>

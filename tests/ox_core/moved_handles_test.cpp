@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Handles that were moved from: as if newly made, and ready for the next `reuse`.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Memory: nothing is allocated once an object is armed, and a failed allocation leaves nothing
 // behind but an object that can be armed again.
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The pipeline backend with its regions against the plain model.
 #include <gtest/gtest.h>
 

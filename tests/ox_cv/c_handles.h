@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Handles of the C interface that destroy themselves, and how its failures are expected.
 #pragma once
 

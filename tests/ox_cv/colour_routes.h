@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Every pair of formats that the vector backend converts, and its way.
 #pragma once
 

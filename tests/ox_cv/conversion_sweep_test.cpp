@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Every pair of formats, those that don't exist included, against the plain model.
 #include <gtest/gtest.h>
 

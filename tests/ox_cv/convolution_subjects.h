@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The classes that scale by a filter, each with its counterpart in the model.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Drives the classes that scale by a filter through cases, on the library's side and on the
 // model's.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Scaling by filters, and its two passes, against the plain model, byte for byte.
 #include <algorithm>
 #include <cmath>

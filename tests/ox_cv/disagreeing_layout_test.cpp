@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Producers of a caller's own whose layout doesn't agree with its format and size: whatever they
 // claim, nothing outside their rows is read.
 

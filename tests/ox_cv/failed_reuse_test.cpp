@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Whoever goes on after a failed `reuse` comes to an end and to no harm, and the next `reuse`
 // revives the object.
 #include <gtest/gtest.h>

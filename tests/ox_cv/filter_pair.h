@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Filters to scale by, seen alike by the library and by the model.
 #pragma once
 

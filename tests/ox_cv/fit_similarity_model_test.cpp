@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plain model of the similarity between points, against known ones.
 #include "model/fit_similarity.h"
 

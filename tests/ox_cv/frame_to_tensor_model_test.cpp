@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plain model of a tensor's picture, against numbers worked out by hand.
 #include "model/frame_to_tensor.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where numbers go in a tensor, and numbers worked out by hand.
 #include <gtest/gtest.h>
 

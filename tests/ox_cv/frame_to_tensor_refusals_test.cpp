@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What `FrameToTensor` refuses, by status and text, and in which order.
 #include <gtest/gtest.h>
 

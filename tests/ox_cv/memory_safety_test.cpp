@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Nothing outside the rows is read or written, on small frames of every format: their planes end
 // and begin at pages that fault, and what lies around their rows doesn't show in a result.
 #include <gtest/gtest.h>

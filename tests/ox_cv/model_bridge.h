@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Meeting place of the library and the plain model: the same pixels on both sides.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The ready-made filters against values worked out by hand, or with fifty digits.
 #include "ox_cv/ox_classic_kernels.h"
 

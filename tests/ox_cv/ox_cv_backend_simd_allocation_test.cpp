@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Memory of the vector backend: a repeated call allocates nothing, and a failed allocation leaves a
 // backend that works.
 #include <gtest/gtest.h>

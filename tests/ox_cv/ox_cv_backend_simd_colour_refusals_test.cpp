@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the vector backend's colour conversion refuses, and in which order it looks.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Colour conversion by the vector backend: pictures small enough to be written out.
 #include <gtest/gtest.h>
 

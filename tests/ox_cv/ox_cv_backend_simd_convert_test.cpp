@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Regions brought to another size and format at once by the vector backend: which ways they go, and
 // what they come to.
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Rows that lie further apart than 32 bits tell: nothing goes the ways that take strides as such.
 #include <gtest/gtest.h>
 #include <cstring>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Sums and products of the vector backend, down to the bits.
 #include <gtest/gtest.h>
 

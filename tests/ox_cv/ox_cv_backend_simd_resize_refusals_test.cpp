@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the vector backend's resizing refuses, in which order it looks, and that nothing is written.
 #include <gtest/gtest.h>
 #include <limits>

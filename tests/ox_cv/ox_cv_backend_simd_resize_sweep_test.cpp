@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Every format by every method against the plain model, wherever the pixels lie.
 #include <gtest/gtest.h>
 

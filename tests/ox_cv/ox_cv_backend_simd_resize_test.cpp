@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Resizing of frames by the vector backend, in pictures small enough to be written out as numbers.
 #include <gtest/gtest.h>
 

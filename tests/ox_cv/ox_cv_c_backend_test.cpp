@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Backends of the C interface beside those of C++, whose bytes they give.
 #include <gtest/gtest.h>
 

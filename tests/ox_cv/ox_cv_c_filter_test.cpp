@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reduction by filters through the C interface.
 #include <gtest/gtest.h>
 

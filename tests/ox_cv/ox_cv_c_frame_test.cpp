@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Frames of the C interface, and what all its functions do with failures.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Recipes, tensors and mappings of the C interface beside those of C++.
 #include <gtest/gtest.h>
 

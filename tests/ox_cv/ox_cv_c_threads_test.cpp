@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Each thread has a text of its own for its last failure.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Conversion of one frame by a free function.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Half floats by the free functions: which rounding applies is a matter of the count.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // NV12toBGR_neon against the plain model, at every width and at both ends of memory.
 #include <gtest/gtest.h>
 

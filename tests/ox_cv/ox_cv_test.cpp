@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // This one header is all that a caller of the library needs.
 #include "ox_cv/ox_cv.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Frames that are converted at once, against the same conversion row by row.
 #include <gtest/gtest.h>
 

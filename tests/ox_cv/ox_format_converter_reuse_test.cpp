@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Converters that are armed more than once, and what a failure leaves of them.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Formats without a record are written by the record of the destination before, as far as it stays
 // inside their rows.
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Among the packed, planar and float formats, and to gray and back.
 #include <gtest/gtest.h>
 

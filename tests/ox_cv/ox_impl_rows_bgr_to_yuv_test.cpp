@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // From BGR24 to the YUV formats, on numbers worked out by hand.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // From the YUV formats to BGR24.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the vertical pass keeps from one source for the next, on purpose, and what it refuses.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the tables of an axis refuse, and what is left of them then.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Taps outside the source, folded back into it.
 #include <gtest/gtest.h>
 

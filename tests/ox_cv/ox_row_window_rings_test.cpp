@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The rings in which a band over a producer keeps its rows, and what becomes of them when the
 // window is armed again.
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What ScalerAreaX and ScalerAreaY share: how they are armed, what they keep, what they refuse.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the convolutional scaler keeps from one frame for the next, and after a failure.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where pictures go in a tensor, in numbers worked out by hand, and the way there and back.
 #include <gtest/gtest.h>
 

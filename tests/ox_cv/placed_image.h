@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Model images in memory whose every byte is watched, each plane placed on its own.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a consumer may rely on, for every producer class.
 #include <gtest/gtest.h>
 

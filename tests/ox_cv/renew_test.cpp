@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // `renew`: whatever an object has done before, it then does as a new one would, without allocating.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the vector backend makes of an image at another size, by the model of its planes.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The taps of an axis against the plain model: for every destination sample where they begin, which
 // row of weights they take, and what stands in it.
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The vertical pass of convolutional scaling over small pictures.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Pictures small enough to be written out as numbers, and what becomes of them.
 #pragma once
 

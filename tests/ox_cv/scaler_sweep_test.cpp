@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Every scaler class against the plain model, byte for byte.
 #include <gtest/gtest.h>
 

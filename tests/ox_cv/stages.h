@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Every producer class of the library behind one face, for tests that treat them all alike.
 #pragma once
 

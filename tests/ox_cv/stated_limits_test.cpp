@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the public headers warn of: how far sides may shrink, what is left unwritten, what may share
 // memory, how a filter is known again.
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What `FrameToTensor` promises, by the library's own operations on whole frames, each by a new
 // object into a cleared frame.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where the plain model of a tensor's picture puts it, against numbers worked out by hand.
 #include <gtest/gtest.h>
 

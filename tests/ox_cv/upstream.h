@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Sources of a step under test, on the library's side and on the model's.
 #pragma once
 

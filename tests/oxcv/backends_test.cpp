@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Which backend does a step, and what is said about it.
 #include "library.h"
 #include "ox_cv/ox_cv_helpers.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the steps do to raw frames, byte by byte as the library does it.
 #include "library.h"
 #include "ox_cv/ox_cv_helpers.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Exit statuses, messages, and what is left behind.
 #include <sys/stat.h>
 #include <unistd.h>

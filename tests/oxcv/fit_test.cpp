@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Pictures that keep their aspect, rows with gaps, and a number for each channel.
 #include "library.h"
 #include "ox_cv/ox_frame_to_tensor.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "library.h"
 
 #include "ox_core/ox_exception.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The library's own calls, which the tool's bytes are compared with.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Processes that may have only so much memory (ulimit -v).
 #include "program.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One line on standard error that names the file and can't do anything to a terminal.
 #include <algorithm>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where an output goes, and what becomes of it when something happens on the way.
 #include <sys/stat.h>
 #include <unistd.h>

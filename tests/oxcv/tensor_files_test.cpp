@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Arrays for networks: which files go in, in which order, and what comes out beside the numbers.
 #include <algorithm>
 #include <csignal>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Arrays for networks: numbers, options and recipes.
 #include <cstring>
 #include <sstream>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Files that somebody has broken, by chance or on purpose: the tool may refuse them or make the
 // best of them, but in order.
 #include "program.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the vector backend doesn't do, read as a table.
 #include "../../tools/oxcv/vector_limits.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Area scaling: taps for vector code, tables worked out by hand, and sums of rows.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The instruction sets that have vector routines for the pipeline's rows.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The routines of convolutional scaling, of every instruction set that this processor has.
 #include <algorithm>
 #include <memory>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Rows of YUV pixels from layout to layout.
 #include "rows/colour/yuv_rows.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The routines from YUV to BGR, of every instruction set that this processor has.
 #include <array>
 

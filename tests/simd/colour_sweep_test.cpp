@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Every colour through every formula of bytes.
 #include <gtest/gtest.h>
 

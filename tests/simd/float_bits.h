@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Floats and halves as bit patterns, in arrays that needn't be aligned.
 #pragma once
 

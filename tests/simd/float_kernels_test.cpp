@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Kernels of floats on special numbers and ranges.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Planes of bytes whose gaps and surroundings are watched.
 #pragma once
 

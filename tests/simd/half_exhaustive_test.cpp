@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // All floats to halves. What is expected are runs of one half from step to step, so that nothing
 // is computed for each float.
 #include <gtest/gtest.h>

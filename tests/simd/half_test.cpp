@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Half floats: every half, and floats at and beside every place where the half changes.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Results worked out by hand, by each routine: the row is long enough for the vector ones.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs every routine of a kernel on the same sources and compares with the model.
 #pragma once
 

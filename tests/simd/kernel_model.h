@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A plain model of every kernel: whole-plane formulas, one element after the other, with constants
 // of their own. The list stands in the order of the kernels' own, so that none can be left out.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Floats and ranges that kernels of floats might get wrong.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Bilinear resizing of 16-bit and float elements: conventions of coordinates, edges and rounding.
 #include <gtest/gtest.h>
 

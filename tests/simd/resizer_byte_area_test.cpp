@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Area resizing of bytes: boundaries, weights, squares, and where the classes differ.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Bicubic resizing of bytes: tables, borders, overshoot and the two forms.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Bilinear resizing of bytes: weights, edges, and the gather program of the vector class.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The resizer classes beside the model's, and how a test makes them, runs them and compares.
 #pragma once
 

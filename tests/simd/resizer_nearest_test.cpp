@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Nearest samples: the tables and copies of pixels of every size.
 #include <gtest/gtest.h>
 

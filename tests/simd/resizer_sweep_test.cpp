@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Every resizer, sizes of all kinds and every placement in memory, against the model.
 #include <gtest/gtest.h>
 

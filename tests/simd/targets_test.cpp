@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Which instruction sets tests run on, and that ctest has an entry for each.
 #include "simd/simd_targets.h"
 

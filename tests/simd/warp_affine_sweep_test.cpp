@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Affine warps of every kind, size and placement in memory, against the model.
 #include <gtest/gtest.h>
 #include <cmath>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The global allocation functions, replaced: they count, and can be made to fail. `posix_memalign`,
 // which the kernels' tables come from, is counted only.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The entry of the test programs: GoogleTest's, on the instruction set that OX_TEST_TARGET names.
 #include <gtest/gtest.h>
 

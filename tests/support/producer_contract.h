@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What every row producer owes its consumer, as one check; and a source that watches its consumer.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Numbers that are the same on every machine, and how many of them a test should draw.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Memory of which only the pages that are touched exist, for rows gibibytes apart.
 #pragma once
 

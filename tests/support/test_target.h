@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The instruction sets that tests run on.
 //
 // A test runs on the best one of this processor, and goes over all of them where it can tell them

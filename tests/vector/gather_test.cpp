@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Whole pixels gathered, on every instruction set that this processor has.
 #include "vector/gather.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Plans of windows: each entry once, in order, out of samples that its window has.
 #include "vector/windows.h"
 

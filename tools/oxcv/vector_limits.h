@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// What the vector backend doesn't do. Each function gives the reason, for people to read, or
 /// nothing if the backend does the step; no pixel is looked at.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Arithmetic of the two-axis area scaler: sums over cells in 16.16 fixed point.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Two samples blended, along a row and across rows: how an axis is described and compiled, the
 /// routines, the arithmetic of bilinear scaling, which defines the bytes (16.16 weights,

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The routines that convert rows from one pixel format to another. All take rows of any width, 0
 /// included. A last pixel of an odd width has a chroma sample of its own.

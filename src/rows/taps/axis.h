@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Sums of weighted pixels, along a row and across rows: how an axis is described and compiled, and
 /// the routines.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The taps in a lane of a register, which are bytes or words, and what is done with them, once per
 /// instruction set.

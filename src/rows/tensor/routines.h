@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The routines that fill rows of a tensor. All take rows of any width, 0 included. Rows of a
 /// tensor needn't be aligned.

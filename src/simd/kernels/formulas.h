@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The arithmetic of colour, one pixel at a time, and its constants. All routines go by these.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Single precision to half precision (IEEE 754 binary16) and back, on bit patterns.
 

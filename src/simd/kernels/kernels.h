@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The kernels of list.h: their routines, and for each a record, which callers call like a
 /// function. There are scalar routines, which define the results, vector ones for every processor,

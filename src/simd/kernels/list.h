@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The list of kernels, a line each. Everything else follows from it: the scalar routines that
 /// `Simd::Base` declares, the tables of routines, `Simd::Neon::X`, the records `Simd::X` and the

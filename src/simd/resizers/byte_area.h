@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Area resizing of bytes: each pixel becomes the mean of the source rectangle that it covers, with
 /// 22 bits of fraction.

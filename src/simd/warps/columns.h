@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// The sweeps of a warp over the columns of one destination row: where each column lies in the
 /// source, and the blend of what was gathered there. Each exists as a plain loop, below, and as a

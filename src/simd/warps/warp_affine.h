@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
 /// @file
 /// Affine warps: objects that map one plane of interleaved bytes onto another through a 2x3 matrix.
 ///

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The libox authors
+# SPDX-License-Identifier: Apache-2.0
+
 # A shell's completions from what `oxcv --help` and then each `oxcv COMMAND --help` print; -v shell=
 # bash, zsh or fish, and -v formats= the names of formats, with blanks between them.
 

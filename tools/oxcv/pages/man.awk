@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The libox authors
+# SPDX-License-Identifier: Apache-2.0
+
 # A manual page from what `oxcv --help` or `oxcv COMMAND --help` prints; -v command=, or -v title=oxcv
 # for the tool itself, and -v version=. Tables of options become lists, indented lines stay as they are.
 
