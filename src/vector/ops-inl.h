@@ -27,13 +27,12 @@
 /// | `BlendBy64ths` | (a * (64 - weight) + b * weight) >> 6, of bytes |
 /// | `PermuteWindow` | the bytes at the given places of a window |
 /// | `PermuteTwoWindows` | the bytes at the given places of two windows; not on AVX2 |
-/// | `PermuteToWords` | the same for even bytes, whose neighbours become 0; theirs are above 127 |
 /// | `MulAddWords` | sums of products of neighbours, of signed words |
 /// | `MulAddWindowPairs` | sums of products of neighbours, bytes by weights below 128 |
 /// | `NoWordSums`, `AddWordProducts` | `WordSums` and products of words that are added to them |
 /// | `TotalOf` | the lanes of `WordSums`, each of two neighbouring products |
 /// | `AddPairs` | sums of neighbours of both registers, in order within windows |
-/// | `wordPlace`, `AddPairProducts` | products of two words a lane, added to it; not on AVX3_DL, as are: |
+/// | `WordPlace`, `AddPairProducts` | products of two words a lane, added to it; not on AVX3_DL, as are: |
 /// | `PackSums` | lanes of four registers, clamped to bytes; 16 bytes of each into 16 bytes |
 /// | `StoreThreeOfFour` | stores the first three of each four bytes |
 /// | `NoFourSums`, `AddTwoRows` | `FourSums` and two weighted rows of a block, added to them |

@@ -15,10 +15,6 @@ HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<Window
     return hn::TableLookupBytes(v, places);
 }
 
-HWY_INLINE hn::Vec<WindowTag> PermuteToWords(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
-    return PermuteWindow(v, places);  // places above 127 give 0
-}
-
 template <int residue>
 HWY_INLINE V8 BlendResidue(V8 a, V8 b) {
     alignas(32) static constexpr ByteTable select = [] {
@@ -98,7 +94,7 @@ HWY_INLINE V32 AddWordProducts(V32 sums, V16 words, V16 weights) {
 }
 
 /// The word of a window whose product is part `k` of a lane, for:
-constexpr std::size_t wordPlace(std::size_t lane, std::size_t k) {
+HWY_INLINE constexpr std::size_t WordPlace(std::size_t lane, std::size_t k) {
     return 2 * lane + k;
 }
 

@@ -19,10 +19,6 @@ HWY_INLINE V8 PermuteTwoWindows(V8 lower, V8 upper, V8 places) {
     return V8{_mm512_permutex2var_epi8(lower.raw, places.raw, upper.raw)};
 }
 
-HWY_INLINE V8 PermuteToWords(V8 v, V8 places) {
-    return V8{_mm512_maskz_permutexvar_epi8(0x5555555555555555U, places.raw, v.raw)};
-}
-
 HWY_INLINE VF PermuteTwo(VF lower, VF upper, V32 places) {
     return VF{_mm512_permutex2var_ps(lower.raw, places.raw, upper.raw)};
 }

@@ -115,10 +115,6 @@ HWY_INLINE V8 PermuteTwoWindows(V8 lower, V8 upper, V8 places) {
     return V8(vqtbl2q_u8({lower.raw, upper.raw}, places.raw));
 }
 
-HWY_INLINE hn::Vec<WindowTag> PermuteToWords(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
-    return PermuteWindow(v, places);  // places past the window give 0
-}
-
 HWY_INLINE hn::Vec<WindowTagS32> MulAddWords(hn::Vec<WindowTag> words, hn::Vec<WindowTag> weights) {
     int16x8_t const a = vreinterpretq_s16_u8(words.raw);
     int16x8_t const b = vreinterpretq_s16_u8(weights.raw);
@@ -164,7 +160,7 @@ HWY_INLINE V32 TotalOf(WordSums sums) {
 }
 
 /// The word of a window whose product is part `k` of a lane, for:
-constexpr std::size_t wordPlace(std::size_t lane, std::size_t k) {
+HWY_INLINE constexpr std::size_t WordPlace(std::size_t lane, std::size_t k) {
     return lane + 4 * k;
 }
 

@@ -138,7 +138,7 @@ inline bool needsHighParts(TapAxis const& /*axis*/) {
 }
 
 constexpr std::size_t placeOfTap(std::size_t lane, std::size_t tap) {
-    return 2 * wordPlace(lane, tap);
+    return 2 * WordPlace(lane, tap);
 }
 
 inline void putWeight(std::int16_t weight, bool /*has_high*/, std::uint8_t* tables) {

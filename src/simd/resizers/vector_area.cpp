@@ -106,7 +106,7 @@ struct StepSums {
     static void put(std::uint8_t* table, std::size_t sample, std::size_t place,
                     std::int32_t weight) {
         auto const word = static_cast<std::int16_t>(weight);
-        std::size_t const at = 2 * wordPlace(sample / samples, sample % samples);
+        std::size_t const at = 2 * WordPlace(sample / samples, sample % samples);
         table[at] = static_cast<std::uint8_t>(place);
         std::memcpy(table + blockBytes + at, &word, sizeof word);
     }
