@@ -47,22 +47,24 @@ struct TapProgram;
 /// nothing.
 /// @param src `src_bytes` of the program
 /// @param dst `dst_bytes` of the program; the bytes behind the entries have no meaning
-using RunTaps = void(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst);
+using RunTaps = void(TapProgram& program, std::uint8_t const* src, std::uint8_t* dst);
 
 /// The program that an axis is compiled to.
 struct TapProgram {
     RunTaps* run = nullptr;
     std::vector<std::uint32_t> offsets;  ///< of each register: source bytes, byte in `tables`
     std::vector<RegisterBytes> tables;
-    std::size_t steps = 0;         ///< of each sum
-    std::size_t lane_sums = 1;     ///< partial sums of an entry in a register
-    std::size_t channels = 1;      ///< interleaved
-    std::size_t entries = 0;       ///< of the result: its samples, and gaps
-    std::size_t whole_blocks = 0;  ///< leading blocks of results whose windows end in the row
-    bool has_high = false;         ///< whether a weight doesn't fit a byte
-    bool has_gaps = false;         ///< whether each pixel has one entry more, without weights
-    std::size_t src_bytes = 0;     ///< of the source row, padded with zeros if that is shorter
-    std::size_t dst_bytes = 0;     ///< written
+    std::size_t steps = 0;           ///< of each sum
+    std::size_t lane_sums = 1;       ///< partial sums of an entry in a register
+    std::size_t channels = 1;        ///< interleaved
+    std::size_t entries = 0;         ///< of the result: its samples, and gaps
+    std::size_t whole_blocks = 0;    ///< leading blocks of results whose windows end in the row
+    bool has_high = false;           ///< whether a weight doesn't fit a byte
+    bool has_gaps = false;           ///< whether each pixel has one entry more, without weights
+    std::size_t src_bytes = 0;       ///< of the source row
+    std::size_t tail_first = 0;      ///< the row's byte that `tail` begins with
+    std::vector<std::uint8_t> tail;  ///< room for a copy of the row's end, and zeros behind it
+    std::size_t dst_bytes = 0;       ///< written
     int shift = 0;
 };
 

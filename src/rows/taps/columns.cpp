@@ -42,23 +42,21 @@ bool ByteTaps::compile(TapAxis const& axis, TapRow row) {
     _channels = row.channels;
     _src_pixels = row.pixels;
     _dst_pixels = axis.starts.size();
-    _as_it_is = compile_taps(axis, row, _program) &&
-                _program.src_bytes <= row.pixels * row.channels &&
-                _program.dst_bytes <= _dst_pixels * row.channels;
+    _as_it_is =
+        compile_taps(axis, row, _program) && _program.dst_bytes <= _dst_pixels * row.channels;
     if (_as_it_is) {
         return true;
     }
     if (!compile_taps(axis, {1, row.pixels}, _program)) {
         return false;
     }
-    _src_pixels = std::min(row.pixels, _program.src_bytes);
-    _src_planes.assign(_program.src_bytes * row.channels, 0);
+    _src_planes.resize(row.pixels * row.channels);
     _dst_planes.resize(_program.dst_bytes * row.channels);
     return true;
 }
 
 void ByteTaps::runByPlanes(std::uint8_t const* src, std::uint8_t* dst) {
-    auto const src_planes = planesOf(_src_planes, _program.src_bytes);
+    auto const src_planes = planesOf(_src_planes, _src_pixels);
     auto const dst_planes = planesOf(_dst_planes, _program.dst_bytes);
     splitChannels(src, _src_pixels, _channels, src_planes.data());
     for (std::size_t channel = 0; channel < _channels; ++channel) {

@@ -40,7 +40,7 @@ class ByteTaps {
     std::size_t _channels = 0;
     std::size_t _src_pixels = 0;
     std::size_t _dst_pixels = 0;
-    std::vector<std::uint8_t> _src_planes;  ///< with zeros behind the pixels
+    std::vector<std::uint8_t> _src_planes;
     std::vector<std::uint8_t> _dst_planes;
 };
 

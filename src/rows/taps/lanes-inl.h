@@ -13,7 +13,6 @@
 #endif
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <utility>
 
@@ -44,7 +43,6 @@ constexpr std::size_t laneTaps = 4;
 constexpr std::size_t blockRegisters = 1;  ///< of sums, that are stored together
 /// Enough for reductions to about a thirtieth.
 constexpr std::size_t mostLaneSums = 8;
-constexpr std::size_t leastRowBytes = 0;
 
 inline bool fitsParts(TapAxis const& axis) {
     constexpr int largest = 127 * 256 + 127;
@@ -109,15 +107,6 @@ HWY_INLINE void storeBlock(Sum const& sum, bool has_gaps, std::uint8_t* to) {
     }
 }
 
-/// A window that may reach past the row's end, with zeros there.
-HWY_INLINE V8 loadCutWindow(std::uint8_t const* src, std::size_t at, std::size_t src_bytes) {
-    if (at >= src_bytes) {
-        return hn::Zero(Tag8());
-    }
-    std::size_t const inside = std::min(src_bytes - at, windowBytes);
-    return hn::MaskedLoad(hn::FirstN(Tag8(), inside), Tag8(), src + at);
-}
-
 #else
 
 // Taps are words.
@@ -127,7 +116,6 @@ using StepsOfTwoLanes = std::index_sequence<0>;
 constexpr std::size_t laneTaps = 2;
 constexpr std::size_t blockRegisters = 4;
 constexpr std::size_t mostLaneSums = windowLanes;
-constexpr std::size_t leastRowBytes = windowBytes;
 
 inline bool fitsParts(TapAxis const& /*axis*/) {
     return true;
@@ -168,24 +156,6 @@ HWY_INLINE void storeBlock(Sum const& sum, bool has_gaps, std::uint8_t* to) {
     } else {
         hn::StoreU(bytes, Tag8(), to);
     }
-}
-
-/// Shifts a window by its number of missing bytes.
-constexpr auto slide = [] {
-    std::array<std::uint8_t, 2 * windowBytes> places{};
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        places[i] = i < windowBytes ? static_cast<std::uint8_t>(i) : emptyPlace;
-    }
-    return places;
-}();
-
-/// A window that may reach past the row's end, with zeros there.
-HWY_INLINE hn::Vec<WindowTag> loadCutWindow(std::uint8_t const* src, std::size_t at,
-                                            std::size_t src_bytes) {
-    WindowTag const d;
-    std::size_t const start = std::min(at, src_bytes - windowBytes);
-    std::size_t const missing = std::min(at - start, windowBytes);
-    return hn::TableLookupBytesOr0(hn::LoadU(d, src + start), hn::LoadU(d, slide.data() + missing));
 }
 
 #endif

@@ -99,9 +99,11 @@ HWY_INLINE std::size_t stepBytes(std::size_t lane_sums, std::size_t channels) {
 /// @return false if it doesn't reach their taps
 bool placeWindow(TapAxis const& axis, TapProgram const& program, WindowEntries own,
                  std::uint32_t& offset) {
-    std::size_t leftmost = own.first < own.end ? std::numeric_limits<std::size_t>::max() : 0;
+    std::size_t leftmost = std::numeric_limits<std::size_t>::max();
     std::size_t rightmost = 0;
-    for (std::size_t k = own.first; k < own.end; ++k) {
+    // A window without entries stands where the last entry does.
+    std::size_t const begin = std::min(own.first, program.entries - 1);
+    for (std::size_t k = begin; k < std::max(own.end, begin + 1); ++k) {
         std::size_t const first = entryOf(axis, program, k).first;
         leftmost = std::min(leftmost, first);
         rightmost = std::max(rightmost, first);
@@ -209,32 +211,58 @@ void appendTables(TapAxis const& axis, TapProgram& program) {
     }
 }
 
-/// How many whole blocks come before the first one that needs bytes behind the row.
-std::size_t wholeBlocks(TapProgram const& program) {
-    std::size_t const reach =
-        (program.steps - 1) * stepBytes(program.lane_sums, program.channels) + windowBytes;
-    auto const isInside = [&](std::size_t i) {
-        auto const* const offsets = program.offsets.data() + i * registerOffsets;
-        return std::all_of(offsets, offsets + windowCount, [&](std::uint32_t offset) {
-            return offset + reach <= program.src_bytes;
-        });
-    };
-    std::size_t i = 0;
-    while (i < registersOf(program) && isInside(i)) {
-        ++i;
-    }
-    return std::min(i / (blockRegisters * program.lane_sums), program.entries / blockEntries);
+/// The last byte that the windows of a register reach, and one more.
+std::size_t endOfWindows(TapProgram const& program, std::size_t index) {
+    std::uint32_t const* const offsets = program.offsets.data() + index * registerOffsets;
+    return *std::max_element(offsets, offsets + windowCount) + windowBytes +
+           (program.steps - 1) * stepBytes(program.lane_sums, program.channels);
 }
 
-template <class LoadWindow>
-HWY_INLINE V8 loadRegister(std::uint32_t const* offsets, std::size_t further,
-                           LoadWindow const& window) {
-    if constexpr (windowCount == 1) {
-        return window(offsets[0] + further);
-    } else {
-        return hn::Combine(Tag8(), window(offsets[1] + further), window(offsets[0] + further));
+/// Finds the blocks whose windows end in the row. The others read a copy of the row's end, with
+/// zeros behind it.
+void placeTail(TapProgram& program) {
+    std::size_t const block_sums = blockRegisters * program.lane_sums;
+    std::size_t const end = registersOf(program);
+    std::size_t i = 0;
+    while (i < end && endOfWindows(program, i) <= program.src_bytes) {
+        ++i;
     }
+    program.whole_blocks = std::min(i / block_sums, program.entries / blockEntries);
+    program.tail_first = program.src_bytes;
+    std::size_t tail_end = program.src_bytes;
+    for (i = program.whole_blocks * block_sums; i < end; ++i) {
+        std::uint32_t const* const offsets = program.offsets.data() + i * registerOffsets;
+        program.tail_first = std::min<std::size_t>(
+            program.tail_first, *std::min_element(offsets, offsets + windowCount));
+        tail_end = std::max(tail_end, endOfWindows(program, i));
+    }
+    program.tail.assign(tail_end - program.tail_first, 0);
 }
+
+/// Bytes of a row, from byte `first` on.
+struct RowPart {
+    std::uint8_t const* bytes;
+    std::size_t first;
+    Blocks blocks;  ///< that read it
+};
+
+#if HWY_TARGET == HWY_AVX2
+
+HWY_INLINE V8 loadRegister(std::uint32_t const* offsets, std::uint8_t const* src,
+                           std::size_t first) {
+    WindowTag const d;
+    return hn::Combine(Tag8(), hn::LoadU(d, src + (offsets[1] - first)),
+                       hn::LoadU(d, src + (offsets[0] - first)));
+}
+
+#else
+
+HWY_INLINE V8 loadRegister(std::uint32_t const* offsets, std::uint8_t const* src,
+                           std::size_t first) {
+    return hn::LoadU(Tag8(), src + (offsets[0] - first));
+}
+
+#endif
 
 /// A register of sums, one for each entry, from registers with `lane_sums` partial sums an entry.
 /// @param sum sum(i) is register i
@@ -248,18 +276,17 @@ HWY_INLINE V32 sumEntries(SumOfRegister const& sum, std::size_t first) {
     }
 }
 
-/// Makes `blocks` of results.
+/// Makes the results of a part of the row.
 /// @tparam known_steps the number of steps; 0 takes the program's
-/// @param load loads the window at a byte of the row
-template <std::size_t lane_sums, bool has_high, std::size_t known_steps, class Load>
-HWY_INLINE void sumBlocks(TapProgram const& program, Blocks blocks, Load const& load,
-                          std::uint8_t* dst) {
+template <std::size_t lane_sums, bool has_high, std::size_t known_steps>
+HWY_INLINE void sumBlocks(TapProgram const& program, RowPart part, std::uint8_t* dst) {
     // Read into locals: for the compiler, a store to `dst` could change the program.
     std::size_t const steps = known_steps == 0 ? program.steps : known_steps;
     std::size_t const step_bytes = stepBytes(lane_sums, program.channels);
     std::uint32_t const* const offsets = program.offsets.data();
     std::uint8_t const* const tables = program.tables.data()->bytes.data();
     int const shift = program.shift;
+    bool const has_gaps = program.has_gaps;
     auto const sumRegister = [=](std::size_t i) HWY_ATTR {
         std::uint32_t const* const own = offsets + i * registerOffsets;
         std::uint8_t const* table = tables + own[windowCount];
@@ -267,14 +294,13 @@ HWY_INLINE void sumBlocks(TapProgram const& program, Blocks blocks, Load const& 
         table += blockBytes;
         auto sums = Sums<has_high>::none();
         for (std::size_t k = 0; k < steps; ++k, table += weightBytes(has_high)) {
-            sums.add(loadRegister(own, k * step_bytes, load), places, table);
+            sums.add(loadRegister(own, part.bytes + k * step_bytes, part.first), places, table);
         }
         return sums.total();
     };
-    bool const has_gaps = program.has_gaps;
     std::size_t const block_bytes = has_gaps ? blockEntries / gapLanes * 3 : blockEntries;
     std::size_t const last = program.dst_bytes - block_bytes;
-    for (std::size_t block = blocks.first; block < blocks.end; ++block) {
+    for (std::size_t block = part.blocks.first; block < part.blocks.end; ++block) {
         auto const sum = [=](std::size_t k) HWY_ATTR {
             std::size_t const first = (block * blockRegisters + k) * lane_sums;
             return hn::ShiftRightSame(sumEntries<lane_sums>(sumRegister, first), shift);
@@ -283,20 +309,19 @@ HWY_INLINE void sumBlocks(TapProgram const& program, Blocks blocks, Load const& 
     }
 }
 
-template <std::size_t lane_sums, bool has_high>
-HWY_NOINLINE void sumCutBlocks(TapProgram const& program, std::uint8_t const* src,
-                               std::uint8_t* dst) {
-    std::size_t const src_bytes = program.src_bytes;
-    auto const load = [=](std::size_t at) HWY_ATTR { return loadCutWindow(src, at, src_bytes); };
-    sumBlocks<lane_sums, has_high, 0>(program, {program.whole_blocks, blocksOf(program)}, load,
-                                      dst);
-}
-
 template <std::size_t lane_sums, bool has_high, std::size_t known_steps>
-void sumTapsBy(TapProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
-    auto const load = [=](std::size_t at) HWY_ATTR { return hn::LoadU(WindowTag(), src + at); };
-    sumBlocks<lane_sums, has_high, known_steps>(program, {0, program.whole_blocks}, load, dst);
-    sumCutBlocks<lane_sums, has_high>(program, src, dst);
+void sumTapsBy(TapProgram& program, std::uint8_t const* src, std::uint8_t* dst) {
+    std::size_t const inside = program.src_bytes - program.tail_first;
+    if (inside != 0) {
+        std::memcpy(program.tail.data(), src + program.tail_first, inside);
+    }
+    std::size_t const whole = program.whole_blocks;
+    RowPart const parts[]{{src, 0, {0, whole}},
+                          {program.tail.data(), program.tail_first, {whole, blocksOf(program)}}};
+    // A single call, so that its code is inlined once.
+    for (RowPart const& part : parts) {
+        sumBlocks<lane_sums, has_high, known_steps>(program, part, dst);
+    }
 }
 
 /// Small numbers of steps are compile-time constants, up to what pays.
@@ -327,13 +352,13 @@ bool compileTaps(TapAxis const& axis, TapRow row, TapProgram& program) {
         return false;
     }
     program.has_high = needsHighParts(axis);
-    program.src_bytes = std::max(row.pixels * row.channels, leastRowBytes);
+    program.src_bytes = row.pixels * row.channels;
     program.dst_bytes = std::max(program.entries, blockEntries);
     if (program.has_gaps) {
         program.dst_bytes = program.dst_bytes / gapLanes * 3;
     }
     program.shift = axis.shift;
-    program.whole_blocks = wholeBlocks(program);
+    placeTail(program);
     appendTables(axis, program);
     program.run =
         program.has_high ? chooseLoop<splitsWeights>(program) : chooseLoop<false>(program);
