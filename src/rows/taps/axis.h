@@ -60,7 +60,7 @@ struct TapProgram {
     std::size_t entries = 0;         ///< of the result: its samples, and gaps
     std::size_t whole_blocks = 0;    ///< leading blocks of results whose windows end in the row
     bool has_high = false;           ///< whether a weight doesn't fit a byte
-    bool has_gaps = false;           ///< whether each pixel has one entry more, without weights
+    bool has_gaps = false;           ///< whether each pixel has one entry more, not stored
     std::size_t src_bytes = 0;       ///< of the source row
     std::size_t tail_first = 0;      ///< the row's byte that `tail` begins with
     std::vector<std::uint8_t> tail;  ///< room for a copy of the row's end, and zeros behind it

@@ -33,8 +33,8 @@ using namespace vector::HWY_NAMESPACE;
 //   one channel, 3 pixels apart:     lane i has taps 3i, 3i + 1, ..., lane i + 1 taps 3i + 3, ...
 //   three channels, 3 pixels apart:  lane 3i + c has bytes 9i + c, 9i + c + 3, ...
 //
-// Three channels may have gaps: each pixel is followed by an entry without weights, so that no
-// window has parts of more pixels than need be.
+// Three channels may have gaps: each pixel is followed by an entry that isn't stored, so that
+// windows hold whole pixels.
 
 /// Entries that are stored together.
 constexpr std::size_t blockEntries = windowCount * blockRegisters * windowLanes;
@@ -61,15 +61,15 @@ std::size_t registersOf(TapProgram const& program) {
 struct TapEntry {
     std::size_t first;    // byte of its first tap
     std::size_t weights;  // row of weights
-    bool is_gap;
 };
 
+/// A gap has the taps of the channel before it, and is never stored.
 TapEntry entryOf(TapAxis const& axis, TapProgram const& program, std::size_t index) {
     std::size_t const channels = program.channels;
     std::size_t const lanes = program.has_gaps ? gapLanes : channels;
     TapStart const start = axis.starts[index / lanes];
     std::size_t const channel = std::min(index % lanes, channels - 1);
-    return {start.first * channels + channel, start.weights, index % lanes == channels};
+    return {start.first * channels + channel, start.weights};
 }
 
 /// The entries of a window: fewer than it has room for if the row has fewer. Their order is what
@@ -174,7 +174,7 @@ void fillWindowTables(TapAxis const& axis, TapProgram const& program, WindowEntr
     std::memset(tables, emptyPlace, windowBytes);
     for (std::size_t k = own.first; k < own.end; ++k) {
         TapEntry const entry = entryOf(axis, program, k);
-        for (std::size_t i = 0; i < entry_taps && !entry.is_gap; ++i) {
+        for (std::size_t i = 0; i < entry_taps; ++i) {
             std::size_t const lane = (k - own.first) * program.lane_sums + i / laneTaps;
             std::uint8_t* const place = tables + placeOfTap(lane, i % laneTaps);
             *place = static_cast<std::uint8_t>(entry.first - offset + i * program.channels);
@@ -227,7 +227,7 @@ void placeTail(TapProgram& program) {
     while (i < end && endOfWindows(program, i) <= program.src_bytes) {
         ++i;
     }
-    program.whole_blocks = std::min(i / block_sums, program.entries / blockEntries);
+    program.whole_blocks = i / block_sums;
     program.tail_first = program.src_bytes;
     std::size_t tail_end = program.src_bytes;
     for (i = program.whole_blocks * block_sums; i < end; ++i) {
