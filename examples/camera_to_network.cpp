@@ -34,10 +34,12 @@ ox::TensorRecipe detectorRecipe() {
     return recipe;
 }
 
-/// Luma, then chroma pairs, without gaps; a driver's buffer would tell its strides.
-ox::Frame wrapNv12(unsigned char* bytes, ox::Size size) {
-    ox::FrameLayout const layout(ox::FRAME_NV12, size, 1);
-    unsigned char* planes[]{bytes, bytes + layout.plane[0].planeBytes};
+/// Luma, then chroma pairs.
+/// @param stride bytes from row to row, which a driver tells
+ox::Frame wrapNv12(unsigned char* bytes, ox::Size size, std::int64_t stride) {
+    ox::FrameLayout layout(ox::FRAME_NV12, size, 1);
+    layout.plane[0].stride = layout.plane[1].stride = stride;
+    unsigned char* planes[]{bytes, bytes + stride * size.height};
     return ox::Frame::wrap(layout, planes);
 }
 
@@ -56,7 +58,7 @@ void run(ox::Size size, std::vector<unsigned char> bytes, bool writes) {
     if (bytes.size() < expected) {
         throw std::runtime_error("the file is shorter than a frame");
     }
-    ox::Frame const camera = wrapNv12(bytes.data(), size);
+    ox::Frame const camera = wrapNv12(bytes.data(), size, size.width);
 
     ox::FrameToTensor to_tensor;  // kept over all frames of a stream
     to_tensor.reuse(detectorRecipe());
