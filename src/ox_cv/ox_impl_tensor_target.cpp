@@ -169,7 +169,10 @@ TensorRows::TensorRows(TensorRecipe const& recipe, TensorPlace const& place,
 }
 
 void TensorRows::writeBars(std::int32_t from, std::int32_t to) const {
-    auto const count = static_cast<std::size_t>(std::max(to - from, 0));
+    if (from >= to) {
+        return;
+    }
+    auto const count = static_cast<std::size_t>(to - from);
     for (std::size_t p = 0; p < _planes; ++p) {
         std::uint8_t* const first = _row[p] + static_cast<std::size_t>(from) * _pixel_bytes;
         repeatPixel(_bars[p].data(), _pixel_bytes, first, count * _pixel_bytes);

@@ -50,6 +50,10 @@ constexpr std::size_t permutePeriod = 16;
 
 /// Source bytes that a step of a resizing program loads: one byte permute reaches all of them.
 constexpr std::size_t windowBytes = blockBytes == 64 ? 64 : 16;
+constexpr std::size_t windowCount = blockBytes / windowBytes;  ///< of a register
+
+/// Registers that follow one another in memory and that one byte permute reaches together.
+constexpr std::size_t mostReach = blockBytes == 32 ? 1 : 2;
 
 /// In a table of places: this byte of the result takes no source byte.
 constexpr std::uint8_t emptyPlace = 0x80;

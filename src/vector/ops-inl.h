@@ -69,4 +69,50 @@
 #include "vector/ops_x86-inl.h"
 #endif
 
+HWY_BEFORE_NAMESPACE();
+namespace ox::vector::HWY_NAMESPACE {
+
+#if HWY_TARGET != HWY_SCALAR
+
+/// A register's windows of source bytes, side by side, each of `reach` times `windowBytes`.
+template <std::size_t reach>
+class Windows {
+  public:
+    /// @param at at(i) is where window i begins
+    template <class At>
+    static HWY_INLINE Windows load(At const& at) {
+        Tag8 const d;
+        if constexpr (windowCount == 2) {
+            WindowTag const half;
+            V8 const windows = hn::Combine(d, hn::LoadU(half, at(1)), hn::LoadU(half, at(0)));
+            return {windows, windows};
+        } else {
+            V8 const lower = hn::LoadU(d, at(0));
+            return {lower, reach == 2 ? hn::LoadU(d, at(0) + windowBytes) : lower};
+        }
+    }
+
+    /// The bytes at the given places of their own windows. An `emptyPlace` takes a zero, but any
+    /// byte on AVX3_DL.
+    HWY_INLINE V8 permute(V8 places) const {
+#if HWY_TARGET == HWY_AVX2
+        return hn::TableLookupBytesOr0(_lower, places);
+#else
+        return reach == 2 ? PermuteTwoWindows(_lower, _upper, places)
+                          : PermuteWindow(_lower, places);
+#endif
+    }
+
+  private:
+    HWY_INLINE Windows(V8 lower, V8 upper) : _lower(lower), _upper(upper) {}
+
+    V8 _lower;
+    V8 _upper;
+};
+
+#endif
+
+}  // namespace ox::vector::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
 #endif  // toggle

@@ -43,6 +43,16 @@ TEST(ScalerAreaX, TruncationIsNotRepaired) {
     EXPECT_EQ(acrossOf({{255, 255, 255}}, 2, bits8), (Rows{{255, 253}}));  // 127 / 128
 }
 
+// 1920 to 224: a sample's weight is 3822 in place of 3822.93, so that cell 103, from sample 882 on,
+// would begin with less than no weight. It gets none, while the cell before it was promised more:
+// 33046 x 255 / 32768 is 257, and the byte keeps its low bits, on purpose.
+TEST(ScalerAreaX, SumsThatLeaveAByteKeepItsLowBits) {
+    Rows const scaled = acrossOf({Bytes(1920, 255)}, 224);
+    EXPECT_EQ(scaled[0][0], 255);
+    EXPECT_EQ(scaled[0][89], 0);
+    EXPECT_EQ(scaled[0][103], 1);
+}
+
 TEST(ScalerAreaX, UpScalingBlendsTwo) {
     EXPECT_EQ(acrossOf({{10, 21}}, 3), (Rows{{10, 15, 21}}));
     EXPECT_EQ(acrossOf({{10, 21}}, 4), (Rows{{10, 10, 21, 21}}));

@@ -78,9 +78,17 @@ TEST(AreaTaps, ElementsBehindTheRowAreItsLastOne) {
 
 TEST(AreaTaps, NotForOtherWeights) {
     EXPECT_FALSE(isDescribed({{0, one}, {1, one}}, one, {1, 0, 1}));  // not a word
-    EXPECT_FALSE(isDescribed({{0, 20000}, {2, 20000}}, 20000, {1, 1, 1}));
-    EXPECT_TRUE(isDescribed({{0, 16384}, {2, 16384}}, 16384, {1, 1, 1}));
     EXPECT_FALSE(isDescribed({{5, 100}, {4, 100}}, 100, {1, 5, 1}));  // indices that have wrapped
+}
+
+// 40000 is more than one by more than a 255th of it, 32768 isn't.
+TEST(AreaTaps, SumsThatLeaveAByteKeepItsLowBits) {
+    for (std::uint16_t const weight : {std::uint16_t{20000}, std::uint16_t{16384}}) {
+        rows::TapAxis axis;
+        Table const table{{0, weight}, {2, weight}};
+        ASSERT_TRUE(rows::describeAreaTaps({table.data(), weight, shift}, {1, 1, 1}, axis));
+        EXPECT_EQ(axis.keeps_low_bytes, weight == 20000);
+    }
 }
 
 TEST(AreaTaps, NotForMoreCellsThanStartsCanCount) {

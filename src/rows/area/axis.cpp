@@ -34,7 +34,7 @@ void forEachTap(AreaCut const& cut, std::uint16_t full_weight, std::int64_t last
 }
 
 /// Places the first tap of each cell, and counts the taps of the widest cell.
-/// @return false where a cell ends before it starts, or its sums would leave a byte
+/// @return false where a cell ends before it starts
 bool placeStarts(AreaAxis const& area, WholeRow const& row, TapAxis& axis) {
     for (std::int64_t i = 0; i < row.cells; ++i) {
         AreaCut const cut = cutOf<AreaDown>(area, row, i);
@@ -49,9 +49,7 @@ bool placeStarts(AreaAxis const& area, WholeRow const& row, TapAxis& axis) {
                        axis.taps = std::max(axis.taps, tap + 1);
                        sum += weight;
                    });
-        if (!staysByte(sum, area.shift)) {
-            return false;
-        }
+        axis.keeps_low_bytes = axis.keeps_low_bytes || !staysByte(sum, area.shift);
     }
     return true;
 }

@@ -92,8 +92,7 @@ struct WholeRow {
 
 /// The taps of a row that is scaled down.
 /// @param axis receives them
-/// @return false if a weight isn't a word or a sum might leave a byte; the plain loop then has to
-///         keep the low bits
+/// @return false if a weight isn't a word, or a cell ends before it starts
 /// @throws std::bad_alloc
 bool describeAreaTaps(AreaAxis const& area, WholeRow const& row, TapAxis& axis);
 

@@ -26,6 +26,8 @@ struct TapAxis {
     std::vector<std::int16_t> weights;  ///< rows of `taps` weights; unused ones are 0
     std::size_t taps = 0;               ///< positive
     int shift = 0;                      ///< log2 of the weights' unit
+    /// Whether results are the low bytes of what doesn't fit a byte, in place of a clamped one.
+    bool keeps_low_bytes = false;
 
     std::int16_t* weightRow(std::size_t row) { return weights.data() + row * taps; }
     std::int16_t const* weightRow(std::size_t row) const { return weights.data() + row * taps; }
@@ -43,8 +45,8 @@ struct TapRow {
 
 struct TapProgram;
 
-/// sum >> shift of each entry, clamped to a byte. Sums wrap in 32 bits. Taps behind the row add
-/// nothing.
+/// sum >> shift of each entry, clamped to a byte, or its low byte. Sums wrap in 32 bits. Taps
+/// behind the row add nothing.
 /// @param src `src_bytes` of the program
 /// @param dst `dst_bytes` of the program; the bytes behind the entries have no meaning
 using RunTaps = void(TapProgram& program, std::uint8_t const* src, std::uint8_t* dst);
@@ -54,13 +56,16 @@ struct TapProgram {
     RunTaps* run = nullptr;
     std::vector<std::uint32_t> offsets;  ///< of each register: source bytes, byte in `tables`
     std::vector<RegisterBytes> tables;
-    std::size_t steps = 0;           ///< of each sum
+    std::size_t steps = 0;  ///< of each sum
+    std::size_t window_bytes = 0;
+    bool moves = false;              ///< whether each step has a window further on, or all have one
     std::size_t lane_sums = 1;       ///< partial sums of an entry in a register
     std::size_t channels = 1;        ///< interleaved
     std::size_t entries = 0;         ///< of the result: its samples, and gaps
     std::size_t whole_blocks = 0;    ///< leading blocks of results whose windows end in the row
     bool has_high = false;           ///< whether a weight doesn't fit a byte
     bool has_gaps = false;           ///< whether each pixel has one entry more, not stored
+    std::int32_t kept_bits = -1;     ///< of a sum, before it is clamped
     std::size_t src_bytes = 0;       ///< of the source row
     std::size_t tail_first = 0;      ///< the row's byte that `tail` begins with
     std::vector<std::uint8_t> tail;  ///< room for a copy of the row's end, and zeros behind it

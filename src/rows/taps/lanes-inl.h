@@ -27,7 +27,6 @@ using namespace vector::HWY_NAMESPACE;
 #if HWY_TARGET != HWY_SCALAR
 
 constexpr std::size_t windowLanes = windowBytes / 4;
-constexpr std::size_t windowCount = blockBytes / windowBytes;  ///< of a register
 /// Of the numbers of a register: its windows, its tables.
 constexpr std::size_t registerOffsets = windowCount + 1;
 constexpr std::size_t gapLanes = 4;  ///< of a pixel of three channels, with its gap
@@ -38,7 +37,6 @@ constexpr std::size_t gapLanes = 4;  ///< of a pixel of three channels, with its
 // part have a sum of their own.
 
 constexpr bool splitsWeights = true;
-using StepsOfTwoLanes = std::make_index_sequence<3>;  ///< that are known to the compiler
 constexpr std::size_t laneTaps = 4;
 constexpr std::size_t blockRegisters = 1;  ///< of sums, that are stored together
 /// Enough for reductions to about a thirtieth.
@@ -84,9 +82,8 @@ struct Sums {
 
     static HWY_INLINE Sums none() { return {hn::Zero(BlockTagS32()), hn::Zero(BlockTagS32())}; }
 
-    HWY_INLINE void add(V8 window, V8 places, std::uint8_t const* weights) {
+    HWY_INLINE void add(V8 taps, std::uint8_t const* weights) {
         Tag8 const d;
-        V8 const taps = PermuteWindow(window, places);
         low = AddByteProducts(low, taps, hn::Load(d, weights));
         if (has_high) {
             high = AddByteProducts(high, taps, hn::Load(d, weights + blockBytes));
@@ -112,7 +109,6 @@ HWY_INLINE void storeBlock(Sum const& sum, bool has_gaps, std::uint8_t* to) {
 // Taps are words.
 
 constexpr bool splitsWeights = false;
-using StepsOfTwoLanes = std::index_sequence<0>;
 constexpr std::size_t laneTaps = 2;
 constexpr std::size_t blockRegisters = 4;
 constexpr std::size_t mostLaneSums = windowLanes;
@@ -139,8 +135,7 @@ struct Sums {
 
     static HWY_INLINE Sums none() { return {hn::Zero(BlockTagS32())}; }
 
-    HWY_INLINE void add(V8 window, V8 places, std::uint8_t const* weights) {
-        V8 const words = hn::TableLookupBytesOr0(window, places);
+    HWY_INLINE void add(V8 words, std::uint8_t const* weights) {
         sums = AddPairProducts(sums, words, hn::Load(Tag8(), weights));
     }
 

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <utility>
 
 #include "rows/taps/axis.h"
 #include "rows/taps/lanes-inl.h"
@@ -27,8 +26,8 @@ using namespace vector::HWY_NAMESPACE;
 // An entry is a sample of the result. A window of source bytes holds the taps of neighbouring
 // entries, and a byte permute puts them into the lanes of a register, a few taps a lane. The
 // farther apart entries lie, the fewer share a window, and the more lanes each entry has; that many
-// registers are then added up to one. The next step takes the taps that follow, from the same
-// places of a window further on.
+// registers are then added up to one. The next step takes the taps that follow: from the same
+// places of a window further on, or from places further on of a window that has all taps.
 //
 //   one channel, 3 pixels apart:     lane i has taps 3i, 3i + 1, ..., lane i + 1 taps 3i + 3, ...
 //   three channels, 3 pixels apart:  lane 3i + c has bytes 9i + c, 9i + c + 3, ...
@@ -93,9 +92,17 @@ HWY_INLINE std::size_t stepBytes(std::size_t lane_sums, std::size_t channels) {
     return lane_sums * laneTaps * channels;
 }
 
+/// The bytes that a window has to reach from the first tap of an entry on.
+std::size_t bytesOfTaps(TapAxis const& axis, TapProgram const& program) {
+    std::size_t const channels = program.channels;
+    return program.moves ? stepBytes(program.lane_sums, channels) - channels + 1
+                         : (axis.taps - 1) * channels + 1;
+}
+
 /// Places the first step's window for some entries. In two points this differs from the plans of
-/// vector/windows.h. The entries of a register are given. Windows at the row's end aren't moved
-/// back, because later steps use the same places; bytes behind the row are loaded as zeros.
+/// vector/windows.h. The entries of a register are given. Windows that move aren't moved back at
+/// the row's end, because later steps use the same places; bytes behind the row are loaded as
+/// zeros.
 /// @return false if it doesn't reach their taps
 bool placeWindow(TapAxis const& axis, TapProgram const& program, WindowEntries own,
                  std::uint32_t& offset) {
@@ -108,9 +115,13 @@ bool placeWindow(TapAxis const& axis, TapProgram const& program, WindowEntries o
         leftmost = std::min(leftmost, first);
         rightmost = std::max(rightmost, first);
     }
+    std::size_t end = rightmost + bytesOfTaps(axis, program);
+    if (!program.moves && program.src_bytes >= program.window_bytes) {
+        end = std::min(end, program.src_bytes);
+        leftmost = std::min(leftmost, program.src_bytes - program.window_bytes);
+    }
     offset = static_cast<std::uint32_t>(leftmost);
-    std::size_t const taps = stepBytes(program.lane_sums, program.channels) - program.channels + 1;
-    return rightmost - leftmost + taps <= windowBytes;
+    return end <= leftmost + program.window_bytes;
 }
 
 bool placeWindows(TapAxis const& axis, TapProgram& program) {
@@ -126,38 +137,60 @@ bool placeWindows(TapAxis const& axis, TapProgram& program) {
     return true;
 }
 
-/// How an entry is laid out.
-struct EntryLanes {
-    std::size_t sums;
-    bool gaps;
+/// A routine, and the programs that it serves.
+struct TapLoop {
+    std::size_t lane_sums;
+    std::size_t reach;  ///< registers of a window
+    bool moves;
+    std::size_t steps;  ///< 0: any number
+    RunTaps* run;       ///< for weights that fit a byte
+    RunTaps* run_high;  ///< for others
 };
 
-void setLanes(TapAxis const& axis, EntryLanes lanes, TapProgram& program) {
-    program.lane_sums = lanes.sums;
-    program.has_gaps = lanes.gaps;
-    program.entries = axis.starts.size() * (lanes.gaps ? gapLanes : program.channels);
-    program.steps = (axis.taps - 1) / (lanes.sums * laneTaps) + 1;
+void setLoop(TapAxis const& axis, TapLoop const& loop, bool has_gaps, TapProgram& program) {
+    program.lane_sums = loop.lane_sums;
+    program.window_bytes = loop.reach * windowBytes;
+    program.moves = loop.moves;
+    program.has_gaps = has_gaps;
+    program.entries = axis.starts.size() * (has_gaps ? gapLanes : program.channels);
+    program.steps = (axis.taps - 1) / (loop.lane_sums * laneTaps) + 1;
+    program.run = program.has_high ? loop.run_high : loop.run;
 }
 
-/// Chooses what takes the fewest steps.
+/// What a row costs, in about half a processor's cycle.
+std::size_t costOf(TapLoop const& loop, TapProgram const& program) {
+    std::size_t const window = loop.reach * 2;
+    std::size_t const products = program.has_high || !splitsWeights ? 4 : 2;
+    std::size_t const step = products + (loop.steps == 0 ? 2 : 1) + (loop.moves ? window : 0);
+    std::size_t const register_cost =
+        step * program.steps + (loop.moves ? 0 : window) + (loop.lane_sums == 1 ? 1 : 4);
+    return registersOf(program) * register_cost + blocksOf(program) * 6;
+}
+
+/// Chooses the cheapest way.
 /// @return false if no window reaches the taps of its entries
-bool chooseLanes(TapAxis const& axis, TapProgram& program) {
-    std::size_t fewest = std::numeric_limits<std::size_t>::max();
-    EntryLanes best{};
+template <std::size_t count>
+bool chooseLoop(TapAxis const& axis, TapLoop const (&loops)[count], TapProgram& program) {
+    std::size_t least = std::numeric_limits<std::size_t>::max();
+    TapLoop const* best = nullptr;
+    bool best_has_gaps = false;
     for (bool const gaps : {false, true}) {
-        for (std::size_t sums = 1; sums <= mostLaneSums; sums *= 2) {
-            setLanes(axis, {sums, gaps}, program);
-            std::size_t const steps = registersOf(program) * program.steps;
-            if (steps < fewest && (!gaps || program.channels == 3) && placeWindows(axis, program)) {
-                fewest = steps;
-                best = {sums, gaps};
+        for (TapLoop const& loop : loops) {
+            setLoop(axis, loop, gaps, program);
+            std::size_t const cost = costOf(loop, program);
+            bool const fits = (loop.steps == 0 || loop.steps == program.steps) &&
+                              (!gaps || program.channels == 3);
+            if (fits && cost < least && placeWindows(axis, program)) {
+                least = cost;
+                best = &loop;
+                best_has_gaps = gaps;
             }
         }
     }
-    if (best.sums == 0) {
+    if (best == nullptr) {
         return false;
     }
-    setLanes(axis, best, program);
+    setLoop(axis, *best, best_has_gaps, program);
     return placeWindows(axis, program);
 }
 
@@ -169,6 +202,7 @@ HWY_INLINE std::size_t weightBytes(bool has_high) {
 /// @param tables the bytes of the window in the first table of its register
 void fillWindowTables(TapAxis const& axis, TapProgram const& program, WindowEntries own,
                       std::uint32_t offset, std::uint8_t* tables) {
+    std::size_t const channels = program.channels;
     std::size_t const entry_taps = program.lane_sums * laneTaps;
     std::size_t const step_bytes = weightBytes(program.has_high);
     std::memset(tables, emptyPlace, windowBytes);
@@ -177,10 +211,13 @@ void fillWindowTables(TapAxis const& axis, TapProgram const& program, WindowEntr
         for (std::size_t i = 0; i < entry_taps; ++i) {
             std::size_t const lane = (k - own.first) * program.lane_sums + i / laneTaps;
             std::uint8_t* const place = tables + placeOfTap(lane, i % laneTaps);
-            *place = static_cast<std::uint8_t>(entry.first - offset + i * program.channels);
+            *place = static_cast<std::uint8_t>(entry.first - offset + i * channels);
             std::uint8_t* weight = place + blockBytes;
             for (std::size_t tap = i; tap < axis.taps; tap += entry_taps, weight += step_bytes) {
-                putWeight(axis.weightRow(entry.weights)[tap], program.has_high, weight);
+                // A window that doesn't move may have other bytes in place of those behind the row.
+                if (program.moves || entry.first + tap * channels < program.src_bytes) {
+                    putWeight(axis.weightRow(entry.weights)[tap], program.has_high, weight);
+                }
             }
         }
     }
@@ -214,8 +251,9 @@ void appendTables(TapAxis const& axis, TapProgram& program) {
 /// The last byte that the windows of a register reach, and one more.
 std::size_t endOfWindows(TapProgram const& program, std::size_t index) {
     std::uint32_t const* const offsets = program.offsets.data() + index * registerOffsets;
-    return *std::max_element(offsets, offsets + windowCount) + windowBytes +
-           (program.steps - 1) * stepBytes(program.lane_sums, program.channels);
+    std::size_t const moved =
+        program.moves ? (program.steps - 1) * stepBytes(program.lane_sums, program.channels) : 0;
+    return *std::max_element(offsets, offsets + windowCount) + moved + program.window_bytes;
 }
 
 /// Finds the blocks whose windows end in the row. The others read a copy of the row's end, with
@@ -246,24 +284,6 @@ struct RowPart {
     Blocks blocks;  ///< that read it
 };
 
-#if HWY_TARGET == HWY_AVX2
-
-HWY_INLINE V8 loadRegister(std::uint32_t const* offsets, std::uint8_t const* src,
-                           std::size_t first) {
-    WindowTag const d;
-    return hn::Combine(Tag8(), hn::LoadU(d, src + (offsets[1] - first)),
-                       hn::LoadU(d, src + (offsets[0] - first)));
-}
-
-#else
-
-HWY_INLINE V8 loadRegister(std::uint32_t const* offsets, std::uint8_t const* src,
-                           std::size_t first) {
-    return hn::LoadU(Tag8(), src + (offsets[0] - first));
-}
-
-#endif
-
 /// A register of sums, one for each entry, from registers with `lane_sums` partial sums an entry.
 /// @param sum sum(i) is register i
 template <std::size_t lane_sums, class SumOfRegister>
@@ -276,40 +296,74 @@ HWY_INLINE V32 sumEntries(SumOfRegister const& sum, std::size_t first) {
     }
 }
 
+/// What is known of a program when it is compiled.
+template <std::size_t lane_sums_, std::size_t reach_, bool moves_, std::size_t steps_>
+struct Shape {
+    static constexpr std::size_t lane_sums = lane_sums_;
+    static constexpr std::size_t reach = reach_;
+    static constexpr bool moves = moves_;
+    static constexpr std::size_t steps = steps_;  ///< 0: any number
+};
+
+/// The sums of the lanes of a register.
+template <class Shape, bool has_high>
+HWY_INLINE V32 sumRegister(std::size_t steps, std::size_t step_bytes, std::uint8_t const* table,
+                           std::uint8_t const* const (&at)[windowCount]) {
+    Tag8 const d;
+    auto const windowsOf = [&](std::size_t k) HWY_ATTR {
+        return Windows<Shape::reach>::load(
+            [&](std::size_t i) { return at[i] + (Shape::moves ? k * step_bytes : 0); });
+    };
+    V8 places = hn::Load(d, table);
+    table += blockBytes;
+    auto windows = windowsOf(0);
+    auto sums = Sums<has_high>::none();
+    sums.add(windows.permute(places), table);
+    for (std::size_t k = 1; k < (Shape::steps == 0 ? steps : Shape::steps); ++k) {
+        table += weightBytes(has_high);
+        if constexpr (Shape::moves) {
+            windows = windowsOf(k);
+        } else {
+            places = hn::Add(places, hn::Set(d, static_cast<std::uint8_t>(step_bytes)));
+        }
+        sums.add(windows.permute(places), table);
+    }
+    return sums.total();
+}
+
 /// Makes the results of a part of the row.
-/// @tparam known_steps the number of steps; 0 takes the program's
-template <std::size_t lane_sums, bool has_high, std::size_t known_steps>
+template <class Shape, bool has_high>
 HWY_INLINE void sumBlocks(TapProgram const& program, RowPart part, std::uint8_t* dst) {
+    constexpr std::size_t lane_sums = Shape::lane_sums;
     // Read into locals: for the compiler, a store to `dst` could change the program.
-    std::size_t const steps = known_steps == 0 ? program.steps : known_steps;
+    std::size_t const steps = program.steps;
     std::size_t const step_bytes = stepBytes(lane_sums, program.channels);
     std::uint32_t const* const offsets = program.offsets.data();
     std::uint8_t const* const tables = program.tables.data()->bytes.data();
     int const shift = program.shift;
+    V32 const kept_bits = hn::Set(BlockTagS32(), program.kept_bits);
     bool const has_gaps = program.has_gaps;
-    auto const sumRegister = [=](std::size_t i) HWY_ATTR {
+    auto const sumOf = [=](std::size_t i) HWY_ATTR {
         std::uint32_t const* const own = offsets + i * registerOffsets;
-        std::uint8_t const* table = tables + own[windowCount];
-        V8 const places = hn::Load(Tag8(), table);
-        table += blockBytes;
-        auto sums = Sums<has_high>::none();
-        for (std::size_t k = 0; k < steps; ++k, table += weightBytes(has_high)) {
-            sums.add(loadRegister(own, part.bytes + k * step_bytes, part.first), places, table);
+        std::uint8_t const* at[windowCount];
+        for (std::size_t window = 0; window < windowCount; ++window) {
+            at[window] = part.bytes + (own[window] - part.first);
         }
-        return sums.total();
+        return sumRegister<Shape, has_high>(steps, step_bytes, tables + own[windowCount], at);
     };
     std::size_t const block_bytes = has_gaps ? blockEntries / gapLanes * 3 : blockEntries;
     std::size_t const last = program.dst_bytes - block_bytes;
     for (std::size_t block = part.blocks.first; block < part.blocks.end; ++block) {
         auto const sum = [=](std::size_t k) HWY_ATTR {
             std::size_t const first = (block * blockRegisters + k) * lane_sums;
-            return hn::ShiftRightSame(sumEntries<lane_sums>(sumRegister, first), shift);
+            return hn::And(hn::ShiftRightSame(sumEntries<lane_sums>(sumOf, first), shift),
+                           kept_bits);
         };
         storeBlock(sum, has_gaps, dst + std::min(block * block_bytes, last));
     }
 }
 
-template <std::size_t lane_sums, bool has_high, std::size_t known_steps>
+template <class Shape, bool has_high>
 void sumTapsBy(TapProgram& program, std::uint8_t const* src, std::uint8_t* dst) {
     std::size_t const inside = program.src_bytes - program.tail_first;
     if (inside != 0) {
@@ -320,48 +374,43 @@ void sumTapsBy(TapProgram& program, std::uint8_t const* src, std::uint8_t* dst) 
                           {program.tail.data(), program.tail_first, {whole, blocksOf(program)}}};
     // A single call, so that its code is inlined once.
     for (RowPart const& part : parts) {
-        sumBlocks<lane_sums, has_high, known_steps>(program, part, dst);
+        sumBlocks<Shape, has_high>(program, part, dst);
     }
 }
 
-/// Small numbers of steps are compile-time constants, up to what pays.
-template <std::size_t lane_sums, bool has_high, std::size_t... known_steps>
-RunTaps* chooseSteps(std::size_t steps, std::index_sequence<known_steps...> /*known*/) {
-    static constexpr RunTaps* loops[]{sumTapsBy<lane_sums, has_high, known_steps>...};
-    return loops[steps < sizeof...(known_steps) ? steps : 0];
-}
-
-template <bool has_high>
-RunTaps* chooseLoop(TapProgram const& program) {
-    using Any = std::index_sequence<0>;
-    switch (program.lane_sums) {
-        case 1:
-            return chooseSteps<1, has_high>(program.steps, std::make_index_sequence<5>());
-        case 2:
-            return chooseSteps<2, has_high>(program.steps, StepsOfTwoLanes());
-        case 4:
-            return chooseSteps<4, has_high>(program.steps, Any());
-        default:
-            return chooseSteps<mostLaneSums, has_high>(program.steps, Any());
-    }
+template <class... Shapes>
+bool chooseShape(TapAxis const& axis, TapProgram& program) {
+    static constexpr TapLoop loops[]{{Shapes::lane_sums, Shapes::reach, Shapes::moves,
+                                      Shapes::steps, sumTapsBy<Shapes, false>,
+                                      sumTapsBy<Shapes, splitsWeights>}...};
+    return chooseLoop(axis, loops, program);
 }
 
 bool compileTaps(TapAxis const& axis, TapRow row, TapProgram& program) {
     program.channels = row.channels;
-    if (!fitsParts(axis) || !chooseLanes(axis, program)) {
+    program.src_bytes = row.pixels * row.channels;
+    if (!fitsParts(axis)) {
         return false;
     }
     program.has_high = needsHighParts(axis);
-    program.src_bytes = row.pixels * row.channels;
+    // In order of preference, where the cost is the same.
+    bool const has_loop =
+        chooseShape<Shape<1, 1, false, 1>, Shape<1, 1, false, 2>, Shape<1, mostReach, false, 2>,
+                    Shape<2, 1, false, 2>, Shape<2, mostReach, false, 2>, Shape<1, 1, true, 0>,
+                    Shape<1, mostReach, true, 2>, Shape<1, mostReach, true, 3>,
+                    Shape<1, mostReach, true, 4>, Shape<2, 1, true, 0>, Shape<4, 1, true, 0>,
+                    Shape<mostLaneSums, 1, true, 0>>(axis, program);
+    if (!has_loop) {
+        return false;
+    }
     program.dst_bytes = std::max(program.entries, blockEntries);
     if (program.has_gaps) {
         program.dst_bytes = program.dst_bytes / gapLanes * 3;
     }
     program.shift = axis.shift;
+    program.kept_bits = axis.keeps_low_bytes ? 0xff : -1;
     placeTail(program);
     appendTables(axis, program);
-    program.run =
-        program.has_high ? chooseLoop<splitsWeights>(program) : chooseLoop<false>(program);
     return true;
 }
 
