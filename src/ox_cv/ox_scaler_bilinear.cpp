@@ -264,7 +264,9 @@ void ScalerBilinearXY::State::prepare(FrameLayout const& src_layout, Size dst_si
         _tables.keep(src_layout.size, dst_size, 0, [&] { buildTables(src_layout.size, dst_size); });
     placeLayouts(src_layout, dst_size);
     planColumns(_planes, *this, same, _src_xs);
-    _planes.forAll([](auto& plane) { plane.restart(); });
+    // From half the height on, a destination row begins behind the two source rows of the last one.
+    bool const shares_rows = std::int64_t{2} * dst_size.height > src_layout.size.height;
+    _planes.forAll([=](auto& plane) { plane.restart(shares_rows); });
     _tables.finish();
 }
 

@@ -92,14 +92,25 @@ class Windows {
         }
     }
 
-    /// The bytes at the given places of their own windows. An `emptyPlace` takes a zero, but any
-    /// byte on AVX3_DL.
+    /// The bytes at the given places of their own windows. An `emptyPlace` takes a zero; on AVX3_DL
+    /// it may take any byte.
     HWY_INLINE V8 permute(V8 places) const {
 #if HWY_TARGET == HWY_AVX2
         return hn::TableLookupBytesOr0(_lower, places);
 #else
         return reach == 2 ? PermuteTwoWindows(_lower, _upper, places)
                           : PermuteWindow(_lower, places);
+#endif
+    }
+
+    /// The same, but an `emptyPlace` takes the byte of `v`, which came out of `permute`.
+    HWY_INLINE V8 permuteInto(V8 v, V8 places) const {
+#if HWY_TARGET == HWY_AVX3_DL
+        hn::RebindToSigned<Tag8> const d;
+        return hn::BitCast(Tag8(), hn::IfNegativeThenElse(hn::BitCast(d, places), hn::BitCast(d, v),
+                                                          hn::BitCast(d, permute(places))));
+#else
+        return hn::Or(v, permute(places));
 #endif
     }
 

@@ -8,9 +8,15 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 
 namespace ox::vector {
+
+/// Bytes of a program's table, as many as the longest register has.
+struct alignas(64) RegisterBytes {
+    std::array<std::uint8_t, 64> bytes;
+};
 
 /// The start of the window that has to reach sample `first`: `first` itself, or further left where
 /// the window would leave the row. A row shorter than a window has one window, at 0; the caller

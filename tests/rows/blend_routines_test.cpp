@@ -42,20 +42,32 @@ class BlendRoutines : public RowRoutines {
             return;
         }
         GuardedMemory src(axis.row_bytes, guard);
+        GuardedMemory lower(axis.row_bytes, guard);
         GuardedMemory dst(axis.pixels.size() * axis.channels, guard);
         std::generate_n(src.data(), src.size(), [&] { return random.byte(); });
+        std::generate_n(lower.data(), lower.size(), [&] { return random.byte(); });
         program.run(program, src.data(), dst.data());
-        for (std::size_t i = 0; i < axis.pixels.size(); ++i) {
-            rows::PixelPair const& pixel = axis.pixels[i];
-            for (std::size_t c = 0; c < axis.channels; ++c) {
-                int const a = src.data()[static_cast<std::size_t>(pixel.left) * axis.channels + c];
-                int const b = src.data()[static_cast<std::size_t>(pixel.right) * axis.channels + c];
-                ASSERT_EQ(dst.data()[i * axis.channels + c], blended(a, b, pixel.weight))
-                    << "pixel " << i << ", channel " << c << " of " << axis.channels << ", " << a
-                    << " and " << b << " by " << pixel.weight;
-            }
+        for (std::size_t i = 0; i < dst.size(); ++i) {
+            ASSERT_EQ(dst.data()[i], blendedEntry(axis, src.data(), i))
+                << "entry " << i << " of " << axis.channels << " channels";
         }
+        auto const weight = static_cast<std::uint16_t>(random.between(0, 65535));
+        program.run_rows(program, src.data(), lower.data(), weight, dst.data());
+        for (std::size_t i = 0; i < dst.size(); ++i) {
+            ASSERT_EQ(dst.data()[i], blended(blendedEntry(axis, src.data(), i),
+                                             blendedEntry(axis, lower.data(), i), weight))
+                << "entry " << i << " of " << axis.channels << " channels, two rows";
+        }
+        EXPECT_EQ(src.touched(), 0);
         EXPECT_EQ(dst.touched(), 0);
+    }
+
+    static int blendedEntry(rows::BlendAxis const& axis, std::uint8_t const* src, std::size_t i) {
+        rows::PixelPair const& pixel = axis.pixels[i / axis.channels];
+        std::size_t const c = i % axis.channels;
+        return blended(src[static_cast<std::size_t>(pixel.left) * axis.channels + c],
+                       src[static_cast<std::size_t>(pixel.right) * axis.channels + c],
+                       pixel.weight);
     }
 
     Random random{4};

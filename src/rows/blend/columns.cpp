@@ -97,6 +97,16 @@ void BlendColumns::plan(RowPlan const& row, Element element,
     _plain_loop = compile(element) ? nullptr : pickRowFunction<PlainLoops>(element);
 }
 
+bool BlendColumns::runRows(std::uint8_t const* upper, std::uint8_t const* lower,
+                           std::uint16_t weight, std::uint8_t* dst) const {
+    if (_plain_loop != nullptr || !_bytes.hasProgram()) {
+        return false;
+    }
+    BlendProgram const& program = _bytes.program();
+    program.run_rows(program, upper, lower, weight, dst);
+    return true;
+}
+
 void BlendColumnsAndRows::plan(RowPlan const& row, Element element,
                                std::vector<std::int32_t> const& table) {
     _columns.plan(row, element, table);
@@ -121,8 +131,15 @@ std::uint8_t const* BlendColumnsAndRows::keep(Source source, std::int64_t other)
 }
 
 void BlendColumnsAndRows::run(Source upper, Source lower, std::uint16_t weight, std::uint8_t* dst) {
+    if (!_shares_rows && weight == 0) {
+        _columns.run(upper.row, dst);
+        return;
+    }
+    if (!_shares_rows && _columns.runRows(upper.row, lower.row, weight, dst)) {
+        return;
+    }
     std::uint8_t const* const top = keep(upper, lower.number);
-    std::uint8_t const* const bottom = keep(lower, upper.number);
+    std::uint8_t const* const bottom = weight == 0 ? top : keep(lower, upper.number);
     _blend_rows(top, bottom, weight, _samples, dst);
 }
 

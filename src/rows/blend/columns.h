@@ -16,6 +16,7 @@
 #include "rows/coordinates.h"
 #include "rows/elements.h"
 #include "rows/pixels.h"
+#include "vector/windows.h"
 
 namespace ox::rows {
 
@@ -33,24 +34,24 @@ struct BlendAxis {
     std::size_t row_bytes = 0;      ///< of the source
 };
 
-/// The pairs of bytes that a step takes from its windows, and their weights.
-struct alignas(64) BlendStep {
-    std::array<std::uint8_t, 64> places;
-    std::array<std::uint16_t, 32> weights;  ///< of 2^16, or pairs of bytes of 64ths
-};
-
 struct BlendProgram;
 
-/// left + ((right - left) * weight >> 16) of each entry. Nothing is written behind the last entry.
+/// left + ((right - left) * weight >> 16) of each entry.
 using RunBlend = void(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst);
+
+/// The same for two rows, whose results are blended: upper + ((lower - upper) * weight >> 16).
+using RunBlendRows = void(BlendProgram const& program, std::uint8_t const* upper,
+                          std::uint8_t const* lower, std::uint16_t weight, std::uint8_t* dst);
 
 /// The program that an axis is compiled to.
 struct BlendProgram {
     RunBlend* run = nullptr;
-    std::vector<std::uint32_t> offsets;  ///< of each window: its first byte, its first entry
-    std::vector<BlendStep> steps;
-    std::size_t whole_steps = 0;  ///< leading steps whose stores end inside the result
-    std::size_t entries = 0;      ///< of the result: its samples
+    RunBlendRows* run_rows = nullptr;
+    std::vector<std::uint32_t> offsets;  ///< of each window: its first byte
+    std::vector<vector::RegisterBytes> tables;
+    std::size_t gathers = 0;  ///< of each block of entries
+    std::size_t entries = 0;  ///< of the result: its samples
+    bool of_64 = false;       ///< whether weights are pairs of bytes of 64ths, or of 2^16
 };
 
 /// @return false if the instruction set has no program for such an axis
@@ -106,6 +107,9 @@ class ByteBlend {
         }
     }
 
+    bool hasProgram() const { return !_copies; }
+    BlendProgram const& program() const { return _program; }
+
   private:
     bool _copies = false;    ///< whether every pixel is a copy of a source pixel
     GatheredPixels _pixels;  ///< used if `_copies`
@@ -127,6 +131,11 @@ class BlendColumns {
         }
     }
 
+    /// Blends the columns of two rows, and then these.
+    /// @return false if there is no routine that does both at once; nothing is done then
+    bool runRows(std::uint8_t const* upper, std::uint8_t const* lower, std::uint16_t weight,
+                 std::uint8_t* dst) const;
+
   private:
     struct PlainLoops;
     using PlainLoop = void(BlendColumns const&, std::uint8_t const* src, std::uint8_t* dst);
@@ -142,15 +151,19 @@ class BlendColumns {
 BlendRows* chooseBlendRows(Element element);
 
 /// Bilinear scaling in both directions. Columns are blended first, each to a truncated value; then
-/// two such rows are blended. The last two rows of blended columns are kept, because neighbouring
-/// rows of an enlarged picture come from the same two source rows.
+/// two such rows are blended. The last two rows of blended columns may be kept, because
+/// neighbouring rows of an enlarged picture come from the same two source rows.
 class BlendColumnsAndRows {
   public:
     /// As `BlendColumns::plan`.
     void plan(RowPlan const& row, Element element, std::vector<std::int32_t> const& table);
 
     /// Forgets the kept rows. To be called before another picture.
-    void restart() { _kept = {-1, -1}; }
+    /// @param shares_rows whether destination rows may have a source row in common
+    void restart(bool shares_rows) {
+        _kept = {-1, -1};
+        _shares_rows = shares_rows;
+    }
 
     /// A source row, and its number in the picture.
     struct Source {
@@ -165,6 +178,7 @@ class BlendColumnsAndRows {
     BlendColumns _columns;
     BlendRows* _blend_rows = nullptr;
     std::size_t _samples = 0;  ///< of a destination row
+    bool _shares_rows = true;
     std::array<std::vector<std::uint8_t>, 2> _rows;
     std::array<std::int64_t, 2> _kept{-1, -1};  ///< numbers of the source rows of `_rows`
 };

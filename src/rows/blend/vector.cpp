@@ -24,8 +24,6 @@ using namespace vector::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-using vector::WindowStep;
-
 /// a + ((b - a) * weight >> 16), for unsigned weights of 16 bits. The multiplication takes weights
 /// as signed, so that from 2^15 on they are 2^16 too small.
 template <class D, class V>
@@ -49,184 +47,222 @@ constexpr std::uint16_t pairOf64(std::uint16_t weight) {
     return static_cast<std::uint16_t>((64 - weight / of64) | (weight / of64) << 8);
 }
 
-constexpr std::size_t windowCount = blockBytes / windowBytes;  ///< of a register
-constexpr std::size_t entriesOfWindow = windowBytes / 2;
+// A block of entries, which are samples of the result, is made from a register of pairs of source
+// bytes. The pairs are gathered from windows of the row: a permute takes those that lie in one
+// window, and further ones add those that lie further on.
 
-#if HWY_TARGET == HWY_AVX2
+constexpr std::size_t blockEntries = blockBytes / 2;
+constexpr std::size_t windowEntries = blockEntries / windowCount;  ///< of each gather
 
-/// How many windows that follow one another a permute can reach together.
-constexpr std::size_t mostReach = 1;
-
-/// The pairs of a step: two windows, side by side.
-template <std::size_t reach>
-HWY_INLINE V8 gatherPairs(std::uint8_t const* src, std::uint32_t const* offsets, V8 places) {
-    WindowTag const d;
-    V8 const windows =
-        hn::Combine(Tag8(), hn::LoadU(d, src + offsets[2]), hn::LoadU(d, src + offsets[0]));
-    return hn::TableLookupBytes(windows, places);
+HWY_INLINE std::size_t blocksOf(BlendProgram const& program) {
+    return (program.entries + blockEntries - 1) / blockEntries;
 }
 
-/// Stores each window's entries.
-/// @param to to(entry) is where an entry goes
-template <class To>
-HWY_INLINE void storeEntries(hn::Vec<HalfTag8> bytes, std::uint32_t const* offsets, To to) {
-    hn::Half<HalfTag8> const d;
-    hn::StoreU(hn::LowerHalf(d, bytes), d, to(offsets[1]));
-    hn::StoreU(hn::UpperHalf(d, bytes), d, to(offsets[3]));
+/// The last block overlaps the one before.
+HWY_INLINE std::size_t firstOfBlock(std::size_t block, std::size_t entries) {
+    return std::min(block * blockEntries, entries - blockEntries);
 }
 
-#else
+/// What is known of a program when it is compiled.
+template <std::size_t reach_, std::size_t gathers_, bool of_64_ = false>
+struct Shape {
+    static constexpr std::size_t reach = reach_;
+    static constexpr std::size_t gathers = gathers_;  ///< 0: any number
+    static constexpr bool of_64 = of_64_;
+};
 
-constexpr std::size_t mostReach = 2;
+/// The tables and windows of a block.
+struct BlockSteps {
+    std::uint32_t const* offsets;
+    vector::RegisterBytes const* tables;  ///< places of each gather, then weights
+    std::size_t gathers;
 
-template <std::size_t reach>
-HWY_INLINE V8 gatherPairs(std::uint8_t const* src, std::uint32_t const* offsets, V8 places) {
+    template <class Shape>
+    static HWY_INLINE BlockSteps of(BlendProgram const& program, std::size_t block) {
+        std::size_t const gathers = Shape::gathers == 0 ? program.gathers : Shape::gathers;
+        return {program.offsets.data() + block * gathers * windowCount,
+                program.tables.data() + block * (gathers + 1), gathers};
+    }
+};
+
+/// The blended columns of a block, as words.
+template <class Shape>
+HWY_INLINE V16 blendColumns(BlockSteps const& steps, std::uint8_t const* src) {
     Tag8 const d;
-    V8 const window = hn::LoadU(d, src + offsets[0]);
-    if constexpr (reach == 2) {
-        return PermuteTwoWindows(window, hn::LoadU(d, src + offsets[0] + windowBytes), places);
+    auto const windows = [&](std::size_t k) HWY_ATTR {
+        return Windows<Shape::reach>::load(
+            [&](std::size_t i) { return src + steps.offsets[k * windowCount + i]; });
+    };
+    V8 pairs = windows(0).permute(hn::Load(d, steps.tables->bytes.data()));
+    for (std::size_t k = 1; k < steps.gathers; ++k) {
+        pairs = windows(k).permuteInto(pairs, hn::Load(d, steps.tables[k].bytes.data()));
+    }
+    V8 const weights = hn::Load(d, steps.tables[steps.gathers].bytes.data());
+    TagS16 const words;
+    if constexpr (Shape::of_64) {
+        return hn::BitCast(words, hn::ShiftRight<6>(MulAddWindowPairs(pairs, weights)));
     } else {
-        return PermuteWindow(window, places);
-    }
-}
-
-template <class To>
-HWY_INLINE void storeEntries(hn::Vec<HalfTag8> bytes, std::uint32_t const* offsets, To to) {
-    hn::StoreU(bytes, HalfTag8(), to(offsets[1]));
-}
-
-#endif
-
-/// @param blend blend(pairs, weights) gives the blended entries of gathered pairs, as words
-template <std::size_t reach, class Blend>
-HWY_INLINE void blendSteps(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst,
-                           Blend blend) {
-    std::uint32_t const* offsets = program.offsets.data();
-    BlendStep const* step = program.steps.data();
-    BlendStep const* const end = step + program.steps.size();
-    auto const bytesOf = [&]() HWY_ATTR {
-        V8 const pairs = gatherPairs<reach>(src, offsets, hn::Load(Tag8(), step->places.data()));
-        V16 const words = blend(pairs, hn::Load(Tag16(), step->weights.data()));
-        return hn::DemoteTo(HalfTag8(), words);
-    };
-    for (BlendStep const* const whole = step + program.whole_steps; step < whole; ++step) {
-        storeEntries(bytesOf(), offsets, [=](std::uint32_t entry) { return dst + entry; });
-        offsets += 2 * windowCount;
-    }
-    // The last steps would store past the row's end: they store into a copy of the end, which is
-    // then copied back.
-    constexpr std::size_t most = entriesOfWindow * windowCount;
-    alignas(64) std::uint8_t copy[2 * most];
-    std::size_t const kept = std::min(program.entries, most);
-    std::size_t const first = program.entries - kept;
-    std::memcpy(copy, dst + first, kept);
-    for (; step < end; ++step) {
-        storeEntries(bytesOf(), offsets,
-                     [&](std::uint32_t entry) { return copy + (entry - first); });
-        offsets += 2 * windowCount;
-    }
-    std::memcpy(dst + first, copy, kept);
-}
-
-template <std::size_t reach>
-void runWeights(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
-    using Words = hn::Vec<Tag16>;
-    blendSteps<reach>(program, src, dst, [](V8 pairs, Words weights) HWY_ATTR {
-        TagS16 const words;
         return blend(words, EvenBytes(pairs), OddBytes(pairs), hn::BitCast(words, weights));
-    });
+    }
+}
+
+HWY_INLINE void storeEntries(V16 words, std::uint8_t* dst) {
+    hn::StoreU(hn::DemoteTo(HalfTag8(), words), HalfTag8(), dst);
+}
+
+template <class Shape>
+void runColumns(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
+    std::size_t const entries = program.entries;
+    std::size_t const blocks = blocksOf(program);
+    for (std::size_t block = 0; block < blocks; ++block) {
+        auto const steps = BlockSteps::of<Shape>(program, block);
+        storeEntries(blendColumns<Shape>(steps, src), dst + firstOfBlock(block, entries));
+    }
+}
+
+template <class Shape>
+void runColumnsAndRows(BlendProgram const& program, std::uint8_t const* upper,
+                       std::uint8_t const* lower, std::uint16_t weight, std::uint8_t* dst) {
+    TagS16 const words;
+    V16 const factor = hn::BitCast(words, hn::Set(Tag16(), weight));
+    std::size_t const entries = program.entries;
+    std::size_t const blocks = blocksOf(program);
+    for (std::size_t block = 0; block < blocks; ++block) {
+        auto const steps = BlockSteps::of<Shape>(program, block);
+        V16 const a = blendColumns<Shape>(steps, upper);
+        V16 const b = blendColumns<Shape>(steps, lower);
+        storeEntries(blend(words, a, b, factor), dst + firstOfBlock(block, entries));
+    }
+}
+
+template <class Shape>
+void takeLoops(BlendProgram& program) {
+    program.run = runColumns<Shape>;
+    program.run_rows = runColumnsAndRows<Shape>;
 }
 
 template <std::size_t reach>
-void run64ths(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
-    using Words = hn::Vec<Tag16>;
-    blendSteps<reach>(program, src, dst, [](V8 pairs, Words weights) HWY_ATTR {
-        Words const sums = MulAddWindowPairs(pairs, hn::BitCast(Tag8(), weights));
-        return hn::BitCast(TagS16(), hn::ShiftRight<6>(sums));
-    });
-}
-
-vector::WindowPlan planOf(BlendAxis const& axis, std::size_t reach) {
-    return {.window = reach * windowBytes,
-            .row = axis.row_bytes,
-            .width = axis.pixels.size(),
-            .channels = axis.channels,
-            .reach = 2 * axis.channels,
-            .step_entries = entriesOfWindow};
-}
-
-/// Whether windows that follow one another make up for their second load.
-template <class First>
-bool needsTwoWindows(BlendAxis const& axis, First const& first) {
-    if (mostReach == 1 || axis.row_bytes < mostReach * windowBytes) {
-        return false;
+void chooseLoops(BlendProgram& program) {
+    switch (program.gathers) {
+        case 1:
+            return program.of_64 ? takeLoops<Shape<reach, 1, true>>(program)
+                                 : takeLoops<Shape<reach, 1>>(program);
+        case 2:
+            return takeLoops<Shape<reach, 2>>(program);
+        default:
+            return takeLoops<Shape<reach, 0>>(program);
     }
-    auto const ignore = [](WindowStep const& /*step*/) {};
-    return 4 * planSteps(planOf(axis, mostReach), first, ignore) <=
-           3 * planSteps(planOf(axis, 1), first, ignore);
 }
 
-/// The pairs of a window's entries, and their weights.
+/// The entries of a window of a block.
+struct EntryRange {
+    std::size_t first;
+    std::size_t end;
+};
+
+EntryRange entriesOf(BlendProgram const& program, std::size_t block, std::size_t window) {
+    std::size_t const first = firstOfBlock(block, program.entries) + window * windowEntries;
+    return {first, first + windowEntries};
+}
+
+/// Source bytes of an entry.
+struct BytePair {
+    std::size_t left;
+    std::size_t right;
+};
+
+BytePair pairOf(BlendAxis const& axis, std::size_t entry) {
+    PixelPair const& pixel = axis.pixels[entry / axis.channels];
+    std::size_t const channel = entry % axis.channels;
+    return {static_cast<std::size_t>(pixel.left) * axis.channels + channel,
+            static_cast<std::size_t>(pixel.right) * axis.channels + channel};
+}
+
+/// Calls visit(range, start) for the gathers of some entries: those in `range` lie in a window that
+/// begins at `start`. Each begins with a whole pixel, because enlarged pixels share their bytes.
+/// @return gathers
+template <class Visit>
+std::size_t planGathers(BlendAxis const& axis, std::size_t window, EntryRange own, Visit visit) {
+    std::size_t gathers = 0;
+    for (std::size_t entry = own.first; entry < own.end; ++gathers) {
+        std::size_t const first = entry;
+        std::size_t const start = vector::windowStart(
+            pairOf(axis, entry - entry % axis.channels).left, window, axis.row_bytes);
+        while (entry < own.end && pairOf(axis, entry).right < start + window) {
+            ++entry;
+        }
+        visit(EntryRange{first, entry}, start);
+    }
+    return gathers;
+}
+
+/// The most gathers that a window of a block takes.
+std::size_t mostGathers(BlendAxis const& axis, BlendProgram const& program, std::size_t window) {
+    std::size_t most = 0;
+    for (std::size_t i = 0; i < blocksOf(program) * windowCount; ++i) {
+        EntryRange const own = entriesOf(program, i / windowCount, i % windowCount);
+        most = std::max(most, planGathers(axis, window, own, [](auto const&...) {}));
+    }
+    return most;
+}
+
+/// Fills the tables of a window of a block.
 /// @param side of the window in its register
-void fillStep(BlendAxis const& axis, WindowStep const& from, std::size_t side, bool of_64,
-              BlendStep& step) {
-    std::size_t channel = from.channel;
-    PixelPair const* pixel = &axis.pixels[from.pixel];
-    auto const placeOf = [&](std::int32_t place) {
-        return static_cast<std::uint8_t>(static_cast<std::size_t>(place) * axis.channels + channel -
-                                         from.start);
-    };
-    for (std::size_t i = side * entriesOfWindow; i < side * entriesOfWindow + from.entries; ++i) {
-        step.places[2 * i] = placeOf(pixel->left);
-        step.places[2 * i + 1] = placeOf(pixel->right);
-        step.weights[i] = of_64 ? pairOf64(pixel->weight) : pixel->weight;
-        if (++channel == axis.channels) {
-            channel = 0;
-            ++pixel;
+void fillWindow(BlendAxis const& axis, BlendProgram& program, std::size_t window, EntryRange own,
+                std::size_t side, std::uint32_t* offsets, vector::RegisterBytes* tables) {
+    std::size_t k = 0;
+    planGathers(axis, window, own, [&](EntryRange range, std::size_t start) {
+        offsets[k * windowCount + side] = static_cast<std::uint32_t>(start);
+        std::uint8_t* const places = tables[k].bytes.data() + side * windowBytes;
+        for (std::size_t entry = range.first; entry < range.end; ++entry) {
+            BytePair const pair = pairOf(axis, entry);
+            places[2 * (entry - own.first)] = static_cast<std::uint8_t>(pair.left - start);
+            places[2 * (entry - own.first) + 1] = static_cast<std::uint8_t>(pair.right - start);
+        }
+        ++k;
+    });
+    std::uint8_t* const weights = tables[program.gathers].bytes.data() + side * windowBytes;
+    for (std::size_t i = 0; i < windowEntries; ++i) {
+        std::uint16_t const weight = axis.pixels[(own.first + i) / axis.channels].weight;
+        std::uint16_t const stored = program.of_64 ? pairOf64(weight) : weight;
+        std::memcpy(weights + 2 * i, &stored, sizeof stored);
+    }
+}
+
+void fillTables(BlendAxis const& axis, std::size_t window, BlendProgram& program) {
+    std::size_t const blocks = blocksOf(program);
+    vector::RegisterBytes empty{};
+    empty.bytes.fill(emptyPlace);
+    program.offsets.assign(blocks * program.gathers * windowCount, 0);
+    program.tables.assign(blocks * (program.gathers + 1), empty);
+    for (std::size_t block = 0; block < blocks; ++block) {
+        for (std::size_t side = 0; side < windowCount; ++side) {
+            fillWindow(axis, program, window, entriesOf(program, block, side), side,
+                       program.offsets.data() + block * program.gathers * windowCount,
+                       program.tables.data() + block * (program.gathers + 1));
         }
     }
 }
 
-/// A window has the pairs of as many entries as lie in it.
 bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
     auto const isLeftOf = [](PixelPair const& a, PixelPair const& b) { return a.left < b.left; };
     program.entries = axis.pixels.size() * axis.channels;
-    if (axis.row_bytes < windowBytes || program.entries < entriesOfWindow ||
+    if (axis.row_bytes < windowBytes || program.entries < blockEntries ||
         !std::is_sorted(axis.pixels.begin(), axis.pixels.end(), isLeftOf)) {
         return false;
     }
-    bool const of_64 = std::all_of(axis.pixels.begin(), axis.pixels.end(),
-                                   [](PixelPair const& pixel) { return isOf64(pixel.weight); });
-    auto const first = [&](std::size_t x) {
-        return static_cast<std::size_t>(axis.pixels[x].left) * axis.channels;
-    };
-    bool const is_far = needsTwoWindows(axis, first);
-    program.run = of_64 ? (is_far ? run64ths<mostReach> : run64ths<1>)
-                        : (is_far ? runWeights<mostReach> : runWeights<1>);
-    program.offsets.clear();
-    program.steps.clear();
-    std::size_t windows = 0;
-    std::size_t whole = 0;
-    auto const addWindow = [&](WindowStep const& from) {
-        std::size_t const entry = from.pixel * axis.channels + from.channel;
-        program.offsets.push_back(static_cast<std::uint32_t>(from.start));
-        program.offsets.push_back(static_cast<std::uint32_t>(entry));
-        if (windows % windowCount == 0) {
-            program.steps.emplace_back();
-        }
-        fillStep(axis, from, windows % windowCount, of_64, program.steps.back());
-        ++windows;
-        whole += entry + entriesOfWindow <= program.entries ? 1 : 0;
-    };
-    WindowStep last{};
-    planSteps(planOf(axis, is_far ? mostReach : 1), first, [&](WindowStep const& from) {
-        addWindow(from);
-        last = from;
-    });
-    program.whole_steps = whole / windowCount;
-    while (windows % windowCount != 0) {
-        addWindow(last);
-    }
+    std::size_t const near = mostGathers(axis, program, windowBytes);
+    std::size_t const far = axis.row_bytes < mostReach * windowBytes
+                                ? near
+                                : mostGathers(axis, program, mostReach * windowBytes);
+    // Windows of two registers pay where they save a good part of the gathers.
+    bool const is_far = 4 * far <= 3 * near;
+    program.gathers = is_far ? far : near;
+    program.of_64 =
+        program.gathers == 1 && std::all_of(axis.pixels.begin(), axis.pixels.end(),
+                                            [](PixelPair const& p) { return isOf64(p.weight); });
+    is_far ? chooseLoops<mostReach>(program) : chooseLoops<1>(program);
+    fillTables(axis, (is_far ? mostReach : 1) * windowBytes, program);
     return true;
 }
 

@@ -7,10 +7,11 @@
 
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include "vector/windows.h"
 
 namespace ox::rows {
 
@@ -33,10 +34,6 @@ struct TapAxis {
     std::int16_t const* weightRow(std::size_t row) const { return weights.data() + row * taps; }
 };
 
-struct alignas(64) RegisterBytes {
-    std::array<std::uint8_t, 64> bytes;
-};
-
 /// What a source row is made of.
 struct TapRow {
     std::size_t channels;  ///< interleaved, 1 to 4; a tap is a sample of its own channel
@@ -55,7 +52,7 @@ using RunTaps = void(TapProgram& program, std::uint8_t const* src, std::uint8_t*
 struct TapProgram {
     RunTaps* run = nullptr;
     std::vector<std::uint32_t> offsets;  ///< of each register: source bytes, byte in `tables`
-    std::vector<RegisterBytes> tables;
+    std::vector<vector::RegisterBytes> tables;
     std::size_t steps = 0;  ///< of each sum
     std::size_t window_bytes = 0;
     bool moves = false;              ///< whether each step has a window further on, or all have one

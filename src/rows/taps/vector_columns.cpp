@@ -231,7 +231,7 @@ void appendTables(TapAxis const& axis, TapProgram& program) {
     std::size_t own = 0;
     program.tables.clear();
     for (std::size_t i = 0; i < registersOf(program); ++i) {
-        program.tables.resize((own + bytes - 1) / sizeof(RegisterBytes) + 1);
+        program.tables.resize((own + bytes - 1) / sizeof(vector::RegisterBytes) + 1);
         std::uint8_t* const tables = program.tables.data()->bytes.data();
         std::memset(tables + own, 0, bytes);
         std::uint32_t* const offsets = program.offsets.data() + i * registerOffsets;
