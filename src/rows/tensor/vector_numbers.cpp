@@ -54,15 +54,16 @@ struct alignas(64) BlockBytes {
     std::array<std::array<Byte, blockBytes>, 3> rows;
 };
 
-/// The mean and scale of each lane of a register whose first lane is channel `first` of pixels of
-/// `Count` channels.
-template <std::size_t Count>
-HWY_INLINE ToFloats laneNumbers(std::array<ChannelNumbers const*, Count> channels,
-                                std::size_t first) {
+HWY_INLINE ToFloats numbersOf(ChannelNumbers const* channel) {
+    return {hn::Set(BlockTagF32(), channel->mean), hn::Set(BlockTagF32(), channel->scale)};
+}
+
+/// The mean and scale of each lane of a register whose first lane is channel `first` of a pixel.
+HWY_INLINE ToFloats laneNumbers(PixelNumbers const& channels, std::size_t first) {
     alignas(64) std::array<float, lanes> mean;
     alignas(64) std::array<float, lanes> scale;
     for (std::size_t i = 0; i < lanes; ++i) {
-        ChannelNumbers const& channel = *channels[(first + i) % Count];
+        ChannelNumbers const& channel = *channels[(first + i) % channels.size()];
         mean[i] = channel.mean;
         scale[i] = channel.scale;
     }
@@ -76,7 +77,7 @@ void normaliseOne(Byte const* row, std::size_t pixels, PixelNumbers const& chann
         return plainTensor.normalise[indexOf(number)][indexOf(Channels::One)](row, pixels, channels,
                                                                               dst);
     }
-    ToFloats const convert = laneNumbers<1>({channels[0]}, 0);
+    ToFloats const convert = numbersOf(channels[0]);
     Byte* const to = dst[0];
     walkShortBlocks(pixels, lanes, [&](std::size_t x) HWY_ATTR {
         storeNumbers<number>(convert(row + x), to + x * bytesOf(number));
@@ -90,9 +91,8 @@ void normalisePlanes(Byte const* row, std::size_t pixels, PixelNumbers const& ch
         return plainTensor.normalise[indexOf(number)][indexOf(Channels::Planes)](row, pixels,
                                                                                  channels, dst);
     }
-    std::array<ToFloats, 3> const convert{laneNumbers<1>({channels[0]}, 0),
-                                          laneNumbers<1>({channels[1]}, 0),
-                                          laneNumbers<1>({channels[2]}, 0)};
+    std::array<ToFloats, 3> const convert{numbersOf(channels[0]), numbersOf(channels[1]),
+                                          numbersOf(channels[2])};
     std::array<Byte*, 3> const to{dst[0], dst[1], dst[2]};
     walkBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
         Tag8 const d;
