@@ -197,7 +197,8 @@ std::size_t planGathers(BlendAxis const& axis, std::size_t window, EntryRange ow
 }
 
 /// The most gathers that a window of a block takes.
-std::size_t mostGathers(BlendAxis const& axis, BlendProgram const& program, std::size_t window) {
+[[gnu::cold]] std::size_t mostGathers(BlendAxis const& axis, BlendProgram const& program,
+                                      std::size_t window) {
     std::size_t most = 0;
     for (std::size_t i = 0; i < blocksOf(program) * windowCount; ++i) {
         EntryRange const own = entriesOf(program, i / windowCount, i % windowCount);
@@ -229,7 +230,7 @@ void fillWindow(BlendAxis const& axis, BlendProgram& program, std::size_t window
     }
 }
 
-void fillTables(BlendAxis const& axis, std::size_t window, BlendProgram& program) {
+[[gnu::cold]] void fillTables(BlendAxis const& axis, std::size_t window, BlendProgram& program) {
     std::size_t const blocks = blocksOf(program);
     vector::RegisterBytes empty{};
     empty.bytes.fill(emptyPlace);
@@ -244,7 +245,7 @@ void fillTables(BlendAxis const& axis, std::size_t window, BlendProgram& program
     }
 }
 
-bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
+[[gnu::cold]] bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
     auto const isLeftOf = [](PixelPair const& a, PixelPair const& b) { return a.left < b.left; };
     program.entries = axis.pixels.size() * axis.channels;
     if (axis.row_bytes < windowBytes || program.entries < blockEntries ||

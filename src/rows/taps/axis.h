@@ -55,7 +55,7 @@ struct TapProgram {
     std::vector<vector::RegisterBytes> tables;
     std::size_t steps = 0;  ///< of each sum
     std::size_t window_bytes = 0;
-    bool moves = false;              ///< whether each step has a window further on, or all have one
+    std::size_t window_steps = 0;    ///< after which the window moves on; 0: all have one window
     std::size_t lane_sums = 1;       ///< partial sums of an entry in a register
     std::size_t channels = 1;        ///< interleaved
     std::size_t entries = 0;         ///< of the result: its samples, and gaps

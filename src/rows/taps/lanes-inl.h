@@ -31,6 +31,20 @@ constexpr std::size_t windowLanes = windowBytes / 4;
 constexpr std::size_t registerOffsets = windowCount + 1;
 constexpr std::size_t gapLanes = 4;  ///< of a pixel of three channels, with its gap
 
+/// What is known of a program when it is compiled.
+template <std::size_t lane_sums_, std::size_t reach_, std::size_t window_steps_, std::size_t steps_>
+struct Shape {
+    static constexpr std::size_t lane_sums = lane_sums_;
+    static constexpr std::size_t reach = reach_;
+    static constexpr std::size_t window_steps = window_steps_;
+    static constexpr std::size_t steps = steps_;  ///< 0: any number
+};
+
+/// The loops that are compiled, as `Shape`s: those that were measured to pay, in order of
+/// preference where they cost the same.
+template <class... Shapes>
+struct Loops {};
+
 #if HWY_TARGET == HWY_AVX3_DL
 
 // Taps are bytes. A weight that doesn't fit a byte is 256 * high + low, and the products of each
@@ -39,8 +53,10 @@ constexpr std::size_t gapLanes = 4;  ///< of a pixel of three channels, with its
 constexpr bool splitsWeights = true;
 constexpr std::size_t laneTaps = 4;
 constexpr std::size_t blockRegisters = 1;  ///< of sums, that are stored together
-/// Enough for reductions to about a thirtieth.
-constexpr std::size_t mostLaneSums = 8;
+/// Eight lanes are enough for reductions to about a thirtieth.
+using CompiledLoops = Loops<Shape<1, 1, 0, 1>, Shape<1, 1, 0, 2>, Shape<1, 2, 0, 2>,
+                            Shape<1, 2, 0, 3>, Shape<2, 2, 0, 2>, Shape<1, 1, 1, 0>,
+                            Shape<2, 1, 1, 0>, Shape<4, 1, 1, 0>, Shape<8, 1, 1, 0>>;
 
 inline bool fitsParts(TapAxis const& axis) {
     constexpr int largest = 127 * 256 + 127;
@@ -111,7 +127,11 @@ HWY_INLINE void storeBlock(Sum const& sum, bool has_gaps, std::uint8_t* to) {
 constexpr bool splitsWeights = false;
 constexpr std::size_t laneTaps = 2;
 constexpr std::size_t blockRegisters = 4;
-constexpr std::size_t mostLaneSums = windowLanes;
+/// With four lanes a window has one entry.
+using CompiledLoops =
+    Loops<Shape<1, 1, 0, 1>, Shape<1, 1, 0, 2>, Shape<2, 1, 0, 2>, Shape<1, 1, 1, 0>,
+          Shape<1, 1, 2, 0>, Shape<1, 1, 1, 2>, Shape<1, 1, 1, 3>, Shape<1, 1, 1, 4>,
+          Shape<1, 1, 2, 3>, Shape<1, 1, 2, 4>, Shape<2, 1, 1, 0>, Shape<4, 1, 1, 0>>;
 
 inline bool fitsParts(TapAxis const& /*axis*/) {
     return true;
