@@ -205,7 +205,7 @@ struct ScalerState {
     }
 
     template <class Source, class... Wanted>
-    void arm(Place here, Source& source, Wanted... wanted) {
+    [[gnu::cold]] void arm(Place here, Source& source, Wanted... wanted) {
         prepareTables(_window, [&] { own().prepare(source.layout(), wanted...); });
         armWindow(_window, source, own().windowSize(source), here);
         _window.moveTo(own().firstRow());

@@ -61,7 +61,8 @@ struct ScalerAreaX::State : AreaState<State> {
     impl::ScaledPlanes<rows::AreaColumns> _planes;
     int _planned_shift = 0;  ///< that the planes were planned for
 
-    void prepare(FrameLayout const& src_layout, int dst_width, ScalerPrecision precision);
+    [[gnu::cold]] void prepare(FrameLayout const& src_layout, int dst_width,
+                               ScalerPrecision precision);
     void planColumns(rows::AreaColumns& columns, int plane, rows::Element element) const;
 };
 
@@ -151,7 +152,8 @@ struct ScalerAreaY::State : AreaState<State> {
     impl::ScaledPlanes<Plane> _planes;
 
     bool shrinks() const { return _dst_layout.size.height < _src_layout.size.height; }
-    void prepare(FrameLayout const& src_layout, int dst_height, ScalerPrecision precision);
+    [[gnu::cold]] void prepare(FrameLayout const& src_layout, int dst_height,
+                               ScalerPrecision precision);
     int rowCount() const;
     rows::RowCut cutPlane(int plane);
     int windowSize(auto const& /*source*/) const {

@@ -44,7 +44,7 @@ struct scaleAreaXY::State : impl::ScalerState<State> {
     std::vector<rows::CoveredRow> _rows;
     impl::ScaledPlanes<Plane> _planes;
 
-    void prepare(FrameLayout const& src_layout, Size dst_size);
+    [[gnu::cold]] void prepare(FrameLayout const& src_layout, Size dst_size);
     void fillRows(int plane);
     int windowSize(Frame const& /*source*/) const {
         int const count = static_cast<int>(_rows.size());

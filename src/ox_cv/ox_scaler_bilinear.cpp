@@ -91,7 +91,7 @@ struct ScalerBilinearX::State : impl::ScalerState<State> {
     impl::PassedRows _passed;
     impl::ScaledPlanes<rows::BlendColumns> _planes;
 
-    void prepare(FrameLayout const& src_layout, int dst_width);
+    [[gnu::cold]] void prepare(FrameLayout const& src_layout, int dst_width);
 };
 
 void ScalerBilinearX::State::prepare(FrameLayout const& src_layout, int dst_width) {
@@ -162,7 +162,7 @@ struct ScalerBilinearY::State : impl::ScalerState<State> {
     Coordinates _src_ys;
     impl::ScaledPlanes<Plane> _planes;
 
-    void prepare(FrameLayout const& src_layout, int dst_height);
+    [[gnu::cold]] void prepare(FrameLayout const& src_layout, int dst_height);
     int windowSize(auto const& source) const {
         return limitWindowSize(verticalWindowSize(_dst_layout), source);
     }
@@ -242,7 +242,7 @@ struct ScalerBilinearXY::State : impl::ScalerState<State> {
     impl::ScaledPlanes<rows::BlendColumnsAndRows> _planes;
 
     void buildTables(Size src_size, Size dst_size);
-    void prepare(FrameLayout const& src_layout, Size dst_size);
+    [[gnu::cold]] void prepare(FrameLayout const& src_layout, Size dst_size);
     int windowSize(auto const& source) const {
         return limitWindowSize(verticalWindowSize(_dst_layout), source);
     }

@@ -23,7 +23,7 @@ struct ScalerNearestNeighbor::State : impl::ScalerState<State> {
     std::vector<std::uint16_t> _src_ys;
     impl::ScaledPlanes<rows::NearestColumns> _planes;
 
-    void prepare(FrameLayout const& src_layout, Size dst_size);
+    [[gnu::cold]] void prepare(FrameLayout const& src_layout, Size dst_size);
     void buildTables(Size src_size, Size dst_size);
     int firstRow() const { return _src_ys[static_cast<std::size_t>(_dst_row)]; }
 };

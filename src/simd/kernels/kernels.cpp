@@ -54,7 +54,7 @@ bool KernelsEnabled = true;
 
 namespace {
 
-Routines findRoutines() {
+[[gnu::cold]] Routines findRoutines() {
     Routines best = Plain::routines();
 #ifdef OX_WITH_HIGHWAY
     takeBgrRoutines(best);

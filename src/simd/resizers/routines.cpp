@@ -45,7 +45,7 @@ void blendByteRows(std::uint16_t const* top, std::uint16_t const* bottom, std::i
     }
 }
 
-ResizeRoutines findResizeRoutines() {
+[[gnu::cold]] ResizeRoutines findResizeRoutines() {
     using ox::vector::neverRun;
     using ox::vector::noProgram;
     ResizeRoutines found{
