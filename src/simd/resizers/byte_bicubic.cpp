@@ -3,8 +3,6 @@
 
 #include "simd/resizers/byte_bicubic.h"
 
-#include <iterator>
-
 #include "simd/resizers/axis.h"
 
 namespace Simd::Base {
@@ -83,15 +81,17 @@ struct Column {
 
 /// Calls visit(element, channel, column) for the elements of some columns of a destination row.
 /// @tparam border whether samples may lie outside the row; the row's outermost samples stand in
-template <std::int64_t channels, bool border, class Visit>
+template <bool border, class Visit>
 void forColumns(Work const& work, std::uint64_t begin, std::uint64_t end, Visit visit) {
-    std::int64_t const last = static_cast<std::int64_t>(work.param.srcW - 1) * channels;
+    std::uint64_t const channels = work.param.channels;
+    auto const step = static_cast<std::int64_t>(channels);
+    std::int64_t const last = static_cast<std::int64_t>(work.param.srcW - 1) * step;
     for (std::uint64_t x = begin; x < end; ++x) {
         Column column{{}, work.ax + cubicTaps * x};
-        std::int64_t offset = work.ix[x] - channels;
+        std::int64_t offset = work.ix[x] - step;
         for (std::int64_t& sample : column.offsets) {
             sample = border ? std::clamp<std::int64_t>(offset, 0, last) : offset;
-            offset += channels;
+            offset += step;
         }
         for (std::uint64_t channel = 0; channel < channels; ++channel) {
             visit(x * channels + channel, channel, column);
@@ -99,11 +99,11 @@ void forColumns(Work const& work, std::uint64_t begin, std::uint64_t end, Visit 
     }
 }
 
-template <std::int64_t channels, class Visit>
+template <class Visit>
 void forRow(Work const& work, Visit visit) {
-    forColumns<channels, true>(work, 0, work.xn, visit);
-    forColumns<channels, false>(work, work.xn, work.xt, visit);
-    forColumns<channels, true>(work, std::max(work.xn, work.xt), work.param.dstW, visit);
+    forColumns<true>(work, 0, work.xn, visit);
+    forColumns<false>(work, work.xn, work.xt, visit);
+    forColumns<true>(work, std::max(work.xn, work.xt), work.param.dstW, visit);
 }
 
 /// The weights of a destination row, for the sums of its four source rows.
@@ -121,7 +121,6 @@ struct RowWeights {
     }
 };
 
-template <std::int64_t channels>
 void runDirect(Work const& work) {
     for (std::uint64_t y = 0; y < work.param.dstH; ++y) {
         std::uint8_t const* const r0 = work.sourceRow(work.iy[y] - std::int64_t{1});
@@ -130,29 +129,28 @@ void runDirect(Work const& work) {
         std::uint8_t const* const r3 = work.sourceRow(work.iy[y] + std::int64_t{2});
         std::uint8_t* const dst = work.dst + y * work.dstStride;
         RowWeights const weights(work, y);
-        forRow<channels>(work, [=](std::uint64_t element, std::uint64_t channel, Column const& at) {
+        forRow(work, [=](std::uint64_t element, std::uint64_t channel, Column const& at) {
             dst[element] = weights.pixel(at.sum(r0 + channel), at.sum(r1 + channel),
                                          at.sum(r2 + channel), at.sum(r3 + channel));
         });
     }
 }
 
-template <std::int64_t channels>
 void filterRow(Work const& work, std::int64_t row) {
     std::uint8_t const* const src = work.sourceRow(row);
     std::int32_t* const sums = work.filteredRow(row);
-    forRow<channels>(work, [=](std::uint64_t element, std::uint64_t channel, Column const& at) {
+    forRow(work, [=](std::uint64_t element, std::uint64_t channel, Column const& at) {
         sums[element] = at.sum(src + channel);
     });
 }
 
-template <std::int64_t channels>
 void runBuffered(Work const& work) {
+    std::uint64_t const entries = work.param.dstW * work.param.channels;
     std::int64_t next = -2;  // the source row behind the last filtered one
     for (std::uint64_t y = 0; y < work.param.dstH; ++y) {
         std::int64_t const top = work.iy[y] - std::int64_t{1};
         for (next = std::max(next, top); next < top + std::int64_t{cubicTaps}; ++next) {
-            filterRow<channels>(work, next);
+            filterRow(work, next);
         }
         std::int32_t const* const r0 = work.filteredRow(top);
         std::int32_t const* const r1 = work.filteredRow(top + 1);
@@ -160,7 +158,7 @@ void runBuffered(Work const& work) {
         std::int32_t const* const r3 = work.filteredRow(top + 3);
         std::uint8_t* const dst = work.dst + y * work.dstStride;
         RowWeights const weights(work, y);
-        for (std::uint64_t i = 0; i < work.param.dstW * channels; ++i) {
+        for (std::uint64_t i = 0; i < entries; ++i) {
             dst[i] = weights.pixel(r0[i], r1[i], r2[i], r3[i]);
         }
     }
@@ -171,19 +169,14 @@ bool isDirect(ResizerParam const& param) {
     return param.dstH <= param.srcH / 4;
 }
 
-template <std::int64_t channels>
-void run(Work const& work) {
-    isDirect(work.param) ? runDirect<channels>(work) : runBuffered<channels>(work);
-}
-
 }  // namespace
 
 ResizerByteBicubic::ResizerByteBicubic(ResizerParam const& record) : Resizer(record) {}
 
 void ResizerByteBicubic::Run(std::uint8_t const* src, std::size_t srcStride, std::uint8_t* dst,
                              std::size_t dstStride) {
-    constexpr void (*runs[])(Work const&) = {run<1>, run<2>, run<3>, run<4>};
-    if (param.channels < 1 || param.channels > std::size(runs) || param.srcW == 0 ||
+    constexpr std::uint64_t most_channels = 4;
+    if (param.channels < 1 || param.channels > most_channels || param.srcW == 0 ||
         param.srcH == 0) {
         return;
     }
@@ -203,18 +196,11 @@ void ResizerByteBicubic::Run(std::uint8_t const* src, std::size_t srcStride, std
             --xt;
         }
     }
-    runs[param.channels - 1]({param,
-                              ix.data,
-                              iy.data,
-                              ax.data,
-                              ay.data,
-                              {bx[0].data, bx[1].data, bx[2].data, bx[3].data},
-                              xn,
-                              xt,
-                              src,
-                              srcStride,
-                              dst,
-                              dstStride});
+    Work const work{param,     ix.data, iy.data,
+                    ax.data,   ay.data, {bx[0].data, bx[1].data, bx[2].data, bx[3].data},
+                    xn,        xt,      src,
+                    srcStride, dst,     dstStride};
+    isDirect(param) ? runDirect(work) : runBuffered(work);
 }
 
 }  // namespace Simd::Base

@@ -37,21 +37,35 @@ WarpTaps placeTaps(std::uint8_t* slice, std::size_t columns, std::size_t channel
     return taps;
 }
 
+template <std::size_t moved>
+void gather(WarpTaps const& taps, std::size_t count, std::uint8_t const* upper,
+            std::uint8_t const* lower) {
+    // In registers: what is stored here is bytes, which could be any of these.
+    std::uint32_t const* const offsets = taps.offset;
+    std::uint8_t* const pixels = taps.pixels;
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint8_t pairs[2 * moved];
+        std::memcpy(pairs, upper + offsets[i], moved);
+        std::memcpy(pairs + moved, lower + offsets[i], moved);
+        std::memcpy(pixels + i * 2 * moved, pairs, 2 * moved);
+    }
+}
+
 /// One row of the destination, and where its columns lie in the source.
-template <std::size_t channels>
 struct RowWarp {
     WarpAffineParam const& param;
+    WarpAffineByteBilinear::Row* gather;
     WarpLine line;
     std::uint8_t const* src;
     std::uint8_t* row;
 
     std::uint8_t* pixel(std::int32_t column) const {
-        return row + static_cast<std::size_t>(column) * channels;
+        return row + static_cast<std::size_t>(column) * param.channels;
     }
 
     /// Whether the four samples are inside, and so are the bytes that are moved with them.
     bool isInside(std::int32_t column) const {
-        constexpr std::int64_t moved = channels == 3 ? 3 : 2;
+        std::int64_t const moved = param.channels == 3 ? 3 : 2;
         float const x = line.x.at(column);
         float const y = line.y.at(column);
         return x >= 0 && y >= 0 &&
@@ -64,7 +78,7 @@ struct RowWarp {
         bool const inside = x >= 0 && y >= 0 && static_cast<std::uint64_t>(x) < param.srcW &&
                             static_cast<std::uint64_t>(y) < param.srcH;
         return inside ? src + static_cast<std::uint64_t>(y) * param.srcS +
-                            static_cast<std::uint64_t>(x) * channels
+                            static_cast<std::uint64_t>(x) * param.channels
                       : outside;
     }
 
@@ -86,7 +100,7 @@ struct RowWarp {
         std::uint8_t const* const t01 = sample(left + 1, top, outside);
         std::uint8_t const* const t10 = sample(left, top + 1, outside);
         std::uint8_t const* const t11 = sample(left + 1, top + 1, outside);
-        for (std::size_t c = 0; c < channels; ++c) {
+        for (std::size_t c = 0; c < param.channels; ++c) {
             std::uint32_t const sum =
                 (t00[c] * x0 + t01[c] * x1) * y0 + (t10[c] * x0 + t11[c] * x1) * y1;
             out[c] = static_cast<std::uint8_t>((sum + 512) >> 10);
@@ -105,21 +119,6 @@ struct RowWarp {
         }
     }
 
-    void gather(WarpTaps const& taps, std::size_t count) const {
-        constexpr std::size_t moved = pairBytes(channels);
-        // In registers: what is stored here is bytes, which could be any of these.
-        std::uint32_t const* const offsets = taps.offset;
-        std::uint8_t* const pixels = taps.pixels;
-        std::uint8_t const* const upper = src;
-        std::uint8_t const* const lower = src + param.srcS;
-        for (std::size_t i = 0; i < count; ++i) {
-            std::uint8_t pairs[2 * moved];
-            std::memcpy(pairs, upper + offsets[i], moved);
-            std::memcpy(pairs + moved, lower + offsets[i], moved);
-            std::memcpy(pixels + i * 2 * moved, pairs, 2 * moved);
-        }
-    }
-
     /// Columns that are all inside, in sweeps over blocks of them.
     void blendInterior(std::int32_t first, std::int32_t last, std::uint8_t* slice) const {
         bool const vector = Neon::KernelsEnabled;
@@ -131,10 +130,10 @@ struct RowWarp {
         std::size_t left = static_cast<std::size_t>(last - first);
         for (std::size_t parts = (left + blockColumns - 1) / blockColumns; parts != 0; --parts) {
             std::size_t const count = left / parts;
-            WarpTaps const taps = placeTaps(slice, count, channels);
+            WarpTaps const taps = placeTaps(slice, count, param.channels);
             find(line, plane, first, count, taps);
-            gather(taps, count);
-            blend(taps, count, channels, pixel(first));
+            gather(taps, count, src, src + param.srcS);
+            blend(taps, count, param.channels, pixel(first));
             first += static_cast<std::int32_t>(count);
             left -= count;
         }
@@ -151,8 +150,7 @@ struct Columns {
 
 /// Coordinates rise or fall throughout a row, so that columns between two that are inside are too,
 /// whatever was rounded on the way.
-template <std::size_t channels>
-void fillRow(RowWarp<channels> const& warp, Columns columns, std::uint8_t* slice) {
+void fillRow(RowWarp const& warp, Columns columns, std::uint8_t* slice) {
     std::int32_t first = columns.innerBeg;
     std::int32_t last = hasShortOffsets(warp.param) ? columns.innerEnd : first;
     while (first < last && !warp.isInside(first)) {
@@ -161,29 +159,18 @@ void fillRow(RowWarp<channels> const& warp, Columns columns, std::uint8_t* slice
     while (first < last && !warp.isInside(last - 1)) {
         --last;
     }
-    fillBorder<channels>(warp.param, warp.row, 0, static_cast<std::uint64_t>(columns.outerBeg));
+    fillBorder(warp.param, warp.row, 0, static_cast<std::uint64_t>(columns.outerBeg));
     warp.blendEdges(std::min(columns.outerBeg, columns.innerBeg), first);
     warp.blendInterior(first, last, slice);
     warp.blendEdges(last, columns.outerEnd);
-    fillBorder<channels>(warp.param, warp.row, static_cast<std::uint64_t>(columns.outerEnd),
-                         warp.param.dstW);
-}
-
-template <std::size_t channels>
-void fillRows(WarpAffineParam const& param, std::uint64_t first, std::uint64_t last,
-              std::int32_t const* innerBeg, std::int32_t const* innerEnd,
-              std::int32_t const* outerBeg, std::int32_t const* outerEnd, std::uint8_t const* src,
-              std::uint8_t* dst, std::uint8_t* slice) {
-    for (std::uint64_t y = first; y < last; ++y) {
-        RowWarp<channels> const warp{param, WarpLine(param.inv, y), src, dst + y * param.dstS};
-        fillRow(warp, {innerBeg[y], innerEnd[y], outerBeg[y], outerEnd[y]}, slice);
-    }
+    fillBorder(warp.param, warp.row, static_cast<std::uint64_t>(columns.outerEnd), warp.param.dstW);
 }
 
 }  // namespace
 
 WarpAffineByteBilinear::WarpAffineByteBilinear(WarpAffineParam const& record) : WarpAffine(record) {
-    static constexpr Rows* rows[] = {fillRows<1>, fillRows<2>, fillRows<3>, fillRows<4>};
+    static constexpr Row* rows[] = {gather<pairBytes(1)>, gather<pairBytes(2)>,
+                                    gather<pairBytes(3)>, gather<pairBytes(4)>};
     run = rows[param.channels - 1];
 }
 
@@ -199,8 +186,11 @@ void WarpAffineByteBilinear::Run(std::uint8_t const* src, std::uint8_t* dst) {
         [&](std::uint64_t thread, std::uint64_t block_begin, std::uint64_t block_end) {
             // Slices start at whole words; the column that each has to spare makes up for it.
             std::uint64_t const slice = thread * size / 4 * 4;
-            run(param, block_begin, block_end, innerBeg, innerEnd, outerBeg, outerEnd, src, dst,
-                buffer.data + slice);
+            for (std::uint64_t y = block_begin; y < block_end; ++y) {
+                RowWarp const warp{param, run, WarpLine(param.inv, y), src, dst + y * param.dstS};
+                fillRow(warp, {innerBeg[y], innerEnd[y], outerBeg[y], outerEnd[y]},
+                        buffer.data + slice);
+            }
         },
         threads, 1);
     first = false;

@@ -14,23 +14,15 @@ namespace {
 
 constexpr std::uint64_t offsetBytes = sizeof(std::uint32_t);
 
-/// Columns of a row in two sweeps: offsets, and copies.
 template <std::size_t channels>
-void copyColumns(WarpAffineParam const& param, WarpLine const& line, std::int32_t first,
-                 std::int32_t last, std::uint8_t const* src, std::uint8_t* row,
-                 std::uint32_t* offsets) {
-    auto const count = static_cast<std::size_t>(last - first);
-    auto* const find =
-        Neon::KernelsEnabled ? Neon::warpRoutines().findNearestOffsets : FindNearestOffsets;
-    find(line, sourcePlane(param), first, count, offsets);
-    std::uint8_t* const dst = row + static_cast<std::size_t>(first) * channels;
+void copyPixels(std::uint8_t const* src, std::uint32_t const* offsets, std::size_t count,
+                std::uint8_t* dst) {
     for (std::size_t i = 0; i < count; ++i) {
-        copyPixel<channels>(dst + i * channels, src + offsets[i]);
+        std::memcpy(dst + i * channels, src + offsets[i], channels);
     }
 }
 
-/// The same for sources with offsets of any size.
-template <std::size_t channels>
+/// Columns of a row from a source with offsets of any size.
 void copyFarColumns(WarpAffineParam const& param, WarpLine const& line, std::int32_t first,
                     std::int32_t last, std::uint8_t const* src, std::uint8_t* row) {
     auto const index = [](float position, std::int32_t most) {
@@ -39,35 +31,36 @@ void copyFarColumns(WarpAffineParam const& param, WarpLine const& line, std::int
     for (std::int32_t column = first; column < last; ++column) {
         std::uint64_t const x = index(line.x.at(column), lastIndex(param.srcW));
         std::uint64_t const y = index(line.y.at(column), lastIndex(param.srcH));
-        copyPixel<channels>(row + static_cast<std::size_t>(column) * channels,
-                            src + y * param.srcS + x * channels);
-    }
-}
-
-template <std::size_t channels>
-void fillRows(WarpAffineParam const& param, std::uint64_t first, std::uint64_t last,
-              std::int32_t const* beg, std::int32_t const* end, std::uint8_t const* src,
-              std::uint8_t* dst, std::uint8_t* slice) {
-    bool const near = hasShortOffsets(param);
-    for (std::uint64_t y = first; y < last; ++y) {
-        std::uint8_t* const row = dst + y * param.dstS;
-        WarpLine const line(param.inv, y);
-        fillBorder<channels>(param, row, 0, static_cast<std::uint64_t>(beg[y]));
-        if (beg[y] < end[y] && near) {
-            copyColumns<channels>(param, line, beg[y], end[y], src, row,
-                                  reinterpret_cast<std::uint32_t*>(slice));
-        } else if (beg[y] < end[y]) {
-            copyFarColumns<channels>(param, line, beg[y], end[y], src, row);
-        }
-        fillBorder<channels>(param, row, static_cast<std::uint64_t>(end[y]), param.dstW);
+        std::memcpy(row + static_cast<std::size_t>(column) * param.channels,
+                    src + y * param.srcS + x * param.channels, param.channels);
     }
 }
 
 }  // namespace
 
 WarpAffineNearest::WarpAffineNearest(WarpAffineParam const& record) : WarpAffine(record) {
-    static constexpr Rows* rows[] = {fillRows<1>, fillRows<2>, fillRows<3>, fillRows<4>};
+    static constexpr Row* rows[] = {copyPixels<1>, copyPixels<2>, copyPixels<3>, copyPixels<4>};
     run = rows[param.channels - 1];
+}
+
+/// Near columns in two sweeps: offsets, and copies.
+void WarpAffineNearest::fillRow(std::uint64_t y, std::uint8_t const* src, std::uint8_t* row,
+                                std::uint8_t* slice) const {
+    std::int32_t const left = beg.data[y];
+    std::int32_t const right = end.data[y];
+    WarpLine const line(param.inv, y);
+    fillBorder(param, row, 0, static_cast<std::uint64_t>(left));
+    if (left < right && hasShortOffsets(param)) {
+        auto* const find =
+            Neon::KernelsEnabled ? Neon::warpRoutines().findNearestOffsets : FindNearestOffsets;
+        auto const count = static_cast<std::size_t>(right - left);
+        auto* const offsets = reinterpret_cast<std::uint32_t*>(slice);
+        find(line, sourcePlane(param), left, count, offsets);
+        run(src, offsets, count, row + static_cast<std::size_t>(left) * param.channels);
+    } else {
+        copyFarColumns(param, line, left, right, src, row);
+    }
+    fillBorder(param, row, static_cast<std::uint64_t>(right), param.dstW);
 }
 
 void WarpAffineNearest::Run(std::uint8_t const* src, std::uint8_t* dst) {
@@ -80,8 +73,9 @@ void WarpAffineNearest::Run(std::uint8_t const* src, std::uint8_t* dst) {
     Parallel(
         0, param.dstH,
         [&](std::uint64_t thread, std::uint64_t block_begin, std::uint64_t block_end) {
-            run(param, block_begin, block_end, beg.data, end.data, src, dst,
-                buffer.data + thread * size);
+            for (std::uint64_t y = block_begin; y < block_end; ++y) {
+                fillRow(y, src, dst + y * param.dstS, buffer.data + thread * size);
+            }
         },
         threads, 1);
     first = false;

@@ -15,22 +15,23 @@ namespace Simd::Base {
 /// One to four channels.
 class WarpAffineNearest : public WarpAffine {
   public:
+    /// Copies `count` pixels of a row from their offsets in the source.
+    using Row = void(std::uint8_t const* src, std::uint32_t const* offsets, std::size_t count,
+                     std::uint8_t* dst);
+
     explicit WarpAffineNearest(WarpAffineParam const& param);
     void Run(std::uint8_t const* src, std::uint8_t* dst) override;
 
   protected:
-    /// Fills rows `first` up to before `last`; `slice` is a thread's part of the scratch.
-    using Rows = void(WarpAffineParam const& param, std::uint64_t first, std::uint64_t last,
-                      std::int32_t const* beg, std::int32_t const* end, std::uint8_t const* src,
-                      std::uint8_t* dst, std::uint8_t* slice);
-
     /// @param polygon the centres of the source's outermost pixels
     virtual void BuildRowRanges(WarpPolygon const& polygon);
     void Init();
+    void fillRow(std::uint64_t y, std::uint8_t const* src, std::uint8_t* row,
+                 std::uint8_t* slice) const;
 
     AlignedArray<std::int32_t> beg;  ///< first covered column of each row
     AlignedArray<std::int32_t> end;  ///< the column behind the last one
-    Rows* run;
+    Row* run;
 };
 
 }  // namespace Simd::Base

@@ -41,26 +41,24 @@ inline WarpPlane sourcePlane(WarpAffineParam const& param) {
             static_cast<std::uint32_t>(param.channels)};
 }
 
-template <std::size_t channels>
-void copyPixel(std::uint8_t* dst, std::uint8_t const* src) {
-    std::memcpy(dst, src, channels);
-}
-
 /// Fills columns `first` up to before `last` of a row with the border's colour, unless the warp is
 /// transparent.
-template <std::size_t channels>
-void fillBorder(WarpAffineParam const& param, std::uint8_t* row, std::uint64_t first,
-                std::uint64_t last) {
-    if ((param.flags & WarpAffineFlagTransparent) != 0) {
+inline void fillBorder(WarpAffineParam const& param, std::uint8_t* row, std::uint64_t first,
+                       std::uint64_t last) {
+    if (first >= last || (param.flags & WarpAffineFlagTransparent) != 0) {
         return;
     }
-    if (first < last && std::count(param.border, param.border + channels, param.border[0]) ==
-                            static_cast<std::ptrdiff_t>(channels)) {
-        std::memset(row + first * channels, param.border[0], (last - first) * channels);
+    std::uint64_t const channels = param.channels;
+    std::uint8_t* const begin = row + first * channels;
+    std::uint64_t const bytes = (last - first) * channels;
+    if (std::count(param.border, param.border + channels, param.border[0]) ==
+        static_cast<std::ptrdiff_t>(channels)) {
+        std::memset(begin, param.border[0], bytes);
         return;
     }
-    for (std::uint64_t x = first; x < last; ++x) {
-        copyPixel<channels>(row + x * channels, param.border);
+    std::memcpy(begin, param.border, channels);
+    for (std::uint64_t filled = channels; filled < bytes; filled *= 2) {
+        std::memcpy(begin + filled, begin, std::min(filled, bytes - filled));
     }
 }
 
