@@ -120,16 +120,20 @@ HWY_INLINE void sumBlocks(TapProgram const& program, RowPart part, std::uint8_t*
 
 template <class Shape, bool has_high>
 void sumTapsBy(TapProgram& program, std::uint8_t const* src, std::uint8_t* dst) {
-    std::size_t const inside = program.src_bytes - program.tail_first;
-    if (inside != 0) {
-        std::memcpy(program.tail.data(), src + program.tail_first, inside);
-    }
-    std::size_t const whole = program.whole_blocks;
-    RowPart const parts[]{{src, 0, {0, whole}},
-                          {program.tail.data(), program.tail_first, {whole, blocksOf(program)}}};
+    std::size_t const blocks = blocksOf(program);
+    RowPart part{src, 0, {0, program.whole_blocks}};
     // A single call, so that its code is inlined once.
-    for (RowPart const& part : parts) {
+    while (true) {
         sumBlocks<Shape, has_high>(program, part, dst);
+        if (part.blocks.end == blocks) {
+            return;
+        }
+        // Not before: the row's end is in the cache by now.
+        std::size_t const inside = program.src_bytes - program.tail_first;
+        if (inside != 0) {
+            std::memcpy(program.tail.data(), src + program.tail_first, inside);
+        }
+        part = {program.tail.data(), program.tail_first, {program.whole_blocks, blocks}};
     }
 }
 
