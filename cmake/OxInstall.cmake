@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
 # `cmake --install`: the libraries, shared and static, their public headers, what CMake and pkg-config
-# ask about them, and the tool with its pages. The components are Debian's packages.
+# ask about them, the tool with its pages, and GStreamer's plugin. The components are Debian's packages.
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
@@ -84,6 +84,10 @@ if(TARGET oxcv_pages)
   install(FILES "${pages}/completion.zsh" RENAME _oxcv COMPONENT tool DESTINATION ${OX_ZSH_FOLDER})
   install(FILES "${pages}/completion.fish" RENAME oxcv.fish COMPONENT tool
           DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+endif()
+
+if(TARGET gstox)
+  install(TARGETS gstox LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0 COMPONENT gstreamer)
 endif()
 
 option(OX_PACKAGES "Make Debian's packages out of the install (cpack)" OFF)
