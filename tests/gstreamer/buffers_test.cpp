@@ -65,6 +65,30 @@ TEST_F(GstBuffers, CropsChangeWhilePlaying) {
     EXPECT_EQ(element.push(again).get(), again);
 }
 
+// Neither the crop nor the method is in the caps, which stay the same.
+TEST_F(GstBuffers, PropertiesChangeWithoutCaps) {
+    Element element;
+    Random random;
+    TestFrame const source(FRAME_NV12, {64, 48}, random);
+    std::string const caps = capsAt(FRAME_NV12, {64, 48}) + ", pixel-aspect-ratio=1/1";
+    element.setCaps(caps, caps);
+    GstBuffer* const same = interop::bufferOf(source.frame());
+    EXPECT_EQ(element.push(same).get(), same);
+    Request request;
+    request.region = {16, 12, 32, 24};
+    g_object_set(element.element(), "left", 16, "right", 16, "top", 12, "bottom", 12, nullptr);
+    for (TensorMethod const method : {TENSOR_METHOD_BILINEAR, TENSOR_METHOD_NEAREST}) {
+        request.method = method;
+        g_object_set(element.element(), "method", static_cast<int>(method), nullptr);
+        Buffer const scaled = element.push(source.frame());
+        EXPECT_TRUE(samePixels(MappedFrame(element.output(), scaled.get()).frame(),
+                               byTheLibrary(source.frame(), FRAME_NV12, {64, 48}, request)));
+    }
+    g_object_set(element.element(), "left", 0, "right", 0, "top", 0, "bottom", 0, nullptr);
+    GstBuffer* const again = interop::bufferOf(source.frame());
+    EXPECT_EQ(element.push(again).get(), again);
+}
+
 // Where the size is open, a crop changes it, from one buffer to the next.
 TEST_F(GstBuffers, SizesFollowCrops) {
     Element element;
