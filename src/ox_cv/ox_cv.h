@@ -2,8 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// @file
-/// All of `libox_cv` but `ox_classic_kernels.h`, and all of `libox_core`, whose frames, formats and
-/// exceptions it works with.
+/// All of `libox_cv` but `ox_classic_kernels.h` and the C interface (`ox_cv_c.h`,
+/// `ox_cv_c_tensor.h`), and all of `libox_core`, whose frames, formats and exceptions it works
+/// with.
 
 #pragma once
 
