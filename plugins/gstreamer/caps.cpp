@@ -3,6 +3,7 @@
 
 #include "caps.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <memory>
@@ -178,30 +179,36 @@ struct Shape {
     }
 };
 
+/// Fixes width and height: from the side that is fixed already, else from the height, else from the
+/// width.
+/// @return whether the ratio is met
+bool fixateBothSides(GstStructure* out, ox::Size size, double width_over_height) {
+    int width = 0;
+    if (isFixed(out, "width", width)) {
+        return fixateSides(out, "width", width, "height", 1.0 / width_over_height);
+    }
+    Structure const by_width = copyOf(out);
+    if (fixateSides(out, "height", size.height, "width", width_over_height)) {
+        return true;
+    }
+    if (!fixateSides(by_width.get(), "width", size.width, "height", 1.0 / width_over_height)) {
+        return false;
+    }
+    for (char const* field : {"width", "height"}) {
+        gst_structure_set_value(out, field, gst_structure_get_value(by_width.get(), field));
+    }
+    return true;
+}
+
 void fixateSize(GstStructure* out, Shape const& shape) {
-    int side = 0;
     Structure const open = copyOf(out);
-    if (gst_structure_has_field(out, ratioField)) {
+    GValue const* const ratios = gst_structure_get_value(open.get(), ratioField);
+    if (ratios != nullptr) {
         gst_structure_fixate_field_nearest_fraction(out, ratioField, shape.ratio_numerator,
                                                     shape.ratio_denominator);
     }
-    double const width_over_height = shape.displayRatio() / ratioOf(out);
-    Structure const by_width = copyOf(out);
-    bool is_met = false;
-    if (isFixed(out, "width", side)) {
-        is_met = fixateSides(out, "width", side, "height", 1.0 / width_over_height);
-    } else {
-        is_met = fixateSides(out, "height", shape.size.height, "width", width_over_height);
-        if (!is_met && fixateSides(by_width.get(), "width", shape.size.width, "height",
-                                   1.0 / width_over_height)) {
-            is_met = true;
-            for (char const* field : {"width", "height"}) {
-                gst_structure_set_value(out, field, gst_structure_get_value(by_width.get(), field));
-            }
-        }
-    }
-    GValue const* const ratios = gst_structure_get_value(open.get(), ratioField);
-    if (is_met || ratios == nullptr) {
+    if (fixateBothSides(out, shape.size, shape.displayRatio() / ratioOf(out)) ||
+        ratios == nullptr) {
         return;
     }
     // The sides don't keep the ratio, so pixels have to.
@@ -310,7 +317,8 @@ GstCaps* fixatedCaps(Settings const& settings, GstPadDirection pad, GstCaps* cap
                       nullptr);
     // Backwards the source's size isn't known, but then nothing says that it has to be larger.
     ox::Rect const region = regionOf(pad == GST_PAD_SINK ? settings.crop : Crop{}, in);
-    fixateSize(out.get(), {{region.width, region.height}, in.par_n, in.par_d});
+    ox::Size const read{std::max(region.width, 1), std::max(region.height, 1)};
+    fixateSize(out.get(), {read, in.par_n, in.par_d});
     if (pad == GST_PAD_SINK) {
         fixateColour(out.get(), gst_caps_get_structure(caps, 0), in, choice.format);
     }

@@ -90,7 +90,8 @@ GstCaps* fixateCaps(GstBaseTransform* transform, GstPadDirection direction, GstC
 bool changesNothing(Settings const& settings, GstVideoInfo const& in, GstVideoInfo const& out) {
     return !settings.crop.any() && GST_VIDEO_INFO_FORMAT(&in) == GST_VIDEO_INFO_FORMAT(&out) &&
            GST_VIDEO_INFO_WIDTH(&in) == GST_VIDEO_INFO_WIDTH(&out) &&
-           GST_VIDEO_INFO_HEIGHT(&in) == GST_VIDEO_INFO_HEIGHT(&out);
+           GST_VIDEO_INFO_HEIGHT(&in) == GST_VIDEO_INFO_HEIGHT(&out) &&
+           whyNotMeant(in, out).empty();
 }
 
 /// Whether rows of two fields would be taken for neighbours.

@@ -51,6 +51,8 @@ TEST_F(GstRefusals, CropsThatLeaveNothing) {
     EXPECT_EQ(refusal("oxconvertscale left=16 right=16", "format=NV12, width=32, height=32",
                       "format=BGR, width=32, height=32"),
               "nothing is left of the picture by the crop");
+    EXPECT_EQ(refusal("oxconvertscale top=32", "format=NV12, width=32, height=32", "format=BGR"),
+              "nothing is left of the picture by the crop");
     EXPECT_EQ(refusal("oxconvertscale top=40", "format=NV12, width=32, height=32",
                       "format=NV12, width=32, height=32"),
               "nothing is left of the picture by the crop");
@@ -59,6 +61,9 @@ TEST_F(GstRefusals, CropsThatLeaveNothing) {
 TEST_F(GstRefusals, OtherColorimetry) {
     EXPECT_EQ(refusal("oxconvertscale", "format=NV12, width=32, height=32, colorimetry=bt601",
                       "format=I420, colorimetry=bt709"),
+              "the colorimetry would be bt601, and the caps want bt709");
+    EXPECT_EQ(refusal("oxconvertscale", "format=NV12, width=32, height=32, colorimetry=bt601",
+                      "format=NV12, colorimetry=bt709"),
               "the colorimetry would be bt601, and the caps want bt709");
     EXPECT_EQ(refusal("oxconvertscale", "format=BGR, width=32, height=32",
                       "format=I420, colorimetry=bt709"),
