@@ -88,6 +88,21 @@ TEST_P(BlendRoutines, ColumnsOfEveryScale) {
     }
 }
 
+// Rows about as long as one or two windows, whose pixels lie too far apart for one.
+TEST_P(BlendRoutines, ColumnsOfRowsAsLongAsWindows) {
+    constexpr std::size_t pixels = 33;
+    for (std::size_t bytes = 14; bytes <= 140; ++bytes) {
+        double const scale = static_cast<double>(bytes - 1) / (pixels - 1);
+        rows::BlendAxis const axis = drawAxis(pixels, scale, 1, 1);
+        ASSERT_EQ(axis.row_bytes, bytes);
+        checkColumns(axis, Guard::AtEnd);
+        checkColumns(axis, Guard::AtStart);
+        if (HasFatalFailure()) {
+            return;
+        }
+    }
+}
+
 // Every other time, one pixel among those of whole 64ths has another weight.
 TEST_P(BlendRoutines, ColumnsOfEvery64th) {
     constexpr std::size_t pixels = 257;
