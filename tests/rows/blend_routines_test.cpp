@@ -119,7 +119,7 @@ TEST_P(BlendRoutines, ColumnsOfEvery64th) {
     }
 }
 
-class BlendRowRoutines : public RowRoutines {
+class BlendRowRoutines : public UsedRowRoutines {
   protected:
     Random random{4};
 };
@@ -161,6 +161,40 @@ TEST_P(BlendRowRoutines, RowsOfEveryWidth) {
             ASSERT_EQ(dst.data()[i], blended(upper.data()[i], lower.data()[i], weight)) << i;
         }
         EXPECT_EQ(dst.touched(), 0);
+    }
+}
+
+// A third of the width: `step` 3 copies pixels where the first coordinate has no fraction, and
+// blends elsewhere. Without rows in common, both rows are blended at once.
+TEST_P(BlendRowRoutines, ColumnsAndRowsOfEveryWeight) {
+    constexpr std::int64_t width = 90;
+    constexpr std::int64_t src_width = 300;
+    std::vector<std::uint8_t> rows(2 * src_width);
+    for (std::int32_t const fraction : {0, 1, 40000}) {
+        std::vector<std::int32_t> table;
+        for (std::int32_t i = 0; i < width; ++i) {
+            table.push_back(((3 * i + 1) << 16) + fraction);
+        }
+        for (int const weight : {0, 1, 2, 3, 32768, 65535}) {
+            for (bool const shares_rows : {false, true}) {
+                rows::BlendColumnsAndRows columns;
+                columns.plan({width, src_width, src_width, width, width}, {1, 8}, table);
+                columns.restart(shares_rows);
+                std::generate(rows.begin(), rows.end(), [&] { return random.byte(); });
+                std::uint8_t const* const upper = rows.data();
+                std::uint8_t const* const lower = upper + src_width;
+                std::vector<std::uint8_t> dst(width);
+                columns.run({upper, 6}, {lower, 7}, static_cast<std::uint16_t>(weight), dst.data());
+                for (std::size_t i = 0; i < dst.size(); ++i) {
+                    std::size_t const left = 3 * i + 1;
+                    auto const part = static_cast<std::uint16_t>(fraction);
+                    ASSERT_EQ(dst[i], blended(blended(upper[left], upper[left + 1], part),
+                                              blended(lower[left], lower[left + 1], part),
+                                              static_cast<std::uint16_t>(weight)))
+                        << i << ", fraction " << fraction << ", weight " << weight;
+                }
+            }
+        }
     }
 }
 
