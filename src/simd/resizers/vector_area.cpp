@@ -46,7 +46,6 @@ EntrySamples samplesOfEntry(ByteAreaColumns const& columns, std::uint64_t x,
 }
 
 constexpr std::size_t lanesOfWindow = windowBytes / 4;
-constexpr std::size_t windowCount = blockBytes / windowBytes;  ///< of a register
 constexpr std::size_t registerLanes = lanesOfWindow * windowCount;
 constexpr std::size_t mostLanes = 2;  ///< of an entry
 
@@ -77,9 +76,9 @@ struct StepSums {
         table[2 * blockBytes + sample] = static_cast<std::uint8_t>((weight - rest) / 256);
     }
 
-    HWY_INLINE void add(V8 windows, std::uint8_t const* table) {
+    HWY_INLINE void add(Windows<1> const& windows, std::uint8_t const* table) {
         Tag8 const d;
-        V8 const bytes = PermuteWindow(windows, hn::Load(d, table));
+        V8 const bytes = windows.permute(hn::Load(d, table));
         low = AddByteProducts(low, bytes, hn::Load(d, table + blockBytes));
         high = AddByteProducts(high, bytes, hn::Load(d, table + 2 * blockBytes));
     }
@@ -111,9 +110,9 @@ struct StepSums {
         std::memcpy(table + blockBytes + at, &word, sizeof word);
     }
 
-    HWY_INLINE void add(V8 windows, std::uint8_t const* table) {
+    HWY_INLINE void add(Windows<1> const& windows, std::uint8_t const* table) {
         Tag8 const d;
-        V8 const words = hn::TableLookupBytesOr0(windows, hn::Load(d, table));
+        V8 const words = windows.permute(hn::Load(d, table));
         sum = AddPairProducts(sum, words, hn::Load(d, table + blockBytes));
     }
 
@@ -248,21 +247,6 @@ struct RegisterSteps {
     std::uint8_t const* table;
 };
 
-#if HWY_TARGET == HWY_AVX2
-
-HWY_INLINE V8 loadWindows(std::uint8_t const* row, std::int32_t const* offset) {
-    WindowTag const d;
-    return hn::Combine(Tag8(), hn::LoadU(d, row + offset[1]), hn::LoadU(d, row + offset[0]));
-}
-
-#else
-
-HWY_INLINE V8 loadWindows(std::uint8_t const* row, std::int32_t const* offset) {
-    return hn::LoadU(Tag8(), row + *offset);
-}
-
-#endif
-
 /// The sums of a register's cells in rows that weigh alike.
 HWY_INLINE V32 sumUnweighted(RegisterSteps const& steps, std::uint8_t const* row,
                              std::size_t stride, std::uint64_t rows) {
@@ -272,7 +256,7 @@ HWY_INLINE V32 sumUnweighted(RegisterSteps const& steps, std::uint8_t const* row
     for (std::uint64_t i = 0; i < steps.count; ++i, table += StepSums::tableBytes) {
         std::uint8_t const* at = row;
         for (std::uint64_t k = 0; k < rows; ++k, at += stride) {
-            sums.add(loadWindows(at, offset), table);
+            sums.add(Windows<1>::load([&](std::size_t w) { return at + offset[w]; }), table);
         }
         offset += windowCount;
     }
