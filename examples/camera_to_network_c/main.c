@@ -3,8 +3,8 @@
 
 /* Fills a network's input from a camera's frame in C, and carries a box of the network back to it.
  *
- *     camera_to_tensor                              # a gray frame of 1280x720
- *     camera_to_tensor 1920x1080 frame.nv12 > input.f32
+ *     camera_to_network_c                              # a gray frame of 1280x720
+ *     camera_to_network_c 1920x1080 frame.nv12 > input.f32
  *
  * The input is what many detectors take: 3 x 640 x 640 floats from 0 to 1, in R,G,B, the picture
  * letterboxed with gray bars. With a file, the floats go to standard output. */
@@ -122,7 +122,7 @@ int main(int count, char** arguments) {
     if ((count != 1 && count != 3) ||
         (count == 3 && sscanf(arguments[1], "%dx%d", &width, &height) != 2) || width <= 0 ||
         height <= 0 || width % 2 != 0 || height % 2 != 0) {
-        fputs("usage: camera_to_tensor [WIDTHxHEIGHT frame.nv12] > input.f32\n", stderr);
+        fputs("usage: camera_to_network_c [WIDTHxHEIGHT frame.nv12] > input.f32\n", stderr);
         return 2;
     }
     frame = read_frame(path, (size_t)width * (size_t)height / 2 * 3);

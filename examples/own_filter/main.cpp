@@ -39,6 +39,6 @@ int main() try {
     }
     std::puts("");
 } catch (std::exception const& error) {
-    std::fprintf(stderr, "custom_kernel: %s\n", error.what());
+    std::fprintf(stderr, "own_filter: %s\n", error.what());
     return 1;
 }
