@@ -20,6 +20,7 @@ namespace {
 
 constexpr int count = 5;
 
+// [align]
 /// Where networks for 112x112 expect the points.
 constexpr float expected[count][2]{
     {38.2946F, 51.6963F}, {73.5318F, 51.5014F}, {56.0252F, 71.7366F},
@@ -36,6 +37,7 @@ ox::Frame alignedFace(ox::Frame const& picture, float const (*found)[2]) {
     backend.warpAffine(picture, face, matrix, ox::emptyRoi(), false);
     return face;
 }
+// [align]
 
 unsigned char* pixelAt(ox::Frame const& frame, std::int64_t x, std::int64_t y) {
     return frame.planeData(0) + y * frame.layout().plane[0].stride + 3 * x;

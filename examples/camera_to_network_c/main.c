@@ -23,6 +23,7 @@ typedef struct {
     float* input;
 } detector;
 
+/* [open] */
 static ox_status open_detector(detector* network) {
     ox_recipe recipe;
     ox_status status = ox_recipe_init(&recipe, sizeof recipe); /* R,G,B floats in planes */
@@ -41,12 +42,16 @@ static ox_status open_detector(detector* network) {
     network->input = malloc((size_t)network->info.bytes); /* null is refused later */
     return status;
 }
+/* [open] */
 
+/* [close] */
 static void close_detector(detector* network) {
     ox_to_tensor_destroy(network->to_tensor); /* null is fine */
     free(network->input);
 }
+/* [close] */
 
+/* [run] */
 /* Luma, then chroma pairs, without gaps; a driver's buffer would tell its strides. */
 static ox_status run(detector* network, unsigned char* bytes, int32_t width, int32_t height,
                      ox_mapping* mapping) {
@@ -64,6 +69,7 @@ static ox_status run(detector* network, unsigned char* bytes, int32_t width, int
     ox_frame_destroy(camera);
     return status;
 }
+/* [run] */
 
 static void print(char const* what, ox_rect const* rect) {
     fprintf(stderr, "%s %dx%d at %d,%d\n", what, (int)rect->width, (int)rect->height, (int)rect->x,
@@ -71,9 +77,11 @@ static void print(char const* what, ox_rect const* rect) {
 }
 
 static ox_status report(detector const* network, ox_mapping const* mapping) {
+    /* [boxes] */
     ox_box const found = {300.0, 200.0, 340.0, 260.0}; /* a network's answer */
     ox_box box;
     ox_status const status = ox_mapping_boxes_to_source(mapping, &found, 1, &box);
+    /* [boxes] */
     print("read", &mapping->source);
     print("put", &mapping->inner);
     fprintf(stderr, "box %g,%g to %g,%g\n", box.left, box.top, box.right, box.bottom);

@@ -54,6 +54,7 @@ AvFrame decodedFrame() {
 
 int main() try {
     AvFrame const decoded = decodedFrame();
+    // [frame]
     ox::Frame const frame = ox::interop::frameOf(*decoded);  // while `decoded` lives
     ox::interop::ColourMeaning const colour = ox::interop::colourOf(*decoded);
 
@@ -62,6 +63,7 @@ int main() try {
     recipe.fit = ox::TENSOR_FIT_CROP;
     recipe.matrix = colour.matrix;
     recipe.range = colour.range;
+    // [frame]
     ox::FrameToTensor to_tensor;
     to_tensor.reuse(recipe);
     ox::Tensor input;
@@ -75,8 +77,10 @@ int main() try {
     ox::Frame small;
     small.reuse(ox::FRAME_I420, {640, 360}, ox::DeviceContext(), 0);
     ox::CvBackendSimd().resize(frame, small, ox::Rect{}, ox::Rect{});
+    // [show]
     AvFrame const shown = newFrame();
     ox::interop::showFrame(small, *shown);  // for an encoder; it holds a handle
+    // [show]
     std::printf("%dx%d, luma %d\n", shown->width, shown->height, shown->data[0][0]);
 } catch (std::exception const& error) {
     std::fprintf(stderr, "ffmpeg_frames: %s\n", error.what());

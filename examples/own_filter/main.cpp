@@ -11,6 +11,7 @@
 
 namespace {
 
+// [filter]
 class Parabola : public ox::IKernel {
   public:
     void setScale(float scale) override { _scale = scale; }
@@ -20,6 +21,7 @@ class Parabola : public ox::IKernel {
   private:
     float _scale = 1.0F;
 };
+// [filter]
 
 }  // namespace
 
@@ -29,11 +31,13 @@ int main() try {
     for (int i = 0; i < 9 * 24; ++i) {
         step.planeData(0)[i / 24 * step.layout().plane[0].stride + i % 24] = i % 24 < 13 ? 0 : 255;
     }
+    // [use]
     Parabola kernel;
     ox::ScalerConvolutional scaler;
     scaler.reuse(kernel, step, {8, 3}, ox::OX_SCALER_FIXED_POINT_16S);
     ox::Frame small;
     ox::produceFrame(scaler, small);
+    // [use]
     for (int x = 0; x < small.width(); ++x) {
         std::printf("%d ", small.planeData(0)[x]);
     }

@@ -17,6 +17,7 @@ int main() {
     int const width = 1280, height = 720, pitch = 1536;
     std::vector<unsigned char> memory(std::size_t{1536} * 720 * 3 / 2, 128);
 
+    // [job]
     ox::FrameLayout layout(ox::FRAME_NV12, {width, height}, 1);
     layout.plane[0].stride = layout.plane[1].stride = pitch;
     unsigned char* planes[]{memory.data(), memory.data() + pitch * height};
@@ -36,6 +37,7 @@ int main() {
     ox::PictureMapping const mapping = to_tensor.run(camera, ox::Rect{}, input, 0);
     // ... run the network on input.data() ...
     ox::PictureBox const box = mapping.toSource({300, 200, 340, 260});
+    // [job]
     std::printf("box %g,%g to %g,%g\n", box.left, box.top, box.right, box.bottom);
 }
 // [program]

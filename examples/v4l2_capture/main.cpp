@@ -102,6 +102,7 @@ class Camera : public Source {
         return buffer;
     }
 
+    // [negotiate]
     /// Keeps what the camera is set to, unless the library doesn't know it.
     void negotiate() {
         _format.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
@@ -112,6 +113,7 @@ class Camera : public Source {
             control(VIDIOC_S_FMT, &_format, "VIDIOC_S_FMT");
         }
     }
+    // [negotiate]
 
     void start() {
         v4l2_requestbuffers request{};
@@ -188,6 +190,7 @@ class File : public Source {
     std::vector<unsigned char> _bytes;
 };
 
+// [loop]
 ox::TensorRecipe recipeFor(v4l2_format const& format) {
     ox::TensorRecipe recipe;
     recipe.width = recipe.height = 640;
@@ -206,8 +209,10 @@ void run(Source& source, int frames) {
     input.reuse(to_tensor.layout(1), ox::DeviceContext::cpuContext());
     int done = 0;
     for (void* memory = nullptr; done < frames && (memory = source.next()) != nullptr; ++done) {
+        // [frame]
         ox::Frame const frame = ox::interop::frameOf(source.format(), &memory);
         to_tensor.run(frame, ox::Rect{}, input, 0);
+        // [frame]
         // ... run the network on input.data() ...
         float const middle = reinterpret_cast<float const*>(input.data())[320 * 640 + 320];
         std::printf("%s of %dx%d, middle %.4f\n", ox::toString(frame.format()), frame.width(),
@@ -217,6 +222,7 @@ void run(Source& source, int frames) {
         throw std::runtime_error("there is no frame");
     }
 }
+// [loop]
 
 std::unique_ptr<Source> openFile(char const* path, char const* size, std::string const& letters) {
     unsigned width = 0;

@@ -22,6 +22,7 @@ static void taken(ox_status status, char const* what) {
     expect(status == OX_STATUS_OK, what);
 }
 
+/* [filter] */
 static float box(void* context, float scale, float distance) {
     (void)context;
     return 2.0F * distance <= scale && -2.0F * distance <= scale ? 1.0F : 0.0F;
@@ -31,6 +32,7 @@ static float width_of_box(void* context, float scale) {
     (void)context;
     return scale;
 }
+/* [filter] */
 
 static void check_frames(void) {
     unsigned char bytes[4 * 4];

@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: The libox authors
+# SPDX-License-Identifier: Apache-2.0
+
+# The commands of docs/start.md, from the library's folder on; script/check-install runs them in a home
+# of their own.
+set -euo pipefail
+root=$PWD
+# [install]
+script/build release                                     # a minute or two
+cmake --install build/release --prefix "$HOME/ox"
+# [install]
+
+mkdir -p "$HOME/start"
+cd "$HOME/start"
+cp "$root/examples/start/main.cpp" "$root/examples/start/CMakeLists.txt" .
+# [build]
+cmake -S . -B build -DCMAKE_PREFIX_PATH="$HOME/ox"
+cmake --build build
+build/start                                              # box 600,120 to 680,240
+# [build]
+
+# [pkg-config]
+export PKG_CONFIG_PATH="$HOME/ox/lib/pkgconfig"
+g++ main.cpp -o app $(pkg-config --cflags --libs ox-cv) -Wl,-rpath,"$HOME/ox/lib"
+# [pkg-config]
+./app
+
+cp "$root/examples/camera_to_network_c/main.c" app.c
+# [c]
+export PKG_CONFIG_PATH="$HOME/ox/lib/pkgconfig"
+gcc app.c -o app $(pkg-config --cflags --libs ox-cv) -Wl,-rpath,"$HOME/ox/lib"
+# [c]
+./app
+
+cd "$root"
+# [example]
+cmake -S examples/align_face -B build/align_face -DCMAKE_PREFIX_PATH="$HOME/ox"
+cmake --build build/align_face
+build/align_face/align_face
+# [example]
+
+# [path]
+export PATH="$HOME/ox/bin:$PATH"
+oxcv convert examples/data/rocket.jpg small.png --size 320x
+# [path]
+rm small.png
