@@ -90,6 +90,13 @@ if(TARGET gstox)
   install(TARGETS gstox LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0 COMPONENT gstreamer)
 endif()
 
+# The documents, if script/docs has built them: nothing else needs what that needs.
+option(OX_INSTALL_DOCUMENTS "Install the site that script/docs has built" OFF)
+if(OX_INSTALL_DOCUMENTS)
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/build/docs/site/"
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libox-doc/html COMPONENT documents)
+endif()
+
 option(OX_PACKAGES "Make Debian's packages out of the install (cpack)" OFF)
 if(OX_PACKAGES)
   include(OxPackages)

@@ -20,6 +20,11 @@ endif()
 if(TARGET gstox)
   list(APPEND CPACK_COMPONENTS_ALL gstreamer)
 endif()
+if(OX_INSTALL_DOCUMENTS)
+  list(APPEND CPACK_COMPONENTS_ALL documents)
+  set(CPACK_DEBIAN_DOCUMENTS_PACKAGE_ARCHITECTURE all)
+  set(CPACK_DEBIAN_DOCUMENTS_PACKAGE_SHLIBDEPS OFF)
+endif()
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_STRIP_FILES ON)
@@ -56,7 +61,7 @@ function(ox_describe_package component package section synopsis text)
   set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${package} PARENT_SCOPE)
   set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section} PARENT_SCOPE)
   set(CPACK_COMPONENT_${upper}_DESCRIPTION "${synopsis}\n${text}" PARENT_SCOPE)
-  if(NOT component STREQUAL tool)
+  if(NOT component MATCHES "tool|documents")
     set(CPACK_DEBIAN_${upper}_PACKAGE_MULTIARCH same PARENT_SCOPE)
   endif()
   install(
@@ -76,6 +81,8 @@ ox_describe_package(cv ${cv} libs "exact image processing: scaling and conversio
   "${what}\n.\nThis package has the library of scalers, conversions and tensors' makers.")
 ox_describe_package(development libox-dev libdevel "exact image processing: headers and static libraries"
   "${what}\n.\nThis package has what programs are built with, for CMake and pkg-config.")
+ox_describe_package(documents libox-doc doc "exact image processing: documents"
+  "${what}\n.\nThis package has the guide and the reference, as pages to be read offline.")
 ox_describe_package(tool oxcv graphics "exact image processing from the command line"
   "${what}\n.\nThis package has the tool, for pictures, Y4M video, raw frames and NumPy\narrays.")
 ox_describe_package(gstreamer gstreamer1.0-ox libs "exact image processing: GStreamer's plugin"

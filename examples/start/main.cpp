@@ -7,6 +7,7 @@
 
 // [program]
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <vector>
 
@@ -14,7 +15,9 @@
 
 int main() {
     // Stands for a camera's memory. The driver tells the size and the bytes from row to row.
-    int const width = 1280, height = 720, pitch = 1536;
+    int const width = 1280;
+    int const height = 720;
+    std::int64_t const pitch = 1536;
     std::vector<unsigned char> memory(std::size_t{1536} * 720 * 3 / 2, 128);
 
     // [job]

@@ -240,7 +240,8 @@ void chainsAreRenewed() {
 
 void framesAreHandles() {
     ox::Frame const first = newFrame(ox::FRAME_GRAY8, {16, 16}, 1);
-    ox::Frame const second = first;
+    ox::Frame second;
+    second = first;
     *second.planeData(0) = 9;
     require(*first.planeData(0) == 9, "the same pixels");
     // [copy]
