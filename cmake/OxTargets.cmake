@@ -10,7 +10,8 @@ function(ox_configure_target target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow)
   if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     # Types of anonymous namespaces are the sources' own, although a batch includes them.
-    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+    target_compile_options(
+      ${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-Wno-subobject-linkage>)
   endif()
   if(OX_STRICT_WARNINGS)
     target_compile_options(${target} PRIVATE -Werror)
