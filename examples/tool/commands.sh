@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
 # The commands of the documents, which the tests run in a folder of their own:
-#     commands.sh FOLDER_OF_OXCV FOLDER_OF_PICTURES
+#     commands.sh FOLDER_OF_OXCV FOLDER_OF_PICTURES PROGRAM_STREAM_RESIZE
 set -euo pipefail
 export PATH="$1:$PATH"
 scratch=$(mktemp -d)
@@ -48,3 +48,9 @@ x = x0 + (box_x - left) * w / inner_w    # in the file maps[i]["file"]; y alike
 assert x == 320, x
 END
 python3 boxes.py
+
+# Rows that come through a pipe give the bytes of a whole picture.
+as_rows=(--output-kind raw --format BGR24)
+oxcv convert photo.jpg rows.bgr "${as_rows[@]}"
+oxcv convert photo.jpg whole.bgr "${as_rows[@]}" --size 160x107 --method area --backend base
+"$3" 640x427 160x107 <rows.bgr | cmp - whole.bgr
