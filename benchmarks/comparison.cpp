@@ -23,14 +23,16 @@ std::string formatted(char const* format, Arguments... arguments) {
             std::min<std::size_t>(static_cast<std::size_t>(std::max(length, 0)), sizeof text - 1)};
 }
 
-Row rowOf(Measurement const& measurement, Family family) {
+Row rowOf(Measurement const& measurement, Family family, Unit unit) {
     Row row;
     row.operation = measurement.operation;
     row.size = measurement.size;
     for (auto const& [name, time] : measurement.medians) {
         bool const own = name == vectorRoad || name == pipelineRoad;
         if (own) {
-            row.roads[name] = {time, std::nullopt, limitOf(family, row.operation, name)};
+            row.roads[name] = {time, std::nullopt,
+                               unit == Unit::Time ? limitOf(family, row.operation, name)
+                                                  : instructionLimitOf(name)};
         } else if (name == "memcpy") {
             row.memcpy_time = time;
         } else {
@@ -57,8 +59,13 @@ std::string cell(Row const& row, char const* road, char const* format, Value val
     return number ? formatted(format, *number) : std::string("-");
 }
 
-std::string timeOf(Row const& row, char const* road) {
-    return cell(row, road, "%.1f", [](RoadResult const& r) { return std::optional(r.time); });
+char const* formatOf(Unit unit) {
+    return unit == Unit::Time ? "%.1f" : "%.2f";
+}
+
+std::string timeOf(Row const& row, char const* road, Unit unit) {
+    return cell(row, road, formatOf(unit),
+                [](RoadResult const& r) { return std::optional(r.time); });
 }
 
 std::string ratioOf(Row const& row, char const* road) {
@@ -74,17 +81,36 @@ bool misses(Row const& row, char const* road) {
     return found != row.roads.end() && found->second.misses();
 }
 
-std::string peerTime(Row const& row) {
-    return row.best_peer.empty() ? "-" : formatted("%.1f", row.peers.at(row.best_peer));
+/// The ratio, with a mark if it misses its limit.
+std::string marked(Row const& row, char const* road) {
+    return ratioOf(row, road) + (misses(row, road) ? "!" : " ");
+}
+
+std::string peerTime(Row const& row, Unit unit) {
+    return row.best_peer.empty() ? "-" : formatted(formatOf(unit), row.peers.at(row.best_peer));
+}
+
+std::string summaryOf(std::vector<Row> const& rows, char const* road, Unit unit) {
+    Summary const summary = summarise(rows, road);
+    if (summary.worst == nullptr) {
+        return {};
+    }
+    return formatted(
+        "%s: geometric mean over the best peer %.2f (limit %.2f), worst %s "
+        "of %s, %s; %d of %d rows miss their limit\n",
+        road, summary.geometric_mean,
+        unit == Unit::Time ? meanLimitOf(road) : meanInstructionLimitOf(road),
+        ratioOf(*summary.worst, road).c_str(), summary.worst->operation.c_str(),
+        summary.worst->size.c_str(), summary.misses, summary.rows);
 }
 
 }  // namespace
 
 std::vector<Row> compare(std::vector<Measurement> const& measurements,
-                         std::map<std::string, Family> const& families) {
+                         std::map<std::string, Family> const& families, Unit unit) {
     std::vector<Row> rows;
     for (Measurement const& measurement : measurements) {
-        rows.push_back(rowOf(measurement, families.at(measurement.operation)));
+        rows.push_back(rowOf(measurement, families.at(measurement.operation), unit));
     }
     return rows;
 }
@@ -113,42 +139,40 @@ Summary summarise(std::vector<Row> const& rows, std::string const& road) {
     return summary;
 }
 
-std::string asText(std::vector<Row> const& rows) {
-    std::string text = formatted("%-38s %-10s %9s %6s %9s %6s %9s   %s\n", "operation", "size",
-                                 "vectors", "/peer", "pipeline", "/peer", "memcpy", "best peer");
+std::string asText(std::vector<Row> const& rows, Unit unit) {
+    bool const copies = unit == Unit::Time;
+    std::string text =
+        formatted("%-38s %-10s %9s %6s  %9s %6s  %9s   %s\n", "operation", "size", "vectors",
+                  "/peer", "pipeline", "/peer", copies ? "memcpy" : "", "best peer");
     for (Row const& row : rows) {
-        auto const marked = [&](char const* road) {
-            return ratioOf(row, road) + (misses(row, road) ? "!" : " ");
-        };
-        text +=
-            formatted("%-38s %-10s %9s %6s %9s %6s %9.1f   %s %s\n", row.operation.c_str(),
-                      row.size.c_str(), timeOf(row, vectorRoad).c_str(), marked(vectorRoad).c_str(),
-                      timeOf(row, pipelineRoad).c_str(), marked(pipelineRoad).c_str(),
-                      row.memcpy_time, row.best_peer.c_str(), peerTime(row).c_str());
+        text += formatted("%-38s %-10s %9s %7s %9s %7s %9s   %s %s\n", row.operation.c_str(),
+                          row.size.c_str(), timeOf(row, vectorRoad, unit).c_str(),
+                          marked(row, vectorRoad).c_str(), timeOf(row, pipelineRoad, unit).c_str(),
+                          marked(row, pipelineRoad).c_str(),
+                          copies ? formatted("%.1f", row.memcpy_time).c_str() : "",
+                          row.best_peer.c_str(), peerTime(row, unit).c_str());
     }
     for (char const* const road : roadNames) {
-        Summary const summary = summarise(rows, road);
-        if (summary.worst != nullptr) {
-            text += formatted(
-                "%s: geometric mean over the best peer %.2f (limit %.2f), worst %s "
-                "of %s, %s; %d of %d rows miss their limit\n",
-                road, summary.geometric_mean, meanLimitOf(road),
-                ratioOf(*summary.worst, road).c_str(), summary.worst->operation.c_str(),
-                summary.worst->size.c_str(), summary.misses, summary.rows);
-        }
+        text += summaryOf(rows, road, unit);
     }
     return text;
 }
 
-std::string asMarkdown(std::vector<Row> const& rows) {
+std::string asMarkdown(std::vector<Row> const& rows, Unit unit) {
+    bool const copies = unit == Unit::Time;
     std::string text =
-        "| operation | size | vectors | over peer | pipeline | over peer | memcpy | best peer | "
-        "its time |\n|---|---|---|---|---|---|---|---|---|\n";
+        copies
+            ? "| operation | size | vectors | over peer | pipeline | over peer | memcpy | best "
+              "peer | its time |\n|---|---|---|---|---|---|---|---|---|\n"
+            : "| operation | size | vectors | over peer | pipeline | over peer | best peer | its "
+              "instructions |\n|---|---|---|---|---|---|---|---|\n";
     for (Row const& row : rows) {
-        text += "| " + row.operation + " | " + row.size + " | " + timeOf(row, vectorRoad) + " | " +
-                ratioOf(row, vectorRoad) + " | " + timeOf(row, pipelineRoad) + " | " +
-                ratioOf(row, pipelineRoad) + " | " + formatted("%.1f", row.memcpy_time) + " | " +
-                (row.best_peer.empty() ? "-" : row.best_peer) + " | " + peerTime(row) + " |\n";
+        text += "| " + row.operation + " | " + row.size + " | " + timeOf(row, vectorRoad, unit) +
+                " | " + ratioOf(row, vectorRoad) + " | " + timeOf(row, pipelineRoad, unit) + " | " +
+                ratioOf(row, pipelineRoad) + " | " +
+                (copies ? formatted("%.1f", row.memcpy_time) + " | " : std::string()) +
+                (row.best_peer.empty() ? "-" : row.best_peer) + " | " + peerTime(row, unit) +
+                " |\n";
     }
     return text;
 }
@@ -159,8 +183,8 @@ std::string asCsv(std::vector<Row> const& rows) {
         std::string const start = "\"" + row.operation + "\"," + row.size + ",";
         for (char const* const road : roadNames) {
             if (row.roads.count(road) != 0) {
-                text += start + road + "," + timeOf(row, road) + "," + ratioOf(row, road) + "," +
-                        limitTextOf(row, road) + "\n";
+                text += start + road + "," + timeOf(row, road, Unit::Time) + "," +
+                        ratioOf(row, road) + "," + limitTextOf(row, road) + "\n";
             }
         }
         text += start + "memcpy," + formatted("%.1f", row.memcpy_time) + ",,\n";

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// @file
-/// Our times beside those of others, and their ratios.
+/// Our times or instructions beside those of others, and their ratios.
 
 #pragma once
 
@@ -11,14 +11,25 @@
 #include <string>
 #include <vector>
 
-#include "median_reporter.h"
 #include "operation.h"
 
 namespace ox::benchmarks {
 
+/// What is measured: microseconds, or instructions a pixel of the source, beside which a memcpy
+/// tells nothing.
+enum class Unit { Time, Instructions };
+
+/// What each contestant of an operation takes at a size; our own roads and memcpy are contestants,
+/// too.
+struct Measurement {
+    std::string operation;
+    std::string size;
+    std::map<std::string, double> medians;
+};
+
 /// One of our roads in a row.
 struct RoadResult {
-    double time = 0;  ///< microseconds
+    double time = 0;  ///< or instructions
     std::optional<double> over_peer;
     std::optional<double> limit;
 
@@ -36,7 +47,7 @@ struct Row {
 
 /// @param families by name of the operation
 std::vector<Row> compare(std::vector<Measurement> const& measurements,
-                         std::map<std::string, Family> const& families);
+                         std::map<std::string, Family> const& families, Unit unit = Unit::Time);
 
 /// Over all rows in which the road meets another library.
 struct Summary {
@@ -49,8 +60,8 @@ struct Summary {
 Summary summarise(std::vector<Row> const& rows, std::string const& road);
 
 /// For people to read, with what misses its limit marked, and the summaries.
-std::string asText(std::vector<Row> const& rows);
-std::string asMarkdown(std::vector<Row> const& rows);
+std::string asText(std::vector<Row> const& rows, Unit unit = Unit::Time);
+std::string asMarkdown(std::vector<Row> const& rows, Unit unit = Unit::Time);
 std::string asCsv(std::vector<Row> const& rows);
 /// A bar for each road and row: its time over that of the best other library.
 std::string asSvg(std::vector<Row> const& rows);

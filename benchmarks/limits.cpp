@@ -60,4 +60,12 @@ double meanLimitOf(std::string const& road) {
     return road == vectorRoad ? 0.45 : 0.85;
 }
 
+double instructionLimitOf(std::string const& road) {
+    return road == vectorRoad ? 1.10 : 1.30;
+}
+
+double meanInstructionLimitOf(std::string const& road) {
+    return road == vectorRoad ? 0.45 : 0.60;
+}
+
 }  // namespace ox::benchmarks

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// @file
-/// What the library wants to reach: times over those of the best other library.
+/// What the library wants to reach: times or instructions over those of the best other library.
 
 #pragma once
 
@@ -19,5 +19,9 @@ std::optional<double> limitOf(Family family, std::string const& operation, std::
 
 /// The geometric mean over all operations.
 double meanLimitOf(std::string const& road);
+
+/// The same of instructions on AArch64, for every operation.
+double instructionLimitOf(std::string const& road);
+double meanInstructionLimitOf(std::string const& road);
 
 }  // namespace ox::benchmarks

@@ -12,15 +12,9 @@
 #include <string>
 #include <vector>
 
-namespace ox::benchmarks {
+#include "comparison.h"
 
-/// Microseconds of each contestant of an operation at a size; our own roads and memcpy are
-/// contestants, too.
-struct Measurement {
-    std::string operation;
-    std::string size;
-    std::map<std::string, double> medians;
-};
+namespace ox::benchmarks {
 
 /// Takes benchmarks named "operation/size/contestant".
 class MedianReporter : public benchmark::BenchmarkReporter {

@@ -155,17 +155,19 @@ Operation turning(FrameFormat format, Size size, int method) {
     return operation;
 }
 
-/// Of a frame of 16:9, in the ratios that full HD has to usual sizes; of others, what a network
-/// takes.
+/// In the ratios that full HD has to usual sizes. Of a frame that isn't 16:9 what a network takes,
+/// and of a small one that alone.
 std::vector<Size> targetsOf(Size size) {
-    if (size.width * 9 != size.height * 16) {
+    bool const is_wide = size.width * 9 == size.height * 16;
+    if (!is_wide && size.width <= 320) {
         return {{224, 224}};
     }
-    std::vector<Size> targets{{1280, 720}, {640, 360}, {300, 300}, {3840, 2160}};
-    for (Size& target : targets) {
-        target = {target.width * size.width / 1920, target.height * size.height / 1080};
-    }
-    return targets;
+    Size const square =
+        is_wide ? Size{300 * size.width / 1920, 300 * size.height / 1080} : Size{224, 224};
+    return {{size.width * 2 / 3, size.height * 2 / 3},
+            {size.width / 3, size.height / 3},
+            square,
+            {size.width * 2, size.height * 2}};
 }
 
 }  // namespace

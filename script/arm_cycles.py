@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: The libox authors
 # SPDX-License-Identifier: Apache-2.0
 
-"""Finds the inner loop of each kernel in the assembly of a folder and prints llvm-mca's estimate."""
+"""Finds the inner loops in the assembly of a folder and prints llvm-mca's estimates of them."""
 
 import re
 import subprocess
@@ -10,50 +10,24 @@ from pathlib import Path
 
 PROCESSORS = ["neoverse-n2", "cortex-a55"]
 ROUNDS = 200
-
-# Kernels by source, with the pixels or elements of one turn of the inner loop.
-KERNELS = {
-    "simd_neon_bgr": {
-        "SwapRedBlue": 16,
-        "SplitThreePlanes": 16,
-        "MergeThreePlanes": 16,
-        "SplitTwoPlanes": 16,
-        "MergeTwoPlanes": 16,
-        "ConvertBgrToGray": 16,
-        "ExpandGrayToBgr": 16,
-    },
-    "simd_neon_bgr_to_yuv": {
-        "ConvertBgrToI420": 32,
-        "ConvertBgrToNv12": 32,
-        "ConvertBgrToYuv444": 16,
-    },
-    "simd_neon_yuv_to_bgr": {
-        "ConvertI420ToBgr": 32,
-        "ConvertI420ToRgb": 32,
-        "ConvertYuv444ToBgr": 16,
-        "ConvertNv12ToBgr": 32,
-        "ConvertNv12ToBgrDirectly": 32,
-    },
-    "simd_neon_floats": {
-        "ScaleBytesToFloats": 4,
-        "ScaleFloatsToBytes": 16,
-        "FloatsToHalves": 4,
-        "HalvesToFloats": 4,
-        "AddConstantFloats": 4,
-        "AccumulateScaledFloats": 4,
-        "MultiplyFloats": 4,
-    },
-}
+REGISTER_BYTES = {"q": 16, "d": 8, "s": 4, "h": 2, "b": 1, "x": 8, "w": 4}
 
 
-def function_lines(assembly, name):
-    """The instructions and labels of a kernel's routine for the instruction set."""
-    start = re.search(rf"^(_ZN4Simd4Neon6N_NEON\w*{len(name)}{name}E\w*):$", assembly, re.MULTILINE)
-    if start is None:
-        sys.exit(f"no function {name}")
-    end = assembly.index(f".size\t{start.group(1)},", start.end())
-    lines = [line.strip() for line in assembly[start.end():end].splitlines()]
-    return [line for line in lines if line.startswith(".L") or (line and not line.startswith("."))]
+def functions(assembly):
+    """The vector routines: plain name, instructions and labels."""
+    for start in re.finditer(r"^(_Z\w*N_NEON\w*):$", assembly, re.MULTILINE):
+        end = assembly.find(f".size\t{start.group(1)},", start.end())
+        lines = [line.strip() for line in assembly[start.end():end].splitlines()]
+        yield plain_name(start.group(1)), [
+            line for line in lines if line.startswith(".L") or (line and not line.startswith("."))]
+
+
+def plain_name(symbol):
+    name = subprocess.run(["c++filt", symbol], capture_output=True, text=True, check=True).stdout
+    name = re.sub(r"(ox::rows|Simd::Neon|Simd)::|\(anonymous namespace\)::|N_NEON::|\(ox::\w+::\w+\)",
+                  "", name.strip())
+    name = re.sub(r"^(void|bool|unsigned long) ", "", name)
+    return re.split(r"\((?!\w+\)\d)", name)[0]
 
 
 def inner_loop(lines):
@@ -65,8 +39,24 @@ def inner_loop(lines):
         if branch and label_at.get(branch.group(1), len(lines)) < i:
             loops.append((label_at[branch.group(1)], i))
     inner = [a for a in loops if not any(a != b and a[0] <= b[0] and b[1] <= a[1] for b in loops)]
+    if not inner:
+        return []
     first, last = max(inner, key=lambda loop: loop[1] - loop[0])
     return [line for line in lines[first:last + 1] if not line.endswith(":")]
+
+
+def stored_bytes(line):
+    listed = re.match(r"st([1-4])\s+\{(.*)\}, \[", line)
+    if listed and "[" not in listed.group(2):
+        registers = listed.group(2)
+        ends = [int(number) for number in re.findall(r"v(\d+)\.", registers)]
+        count = (ends[1] - ends[0]) % 32 + 1 if "-" in registers else len(ends)
+        return count * (16 if re.search(r"\.(16b|8h|4s|2d)", registers) else 8)
+    single = re.match(r"st(p|r|ur)(b|h)?\s+([a-z])\d+", line)
+    if not single:
+        return 0
+    bytes_each = {"b": 1, "h": 2}.get(single.group(2)) or REGISTER_BYTES[single.group(3)]
+    return bytes_each * (2 if single.group(1) == "p" else 1)
 
 
 def cycles_a_turn(loop, processor):
@@ -78,14 +68,17 @@ def cycles_a_turn(loop, processor):
 
 
 def main():
-    folder = Path(sys.argv[1])
-    print(f"{'cycles a pixel':<30}" + "".join(f"{name:>14}" for name in PROCESSORS))
-    for source, kernels in KERNELS.items():
-        assembly = (folder / f"{source}.s").read_text()
-        for kernel, pixels in kernels.items():
-            loop = inner_loop(function_lines(assembly, kernel))
-            estimates = [cycles_a_turn(loop, processor) / pixels for processor in PROCESSORS]
-            print(f"{kernel:<30}" + "".join(f"{estimate:14.2f}" for estimate in estimates))
+    print("| source | inner loop | instructions | bytes | " + " | ".join(PROCESSORS) + " |")
+    print("|---|---|---|---|---|---|")
+    for source in sorted(Path(sys.argv[1]).glob("*.s")):
+        for name, lines in functions(source.read_text()):
+            loop = inner_loop(lines)
+            written = sum(stored_bytes(line) for line in loop)
+            # Others sum in registers, or set something up.
+            if written >= 16 and not re.search("compile|fill|plan|Windows", name):
+                estimates = [cycles_a_turn(loop, processor) / written for processor in PROCESSORS]
+                print(f"| {source.stem} | `{name}` | {len(loop)} | {written} | "
+                      + " | ".join(f"{estimate:.2f}" for estimate in estimates) + " |")
 
 
 main()
