@@ -12,13 +12,14 @@
 /// | `StoreThreeSame` | stores each byte three times |
 /// | `PackPixels` | 16-bit lanes of even and of odd pixels, clamped to the bytes of a block |
 /// | `StoreThreePixels` | stores what came out of `PackPixels` |
-/// | `TruncateFour` | four registers of floats from 0 to 255, truncated to the bytes of a block |
+/// | `TruncateFour` | four registers of floats from 0 to 255, truncated to the bytes of a block; NaN is 0 |
+/// | `Clamp` | floats between two bounds; a NaN stays or becomes the first |
 /// | `StoreLaneBytes` | clamps lanes to bytes and stores them |
 /// | `StoreLowBytes` | stores the low bytes of floats, truncated to 0 to 2^32 - 1; a NaN's is 0 |
 /// | `MulShift13` | floor(v * factor / 2^13), for lanes of at most 256 |
 /// | `AddWhereGreater` | sum + (a > b) |
 /// | `LowerHalf`, `UpperHalf`, `Average` | half a block of pixels, or means of two by two, for: |
-/// | `WeightedBytes` | the low bytes of (weights * pixel + 2^13) >> 14 |
+/// | `WeightedBytes` | the low bytes of (weights * pixel + 2^13) >> 14; also of a block |
 /// | `WeightedPairs` | the bytes of two such sums, in pairs |
 /// | `LowerColours`, `UpperColours` | half a block of pixels, for: |
 /// | `SumModulo` | weighted sums of bytes, modulo 2^16 |
@@ -37,6 +38,8 @@
 /// | `StoreThreeOfFour` | stores the first three of each four bytes |
 /// | `NoFourSums`, `AddTwoRows` | `FourSums` and two weighted rows of a block, added to them |
 /// | `BytesOf` | `FourSums` shifted and clamped to bytes |
+/// | `WideProducts`, `AddWideProducts` | products of words, and added to others; only NEON has these: |
+/// | `RoundedHighWords` | (a + b + 2^15) >> 16, of such sums |
 /// | `Permute` | the bytes of each period at a table's places; not on NEON, as are: |
 /// | `LoadPeriods`, `StorePeriods` | periods that overlap by a byte in memory; the later one wins |
 /// | `AddByteProducts` | adds products of four unsigned and signed bytes; only AVX3_DL has this and: |

@@ -29,9 +29,28 @@ HWY_INLINE V8 PackPixels(V16 even, V16 odd) {
                         vcombine_u8(vqmovun_s16(odd.raw), vdup_n_u8(0))));
 }
 
+/// Of the first and of the second half of words.
+struct WideSums {
+    int32x4_t lower;
+    int32x4_t upper;
+};
+
 /// floor(v * factor / 2^13), for |v| <= 256.
 HWY_INLINE V16 MulShift13(V16 v, std::int16_t factor) {
     return V16(vqdmulhq_n_s16(vshlq_n_s16(v.raw, 2), factor));
+}
+
+HWY_INLINE WideSums WideProducts(V16 v, std::int16_t factor) {
+    return {vmull_n_s16(vget_low_s16(v.raw), factor), vmull_high_n_s16(v.raw, factor)};
+}
+
+HWY_INLINE WideSums AddWideProducts(WideSums sums, V16 v, std::int16_t factor) {
+    return {vmlal_n_s16(sums.lower, vget_low_s16(v.raw), factor),
+            vmlal_high_n_s16(sums.upper, v.raw, factor)};
+}
+
+HWY_INLINE V16 RoundedHighWords(WideSums a, WideSums b) {
+    return V16(vraddhn_high_s32(vraddhn_s32(a.lower, b.lower), a.upper, b.upper));
 }
 
 HWY_INLINE V16 AddWhereGreater(V16 sum, V16 a, V16 b) {
@@ -62,6 +81,27 @@ HWY_INLINE PixelHalf Average(ThreeChannels top, ThreeChannels bottom) {
             AverageOfFour(top.c2, bottom.c2)};
 }
 
+/// The same of the upper eight pixels of a block, where they are.
+struct UpperBytes {
+    uint8x16_t block;
+};
+
+struct UpperPixels {
+    UpperBytes b;
+    UpperBytes g;
+    UpperBytes r;
+};
+
+template <int weight>
+HWY_INLINE uint16x8_t Product(uint8x8_t channel) {
+    return vmull_u8(channel, vdup_n_u8(weight));
+}
+
+template <int weight>
+HWY_INLINE uint16x8_t Product(UpperBytes channel) {
+    return vmull_high_u8(channel.block, vdupq_n_u8(weight));
+}
+
 template <int weight>
 HWY_INLINE uint16x8_t AddProduct(uint16x8_t sum, uint8x8_t channel) {
     if constexpr (weight >= 0) {
@@ -71,25 +111,57 @@ HWY_INLINE uint16x8_t AddProduct(uint16x8_t sum, uint8x8_t channel) {
     }
 }
 
-template <ChannelWeights weights>
-HWY_INLINE int16x8_t SumOf(PixelHalf p) {
-    uint16x8_t sum = vdupq_n_u16(0);
-    sum = AddProduct<weights.b>(sum, p.b);
-    sum = AddProduct<weights.g>(sum, p.g);
-    sum = AddProduct<weights.r>(sum, p.r);
+template <int weight>
+HWY_INLINE uint16x8_t AddProduct(uint16x8_t sum, UpperBytes channel) {
+    if constexpr (weight >= 0) {
+        return vmlal_high_u8(sum, channel.block, vdupq_n_u8(weight));
+    } else {
+        return vmlsl_high_u8(sum, channel.block, vdupq_n_u8(-weight));
+    }
+}
+
+/// A sum begins with a channel that it adds, so that it needs no zero.
+template <ChannelWeights weights, class Pixels>
+HWY_INLINE int16x8_t SumOf(Pixels p) {
+    constexpr bool blue_first = weights.b >= 0;
+    constexpr bool green_first = !blue_first && weights.g >= 0;
+    static_assert(blue_first || green_first || weights.r >= 0);
+    uint16x8_t sum;
+    if constexpr (blue_first) {
+        sum = AddProduct<weights.g>(Product<weights.b>(p.b), p.g);
+        sum = AddProduct<weights.r>(sum, p.r);
+    } else if constexpr (green_first) {
+        sum = AddProduct<weights.b>(Product<weights.g>(p.g), p.b);
+        sum = AddProduct<weights.r>(sum, p.r);
+    } else {
+        sum = AddProduct<weights.b>(Product<weights.r>(p.r), p.b);
+        sum = AddProduct<weights.g>(sum, p.g);
+    }
     return vreinterpretq_s16_u16(sum);
+}
+
+/// With 7 fractional bits.
+template <ChannelWeights weights, class Pixels>
+HWY_INLINE int16x8_t Weighted(Pixels p) {
+    constexpr SplitWeights split = splitWeights(weights);
+    return vsraq_n_s16(SumOf<split.high>(p), SumOf<split.low>(p), 7);
 }
 
 template <ChannelWeights weights>
 HWY_INLINE uint8x8_t WeightedBytesOf(PixelHalf p) {
-    constexpr SplitWeights split = splitWeights(weights);
-    int16x8_t const sum = vsraq_n_s16(SumOf<split.high>(p), SumOf<split.low>(p), 7);
-    return vreinterpret_u8_s8(vrshrn_n_s16(sum, 7));
+    return vreinterpret_u8_s8(vrshrn_n_s16(Weighted<weights>(p), 7));
 }
 
+template <ChannelWeights weights, class Upper>
+HWY_INLINE V8 WeightedBytes(PixelHalf lower, Upper upper) {
+    int8x8_t const first = vrshrn_n_s16(Weighted<weights>(lower), 7);
+    return V8(vreinterpretq_u8_s8(vrshrn_high_n_s16(first, Weighted<weights>(upper), 7)));
+}
+
+/// With the upper half where it is, but twice the registers for weights.
 template <ChannelWeights weights>
-HWY_INLINE V8 WeightedBytes(PixelHalf lower, PixelHalf upper) {
-    return V8(vcombine_u8(WeightedBytesOf<weights>(lower), WeightedBytesOf<weights>(upper)));
+HWY_INLINE V8 WeightedBytes(ThreeChannels v) {
+    return WeightedBytes<weights>(LowerHalf(v), UpperPixels{{v.c0.raw}, {v.c1.raw}, {v.c2.raw}});
 }
 
 template <ChannelWeights weights>
@@ -97,14 +169,19 @@ HWY_INLINE hn::Vec<HalfTag8> WeightedBytes(PixelHalf p) {
     return hn::Vec<HalfTag8>(WeightedBytesOf<weights>(p));
 }
 
-HWY_INLINE uint16x8_t TruncateTwo(VF a, VF b) {
-    return vreinterpretq_u16_s16(
-        vcombine_s16(vqmovn_s32(vcvtq_s32_f32(a.raw)), vqmovn_s32(vcvtq_s32_f32(b.raw))));
+HWY_INLINE VF Clamp(VF v, VF first, VF last) {
+    return VF(vminq_f32(vmaxq_f32(v.raw, first.raw), last.raw));  // NaN stays
 }
 
-/// Four registers of floats as a block of bytes, in order; for numbers from 0 to 255.
+HWY_INLINE uint16x8_t TruncateTwo(VF a, VF b) {
+    return vuzp1q_u16(vreinterpretq_u16_s32(vcvtq_s32_f32(a.raw)),
+                      vreinterpretq_u16_s32(vcvtq_s32_f32(b.raw)));
+}
+
+/// Four registers of floats as a block of bytes, in order; for numbers from 0 to 255. NaN is 0.
 HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
-    return V8(vcombine_u8(vqmovn_u16(TruncateTwo(a, b)), vqmovn_u16(TruncateTwo(c, d))));
+    return V8(vuzp1q_u8(vreinterpretq_u8_u16(TruncateTwo(a, b)),
+                        vreinterpretq_u8_u16(TruncateTwo(c, d))));
 }
 
 HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
@@ -140,11 +217,7 @@ HWY_INLINE V8 BlendBy64ths(V8 a, V8 b, std::int8_t weight) {
                          vmlal_high_u8(upper, b.raw, second), 6));
 }
 
-/// Of the first and of the second half of the words.
-struct WordSums {
-    int32x4_t lower;
-    int32x4_t upper;
-};
+using WordSums = WideSums;
 
 HWY_INLINE WordSums NoWordSums() {
     return {vdupq_n_s32(0), vdupq_n_s32(0)};

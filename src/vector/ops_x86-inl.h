@@ -97,6 +97,10 @@ HWY_INLINE V8 PackPixels(V16 even, V16 odd) {
     return PackUnsigned(even, odd);
 }
 
+HWY_INLINE VF Clamp(VF v, VF first, VF last) {
+    return hn::Min(hn::Max(v, first), last);  // NaN becomes `first`, the second operand
+}
+
 /// floor(v * factor / 2^13), for |v| <= 256.
 HWY_INLINE V16 MulShift13(V16 v, std::int16_t factor) {
     return hn::MulHigh(hn::ShiftLeft<3>(v), hn::Set(TagS16(), factor));
@@ -168,6 +172,11 @@ HWY_INLINE V8 WeightedBytes(PixelHalf lower, PixelHalf upper) {
     V16 const first = Weighted<weights>(lower);
     V16 const second = Weighted<weights>(upper);
     return is_signed ? PackSigned(first, second) : PackUnsigned(first, second);
+}
+
+template <ChannelWeights weights>
+HWY_INLINE V8 WeightedBytes(ThreeChannels v) {
+    return WeightedBytes<weights>(LowerHalf(v), UpperHalf(v));
 }
 
 template <ChannelWeights weights>

@@ -98,8 +98,7 @@ void ConvertBgrToGray(ConstBytes bgr, std::size_t width, std::size_t height, std
     for (std::size_t y = 0; y < height; ++y, bgr += bgr_stride, gray += gray_stride) {
         walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
-            ThreeChannels const v = LoadThree(bgr + 3 * x);
-            hn::StoreU(WeightedBytes<grayWeights>(LowerHalf(v), UpperHalf(v)), Tag8(), gray + x);
+            hn::StoreU(WeightedBytes<grayWeights>(LoadThree(bgr + 3 * x)), Tag8(), gray + x);
         });
     }
 }

@@ -42,11 +42,26 @@ void ScaleBytesToFloats(ConstBytes src, std::size_t count, float const* lower, f
     TagF32 const d;
     VF32 const offset = hn::Set(d, *lower);
     VF32 const scale = hn::Set(d, (*upper - *lower) / 255.0F);
+    auto const store = [&](auto numbers, std::size_t i) HWY_ATTR {
+        VF32 const number = hn::ConvertTo(d, hn::PromoteTo(TagS32(), numbers));
+        hn::StoreU(hn::MulAdd(scale, number, offset), d, dst + i);
+    };
+#if HWY_TARGET == HWY_NEON
+    if (count >= blockBytes) {
+        return walkShortBlocks(count, blockBytes, [&](std::size_t i) HWY_ATTR {
+            V8 const bytes = hn::LoadU(Tag8(), src + i);
+            auto const first = hn::PromoteTo(Tag16(), hn::LowerHalf(bytes));
+            auto const second = hn::PromoteTo(Tag16(), hn::UpperHalf(HalfTag8(), bytes));
+            store(hn::LowerHalf(first), i);
+            store(hn::UpperHalf(TagU16(), first), i + lanes());
+            store(hn::LowerHalf(second), i + 2 * lanes());
+            store(hn::UpperHalf(TagU16(), second), i + 3 * lanes());
+        });
+    }
+#endif
     walkShortBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
         prefetch<64, aheadOfFloats, For::writing>(dst + i);
-        auto const bytes = hn::LoadU(TagU8(), src + i);
-        VF32 const number = hn::ConvertTo(d, hn::PromoteTo(TagS32(), bytes));
-        hn::StoreU(hn::MulAdd(scale, number, offset), d, dst + i);
+        store(hn::LoadU(TagU8(), src + i), i);
     });
 }
 
@@ -66,9 +81,8 @@ void ScaleFloatsToBytes(float const* src, std::size_t count, float const* lower,
     auto const last = hn::Set(d, *upper);
     auto const scale = hn::Set(d, 255.0F / (*upper - *lower));
     auto const number = [&](float const* at) HWY_ATTR {
-        auto const x = hn::LoadU(d, at);
-        auto const raised = hn::IfThenElse(hn::Gt(x, first), x, first);  // not Max: NaN
-        return hn::Mul(hn::Sub(hn::Min(raised, last), first), scale);
+        // NaN becomes the lower bound or stays, which is 0 either way.
+        return hn::Mul(hn::Sub(Clamp(hn::LoadU(d, at), first, last), first), scale);
     };
     constexpr std::size_t quarter = blockBytes / 4;
     walkShortBlocks(count, blockBytes, [&](std::size_t i) HWY_ATTR {

@@ -35,10 +35,11 @@ struct ChannelTerm {
     V16 limit;
 };
 
+template <class Term>
 struct ChromaTerms {
-    ChannelTerm b;
-    ChannelTerm g;
-    ChannelTerm r;
+    Term b;
+    Term g;
+    Term r;
 };
 
 HWY_INLINE V16 constant(int value) {
@@ -48,6 +49,36 @@ HWY_INLINE V16 constant(int value) {
 HWY_INLINE V16 channelOf(LumaTerm luma, ChannelTerm chroma) {
     return AddWhereGreater(hn::Add(luma.high, chroma.high), luma.low, chroma.limit);
 }
+
+#if HWY_TARGET == HWY_NEON
+
+/// The formulas with 13 fractional bits of formulas.h, in sums of 32 bits with 16 fractional bits:
+/// one operation adds two of them, rounds, and takes the whole part.
+struct FineMatrix {
+    static constexpr int toBits16 = 16 - toBgrBits;
+
+    static HWY_INLINE V16 scaled(V16 byte, int offset) {
+        return hn::ShiftLeft<toBits16>(hn::Sub(byte, constant(offset)));
+    }
+
+    static HWY_INLINE WideSums luma(V16 y) {
+        return WideProducts(scaled(y, lumaOffset), lumaScale);
+    }
+
+    static HWY_INLINE ChromaTerms<WideSums> chroma(V16 u_byte, V16 v_byte) {
+        V16 const u = scaled(u_byte, chromaOffset);
+        V16 const v = scaled(v_byte, chromaOffset);
+        return {WideProducts(u, blueFromU),
+                AddWideProducts(WideProducts(u, greenFromU), v, greenFromV),
+                WideProducts(v, redFromV)};
+    }
+};
+
+HWY_INLINE V16 channelOf(WideSums luma, WideSums chroma) {
+    return RoundedHighWords(luma, chroma);
+}
+
+#else
 
 /// The formulas with 13 fractional bits of formulas.h. Luma's term, rounding included, is
 /// high + (low + 2^15) / 2^16; chroma's is high + (2^15 - 1 - limit) / 2^16.
@@ -73,7 +104,7 @@ struct FineMatrix {
                 hn::Mul(scaled, constant(lumaScale * (1 << (toBits16 - toBits15))))};
     }
 
-    static HWY_INLINE ChromaTerms chroma(V16 u_byte, V16 v_byte) {
+    static HWY_INLINE ChromaTerms<ChannelTerm> chroma(V16 u_byte, V16 v_byte) {
         V16 const u = hn::Sub(u_byte, constant(chromaOffset));
         V16 const v = hn::Sub(v_byte, constant(chromaOffset));
         return {term(u, blueFromU), addToTerm(term(u, greenFromU), v, greenFromV),
@@ -88,6 +119,8 @@ struct FineMatrix {
                 hn::Sub(first.limit, second)};
     }
 };
+
+#endif
 
 /// The formulas with 8 fractional bits of formulas.h. Luma's term is high + low / 2^8; chroma's,
 /// rounding included, is high + (2^8 - 1 - limit) / 2^8.
@@ -133,7 +166,7 @@ struct DirectMatrix {
                 hn::And(rest, constant(one - 1))};
     }
 
-    static HWY_INLINE ChromaTerms chroma(V16 u_byte, V16 v_byte) {
+    static HWY_INLINE ChromaTerms<ChannelTerm> chroma(V16 u_byte, V16 v_byte) {
         V16 const u = hn::Sub(u_byte, constant(chromaOffset));
         V16 const v = hn::Sub(v_byte, constant(chromaOffset));
         return {term<directBlueFromU, 0>(u, v), term<directGreenFromU, directGreenFromV>(u, v),
@@ -150,10 +183,11 @@ struct RedFirst {
 };
 
 /// Converts a block of pixels of one row; `even` and `odd` are chroma's terms for its columns.
-template <class Matrix, class Order>
-HWY_INLINE void storeBlock(Bytes dst, V8 y, ChromaTerms const& even, ChromaTerms const& odd) {
-    LumaTerm const first = Matrix::luma(EvenBytes(y));
-    LumaTerm const second = Matrix::luma(OddBytes(y));
+template <class Matrix, class Order, class Term>
+HWY_INLINE void storeBlock(Bytes dst, V8 y, ChromaTerms<Term> const& even,
+                           ChromaTerms<Term> const& odd) {
+    auto const first = Matrix::luma(EvenBytes(y));
+    auto const second = Matrix::luma(OddBytes(y));
     StoreThreePixels(dst,
                      Order::order(PackPixels(channelOf(first, even.b), channelOf(second, odd.b)),
                                   PackPixels(channelOf(first, even.g), channelOf(second, odd.g)),
@@ -169,7 +203,7 @@ struct PlanarChroma {
     std::size_t v_stride;
 
     template <class Matrix>
-    HWY_INLINE ChromaTerms terms(std::size_t x) const {
+    HWY_INLINE auto terms(std::size_t x) const {
         HalfTag8 const half;
         return Matrix::chroma(hn::PromoteTo(TagS16(), hn::LoadU(half, u + x / 2)),
                               hn::PromoteTo(TagS16(), hn::LoadU(half, v + x / 2)));
@@ -186,7 +220,7 @@ struct PairedChroma {
     std::size_t stride;
 
     template <class Matrix>
-    HWY_INLINE ChromaTerms terms(std::size_t x) const {
+    HWY_INLINE auto terms(std::size_t x) const {
         V8 const pairs = hn::LoadU(Tag8(), uv + x);
         return v_first ? Matrix::chroma(OddBytes(pairs), EvenBytes(pairs))
                        : Matrix::chroma(EvenBytes(pairs), OddBytes(pairs));
@@ -202,7 +236,7 @@ void convert420(ConstBytes y, std::size_t y_stride, Chroma chroma, std::size_t w
     auto const dst_step = static_cast<std::ptrdiff_t>(dst_stride);
     for (std::size_t row = 0; row < height / 2; ++row) {
         walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
-            ChromaTerms const terms = chroma.template terms<Matrix>(x);
+            auto const terms = chroma.template terms<Matrix>(x);
             storeBlock<Matrix, Order>(dst + 3 * x, hn::LoadU(d, y + x), terms, terms);
             storeBlock<Matrix, Order>(dst + dst_step + 3 * x, hn::LoadU(d, y + luma_step + x),
                                       terms, terms);
