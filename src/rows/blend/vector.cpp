@@ -197,8 +197,7 @@ std::size_t planGathers(BlendAxis const& axis, std::size_t window, EntryRange ow
 }
 
 /// The most gathers that a window of a block takes.
-[[gnu::cold]] std::size_t mostGathers(BlendAxis const& axis, BlendProgram const& program,
-                                      std::size_t window) {
+std::size_t mostGathers(BlendAxis const& axis, BlendProgram const& program, std::size_t window) {
     std::size_t most = 0;
     for (std::size_t i = 0; i < blocksOf(program) * windowCount; ++i) {
         EntryRange const own = entriesOf(program, i / windowCount, i % windowCount);
@@ -230,7 +229,7 @@ void fillWindow(BlendAxis const& axis, BlendProgram& program, std::size_t window
     }
 }
 
-[[gnu::cold]] void fillTables(BlendAxis const& axis, std::size_t window, BlendProgram& program) {
+void fillTables(BlendAxis const& axis, std::size_t window, BlendProgram& program) {
     std::size_t const blocks = blocksOf(program);
     vector::RegisterBytes empty{};
     empty.bytes.fill(emptyPlace);

@@ -54,9 +54,10 @@ constexpr bool splitsWeights = true;
 constexpr std::size_t laneTaps = 4;
 constexpr std::size_t blockRegisters = 1;  ///< of sums, that are stored together
 /// Eight lanes are enough for reductions to about a thirtieth.
-using CompiledLoops = Loops<Shape<1, 1, 0, 1>, Shape<1, 1, 0, 2>, Shape<1, 2, 0, 2>,
-                            Shape<1, 2, 0, 3>, Shape<2, 2, 0, 2>, Shape<1, 1, 1, 0>,
-                            Shape<2, 1, 1, 0>, Shape<4, 1, 1, 0>, Shape<8, 1, 1, 0>>;
+using CompiledLoops =
+    Loops<Shape<1, 1, 0, 1>, Shape<1, 1, 0, 2>, Shape<1, 2, 0, 2>, Shape<1, 2, 0, 3>,
+          Shape<2, 2, 0, 2>, Shape<1, 2, 0, 0>, Shape<1, 1, 1, 0>, Shape<2, 1, 1, 0>,
+          Shape<4, 1, 1, 0>, Shape<8, 1, 1, 0>>;
 
 inline bool fitsParts(TapAxis const& axis) {
     constexpr int largest = 127 * 256 + 127;

@@ -107,8 +107,8 @@ inline std::size_t bytesOfTaps(TapAxis const& axis, TapProgram const& program) {
 /// the row's end, because later steps use the same places; bytes behind the row are loaded as
 /// zeros.
 /// @return false if it doesn't reach their taps
-[[gnu::cold]] inline bool placeWindow(TapAxis const& axis, TapProgram const& program,
-                                      WindowEntries own, std::uint32_t& offset) {
+inline bool placeWindow(TapAxis const& axis, TapProgram const& program, WindowEntries own,
+                        std::uint32_t& offset) {
     std::size_t leftmost = std::numeric_limits<std::size_t>::max();
     std::size_t rightmost = 0;
     // A window without entries stands where the last entry does.
@@ -127,7 +127,7 @@ inline std::size_t bytesOfTaps(TapAxis const& axis, TapProgram const& program) {
     return end <= leftmost + program.window_bytes;
 }
 
-[[gnu::cold]] inline bool placeWindows(TapAxis const& axis, TapProgram& program) {
+inline bool placeWindows(TapAxis const& axis, TapProgram& program) {
     program.offsets.assign(registersOf(program) * registerOffsets, 0);
     for (std::size_t i = 0; i < registersOf(program); ++i) {
         for (std::size_t window = 0; window < windowCount; ++window) {
@@ -205,9 +205,8 @@ HWY_INLINE std::size_t weightBytes(bool has_high) {
 }
 
 /// @param tables the bytes of the window in the first table of its register
-[[gnu::cold]] inline void fillWindowTables(TapAxis const& axis, TapProgram const& program,
-                                           WindowEntries own, std::uint32_t offset,
-                                           std::uint8_t* tables) {
+inline void fillWindowTables(TapAxis const& axis, TapProgram const& program, WindowEntries own,
+                             std::uint32_t offset, std::uint8_t* tables) {
     std::size_t const channels = program.channels;
     std::size_t const entry_taps = program.lane_sums * laneTaps;
     std::size_t const step_bytes = weightBytes(program.has_high);
@@ -231,7 +230,7 @@ HWY_INLINE std::size_t weightBytes(bool has_high) {
 
 /// Appends the tables of all registers. Equal tables are shared: where filters repeat after a few
 /// registers, fewer tables stay in a nearer cache.
-[[gnu::cold]] inline void appendTables(TapAxis const& axis, TapProgram& program) {
+inline void appendTables(TapAxis const& axis, TapProgram& program) {
     constexpr std::size_t most_looked_at = 16;
     std::size_t const bytes = blockBytes + program.steps * weightBytes(program.has_high);
     std::size_t own = 0;
