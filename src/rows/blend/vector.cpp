@@ -76,14 +76,19 @@ struct BlockSteps {
     std::uint32_t const* offsets;
     vector::RegisterBytes const* tables;  ///< places of each gather, then weights
     std::size_t gathers;
-
-    template <class Shape>
-    static HWY_INLINE BlockSteps of(BlendProgram const& program, std::size_t block) {
-        std::size_t const gathers = Shape::gathers == 0 ? program.gathers : Shape::gathers;
-        return {program.offsets.data() + block * gathers * windowCount,
-                program.tables.data() + block * (gathers + 1), gathers};
-    }
 };
+
+/// Calls block(steps, first) for the blocks of a row; `first` is the first entry.
+template <class Shape, class Block>
+HWY_INLINE void forEachBlock(BlendProgram const& program, Block block) {
+    BlockSteps steps{program.offsets.data(), program.tables.data(),
+                     Shape::gathers == 0 ? program.gathers : Shape::gathers};
+    walkBlocks(program.entries, blockEntries, [&](std::size_t first) HWY_ATTR {
+        block(steps, first);
+        steps.offsets += steps.gathers * windowCount;
+        steps.tables += steps.gathers + 1;
+    });
+}
 
 /// The blended columns of a block, as words.
 template <class Shape>
@@ -112,12 +117,9 @@ HWY_INLINE void storeEntries(V16 words, std::uint8_t* dst) {
 
 template <class Shape>
 void runColumns(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
-    std::size_t const entries = program.entries;
-    std::size_t const blocks = blocksOf(program);
-    for (std::size_t block = 0; block < blocks; ++block) {
-        auto const steps = BlockSteps::of<Shape>(program, block);
-        storeEntries(blendColumns<Shape>(steps, src), dst + firstOfBlock(block, entries));
-    }
+    forEachBlock<Shape>(program, [=](BlockSteps const& steps, std::size_t first) HWY_ATTR {
+        storeEntries(blendColumns<Shape>(steps, src), dst + first);
+    });
 }
 
 template <class Shape>
@@ -125,14 +127,11 @@ void runColumnsAndRows(BlendProgram const& program, std::uint8_t const* upper,
                        std::uint8_t const* lower, std::uint16_t weight, std::uint8_t* dst) {
     TagS16 const words;
     V16 const factor = hn::BitCast(words, hn::Set(Tag16(), weight));
-    std::size_t const entries = program.entries;
-    std::size_t const blocks = blocksOf(program);
-    for (std::size_t block = 0; block < blocks; ++block) {
-        auto const steps = BlockSteps::of<Shape>(program, block);
+    forEachBlock<Shape>(program, [=](BlockSteps const& steps, std::size_t first) HWY_ATTR {
         V16 const a = blendColumns<Shape>(steps, upper);
         V16 const b = blendColumns<Shape>(steps, lower);
-        storeEntries(blend(words, a, b, factor), dst + firstOfBlock(block, entries));
-    }
+        storeEntries(blend(TagS16(), a, b, factor), dst + first);
+    });
 }
 
 template <class Shape>
