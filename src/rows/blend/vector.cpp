@@ -14,6 +14,7 @@
 #include <cstring>
 
 #include "vector/ops-inl.h"
+#include "vector/windows-inl.h"
 #include "vector/windows.h"
 
 HWY_BEFORE_NAMESPACE();

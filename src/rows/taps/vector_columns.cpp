@@ -15,6 +15,7 @@
 #include "rows/taps/axis.h"
 #include "rows/taps/lanes-inl.h"
 #include "rows/taps/plan-inl.h"
+#include "vector/windows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ox::rows::HWY_NAMESPACE {

@@ -14,6 +14,7 @@
 
 #include "simd/resizers/routines.h"
 #include "vector/ops-inl.h"
+#include "vector/windows-inl.h"
 #include "vector/windows.h"
 
 HWY_BEFORE_NAMESPACE();
