@@ -104,8 +104,11 @@ bool TensorRun::doFile(PictureMaker& maker, std::size_t item) {
     }
     handOver(maker, item, failure);
     maker.close();
+    if (reachedLimit()) {
+        return false;  // without passing: a later file that can't be read isn't asked for any more
+    }
     _turns.pass();
-    return !reachedLimit();
+    return true;
 }
 
 void TensorRun::handOver(PictureMaker& maker, std::size_t item, std::exception_ptr failure) {
