@@ -34,7 +34,6 @@ class GstRefusals : public Gst {};
 TEST_F(GstRefusals, FiltersThatEnlarge) {
     EXPECT_EQ(refusal("oxconvertscale filter=box", "format=NV12, width=32, height=32",
                       "format=I420, width=64, height=64"),
-
               "Failure in ScaleData::reuse(...), parameter 'dst_size' is out of range.");
     EXPECT_EQ(refusal("oxconvertscale filter=box", "format=NV12, width=32, height=32",
                       "format=BGR, width=64, height=64"),

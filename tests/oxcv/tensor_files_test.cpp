@@ -95,12 +95,9 @@ TEST_F(TensorFilesTest, FramesAreCountedOverAllFiles) {
     std::string const two = write("two.bgr24", first + second);
     Words const call = join(join({"tensor", two, two, path("missing"), path("out.npy")}, size),
                             {"--input-size", "12x8", "--frames", "3"});
-    // Often, because a job that has failed to open the last file waits for its turn meanwhile.
-    for (int i = 0; i < 10; ++i) {
-        for (char const* const jobs : {"1", "3"}) {
-            EXPECT_EQ(run(join(call, {"--jobs", jobs})).err, "");
-            expectArray(read("out.npy"), "3", made(first + second + first));
-        }
+    for (char const* const jobs : {"1", "3"}) {
+        EXPECT_EQ(run(join(call, {"--jobs", jobs})).err, "");
+        expectArray(read("out.npy"), "3", made(first + second + first));
     }
 }
 

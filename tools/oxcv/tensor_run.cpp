@@ -79,17 +79,14 @@ void TensorRun::work(PictureMaker& maker) noexcept {
     try {
         std::size_t item = 0;
         while (_turns.take(item)) {
-            if (!doFile(maker, item)) {
-                _turns.stop(nullptr);
-            }
+            doFile(maker, item);
         }
     } catch (...) {
         _turns.stop(std::current_exception());
     }
 }
 
-/// @return false if there is no more to do
-bool TensorRun::doFile(PictureMaker& maker, std::size_t item) {
+void TensorRun::doFile(PictureMaker& maker, std::size_t item) {
     std::exception_ptr const failure = failureOf([&] {
         maker.open(_inputs[item]);
         if (!maker.next()) {
@@ -97,18 +94,14 @@ bool TensorRun::doFile(PictureMaker& maker, std::size_t item) {
         }
     });
     if (!_turns.await(item)) {
-        return false;
+        return;
     }
     if (item == 0 && _array.needsCount()) {
         expectFrames(failure == nullptr ? maker.reader().info().frames : 0);
     }
     handOver(maker, item, failure);
     maker.close();
-    if (reachedLimit()) {
-        return false;  // without passing: a later file that can't be read isn't asked for any more
-    }
-    _turns.pass();
-    return true;
+    _turns.pass(!reachedLimit());
 }
 
 void TensorRun::handOver(PictureMaker& maker, std::size_t item, std::exception_ptr failure) {

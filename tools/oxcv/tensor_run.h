@@ -42,7 +42,7 @@ class TensorRun {
   private:
     void work(PictureMaker& maker) noexcept;
     void help() noexcept;
-    bool doFile(PictureMaker& maker, std::size_t item);
+    void doFile(PictureMaker& maker, std::size_t item);
     void handOver(PictureMaker& maker, std::size_t item, std::exception_ptr failure);
     void leaveOut(std::exception_ptr const& failure);
     void expectFrames(std::optional<std::int64_t> of_first);

@@ -22,9 +22,10 @@ bool Turns::await(std::size_t item) {
     return !_stopped;
 }
 
-void Turns::pass() {
+void Turns::pass(bool more) {
     std::lock_guard const lock(_mutex);
     ++_turn;
+    _stopped = _stopped || !more;
     _passed.notify_all();
 }
 

@@ -25,11 +25,11 @@ class Turns {
     /// Waits until it is the item's turn.
     /// @return false if work has stopped
     bool await(std::size_t item);
-    /// Ends a turn.
-    void pass();
+    /// Ends a turn, and all work if there is no more to do: nobody has the next turn then.
+    void pass(bool more);
 
     /// Ends a turn, and all work.
-    /// @param reason thrown by `rethrow`; may be null
+    /// @param reason thrown by `rethrow`, unless work has stopped before
     void stop(std::exception_ptr reason) noexcept;
     /// After all work: throws what has stopped it.
     void rethrow() const;
