@@ -25,6 +25,7 @@
 /// | `SumModulo` | weighted sums of bytes, modulo 2^16 |
 /// | `HighBytes` | the high bytes of two registers of words, in order |
 /// | `MeanWords` | (weights * pixel + (128 << shift)) >> shift, of words |
+/// | `FloorMean` | (a + b) >> 1, of bytes |
 /// | `BlendBy64ths` | (a * (64 - weight) + b * weight) >> 6, of bytes |
 /// | `PermuteWindow` | the bytes at the given places of a window |
 /// | `PermuteTwoWindows` | the bytes at the given places of two windows; not on AVX2 |

@@ -206,6 +206,10 @@ HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
                    vmull_high_u8(bytes.raw, weights.raw)));
 }
 
+HWY_INLINE V8 FloorMean(V8 a, V8 b) {
+    return V8(vhaddq_u8(a.raw, b.raw));
+}
+
 /// (a * (64 - weight) + b * weight) >> 6, for weights from 0 to 64.
 HWY_INLINE V8 BlendBy64ths(V8 a, V8 b, std::int8_t weight) {
     uint8x16_t const second = vdupq_n_u8(static_cast<std::uint8_t>(weight));

@@ -129,6 +129,11 @@ HWY_INLINE V16 MulAddBytePairs(V8 unsigned_bytes, std::int8_t even, std::int8_t 
     return MulAddBytes(unsigned_bytes, hn::BitCast(Tag8(), weights));
 }
 
+/// The instruction rounds up.
+HWY_INLINE V8 FloorMean(V8 a, V8 b) {
+    return hn::Not(hn::AverageRound(hn::Not(a), hn::Not(b)));
+}
+
 /// (a * (64 - weight) + b * weight) >> 6, for weights from 0 to 64.
 HWY_INLINE V8 BlendBy64ths(V8 a, V8 b, std::int8_t weight) {
     auto const rest = static_cast<std::int8_t>(64 - weight);

@@ -51,6 +51,11 @@ class BlendRoutines : public RowRoutines {
             ASSERT_EQ(dst.data()[i], blendedEntry(axis, src.data(), i))
                 << "entry " << i << " of " << axis.channels << " channels";
         }
+        EXPECT_EQ(src.touched(), 0);
+        EXPECT_EQ(dst.touched(), 0);
+        if (program.run_rows == nullptr) {
+            return;
+        }
         auto const weight = static_cast<std::uint16_t>(random.between(0, 65535));
         program.run_rows(program, src.data(), lower.data(), weight, dst.data());
         for (std::size_t i = 0; i < dst.size(); ++i) {
@@ -99,6 +104,33 @@ TEST_P(BlendRoutines, ColumnsOfRowsAsLongAsWindows) {
         checkColumns(axis, Guard::AtStart);
         if (HasFatalFailure()) {
             return;
+        }
+    }
+}
+
+// As at twice the width, and with a pixel that differs.
+TEST_P(BlendRoutines, ColumnsOfTwiceTheWidth) {
+    for (std::size_t channels = 1; channels <= 4; ++channels) {
+        for (std::int32_t width = 1; width < 150; width += 1 + width / 16) {
+            rows::BlendAxis axis{{}, channels, static_cast<std::size_t>(width) * channels};
+            for (std::int32_t i = 0; i < 2 * width; ++i) {
+                std::int32_t const left = std::max((i - 1) / 2, 0);
+                int const quarters = i == 0 ? 0 : i % 2 == 0 ? 3 : 1;
+                axis.pixels.push_back({left, std::min(left + 1, width - 1),
+                                       static_cast<std::uint16_t>(quarters << 14)});
+            }
+            checkColumns(axis, Guard::AtEnd);
+            checkColumns(axis, Guard::AtStart);
+            auto const other = static_cast<std::size_t>(random.between(0, 2 * width - 1));
+            axis.pixels[other].weight = static_cast<std::uint16_t>(random.between(0, 65535));
+            checkColumns(axis, Guard::AtEnd);
+            rows::PixelPair& pair =
+                axis.pixels[static_cast<std::size_t>(random.between(1, 2 * width - 1))];
+            pair.right = pair.left;
+            checkColumns(axis, Guard::AtEnd);
+            if (HasFatalFailure()) {
+                return;
+            }
         }
     }
 }

@@ -103,6 +103,9 @@ bool BlendColumns::runRows(std::uint8_t const* upper, std::uint8_t const* lower,
         return false;
     }
     BlendProgram const& program = _bytes.program();
+    if (program.run_rows == nullptr) {
+        return false;
+    }
     program.run_rows(program, upper, lower, weight, dst);
     return true;
 }

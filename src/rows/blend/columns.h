@@ -46,7 +46,7 @@ using RunBlendRows = void(BlendProgram const& program, std::uint8_t const* upper
 /// The program that an axis is compiled to.
 struct BlendProgram {
     RunBlend* run = nullptr;
-    RunBlendRows* run_rows = nullptr;
+    RunBlendRows* run_rows = nullptr;    ///< null where rows are blended by `BlendRows` alone
     std::vector<std::uint32_t> offsets;  ///< of each window: its first byte
     std::vector<vector::RegisterBytes> tables;
     std::size_t gathers = 0;  ///< of each block of entries

@@ -48,6 +48,53 @@ constexpr std::uint16_t pairOf64(std::uint16_t weight) {
     return static_cast<std::uint16_t>((64 - weight / of64) | (weight / of64) << 8);
 }
 
+// Weights of one and three quarters are two means, each rounded down; at twice the size there are
+// no others.
+
+constexpr std::uint16_t quarter = 0x10000 / 4;
+
+/// (3 * near + far) >> 2
+HWY_INLINE V8 blendByQuarter(V8 near, V8 far) {
+    return FloorMean(near, FloorMean(near, far));
+}
+
+/// Whether the row becomes twice as long, its outer pixels apart all in quarters between two.
+bool isDoubled(BlendAxis const& axis) {
+    std::size_t const width = axis.row_bytes / axis.channels;
+    if (axis.channels == 3 || axis.pixels.size() != 2 * width ||
+        axis.row_bytes < axis.channels + blockBytes) {
+        return false;
+    }
+    auto const isCopy = [](PixelPair const& pair, std::size_t pixel) {
+        return static_cast<std::size_t>(pair.left) == pixel &&
+               (pair.weight == 0 || pair.right == pair.left);
+    };
+    bool doubled = isCopy(axis.pixels.front(), 0) && isCopy(axis.pixels.back(), width - 1);
+    for (std::size_t i = 1; doubled && i + 1 < 2 * width; ++i) {
+        PixelPair const& pair = axis.pixels[i];
+        doubled = static_cast<std::size_t>(pair.left) == (i - 1) / 2 &&
+                  pair.right == pair.left + 1 && pair.weight == (i % 2 == 1 ? 1 : 3) * quarter;
+    }
+    return doubled;
+}
+
+template <std::size_t channels, class Unit>
+void runDoubled(BlendProgram const& program, std::uint8_t const* src, std::uint8_t* dst) {
+    Tag8 const d;
+    hn::Repartition<Unit, Tag8> const pixels;
+    static_assert(sizeof(Unit) == channels);
+    std::size_t const between = program.entries / 2 - channels;
+    std::memcpy(dst, src, channels);
+    std::memcpy(dst + channels + 2 * between, src + between, channels);
+    walkShortBlocks(between, blockBytes, [=](std::size_t x) HWY_ATTR {
+        V8 const left = hn::LoadU(d, src + x);
+        V8 const right = hn::LoadU(d, src + x + channels);
+        hn::StoreInterleaved2(hn::BitCast(pixels, blendByQuarter(left, right)),
+                              hn::BitCast(pixels, blendByQuarter(right, left)), pixels,
+                              reinterpret_cast<Unit*>(dst + channels + 2 * x));
+    });
+}
+
 // A block of entries, which are samples of the result, is made from a register of pairs of source
 // bytes. The pairs are gathered from windows of the row: a permute takes those that lie in one
 // window, and further ones add those that lie further on.
@@ -247,6 +294,12 @@ void fillTables(BlendAxis const& axis, std::size_t window, BlendProgram& program
 [[gnu::cold]] bool compileBlend(BlendAxis const& axis, BlendProgram& program) {
     auto const isLeftOf = [](PixelPair const& a, PixelPair const& b) { return a.left < b.left; };
     program.entries = axis.pixels.size() * axis.channels;
+    if (isDoubled(axis)) {
+        constexpr RunBlend* runs[] = {runDoubled<1, std::uint8_t>, runDoubled<2, std::uint16_t>,
+                                      nullptr, runDoubled<4, std::uint32_t>};
+        program.run = runs[axis.channels - 1];
+        return true;
+    }
     if (axis.row_bytes < windowBytes || program.entries < blockEntries ||
         !std::is_sorted(axis.pixels.begin(), axis.pixels.end(), isLeftOf)) {
         return false;
@@ -272,6 +325,16 @@ void blendRows(std::uint8_t const* upper, std::uint8_t const* lower, std::uint16
         return blendPlainRows(upper, lower, weight, bytes, dst);
     }
     Tag8 const d;
+    if (weight == quarter || weight == 3 * quarter) {
+        std::uint8_t const* const near = weight == quarter ? upper : lower;
+        std::uint8_t const* const far = weight == quarter ? lower : upper;
+        walkShortBlocks(bytes, blockBytes, [&](std::size_t x) HWY_ATTR {
+            V8 const a = hn::LoadU(d, near + x);
+            V8 const b = hn::LoadU(d, far + x);
+            hn::StoreU(blendByQuarter(a, b), d, dst + x);
+        });
+        return;
+    }
     if (isOf64(weight)) {
         auto const part = static_cast<std::int8_t>(weight / of64);
         walkShortBlocks(bytes, blockBytes, [&](std::size_t x) HWY_ATTR {
