@@ -144,6 +144,19 @@ HWY_INLINE void walkShortBlocks(std::size_t length, std::size_t block_length, Bl
     }
 }
 
+/// The same, two blocks at a time, for those that take few instructions.
+template <class Block>
+HWY_INLINE void walkBlockPairs(std::size_t length, std::size_t block_length, Block block) {
+    std::size_t x = 0;
+    for (; x + 2 * block_length <= length; x += 2 * block_length) {
+        block(x);
+        block(x + block_length);
+    }
+    for (; x < length; x += block_length) {
+        block(HWY_MIN(x, length - block_length));
+    }
+}
+
 }  // namespace ox::vector::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

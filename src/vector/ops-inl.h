@@ -25,6 +25,8 @@
 /// | `SumModulo` | weighted sums of bytes, modulo 2^16 |
 /// | `HighBytes` | the high bytes of two registers of words, in order |
 /// | `MeanWords` | (weights * pixel + (128 << shift)) >> shift, of words |
+/// | `RoundedBytes` | (v + (1 << shift - 1)) >> shift, of words that leave bytes; on x86-64 by 8 alone |
+/// | `doubledBytes`, `StoreDoubled` | so many bytes by 12 and 4, and by 4 and 12, with the next pixel's; by turns |
 /// | `FloorMean` | (a + b) >> 1, of bytes |
 /// | `BlendBy64ths` | (a * (64 - weight) + b * weight) >> 6, of bytes |
 /// | `PermuteWindow` | the bytes at the given places of a window |
@@ -41,6 +43,7 @@
 /// | `BytesOf` | `FourSums` shifted and clamped to bytes |
 /// | `WideProducts`, `AddWideProducts` | products of words, and added to others; only NEON has these: |
 /// | `RoundedHighWords` | (a + b + 2^15) >> 16, of such sums |
+/// | `AddThreefold` | sum + 3 * v, of words |
 /// | `Permute` | the bytes of each period at a table's places; not on NEON, as are: |
 /// | `LoadPeriods`, `StorePeriods` | periods that overlap by a byte in memory; the later one wins |
 /// | `AddByteProducts` | adds products of four unsigned and signed bytes; only AVX3_DL has this and: |

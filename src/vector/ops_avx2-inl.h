@@ -15,6 +15,11 @@ HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<Window
     return hn::TableLookupBytes(v, places);
 }
 
+/// Half a block's bytes, where `Permute` reaches them from both lanes.
+HWY_INLINE V8 LoadHalf(std::uint8_t const* p) {
+    return hn::LoadDup128(Tag8(), p);
+}
+
 template <int residue>
 HWY_INLINE V8 BlendResidue(V8 a, V8 b) {
     alignas(32) static constexpr ByteTable select = [] {

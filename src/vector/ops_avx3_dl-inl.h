@@ -40,6 +40,11 @@ HWY_INLINE V8 LookUp(AllBytes const& all, V8 places) {
     return V8{_mm512_mask_blend_epi8(_mm512_movepi8_mask(places.raw), lower, upper)};
 }
 
+HWY_INLINE V8 LoadHalf(std::uint8_t const* p) {
+    HalfTag8 const half;
+    return hn::ZeroExtendVector(Tag8(), hn::LoadU(half, p));
+}
+
 template <int residue>
 HWY_INLINE V8 BlendResidue(V8 a, V8 b) {
     return V8{_mm512_mask_blend_epi8(0x9249249249249249U << residue, a.raw, b.raw)};

@@ -206,6 +206,40 @@ HWY_INLINE hn::Vec<WindowTag16> MulAddWindowPairs(hn::Vec<WindowTag> bytes,
                    vmull_high_u8(bytes.raw, weights.raw)));
 }
 
+template <int shift, class D>
+HWY_INLINE V8 RoundedBytes(D /*bytes*/, hn::Vec<Tag16> lower, hn::Vec<Tag16> upper) {
+    return V8(vrshrn_high_n_u16(vrshrn_n_u16(lower.raw, shift), upper.raw, shift));
+}
+
+HWY_INLINE hn::Vec<Tag16> AddThreefold(hn::Vec<Tag16> sum, hn::Vec<Tag16> v) {
+    return hn::Vec<Tag16>(vmlaq_n_u16(sum.raw, v.raw, 3));
+}
+
+constexpr std::size_t doubledBytes = blockBytes;
+
+template <std::size_t channels>
+HWY_INLINE void StoreDoubled(std::uint8_t const* src, std::uint16_t* dst) {
+    uint8x16_t const a = vld1q_u8(src);
+    uint8x16_t const b = vld1q_u8(src + channels);
+    auto const sum = [](uint8x8_t near, uint8x8_t far) HWY_ATTR {
+        return vmlal_u8(vmull_u8(near, vdup_n_u8(12)), far, vdup_n_u8(4));
+    };
+    auto const upperSum = [](uint8x16_t near, uint8x16_t far) HWY_ATTR {
+        return vmlal_high_u8(vmull_high_u8(near, vdupq_n_u8(12)), far, vdupq_n_u8(4));
+    };
+    using Pixel = std::conditional_t<channels == 1, std::uint16_t, std::uint32_t>;
+    hn::Repartition<Pixel, Tag8> const pixels;
+    Tag16 const words;
+    auto const store = [=](std::uint16_t* at, uint16x8_t first, uint16x8_t second) HWY_ATTR {
+        auto const left = hn::BitCast(pixels, hn::Vec<Tag16>(first));
+        auto const right = hn::BitCast(pixels, hn::Vec<Tag16>(second));
+        hn::StoreU(hn::BitCast(words, hn::InterleaveLower(left, right)), words, at);
+        hn::StoreU(hn::BitCast(words, hn::InterleaveUpper(pixels, left, right)), words, at + 8);
+    };
+    store(dst, sum(vget_low_u8(a), vget_low_u8(b)), sum(vget_low_u8(b), vget_low_u8(a)));
+    store(dst + blockBytes, upperSum(a, b), upperSum(b, a));
+}
+
 HWY_INLINE V8 FloorMean(V8 a, V8 b) {
     return V8(vhaddq_u8(a.raw, b.raw));
 }

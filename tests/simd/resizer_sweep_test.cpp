@@ -256,6 +256,18 @@ TEST(ResizerSweep, EveryWidth) {
     });
 }
 
+TEST(ResizerSweep, TwiceEveryWidthAndHeight) {
+    forEachDomain(9, [](Domain const& domain, Random& random) {
+        for (int width = 3; width <= 140 && !domain.halves; width += emulated() ? 9 : 1) {
+            model::Resize request = drawRequest(domain, {9, 9}, random);
+            request.src_w = static_cast<std::uint64_t>(std::max(width, domain.smallest_width));
+            request.dst_w = 2 * request.src_w;
+            request.dst_h = 2 * request.src_h;
+            ASSERT_TRUE(agrees(domain.subject, request, random));
+        }
+    });
+}
+
 struct Size {
     std::uint64_t src_w;
     std::uint64_t src_h;

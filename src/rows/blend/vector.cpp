@@ -328,7 +328,7 @@ void blendRows(std::uint8_t const* upper, std::uint8_t const* lower, std::uint16
     if (weight == quarter || weight == 3 * quarter) {
         std::uint8_t const* const near = weight == quarter ? upper : lower;
         std::uint8_t const* const far = weight == quarter ? lower : upper;
-        walkShortBlocks(bytes, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkBlockPairs(bytes, blockBytes, [&](std::size_t x) HWY_ATTR {
             V8 const a = hn::LoadU(d, near + x);
             V8 const b = hn::LoadU(d, far + x);
             hn::StoreU(blendByQuarter(a, b), d, dst + x);

@@ -55,6 +55,8 @@ struct BytePairProgram {
     AlignedArray<std::uint8_t> scratch;  ///< a window for a row that is shorter
     std::uint64_t steps = 0;
     std::uint64_t rowBytes = 0;  ///< of the source
+    std::uint64_t doubled = 0;   ///< channels of a row that becomes twice as long, which needs no
+                                 ///< tables; or 0
 };
 
 using CompileBytePairs = void(BytePairs const& pairs, BytePairProgram& program);

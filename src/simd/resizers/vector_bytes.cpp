@@ -144,8 +144,34 @@ void compilePairs(BytePairs const& pairs, BytePairProgram& program) {
     });
 }
 
+/// Whether the row becomes twice as long, and has a block of pixels with a neighbour. All weights
+/// are 4 and 12 of 16 then, but for the outer pixels', since the positions of so few are exact.
+bool isDoubled(BytePairs const& pairs) {
+    std::uint64_t const width = pairs.rowBytes / pairs.channels;
+    return pairs.channels <= 2 && pairs.width == 2 * width && pairs.width <= mostVectorSamples &&
+           pairs.rowBytes >= doubledBytes + pairs.channels;
+}
+
+/// Each pixel between two, and a copy of the first and of the last one.
+template <std::size_t channels>
+void doubleRow(std::uint64_t bytes, std::uint8_t const* src, std::uint16_t* row) {
+    std::uint64_t const between = bytes - channels;
+    for (std::size_t c = 0; c < channels; ++c) {
+        row[c] = static_cast<std::uint16_t>(byteBilinearRange * src[c]);
+        row[channels + 2 * between + c] =
+            static_cast<std::uint16_t>(byteBilinearRange * src[between + c]);
+    }
+    walkBlockPairs(between, doubledBytes, [=](std::uint64_t x) HWY_ATTR {
+        StoreDoubled<channels>(src + x, row + channels + 2 * x);
+    });
+}
+
 void compileBytePairs(BytePairs const& pairs, BytePairProgram& program) {
     program.rowBytes = pairs.rowBytes;
+    if (isDoubled(pairs)) {
+        program.doubled = pairs.channels;
+        return;
+    }
     if (pairs.rowBytes < windowBytes) {
         program.scratch.Resize(windowBytes, windowBytes);
         std::memset(program.scratch.data, 0, windowBytes);
@@ -168,6 +194,10 @@ std::uint8_t const* windowsOf(BytePairProgram& program, std::uint8_t const* src)
 }
 
 void blendBytePairs(BytePairProgram& program, std::uint8_t const* src, std::uint16_t* row) {
+    if (program.doubled != 0) {
+        return program.doubled == 1 ? doubleRow<1>(program.rowBytes, src, row)
+                                    : doubleRow<2>(program.rowBytes, src, row);
+    }
     src = windowsOf(program, src);
     WindowTag const d;
     std::int32_t const* offset = program.offsets.data;
@@ -183,19 +213,30 @@ void blendBytePairs(BytePairProgram& program, std::uint8_t const* src, std::uint
 template <class D>
 HWY_INLINE void blendRowsBy(D d, std::uint16_t const* top, std::uint16_t const* bottom,
                             std::int32_t weight, std::size_t count, std::uint8_t* dst) {
+    static_assert(byteBilinearRange == 16 && byteBilinearShift == 8 && byteBilinearRounding == 128);
     hn::RepartitionToWide<D> const wide;
     std::size_t const half = hn::Lanes(wide);
+#if HWY_TARGET == HWY_NEON              // elsewhere two products take as long
+    if (weight == 4 || weight == 12) {  // as at twice the height
+        std::uint16_t const* const near = weight == 4 ? top : bottom;
+        std::uint16_t const* const far = weight == 4 ? bottom : top;
+        walkBlockPairs(count, 2 * half, [=](std::size_t x) HWY_ATTR {
+            auto const sum = [=](std::size_t i) HWY_ATTR {
+                return AddThreefold(hn::LoadU(wide, far + i), hn::LoadU(wide, near + i));
+            };
+            hn::StoreU(RoundedBytes<6>(d, sum(x), sum(x + half)), d, dst + x);
+        });
+        return;
+    }
+#endif
     auto const first = hn::Set(wide, static_cast<std::uint16_t>(byteBilinearRange - weight));
     auto const second = hn::Set(wide, static_cast<std::uint16_t>(weight));
-    auto const rounding = hn::Set(wide, byteBilinearRounding);
-    static_assert(byteBilinearShift == 8);  // the odd bytes of the sums
-    auto const sum = [&](std::size_t x) HWY_ATTR {
-        auto const products = hn::Add(hn::Mul(hn::LoadU(wide, top + x), first),
-                                      hn::Mul(hn::LoadU(wide, bottom + x), second));
-        return hn::BitCast(d, hn::Add(products, rounding));
-    };
-    walkShortBlocks(count, 2 * half, [&](std::size_t x) HWY_ATTR {
-        hn::StoreU(hn::ConcatOdd(d, sum(x + half), sum(x)), d, dst + x);
+    walkBlockPairs(count, 2 * half, [=](std::size_t x) HWY_ATTR {
+        auto const sum = [=](std::size_t i) HWY_ATTR {
+            return hn::Add(hn::Mul(hn::LoadU(wide, top + i), first),
+                           hn::Mul(hn::LoadU(wide, bottom + i), second));
+        };
+        hn::StoreU(RoundedBytes<8>(d, sum(x), sum(x + half)), d, dst + x);
     });
 }
 
