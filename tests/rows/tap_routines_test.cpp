@@ -231,6 +231,28 @@ void TapRowRoutines::checkRowUnits(int units, std::size_t bytes) {
 
 constexpr Weights allWeights[]{Weights::Small, Weights::Usual, Weights::Large};
 
+// As where the width falls by a whole number: the middle pixels have one filter, but for one here.
+TEST_P(TapRoutines, ColumnsOfOneFilter) {
+    for (std::size_t channels = 1; channels <= 4; ++channels) {
+        for (int scale = 1; scale <= 5; ++scale) {
+            for (std::size_t taps = 1; taps <= 30; taps += emulated() ? 5U : 2U) {
+                std::size_t const pixels = 97;
+                rows::TapAxis axis = drawAxis(pixels, static_cast<float>(scale), taps,
+                                              taps % 4 == 1 ? Weights::Usual : Weights::Small);
+                for (std::size_t i = 2; i + 2 < pixels; ++i) {
+                    axis.starts[i].weights = 2;
+                }
+                axis.starts[48].weights = 3;
+                checkColumns(axis, {channels, rowFor(axis)}, Guard::AtEnd);
+                checkColumns(axis, {channels, rowFor(axis) - taps / 2}, Guard::AtStart);
+                if (HasFatalFailure()) {
+                    return;
+                }
+            }
+        }
+    }
+}
+
 TEST_P(TapRoutines, ColumnsOfEveryScaleAndTapCount) {
     for (float const scale : {1.0F, 1.5F, 2.5F, 3.0F, 3.9F, 5.3F, 8.0F, 11.0F, 28.0F}) {
         for (std::size_t taps = 1; taps <= 140; taps += taps < 36 ? 1 : 13) {

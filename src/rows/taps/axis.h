@@ -53,7 +53,8 @@ struct TapProgram {
     RunTaps* run = nullptr;
     std::vector<std::uint32_t> offsets;  ///< of each register: source bytes, byte in `tables`
     std::vector<vector::RegisterBytes> tables;
-    std::size_t steps = 0;  ///< of each sum
+    std::vector<std::uint8_t> shares_weights;  ///< of each block: whether its registers' are equal
+    std::size_t steps = 0;                     ///< of each sum
     std::size_t window_bytes = 0;
     std::size_t window_steps = 0;    ///< after which the window moves on; 0: all have one window
     std::size_t lane_sums = 1;       ///< partial sums of an entry in a register

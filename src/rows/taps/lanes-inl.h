@@ -38,6 +38,9 @@ struct Shape {
     static constexpr std::size_t reach = reach_;
     static constexpr std::size_t window_steps = window_steps_;
     static constexpr std::size_t steps = steps_;  ///< 0: any number
+    /// Whether blocks whose registers have the same weights go a way of their own.
+    static constexpr bool may_share =
+        blockBytes != 64 && lane_sums == 1 && window_steps == 1 && steps == 0;
 };
 
 /// The loops that are compiled, as `Shape`s: those that were measured to pay, in order of

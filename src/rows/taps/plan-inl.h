@@ -253,6 +253,21 @@ inline void appendTables(TapAxis const& axis, TapProgram& program) {
     }
 }
 
+/// Marks the blocks whose registers all have the same weights, as where all pixels have one filter.
+[[gnu::cold]] inline void markSharing(TapProgram& program) {
+    std::size_t const registers = blockRegisters * program.lane_sums;
+    std::size_t const bytes = program.steps * weightBytes(program.has_high);
+    std::uint8_t const* const weights = program.tables.data()->bytes.data() + blockBytes;
+    program.shares_weights.assign(blocksOf(program), 1);
+    for (std::size_t i = 0; i < registersOf(program); ++i) {
+        std::uint32_t const* const own = program.offsets.data() + i * registerOffsets;
+        std::uint32_t const* const first = own - i % registers * registerOffsets;
+        if (std::memcmp(weights + own[windowCount], weights + first[windowCount], bytes) != 0) {
+            program.shares_weights[i / registers] = 0;
+        }
+    }
+}
+
 /// The last byte that the windows of a register reach, and one more.
 inline std::size_t endOfWindows(TapProgram const& program, std::size_t index) {
     std::uint32_t const* const offsets = program.offsets.data() + index * registerOffsets;

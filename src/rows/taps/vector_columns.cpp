@@ -87,6 +87,31 @@ HWY_INLINE V32 sumRegister(RegisterSteps const& steps, std::size_t any_count) {
     return sums.total();
 }
 
+/// The sums of a block whose registers have the same weights: each is loaded once.
+template <bool has_high>
+HWY_INLINE void sumSharing(RegisterSteps (&steps)[blockRegisters], std::size_t count,
+                           V32 (&totals)[blockRegisters]) {
+    using Sum = Sums<has_high>;
+    Sum sums[] = {Sum::none(), Sum::none(), Sum::none(), Sum::none()};
+    V8 places[blockRegisters];
+    for (std::size_t k = 0; k < blockRegisters; ++k) {
+        places[k] = hn::Load(Tag8(), steps[k].tables);
+    }
+    std::uint8_t const* weights = steps[0].tables + blockBytes;
+    for (std::size_t i = 0; i < count; ++i, weights += weightBytes(has_high)) {
+        for (std::size_t k = 0; k < blockRegisters; ++k) {
+            auto const windows = Windows<1>::load([&](std::size_t w) { return steps[k].at[w]; });
+            sums[k].add(windows.permute(places[k]), weights);
+            for (std::uint8_t const*& at : steps[k].at) {
+                at += steps[k].step_bytes;
+            }
+        }
+    }
+    for (std::size_t k = 0; k < blockRegisters; ++k) {
+        totals[k] = sums[k].total();
+    }
+}
+
 /// Makes the results of a part of the row.
 template <class Shape, bool has_high>
 HWY_INLINE void sumBlocks(TapProgram const& program, RowPart part, std::uint8_t* dst) {
@@ -99,23 +124,39 @@ HWY_INLINE void sumBlocks(TapProgram const& program, RowPart part, std::uint8_t*
     int const shift = program.shift;
     V32 const kept_bits = hn::Set(BlockTagS32(), program.kept_bits);
     bool const has_gaps = program.has_gaps;
-    auto const sumOf = [=](std::size_t i) HWY_ATTR {
+    auto const stepsOf = [=](std::size_t i) HWY_ATTR {
         std::uint32_t const* const own = offsets + i * registerOffsets;
         RegisterSteps own_steps{{}, tables + own[windowCount], step_bytes};
         for (std::size_t window = 0; window < windowCount; ++window) {
             own_steps.at[window] = part.bytes + (own[window] - part.first);
         }
-        return sumRegister<Shape, has_high>(own_steps, steps);
+        return own_steps;
+    };
+    auto const unitsOf = [=](V32 sums) HWY_ATTR {
+        return hn::And(hn::ShiftRightSame(sums, shift), kept_bits);
     };
     std::size_t const block_bytes = has_gaps ? blockEntries / gapLanes * 3 : blockEntries;
     std::size_t const last = program.dst_bytes - block_bytes;
     for (std::size_t block = part.blocks.first; block < part.blocks.end; ++block) {
+        std::size_t const first = block * blockRegisters * lane_sums;
+        std::uint8_t* const to = dst + std::min(block * block_bytes, last);
+        if constexpr (Shape::may_share) {
+            if (program.shares_weights[block] != 0) {
+                RegisterSteps own_steps[] = {stepsOf(first), stepsOf(first + 1), stepsOf(first + 2),
+                                             stepsOf(first + 3)};
+                V32 sums[blockRegisters];
+                sumSharing<has_high>(own_steps, steps, sums);
+                storeBlock([&](std::size_t k) HWY_ATTR { return unitsOf(sums[k]); }, has_gaps, to);
+                continue;
+            }
+        }
         auto const sum = [=](std::size_t k) HWY_ATTR {
-            std::size_t const first = (block * blockRegisters + k) * lane_sums;
-            return hn::And(hn::ShiftRightSame(sumEntries<lane_sums>(sumOf, first), shift),
-                           kept_bits);
+            auto const sumOf = [=](std::size_t i) HWY_ATTR {
+                return sumRegister<Shape, has_high>(stepsOf(i), steps);
+            };
+            return unitsOf(sumEntries<lane_sums>(sumOf, first + k * lane_sums));
         };
-        storeBlock(sum, has_gaps, dst + std::min(block * block_bytes, last));
+        storeBlock(sum, has_gaps, to);
     }
 }
 
@@ -165,6 +206,7 @@ template <class... Shapes>
     program.kept_bits = axis.keeps_low_bytes ? 0xff : -1;
     placeTail(program);
     appendTables(axis, program);
+    markSharing(program);
     return true;
 }
 
