@@ -38,10 +38,17 @@
 /// | `AddPairs` | sums of neighbours of both registers, in order within windows |
 /// | `WordPlace`, `AddPairProducts` | products of two words a lane, added to it; not on AVX3_DL, as are: |
 /// | `PackSums` | lanes of four registers, clamped to bytes; 16 bytes of each into 16 bytes |
+/// | `PackMeans` | sums of four registers by a power of two, rounded, placed as by `PackSums` |
+/// | `AddHalves` | sums of neighbouring pairs of lanes of both registers, in order within windows |
+/// | `StoreSums` | stores `FourSums` in the order of a block's bytes |
 /// | `StoreThreeOfFour` | stores the first three of each four bytes |
 /// | `NoFourSums`, `AddTwoRows` | `FourSums` and two weighted rows of a block, added to them |
+/// | `AddRow` | the same of one row |
+/// | `WidenRow`, `AddBytes` | a block as `RowWords`, and a block added to them |
+/// | `AddWords` | `FourSums` and weighted words of at most 2^15 - 1, added to them |
 /// | `BytesOf` | `FourSums` shifted and clamped to bytes |
 /// | `WideProducts`, `AddWideProducts` | products of words, and added to others; only NEON has these: |
+/// | `WeighThree` | sums of three interleaved channels by weights, as `ThreeSums` |
 /// | `RoundedHighWords` | (a + b + 2^15) >> 16, of such sums |
 /// | `AddThreefold` | sum + 3 * v, of words |
 /// | `Permute` | the bytes of each period at a table's places; not on NEON, as are: |
@@ -71,6 +78,7 @@
 #include "vector/ops_avx2-inl.h"
 #elif HWY_TARGET == HWY_NEON
 #include "vector/ops_neon-inl.h"
+#include "vector/ops_neon_area-inl.h"
 #endif
 #if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX2
 #include "vector/ops_x86-inl.h"

@@ -111,6 +111,28 @@ HWY_INLINE V32 AddPairs(V32 a, V32 b) {
     return V32{_mm256_hadd_epi32(a.raw, b.raw)};
 }
 
+HWY_INLINE V32 AddHalves(V32 a, V32 b) {
+    return V32{
+        _mm256_add_epi32(_mm256_unpacklo_epi64(a.raw, b.raw), _mm256_unpackhi_epi64(a.raw, b.raw))};
+}
+
+/// Of the upper halves of lanes.
+template <int shift>
+HWY_INLINE __m256i UpperMeans(V32 a, V32 b) {
+    __m256i const words =
+        _mm256_packs_epi32(_mm256_srai_epi32(a.raw, 16), _mm256_srai_epi32(b.raw, 16));
+    return _mm256_add_epi16(words, _mm256_set1_epi16(1 << (shift - 17)));
+}
+
+template <int shift, bool clamps>
+HWY_INLINE V8 PackMeans(V32 a, V32 b, V32 c, V32 d) {
+    auto const mean = [](__m256i words) HWY_ATTR {
+        return clamps ? _mm256_srai_epi16(words, shift - 16)
+                      : _mm256_srli_epi16(_mm256_slli_epi16(words, 24 - shift), 8);
+    };
+    return V8{_mm256_packus_epi16(mean(UpperMeans<shift>(a, b)), mean(UpperMeans<shift>(c, d)))};
+}
+
 HWY_INLINE V8 PackSums(V32 a, V32 b, V32 c, V32 d) {
     return V8{
         _mm256_packus_epi16(_mm256_packs_epi32(a.raw, b.raw), _mm256_packs_epi32(c.raw, d.raw))};

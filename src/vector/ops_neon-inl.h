@@ -354,13 +354,31 @@ HWY_INLINE FourSums NoFourSums() {
     return {zero, zero, zero, zero};
 }
 
-HWY_INLINE FourSums AddRow(FourSums sums, V8 row, std::int16_t weight) {
-    int16x8_t const lower = vreinterpretq_s16_u16(vmovl_u8(vget_low_u8(row.raw)));
-    int16x8_t const upper = vreinterpretq_s16_u16(vmovl_high_u8(row.raw));
+/// A block of words.
+struct RowWords {
+    uint16x8_t lower;
+    uint16x8_t upper;
+};
+
+HWY_INLINE RowWords WidenRow(V8 row) {
+    return {vmovl_u8(vget_low_u8(row.raw)), vmovl_high_u8(row.raw)};
+}
+
+HWY_INLINE RowWords AddBytes(RowWords words, V8 row) {
+    return {vaddw_u8(words.lower, vget_low_u8(row.raw)), vaddw_high_u8(words.upper, row.raw)};
+}
+
+HWY_INLINE FourSums AddWords(FourSums sums, RowWords words, std::int16_t weight) {
+    int16x8_t const lower = vreinterpretq_s16_u16(words.lower);
+    int16x8_t const upper = vreinterpretq_s16_u16(words.upper);
     return {vmlal_n_s16(sums.s0, vget_low_s16(lower), weight),
             vmlal_high_n_s16(sums.s1, lower, weight),
             vmlal_n_s16(sums.s2, vget_low_s16(upper), weight),
             vmlal_high_n_s16(sums.s3, upper, weight)};
+}
+
+HWY_INLINE FourSums AddRow(FourSums sums, V8 row, std::int16_t weight) {
+    return AddWords(sums, WidenRow(row), weight);
 }
 
 HWY_INLINE FourSums AddTwoRows(FourSums sums, V8 a, V8 b, std::int16_t weight_a,

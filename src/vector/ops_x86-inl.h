@@ -346,6 +346,48 @@ HWY_INLINE FourSums AddTwoRows(FourSums sums, V8 a, V8 b, std::int16_t weight_a,
             add(sums.s3, hn::InterleaveUpper(d, upper, zero))};
 }
 
+HWY_INLINE FourSums AddRow(FourSums sums, V8 row, std::int16_t weight) {
+    return AddTwoRows(sums, row, hn::Zero(Tag8()), weight, 0);
+}
+
+/// A block of words.
+struct RowWords {
+    V16 lower;
+    V16 upper;
+};
+
+HWY_INLINE RowWords WidenRow(V8 row) {
+    TagS16 const words;
+    V8 const zero = hn::Zero(Tag8());
+    return {hn::BitCast(words, hn::InterleaveLower(row, zero)),
+            hn::BitCast(words, hn::InterleaveUpper(Tag8(), row, zero))};
+}
+
+HWY_INLINE RowWords AddBytes(RowWords words, V8 row) {
+    RowWords const more = WidenRow(row);
+    return {hn::Add(words.lower, more.lower), hn::Add(words.upper, more.upper)};
+}
+
+HWY_INLINE FourSums AddWords(FourSums sums, RowWords words, std::int16_t weight) {
+    TagS16 const d;
+    V16 const zero = hn::Zero(d);
+    V16 const weights = hn::Set(d, weight);
+    return {AddWordProducts(sums.s0, hn::InterleaveLower(words.lower, zero), weights),
+            AddWordProducts(sums.s1, hn::InterleaveUpper(d, words.lower, zero), weights),
+            AddWordProducts(sums.s2, hn::InterleaveLower(words.upper, zero), weights),
+            AddWordProducts(sums.s3, hn::InterleaveUpper(d, words.upper, zero), weights)};
+}
+
+#if HWY_TARGET == HWY_AVX2
+HWY_INLINE void StoreSums(FourSums sums, std::int32_t* p) {
+    BlockTagS32 const d;
+    hn::StoreU(hn::ConcatLowerLower(d, sums.s1, sums.s0), d, p);
+    hn::StoreU(hn::ConcatLowerLower(d, sums.s3, sums.s2), d, p + 8);
+    hn::StoreU(hn::ConcatUpperUpper(d, sums.s1, sums.s0), d, p + 16);
+    hn::StoreU(hn::ConcatUpperUpper(d, sums.s3, sums.s2), d, p + 24);
+}
+#endif
+
 HWY_INLINE V8 BytesOf(FourSums sums, int shift) {
     TagS16 const words;
     auto const shifted = [&](V32 v) HWY_ATTR { return hn::ShiftRightSame(v, shift); };

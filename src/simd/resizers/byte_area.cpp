@@ -296,7 +296,7 @@ void ResizerByteArea1x1::Run(std::uint8_t const* src, std::size_t srcStride, std
                                   wrapped(rowWeight(ay.data, r, 0, rows)),
                                   wrapped(ay[0]),
                                   rows == 0 ? 0 : wrapped(rowWeight(ay.data, r, rows, rows))};
-        resizeRoutines().averageByteArea(columns, source, dst + r * dstStride);
+        resizeRoutines().averageByteArea(columns, source, by.data, dst + r * dstStride);
     }
 }
 

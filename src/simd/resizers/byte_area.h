@@ -38,22 +38,29 @@ struct ByteAreaRows {
     std::int32_t outer;   ///< of the last row, if there are more
 };
 
+/// Of AVX3_DL, windows of bytes; of others, sums of rows. Those have `entryLanes` and
+/// `singleSteps`, these `weights`, `taps` and `rowBytes`.
 struct ByteAreaProgram {
-    AlignedArray<std::int32_t> offsets;  ///< of each register: its steps' number, their windows
+    AlignedArray<std::int32_t> offsets;  ///< of each register: its steps' number, their windows;
+                                         ///< or of each cell: its first sum, in bytes
     AlignedArray<std::uint8_t> tables;   ///< of each step: places in its window, their weights
-    std::uint64_t blocks = 0;            ///< that are stored, of `entryLanes` registers each
-    std::uint64_t entryLanes = 1;        ///< of an entry in a register
-    bool singleSteps = false;            ///< whether each register has one step
+    AlignedArray<std::int32_t> weights;  ///< of each load of a cell
+    std::uint64_t blocks = 0;            ///< that are stored
     std::uint64_t entries = 0;           ///< of the result
-    bool clamps = false;                 ///< whether results are clamped to bytes, or wrap
+    std::uint64_t channels = 0;
+    std::uint64_t rowBytes = 0;    ///< of the source
+    std::size_t taps = 0;          ///< columns of the widest cell
+    std::uint64_t entryLanes = 1;  ///< of an entry in a register
+    bool singleSteps = false;      ///< whether each register has one step
 };
 
 /// @return false if the instruction set has no program for such columns
 using CompileByteArea = bool(ByteAreaColumns const& columns, ByteAreaProgram& program);
 /// Sums modulo 2^32, rounded to their upper 10 bits. Results of three and four channels are clamped
 /// to bytes; of one and two channels the low byte is kept.
+/// @param by room for the sums of a source row's bytes
 using AverageByteArea = void(ByteAreaProgram const& program, ByteAreaRows const& rows,
-                             std::uint8_t* dst);
+                             std::uint32_t* by, std::uint8_t* dst);
 
 }  // namespace Simd
 

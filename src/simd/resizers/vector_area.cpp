@@ -12,6 +12,8 @@
 #include <cstring>
 #include <limits>
 
+#include "simd/resizers/area_columns-inl.h"
+#include "simd/resizers/area_rows-inl.h"
 #include "simd/resizers/routines.h"
 #include "vector/ops-inl.h"
 #include "vector/windows-inl.h"
@@ -23,7 +25,7 @@ namespace {
 
 using namespace ox::vector::HWY_NAMESPACE;
 
-#if HWY_TARGET != HWY_SCALAR
+#if HWY_TARGET == HWY_AVX3_DL
 
 /// What is still to be placed of an entry of a row: neighbouring samples, `channels` bytes apart.
 struct EntrySamples {
@@ -53,8 +55,6 @@ constexpr std::size_t mostLanes = 2;  ///< of an entry
 // A step adds a few samples to each entry, all out of one window. It has a table of their places,
 // and of their weights. Where entries lie so far apart that a window has too few for a register,
 // each of them takes two of its lanes, and a block two registers.
-
-#if HWY_TARGET == HWY_AVX3_DL
 
 /// Bytes by weights in two parts, 256 * high + low.
 struct StepSums {
@@ -86,41 +86,6 @@ struct StepSums {
 
     HWY_INLINE V32 total() const { return hn::Add(low, hn::ShiftLeft<8>(high)); }
 };
-
-#else
-
-struct StepSums {
-    static constexpr std::size_t samples = 2;
-    static constexpr std::size_t tableBytes = 2 * blockBytes;
-    static constexpr std::int32_t mostWeight = std::numeric_limits<std::int16_t>::max();
-
-    V32 sum;
-
-    static HWY_INLINE StepSums none() { return {hn::Zero(BlockTagS32())}; }
-
-    static void clear(std::uint8_t* table) {
-        std::memset(table, emptyPlace, blockBytes);
-        std::memset(table + blockBytes, 0, blockBytes);
-    }
-
-    static void put(std::uint8_t* table, std::size_t sample, std::size_t place,
-                    std::int32_t weight) {
-        auto const word = static_cast<std::int16_t>(weight);
-        std::size_t const at = 2 * WordPlace(sample / samples, sample % samples);
-        table[at] = static_cast<std::uint8_t>(place);
-        std::memcpy(table + blockBytes + at, &word, sizeof word);
-    }
-
-    HWY_INLINE void add(Windows<1> const& windows, std::uint8_t const* table) {
-        Tag8 const d;
-        V8 const words = windows.permute(hn::Load(d, table));
-        sum = AddPairProducts(sum, words, hn::Load(d, table + blockBytes));
-    }
-
-    HWY_INLINE V32 total() const { return sum; }
-};
-
-#endif
 
 /// Takes the next samples of an entry that lie in the window, as many as fit `most` from `lane` on.
 void placeSamples(ByteAreaColumns const& columns, EntrySamples& entry, std::uint64_t start,
@@ -229,7 +194,7 @@ bool compileByteArea(ByteAreaColumns const& columns, ByteAreaProgram& program) {
         return false;
     }
     program.entries = entries;
-    program.clamps = columns.channels >= 3;
+    program.channels = columns.channels;
     program.blocks = (entries - 1) / registerLanes + 1;
     program.entryLanes = columns.rowBytes > entries * (windowBytes / lanesOfWindow) ? mostLanes : 1;
     std::uint64_t const samples = columns.rowBytes / columns.channels / columns.width + 2;
@@ -317,22 +282,42 @@ void averageRow(ByteAreaProgram const& program, ByteAreaRows const& rows, std::u
     }
 }
 
+using AverageRow = void(ByteAreaProgram const& program, ByteAreaRows const& rows,
+                        std::uint8_t* dst);
+
 template <bool clamps, bool single>
-AverageByteArea* chooseByLanes(ByteAreaProgram const& program) {
+AverageRow* chooseByLanes(ByteAreaProgram const& program) {
     return program.entryLanes == 2 ? averageRow<clamps, single, mostLanes>
                                    : averageRow<clamps, single, 1>;
 }
 
 template <bool clamps>
-AverageByteArea* chooseBySteps(ByteAreaProgram const& program) {
+AverageRow* chooseBySteps(ByteAreaProgram const& program) {
     return program.singleSteps ? chooseByLanes<clamps, true>(program)
                                : chooseByLanes<clamps, false>(program);
 }
 
-void averageByteArea(ByteAreaProgram const& program, ByteAreaRows const& rows, std::uint8_t* dst) {
-    AverageByteArea* const average =
-        program.clamps ? chooseBySteps<true>(program) : chooseBySteps<false>(program);
+void averageByteArea(ByteAreaProgram const& program, ByteAreaRows const& rows,
+                     std::uint32_t* /*by*/, std::uint8_t* dst) {
+    AverageRow* const average =
+        program.channels >= 3 ? chooseBySteps<true>(program) : chooseBySteps<false>(program);
     average(program, rows, dst);
+}
+
+#elif HWY_TARGET != HWY_SCALAR
+
+void averageByteArea(ByteAreaProgram const& program, ByteAreaRows const& rows, std::uint32_t* by,
+                     std::uint8_t* dst) {
+    constexpr std::size_t most_bytes = 3 * blockBytes;  // that a block stores
+    CellShape const shape{program.channels, program.taps};
+    sumRows(rows, program.rowBytes, by);
+    auto* const sum = chooseColumns(shape);
+    if (program.entries >= shape.cells() * windowCount * program.channels) {
+        return sum(program, by, dst);
+    }
+    std::uint8_t block[most_bytes];
+    sum(program, by, block);
+    std::memcpy(dst, block, program.entries);
 }
 
 #endif
