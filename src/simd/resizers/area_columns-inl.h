@@ -79,8 +79,8 @@ std::size_t mostTaps(ByteAreaColumns const& columns) {
 }
 
 /// Puts a cell into a block. Where its taps would leave the row, they begin further left.
-void putCell(ByteAreaColumns const& columns, CellShape const& shape, std::size_t x, std::size_t i,
-             std::int32_t* offsets, std::int32_t* weights) {
+HWY_NOINLINE void putCell(ByteAreaColumns const& columns, CellShape const& shape, std::size_t x,
+                          std::size_t i, std::int32_t* offsets, std::int32_t* weights) {
     std::size_t const cell = i % shape.cells();
     std::size_t const window = i / shape.cells();
     std::size_t const pixels = columns.rowBytes / columns.channels;
@@ -268,32 +268,38 @@ HWY_NOINLINE ThreeSums takeCellApart(CellReader& reader) {
     return sums;
 }
 
-/// Sums of three channels, a register of each.
-template <bool single>
-HWY_INLINE ThreeSums takeFourApart(CellReader& reader) {
-    auto const take = [&]() HWY_ATTR {
-        return single ? takeLoadApart(reader) : takeCellApart(reader);
-    };
-    ThreeSums const a = take();
-    ThreeSums const b = take();
-    ThreeSums const c = take();
-    ThreeSums const d = take();
-    // Else the compiler loads all cells of a block first, for which there are too few registers.
-    std::atomic_signal_fence(std::memory_order_seq_cst);
+/// Sums of three channels, a register of each, from four calls of `take`.
+template <class Take>
+HWY_INLINE ThreeSums joinFour(CellReader& reader, Take take) {
+    ThreeSums const a = take(reader);
+    ThreeSums const b = take(reader);
+    ThreeSums const c = take(reader);
+    ThreeSums const d = take(reader);
     return {AddPairs(AddPairs(a.c0, b.c0), AddPairs(c.c0, d.c0)),
             AddPairs(AddPairs(a.c1, b.c1), AddPairs(c.c1, d.c1)),
             AddPairs(AddPairs(a.c2, b.c2), AddPairs(c.c2, d.c2))};
 }
 
-template <bool single>
+HWY_INLINE ThreeSums takeFourLoads(CellReader& reader) {
+    ThreeSums const sums = joinFour(reader, takeLoadApart);
+    // Else the compiler loads all cells of a block first, for which there are too few registers.
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    return sums;
+}
+
+HWY_NOINLINE ThreeSums takeFourCells(CellReader& reader) {
+    return joinFour(reader, takeCellApart);
+}
+
+template <auto take>
 void sumColumnsApart(ByteAreaProgram const& program, std::uint32_t const* by, std::uint8_t* dst) {
     constexpr std::size_t block_bytes = 3 * blockBytes;
     CellReader reader(program, {3, program.taps}, by);
     for (std::size_t block = 0; block < program.blocks; ++block) {
-        ThreeSums const a = takeFourApart<single>(reader);
-        ThreeSums const b = takeFourApart<single>(reader);
-        ThreeSums const c = takeFourApart<single>(reader);
-        ThreeSums const d = takeFourApart<single>(reader);
+        ThreeSums const a = take(reader);
+        ThreeSums const b = take(reader);
+        ThreeSums const c = take(reader);
+        ThreeSums const d = take(reader);
         StoreThree(dst + startOfBlock(block, block_bytes, program.entries),
                    {PackMeans<byteAreaShift, true>(a.c0, b.c0, c.c0, d.c0),
                     PackMeans<byteAreaShift, true>(a.c1, b.c1, c.c1, d.c1),
@@ -303,14 +309,22 @@ void sumColumnsApart(ByteAreaProgram const& program, std::uint32_t const* by, st
 
 auto chooseThree(CellShape shape) {
     return !shape.isApart()    ? sumColumnsBy<3, false, 2>
-           : shape.loads() > 1 ? sumColumnsApart<false>
-                               : sumColumnsApart<true>;
+           : shape.loads() > 1 ? sumColumnsApart<takeFourCells>
+                               : sumColumnsApart<takeFourLoads>;
+}
+
+auto chooseFour(std::size_t loads) {
+    return chooseColumns<4, 2>(loads);
 }
 
 #else
 
 auto chooseThree(CellShape shape) {
     return chooseColumns<3, 2, 3, 4>(shape.loads());
+}
+
+auto chooseFour(std::size_t loads) {
+    return chooseColumns<4, 2, 3, 4>(loads);
 }
 
 #endif
@@ -325,7 +339,7 @@ auto chooseColumns(CellShape shape) {
         case 3:
             return chooseThree(shape);
         default:
-            return chooseColumns<4>(shape.loads());
+            return chooseFour(shape.loads());
     }
 }
 
