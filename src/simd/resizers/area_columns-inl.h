@@ -153,7 +153,9 @@ struct CellReader {
     std::size_t step;   ///< bytes from a load of a cell to the next
 
     HWY_INLINE std::int32_t const* at(std::size_t i, std::size_t load) const {
-        return reinterpret_cast<std::int32_t const*>(by + offset[i] + load * step);
+        // Unsigned, because some processors extend a sign apart from the load.
+        auto const start = static_cast<std::uint32_t>(offset[i]);
+        return reinterpret_cast<std::int32_t const*>(by + start + load * step);
     }
 
     HWY_INLINE V32 takeWeights() {
