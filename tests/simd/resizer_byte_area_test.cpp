@@ -224,6 +224,22 @@ TEST(ResizerByteArea, OverflowOfHugeHeights) {
     });
 }
 
+// So many white rows that their sums leave signed words, then words; and cells that end in between.
+TEST(ResizerByteArea, CellsOfManyRows) {
+    onEveryTarget(directSubjects, [](ResizerSubject const& subject) {
+        for (std::uint64_t const rows : {128U, 129U, 257U, 258U, 600U}) {
+            for (std::uint64_t const dst_h : {1U, 3U}) {
+                std::uint64_t const src_h = dst_h * rows + dst_h / 2;
+                model::Resize const request{0, area, 70, src_h, 40, dst_h, 1};
+                Bytes const src(70 * src_h, 255);
+                Bytes const expected =
+                    model::resized(model::ResizeClass::ByteArea1x1, request, src);
+                EXPECT_TRUE(resizesTo(subject, request, src, expected));
+            }
+        }
+    });
+}
+
 // 2048 / scale has 16 bits and more, but no row has so large a weight: cells end in their sample,
 // or share theirs with the next.
 TEST(ResizerByteArea, ClassesAgreeWhereHeightsGrowManyTimes) {
