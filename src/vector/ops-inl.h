@@ -15,7 +15,7 @@
 /// | `TruncateFour` | four registers of floats from 0 to 255, truncated to the bytes of a block; NaN is 0 |
 /// | `Clamp` | floats between two bounds; a NaN stays or becomes the first |
 /// | `StoreLaneBytes` | clamps lanes to bytes and stores them |
-/// | `StoreLowBytes` | stores the low bytes of floats, truncated to 0 to 2^32 - 1; a NaN's is 0 |
+/// | `LowBytesOfFour` | four registers of floats, truncated to 0 to 2^32 - 1, as the low bytes; a NaN's is 0 |
 /// | `MulShift13` | floor(v * factor / 2^13), for lanes of at most 256 |
 /// | `AddWhereGreater` | sum + (a > b) |
 /// | `LowerHalf`, `UpperHalf`, `Average` | half a block of pixels, or means of two by two, for: |
@@ -24,7 +24,8 @@
 /// | `LowerColours`, `UpperColours` | half a block of pixels, for: |
 /// | `SumModulo` | weighted sums of bytes, modulo 2^16 |
 /// | `HighBytes` | the high bytes of two registers of words, in order |
-/// | `MeanWords` | (weights * pixel + (128 << shift)) >> shift, of words |
+/// | `HighPairs` | the same, in pairs |
+/// | `PairSums`, `AddPairSums` | sums of neighbouring bytes as words, and added to others |
 /// | `RoundedBytes` | (v + (1 << shift - 1)) >> shift, of words that leave bytes; on x86-64 by 8 alone |
 /// | `doubledBytes`, `StoreDoubled` | so many bytes by 12 and 4, and by 4 and 12, with the next pixel's; by turns |
 /// | `FloorMean` | (a + b) >> 1, of bytes |

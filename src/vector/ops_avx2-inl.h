@@ -66,11 +66,16 @@ HWY_INLINE V8 PackSigned(V16 lower, V16 upper) {
     return V8{_mm256_packs_epi16(lower.raw, upper.raw)};
 }
 
-HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
-    __m256i const ab = _mm256_packs_epi32(_mm256_cvttps_epi32(a.raw), _mm256_cvttps_epi32(b.raw));
-    __m256i const cd = _mm256_packs_epi32(_mm256_cvttps_epi32(c.raw), _mm256_cvttps_epi32(d.raw));
+/// The low bytes of numbers from 0 to 255.
+HWY_INLINE V8 BytesOfFour(V32 a, V32 b, V32 c, V32 d) {
+    __m256i const ab = _mm256_packs_epi32(a.raw, b.raw);
+    __m256i const cd = _mm256_packs_epi32(c.raw, d.raw);
     __m256i const order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
     return V8{_mm256_permutevar8x32_epi32(_mm256_packus_epi16(ab, cd), order)};
+}
+
+HWY_INLINE V32 Truncate(VF v) {
+    return V32{_mm256_cvttps_epi32(v.raw)};
 }
 
 HWY_INLINE V16 AddWhereGreater(V16 sum, V16 a, V16 b) {
@@ -159,18 +164,13 @@ HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
     hn::StoreU(hn::DemoteTo(d, hn::DemoteTo(words, v)), d, p);
 }
 
-/// Numbers of 2^31 and more lose that much, whose low byte is 0, before they are converted; what
-/// is then still 2^31 saturates.
-HWY_INLINE void StoreLowBytes(VF v, std::uint8_t* p) {
-    BlockTagF32 const d;
-    BlockTagS32 const d32;
-    hn::Rebind<std::uint8_t, BlockTagS32> const bytes;
-    VF const half = hn::Set(d, 2147483648.0F);
-    VF const positive = hn::IfThenElseZero(hn::Gt(v, hn::Zero(d)), v);
-    VF const rest = hn::IfThenElse(hn::Ge(positive, half), hn::Sub(positive, half), positive);
-    auto const saturates = hn::RebindMask(d32, hn::Ge(rest, half));
-    V32 const numbers = hn::IfThenElse(saturates, hn::Set(d32, -1), hn::ConvertTo(d32, rest));
-    hn::StoreU(hn::DemoteTo(bytes, hn::And(numbers, hn::Set(d32, 0xff))), bytes, p);
+/// Numbers from 2^31 on have a low byte of 0, as has what they are converted to; from 2^32 on it is
+/// 255.
+HWY_INLINE V32 LowBytesOf(VF v) {
+    __m256i const numbers = _mm256_cvttps_epi32(_mm256_max_ps(v.raw, _mm256_setzero_ps()));
+    __m256 const saturates = _mm256_cmp_ps(v.raw, _mm256_set1_ps(4294967296.0F), _CMP_GE_OQ);
+    return V32{_mm256_and_si256(_mm256_or_si256(numbers, _mm256_castps_si256(saturates)),
+                                _mm256_set1_epi32(0xff))};
 }
 
 }  // namespace ox::vector::HWY_NAMESPACE

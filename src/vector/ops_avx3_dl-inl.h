@@ -78,11 +78,16 @@ HWY_INLINE V8 PackSigned(V16 lower, V16 upper) {
     return V8{_mm512_packs_epi16(lower.raw, upper.raw)};
 }
 
-HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
-    __m512i const ab = _mm512_packs_epi32(_mm512_cvttps_epi32(a.raw), _mm512_cvttps_epi32(b.raw));
-    __m512i const cd = _mm512_packs_epi32(_mm512_cvttps_epi32(c.raw), _mm512_cvttps_epi32(d.raw));
+/// The low bytes of numbers from 0 to 255.
+HWY_INLINE V8 BytesOfFour(V32 a, V32 b, V32 c, V32 d) {
+    __m512i const ab = _mm512_packs_epi32(a.raw, b.raw);
+    __m512i const cd = _mm512_packs_epi32(c.raw, d.raw);
     __m512i const order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
     return V8{_mm512_permutexvar_epi32(order, _mm512_packus_epi16(ab, cd))};
+}
+
+HWY_INLINE V32 Truncate(VF v) {
+    return V32{_mm512_cvttps_epi32(v.raw)};
 }
 
 HWY_INLINE V16 AddWhereGreater(V16 sum, V16 a, V16 b) {
@@ -128,11 +133,10 @@ HWY_INLINE void StoreThreeLanes(V32 v, std::uint8_t* p) {
     _mm_mask_storeu_epi8(p, 0xfff, packed);
 }
 
-HWY_INLINE void StoreLowBytes(VF v, std::uint8_t* p) {
-    hn::Rebind<std::uint8_t, BlockTagS32> const d;
+HWY_INLINE V32 LowBytesOf(VF v) {
     auto const positive = _mm512_cmp_ps_mask(v.raw, _mm512_setzero_ps(), _CMP_GT_OQ);
-    __m512i const numbers = _mm512_maskz_cvttps_epu32(positive, v.raw);
-    hn::StoreU(hn::Vec<decltype(d)>{_mm512_cvtepi32_epi8(numbers)}, d, p);
+    return V32{
+        _mm512_and_si512(_mm512_maskz_cvttps_epu32(positive, v.raw), _mm512_set1_epi32(0xff))};
 }
 
 }  // namespace ox::vector::HWY_NAMESPACE

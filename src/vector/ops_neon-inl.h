@@ -92,6 +92,10 @@ struct UpperPixels {
     UpperBytes r;
 };
 
+HWY_INLINE UpperPixels UpperColours(ThreeChannels v) {
+    return {{v.c0.raw}, {v.c1.raw}, {v.c2.raw}};
+}
+
 template <int weight>
 HWY_INLINE uint16x8_t Product(uint8x8_t channel) {
     return vmull_u8(channel, vdup_n_u8(weight));
@@ -161,7 +165,7 @@ HWY_INLINE V8 WeightedBytes(PixelHalf lower, Upper upper) {
 /// With the upper half where it is, but twice the registers for weights.
 template <ChannelWeights weights>
 HWY_INLINE V8 WeightedBytes(ThreeChannels v) {
-    return WeightedBytes<weights>(LowerHalf(v), UpperPixels{{v.c0.raw}, {v.c1.raw}, {v.c2.raw}});
+    return WeightedBytes<weights>(LowerHalf(v), UpperColours(v));
 }
 
 template <ChannelWeights weights>
@@ -173,15 +177,23 @@ HWY_INLINE VF Clamp(VF v, VF first, VF last) {
     return VF(vminq_f32(vmaxq_f32(v.raw, first.raw), last.raw));  // NaN stays
 }
 
-HWY_INLINE uint16x8_t TruncateTwo(VF a, VF b) {
-    return vuzp1q_u16(vreinterpretq_u16_s32(vcvtq_s32_f32(a.raw)),
-                      vreinterpretq_u16_s32(vcvtq_s32_f32(b.raw)));
+HWY_INLINE V8 LowBytesOf(uint32x4_t a, uint32x4_t b, uint32x4_t c, uint32x4_t d) {
+    auto const words = [](uint32x4_t first, uint32x4_t second) HWY_ATTR {
+        return vreinterpretq_u8_u16(
+            vuzp1q_u16(vreinterpretq_u16_u32(first), vreinterpretq_u16_u32(second)));
+    };
+    return V8(vuzp1q_u8(words(a, b), words(c, d)));
 }
 
-/// Four registers of floats as a block of bytes, in order; for numbers from 0 to 255. NaN is 0.
+/// The conversion saturates, and takes NaN to 0.
+HWY_INLINE V8 LowBytesOfFour(VF a, VF b, VF c, VF d) {
+    return LowBytesOf(vcvtq_u32_f32(a.raw), vcvtq_u32_f32(b.raw), vcvtq_u32_f32(c.raw),
+                      vcvtq_u32_f32(d.raw));
+}
+
+/// Numbers from 0 to 255 are their low bytes.
 HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
-    return V8(vuzp1q_u8(vreinterpretq_u8_u16(TruncateTwo(a, b)),
-                        vreinterpretq_u8_u16(TruncateTwo(c, d))));
+    return LowBytesOfFour(a, b, c, d);
 }
 
 HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
@@ -304,24 +316,12 @@ HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
     hn::StoreU(hn::DemoteTo(d, v), d, p);
 }
 
-HWY_INLINE void StoreLowBytes(VF v, std::uint8_t* p) {
-    hn::Rebind<std::uint8_t, BlockTagS32> const d;
-    hn::Vec<hn::RebindToUnsigned<BlockTagS32>> const numbers(vcvtq_u32_f32(v.raw));  // saturates
-    hn::StoreU(hn::TruncateTo(d, numbers), d, p);
-}
-
-using ColourHalf = PixelHalf;
-
-HWY_INLINE ColourHalf LowerColours(ThreeChannels v) {
+HWY_INLINE PixelHalf LowerColours(ThreeChannels v) {
     return LowerHalf(v);
 }
 
-HWY_INLINE ColourHalf UpperColours(ThreeChannels v) {
-    return UpperHalf(v);
-}
-
-template <ChannelWeights weights>
-HWY_INLINE V16 SumModulo(ColourHalf p) {
+template <ChannelWeights weights, class Pixels>
+HWY_INLINE V16 SumModulo(Pixels p) {
     return V16(SumOf<weights>(p));
 }
 
@@ -329,17 +329,16 @@ HWY_INLINE V8 HighBytes(V16 lower, V16 upper) {
     return V8(vuzp2q_u8(vreinterpretq_u8_s16(lower.raw), vreinterpretq_u8_s16(upper.raw)));
 }
 
-/// The means of weighted channels, and `zero` more.
-template <ChannelWeights weights, int zero, int shift>
-HWY_INLINE V16 MeanWords(V16 b, V16 g, V16 r) {
-    auto const sum = [](int16x4_t blue, int16x4_t green, int16x4_t red) HWY_ATTR {
-        int32x4_t v = vdupq_n_s32(zero << shift);
-        v = vmlal_n_s16(v, blue, weights.b);
-        v = vmlal_n_s16(v, green, weights.g);
-        return vshrn_n_s32(vmlal_n_s16(v, red, weights.r), shift);
-    };
-    return V16(vcombine_s16(sum(vget_low_s16(b.raw), vget_low_s16(g.raw), vget_low_s16(r.raw)),
-                            sum(vget_high_s16(b.raw), vget_high_s16(g.raw), vget_high_s16(r.raw))));
+HWY_INLINE V8 HighPairs(V16 first, V16 second) {
+    return V8(vtrn2q_u8(vreinterpretq_u8_s16(first.raw), vreinterpretq_u8_s16(second.raw)));
+}
+
+HWY_INLINE V16 PairSums(V8 v) {
+    return V16(vreinterpretq_s16_u16(vpaddlq_u8(v.raw)));
+}
+
+HWY_INLINE V16 AddPairSums(V16 sums, V8 v) {
+    return V16(vreinterpretq_s16_u16(vpadalq_u8(vreinterpretq_u16_s16(sums.raw), v.raw)));
 }
 
 struct FourSums {

@@ -97,6 +97,14 @@ HWY_INLINE V8 PackPixels(V16 even, V16 odd) {
     return PackUnsigned(even, odd);
 }
 
+HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
+    return BytesOfFour(Truncate(a), Truncate(b), Truncate(c), Truncate(d));
+}
+
+HWY_INLINE V8 LowBytesOfFour(VF a, VF b, VF c, VF d) {
+    return BytesOfFour(LowBytesOf(a), LowBytesOf(b), LowBytesOf(c), LowBytesOf(d));
+}
+
 HWY_INLINE VF Clamp(VF v, VF first, VF last) {
     return hn::Min(hn::Max(v, first), last);  // NaN becomes `first`, the second operand
 }
@@ -296,22 +304,18 @@ HWY_INLINE V8 HighBytes(V16 lower, V16 upper) {
                         hn::BitCast(words, hn::ShiftRight<8>(hn::BitCast(d, upper))));
 }
 
-/// The means of weighted channels, and `zero` more.
-template <ChannelWeights weights, int zero, int shift>
-HWY_INLINE V16 MeanWords(V16 b, V16 g, V16 r) {
-    TagS16 const d;
-    auto const pair = [](int first, int second) HWY_ATTR {
-        return hn::BitCast(TagS16(), hn::Set(BlockTagS32(), second * 65536 + (first & 0xffff)));
-    };
-    // `zero` is added as a product as well, once for each averaged pixel.
-    V16 const one = hn::Set(d, std::int16_t{1} << shift);
-    auto const sum = [&](V16 blue_green, V16 red_one) HWY_ATTR {
-        V32 const offset = AddWordProducts(NoWordSums(), red_one, pair(weights.r, zero));
-        return hn::ShiftRight<shift>(
-            AddWordProducts(offset, blue_green, pair(weights.b, weights.g)));
-    };
-    return hn::ReorderDemote2To(d, sum(hn::InterleaveLower(b, g), hn::InterleaveLower(r, one)),
-                                sum(hn::InterleaveUpper(d, b, g), hn::InterleaveUpper(d, r, one)));
+HWY_INLINE V8 HighPairs(V16 first, V16 second) {
+    Tag16 const d;
+    return hn::BitCast(Tag8(), hn::Or(hn::ShiftRight<8>(hn::BitCast(d, first)),
+                                      hn::And(hn::BitCast(d, second), hn::Set(d, 0xff00))));
+}
+
+HWY_INLINE V16 PairSums(V8 v) {
+    return MulAddBytePairs(v, 1, 1);
+}
+
+HWY_INLINE V16 AddPairSums(V16 sums, V8 v) {
+    return hn::Add(sums, PairSums(v));
 }
 
 struct FourSums {

@@ -34,10 +34,9 @@ constexpr bool fitsWord(BgrFormula formula) {
 template <BgrFormula formula>
 HWY_INLINE V8 bytesOf(ThreeChannels pixels) {
     static_assert(fitsWord(formula) && fractionBits == 8);
-    V16 const zero =
-        hn::BitCast(TagS16(), hn::Set(Tag16(), std::uint16_t{formula.zero << fractionBits}));
-    return HighBytes(hn::Add(SumModulo<formula.weights>(LowerColours(pixels)), zero),
-                     hn::Add(SumModulo<formula.weights>(UpperColours(pixels)), zero));
+    V8 const bytes = HighBytes(SumModulo<formula.weights>(LowerColours(pixels)),
+                               SumModulo<formula.weights>(UpperColours(pixels)));
+    return formula.zero == 0 ? bytes : hn::Add(bytes, hn::Set(Tag8(), formula.zero));
 }
 
 /// The channels of two by one or two by two pixels, summed.
@@ -48,35 +47,65 @@ struct Sums {
 };
 
 HWY_INLINE Sums sumPairs(ThreeChannels v) {
-    return {hn::Add(EvenBytes(v.c0), OddBytes(v.c0)), hn::Add(EvenBytes(v.c1), OddBytes(v.c1)),
-            hn::Add(EvenBytes(v.c2), OddBytes(v.c2))};
+    return {PairSums(v.c0), PairSums(v.c1), PairSums(v.c2)};
 }
 
-HWY_INLINE Sums add(Sums a, Sums b) {
-    return {hn::Add(a.b, b.b), hn::Add(a.g, b.g), hn::Add(a.r, b.r)};
+HWY_INLINE Sums addPairs(Sums sums, ThreeChannels v) {
+    return {AddPairSums(sums.b, v.c0), AddPairSums(sums.g, v.c1), AddPairSums(sums.r, v.c2)};
 }
 
-/// A sample for each pair of pixels, as words.
+/// A sample for each pair of pixels: the high bytes of words.
 struct HalfChroma {
     V16 u;
     V16 v;
 };
 
-template <int shift>
-HWY_INLINE HalfChroma meanOf(Sums sums) {
-    return {MeanWords<uOfBgr.weights, uOfBgr.zero, shift>(sums.b, sums.g, sums.r),
-            MeanWords<vOfBgr.weights, vOfBgr.zero, shift>(sums.b, sums.g, sums.r)};
+/// Half the factor of a channel, with a sign. The halves lose nothing, because all are even, and
+/// products with sums of four bytes fit 16 bits, unsigned.
+constexpr std::int16_t halfOf(int factor) {
+    return factor % 2 == 0 && factor / 2 * 4 * 255 < 65536 ? static_cast<std::int16_t>(factor / 2)
+                                                           : throw "no half of this factor fits";
+}
+
+/// The mean's whole part is the high byte of
+///   (weights * sum / 2 + 2^15)       for two pixels
+///   (weights * sum / 2 + 2^16) >> 1  for four, whose difference needs a 17th bit.
+/// @param added the channel that is added; the others are taken away
+template <int pixels, int factor, int factor_a, int factor_b>
+HWY_INLINE V16 meanOf(V16 added, V16 a, V16 b) {
+    static_assert(chromaZero == 128 && -factor_a - factor_b == factor);
+    TagS16 const d;
+    V16 const plus = hn::Mul(added, hn::Set(d, halfOf(factor)));
+    V16 const minus = hn::Add(hn::Mul(a, hn::Set(d, halfOf(-factor_a))),
+                              hn::Mul(b, hn::Set(d, halfOf(-factor_b))));
+    if constexpr (pixels == 2) {
+        return hn::Add(hn::Sub(plus, minus), hn::Set(d, -0x8000));
+    } else {
+        Tag16 const words;
+        return hn::BitCast(
+            d, hn::AverageRound(hn::BitCast(words, plus), hn::Not(hn::BitCast(words, minus))));
+    }
+}
+
+template <int pixels>
+HWY_INLINE HalfChroma meansOf(Sums sums) {
+    constexpr vector::ChannelWeights u = uOfBgr.weights;
+    constexpr vector::ChannelWeights v = vOfBgr.weights;
+    return {meanOf<pixels, u.b, u.g, u.r>(sums.b, sums.g, sums.r),
+            meanOf<pixels, v.r, v.b, v.g>(sums.r, sums.b, sums.g)};
 }
 
 HWY_INLINE HalfChroma halfChromaOf(ThreeChannels pixels, BgrRows src, std::size_t x) {
     Sums const upper = sumPairs(pixels);
-    return src.lower == nullptr
-               ? meanOf<fractionBits + 1>(upper)
-               : meanOf<fractionBits + 2>(add(upper, sumPairs(LoadThree(src.lower + 3 * x))));
+    return src.lower == nullptr ? meansOf<2>(upper)
+                                : meansOf<4>(addPairs(upper, LoadThree(src.lower + 3 * x)));
 }
 
-HWY_INLINE V8 pairsOf(V16 first, V16 second) {
-    return hn::BitCast(Tag8(), hn::Or(first, hn::ShiftLeft<8>(second)));
+/// Stores the samples of one channel.
+HWY_INLINE void storeHigh(V16 v, std::uint8_t* at) {
+    HalfTag8 const half;
+    auto const words = hn::ShiftRight<8>(hn::BitCast(Tag16(), v));
+    hn::StoreU(hn::DemoteTo(half, hn::BitCast(TagS16(), words)), half, at);
 }
 
 using Samples = YuvSamples<std::uint8_t>;
@@ -95,7 +124,7 @@ HWY_INLINE void storeBlock(Samples dst, std::size_t x, BgrRows src, ThreeChannel
         StoreThree(dst.y + 3 * x, {y, bytesOf<uOfBgr>(pixels), bytesOf<vOfBgr>(pixels)});
     } else if constexpr (layout == PackedYuyv || layout == PackedUyvy) {
         HalfChroma const c = halfChromaOf(pixels, src, x);
-        V8 const pairs = pairsOf(c.u, c.v);
+        V8 const pairs = HighPairs(c.u, c.v);
         constexpr bool y_first = layout == PackedYuyv;
         hn::StoreInterleaved2(y_first ? y : pairs, y_first ? pairs : y, d,
                               (y_first ? dst.y : dst.u) + 2 * x);
@@ -106,12 +135,11 @@ HWY_INLINE void storeBlock(Samples dst, std::size_t x, BgrRows src, ThreeChannel
         }
         HalfChroma const c = halfChromaOf(pixels, src, x);
         if constexpr (layout == HalfPlanes) {
-            HalfTag8 const half;
-            hn::StoreU(hn::DemoteTo(half, c.u), half, dst.u + x / 2);
-            hn::StoreU(hn::DemoteTo(half, c.v), half, dst.v + x / 2);
+            storeHigh(c.u, dst.u + x / 2);
+            storeHigh(c.v, dst.v + x / 2);
         } else {
             constexpr bool u_first = layout == PairsUv;
-            hn::StoreU(u_first ? pairsOf(c.u, c.v) : pairsOf(c.v, c.u), d,
+            hn::StoreU(u_first ? HighPairs(c.u, c.v) : HighPairs(c.v, c.u), d,
                        (u_first ? dst.u : dst.v) + x);
         }
     }
@@ -146,7 +174,7 @@ void convertRowToGray(std::uint8_t const* bgr, std::size_t width, std::uint8_t* 
     if (width < blockBytes) {
         return plainColour.bgr_to_gray(bgr, width, gray);
     }
-    walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+    walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
         prefetch<3 * blockBytes, 384>(bgr + 3 * x);
         hn::StoreU(bytesOf<grayOfBgr>(LoadThree(bgr + 3 * x)), Tag8(), gray + x);
     });

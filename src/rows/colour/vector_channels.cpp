@@ -12,6 +12,7 @@
 
 #include "rows/colour/routines.h"
 #include "vector/channels-inl.h"
+#include "vector/floats-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ox::rows::HWY_NAMESPACE {
@@ -64,34 +65,30 @@ void swapRedBlue(Byte const* row, std::size_t pixels, Byte* dst) {
     swapRedBlueRow(row, pixels, dst);
 }
 
-using Floats = BlockTagF32;
-using Bytes = hn::Rebind<Byte, Floats>;
 constexpr std::size_t lanes = blockBytes / sizeof(float);
-
-HWY_INLINE auto loadFloats(Byte const* at) {
-    return hn::BitCast(Floats(), hn::LoadU(Tag8(), at));
-}
 
 void convertBytes(Byte const* src, std::size_t count, Byte* floats) {
     if (count < lanes) {
         return plainColour.bytes_to_floats(src, count, floats);
     }
-    walkShortBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
+    widenBytes(src, count, [&](std::size_t i, VF numbers) HWY_ATTR {
         Byte* const target = floats + sizeof(float) * i;
         prefetch<blockBytes, aheadOfFloats, For::writing>(target);
-        auto const numbers = hn::PromoteTo(BlockTagS32(), hn::LoadU(Bytes(), src + i));
-        hn::StoreU(hn::BitCast(Tag8(), hn::ConvertTo(Floats(), numbers)), Tag8(), target);
+        hn::StoreU(hn::BitCast(Tag8(), numbers), Tag8(), target);
     });
 }
 
 void convertFloats(Byte const* floats, std::size_t count, Byte* dst) {
-    if (count < lanes) {
+    if (count < blockBytes) {
         return plainColour.floats_to_low_bytes(floats, count, dst);
     }
-    walkShortBlocks(count, lanes, [&](std::size_t i) HWY_ATTR {
+    walkShortBlocks(count, blockBytes, [&](std::size_t i) HWY_ATTR {
         Byte const* const source = floats + sizeof(float) * i;
-        prefetch<blockBytes, aheadOfFloats>(source);
-        StoreLowBytes(loadFloats(source), dst + i);
+        prefetch<4 * blockBytes, aheadOfFloats>(source);
+        auto const quarter = [&](std::size_t k) HWY_ATTR {
+            return hn::BitCast(BlockTagF32(), hn::LoadU(Tag8(), source + k * blockBytes));
+        };
+        hn::StoreU(LowBytesOfFour(quarter(0), quarter(1), quarter(2), quarter(3)), Tag8(), dst + i);
     });
 }
 

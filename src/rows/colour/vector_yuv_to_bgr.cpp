@@ -170,9 +170,16 @@ HWY_INLINE V8 loadLuma(std::uint8_t const* y) {
         constexpr bool odd = layout == YuvLayout::PackedUyvy;
         std::uint8_t const* const src = odd ? y - 1 : y;
         prefetch<2 * blockBytes, 1024>(src);
+#if HWY_TARGET == HWY_NEON
+        V8 first;
+        V8 second;
+        hn::LoadInterleaved2(d, src, first, second);
+        return odd ? second : first;
+#else
         V8 const lower = hn::LoadU(d, src);
         V8 const upper = hn::LoadU(d, src + blockBytes);
         return odd ? hn::ConcatOdd(d, upper, lower) : hn::ConcatEven(d, upper, lower);
+#endif
     }
 }
 

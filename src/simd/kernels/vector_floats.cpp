@@ -11,6 +11,7 @@
 #include <limits>
 
 #include "simd/kernels/kernels.h"
+#include "vector/floats-inl.h"
 #include "vector/ops-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -24,8 +25,6 @@ using namespace ox::vector::HWY_NAMESPACE;
 static_assert(HWY_NATIVE_FMA, "fused sums are required");
 
 using TagF32 = hn::ScalableTag<float>;
-using TagS32 = hn::RebindToSigned<TagF32>;
-using TagU8 = hn::Rebind<std::uint8_t, TagF32>;
 using TagF16 = hn::Rebind<hwy::float16_t, TagF32>;
 using TagU16 = hn::Rebind<std::uint16_t, TagF32>;
 using VF32 = hn::Vec<TagF32>;
@@ -42,26 +41,9 @@ void ScaleBytesToFloats(ConstBytes src, std::size_t count, float const* lower, f
     TagF32 const d;
     VF32 const offset = hn::Set(d, *lower);
     VF32 const scale = hn::Set(d, (*upper - *lower) / 255.0F);
-    auto const store = [&](auto numbers, std::size_t i) HWY_ATTR {
-        VF32 const number = hn::ConvertTo(d, hn::PromoteTo(TagS32(), numbers));
-        hn::StoreU(hn::MulAdd(scale, number, offset), d, dst + i);
-    };
-#if HWY_TARGET == HWY_NEON
-    if (count >= blockBytes) {
-        return walkShortBlocks(count, blockBytes, [&](std::size_t i) HWY_ATTR {
-            V8 const bytes = hn::LoadU(Tag8(), src + i);
-            auto const first = hn::PromoteTo(Tag16(), hn::LowerHalf(bytes));
-            auto const second = hn::PromoteTo(Tag16(), hn::UpperHalf(HalfTag8(), bytes));
-            store(hn::LowerHalf(first), i);
-            store(hn::UpperHalf(TagU16(), first), i + lanes());
-            store(hn::LowerHalf(second), i + 2 * lanes());
-            store(hn::UpperHalf(TagU16(), second), i + 3 * lanes());
-        });
-    }
-#endif
-    walkShortBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
+    widenBytes(src, count, [&](std::size_t i, VF32 number) HWY_ATTR {
         prefetch<64, aheadOfFloats, For::writing>(dst + i);
-        store(hn::LoadU(TagU8(), src + i), i);
+        hn::StoreU(hn::MulAdd(scale, number, offset), d, dst + i);
     });
 }
 

@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: The libox authors
+// SPDX-License-Identifier: Apache-2.0
+
+/// @file
+/// Rows of bytes as floats, once per instruction set.
+
+#if defined(OX_VECTOR_FLOATS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef OX_VECTOR_FLOATS_INL_H
+#undef OX_VECTOR_FLOATS_INL_H
+#else
+#define OX_VECTOR_FLOATS_INL_H
+#endif
+
+#include "vector/block-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ox::vector::HWY_NAMESPACE {
+
+#if HWY_TARGET != HWY_SCALAR
+
+/// Calls store(i, numbers) for the registers of floats of at least one register of bytes.
+template <class Store>
+HWY_INLINE void widenBytes(std::uint8_t const* src, std::size_t count, Store store) {
+    constexpr std::size_t lanes = blockBytes / sizeof(float);
+    auto const widen = [&](std::size_t i, auto numbers) HWY_ATTR {
+        store(i, hn::ConvertTo(BlockTagF32(), hn::PromoteTo(BlockTagS32(), numbers)));
+    };
+#if HWY_TARGET == HWY_NEON
+    if (count >= blockBytes) {
+        hn::Half<Tag16> const half;
+        return walkShortBlocks(count, blockBytes, [&](std::size_t i) HWY_ATTR {
+            V8 const bytes = hn::LoadU(Tag8(), src + i);
+            auto const first = hn::PromoteTo(Tag16(), hn::LowerHalf(bytes));
+            auto const second = hn::PromoteTo(Tag16(), hn::UpperHalf(HalfTag8(), bytes));
+            widen(i, hn::LowerHalf(first));
+            widen(i + lanes, hn::UpperHalf(half, first));
+            widen(i + 2 * lanes, hn::LowerHalf(second));
+            widen(i + 3 * lanes, hn::UpperHalf(half, second));
+        });
+    }
+#endif
+    hn::Rebind<std::uint8_t, BlockTagF32> const d;
+    walkShortBlocks(count, lanes, [&](std::size_t i) HWY_ATTR { widen(i, hn::LoadU(d, src + i)); });
+}
+
+#endif
+
+}  // namespace ox::vector::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // toggle
