@@ -29,6 +29,31 @@ HWY_INLINE V8 PackPixels(V16 even, V16 odd) {
                         vcombine_u8(vqmovun_s16(odd.raw), vdup_n_u8(0))));
 }
 
+/// Of the first and of the second half of bytes.
+struct TwoWords {
+    V16 lower;
+    V16 upper;
+};
+
+/// (v - zero) << shift
+template <int zero, int shift = 0>
+HWY_INLINE TwoWords Differences(V8 v) {
+    uint8x16_t const zeros = vdupq_n_u8(zero);
+    if constexpr (zero == 128 && shift != 0) {
+        int8x16_t const bytes = vreinterpretq_s8_u8(veorq_u8(v.raw, zeros));
+        return {V16(vshll_n_s8(vget_low_s8(bytes), shift)), V16(vshll_high_n_s8(bytes, shift))};
+    } else {
+        int16x8_t const lower =
+            vreinterpretq_s16_u16(vsubl_u8(vget_low_u8(v.raw), vget_low_u8(zeros)));
+        int16x8_t const upper = vreinterpretq_s16_u16(vsubl_high_u8(v.raw, zeros));
+        return {V16(vshlq_n_s16(lower, shift)), V16(vshlq_n_s16(upper, shift))};
+    }
+}
+
+HWY_INLINE V8 PackWords(V16 lower, V16 upper) {
+    return V8(vqmovun_high_s16(vqmovun_s16(lower.raw), upper.raw));
+}
+
 /// Of the first and of the second half of words.
 struct WideSums {
     int32x4_t lower;
@@ -96,31 +121,40 @@ HWY_INLINE UpperPixels UpperColours(ThreeChannels v) {
     return {{v.c0.raw}, {v.c1.raw}, {v.c2.raw}};
 }
 
+/// A weight in each byte of a register whose halves are used alike: the compiler, which would keep
+/// a second register for its lower half, can't see into it.
+template <int weight>
+HWY_INLINE uint8x16_t WeightBytes() {
+    uint8x16_t bytes = vdupq_n_u8(weight);
+    asm("" : "+w"(bytes));
+    return bytes;
+}
+
 template <int weight>
 HWY_INLINE uint16x8_t Product(uint8x8_t channel) {
-    return vmull_u8(channel, vdup_n_u8(weight));
+    return vmull_u8(channel, vget_low_u8(WeightBytes<weight>()));
 }
 
 template <int weight>
 HWY_INLINE uint16x8_t Product(UpperBytes channel) {
-    return vmull_high_u8(channel.block, vdupq_n_u8(weight));
+    return vmull_high_u8(channel.block, WeightBytes<weight>());
 }
 
 template <int weight>
 HWY_INLINE uint16x8_t AddProduct(uint16x8_t sum, uint8x8_t channel) {
     if constexpr (weight >= 0) {
-        return vmlal_u8(sum, channel, vdup_n_u8(weight));
+        return vmlal_u8(sum, channel, vget_low_u8(WeightBytes<weight>()));
     } else {
-        return vmlsl_u8(sum, channel, vdup_n_u8(-weight));
+        return vmlsl_u8(sum, channel, vget_low_u8(WeightBytes<-weight>()));
     }
 }
 
 template <int weight>
 HWY_INLINE uint16x8_t AddProduct(uint16x8_t sum, UpperBytes channel) {
     if constexpr (weight >= 0) {
-        return vmlal_high_u8(sum, channel.block, vdupq_n_u8(weight));
+        return vmlal_high_u8(sum, channel.block, WeightBytes<weight>());
     } else {
-        return vmlsl_high_u8(sum, channel.block, vdupq_n_u8(-weight));
+        return vmlsl_high_u8(sum, channel.block, WeightBytes<-weight>());
     }
 }
 

@@ -106,15 +106,13 @@ struct ChromaTerms {
     Term r;
 };
 
-HWY_INLINE ChromaTerms chromaTerms(V16 u_byte, V16 v_byte) {
-    V16 const u = hn::Sub(u_byte, constant(chromaZero));
-    V16 const v = hn::Sub(v_byte, constant(chromaZero));
+/// @param u less its zero, as are v and y
+HWY_INLINE ChromaTerms chromaTerms(V16 u, V16 v) {
     return {chromaTerm<blueFactors>(u, v), chromaTerm<greenFactors>(u, v),
             chromaTerm<redFactors>(u, v)};
 }
 
-HWY_INLINE Term lumaTerm(V16 y_byte) {
-    V16 const y = hn::Sub(y_byte, constant(lumaZero));
+HWY_INLINE Term lumaTerm(V16 y) {
     return {times<wholeOf(lumaFactor)>(y), times<restOf(lumaFactor)>(y)};
 }
 
@@ -123,36 +121,124 @@ HWY_INLINE V16 channelOf(Term luma, Term chroma) {
                    hn::ShiftRight<fractionBits>(hn::Add(luma.rest, chroma.rest)));
 }
 
+using Row = YuvSamples<std::uint8_t const>;
+
+#if HWY_TARGET == HWY_NEON
+
+// Pixels that share chroma come in two registers of luma: the even ones and the odd ones.
+
+template <YuvLayout layout>
+constexpr std::size_t stepPixels = blockBytes* stepsOf(layout).pixels;
+
+struct Samples {
+    V8 first;   ///< luma
+    V8 second;  ///< the same as the first where pixels don't share chroma
+    V8 u;
+    V8 v;
+};
+
+template <YuvLayout layout>
+HWY_INLINE Samples loadSamples(Row src, std::size_t x) {
+    using enum YuvLayout;
+    Tag8 const d;
+    V8 first;
+    V8 second;
+    V8 u;
+    V8 v;
+    if constexpr (layout == PackedYuyv) {
+        hn::LoadInterleaved4(d, src.y + 2 * x, first, u, second, v);
+    } else if constexpr (layout == PackedUyvy) {
+        hn::LoadInterleaved4(d, src.u + 2 * x, u, first, v, second);
+    } else if constexpr (layout == PackedYuv) {
+        hn::LoadInterleaved3(d, src.y + 3 * x, first, u, v);
+        second = first;
+    } else if constexpr (layout == FullPlanes) {
+        first = hn::LoadU(d, src.y + x);
+        second = first;
+        u = hn::LoadU(d, src.u + x);
+        v = hn::LoadU(d, src.v + x);
+    } else {
+        hn::LoadInterleaved2(d, src.y + x, first, second);
+        if constexpr (layout == PairsUv) {
+            hn::LoadInterleaved2(d, src.u + x, u, v);
+        } else if constexpr (layout == PairsVu) {
+            hn::LoadInterleaved2(d, src.v + x, v, u);
+        } else {
+            u = hn::LoadU(d, src.u + x / 2);
+            v = hn::LoadU(d, src.v + x / 2);
+        }
+    }
+    return {first, second, u, v};
+}
+
+HWY_INLINE ThreeChannels channelsOf(V8 y, ChromaTerms const& lower, ChromaTerms const& upper) {
+    TwoWords const luma = Differences<lumaZero>(y);
+    Term const first = lumaTerm(luma.lower);
+    Term const second = lumaTerm(luma.upper);
+    return {PackWords(channelOf(first, lower.b), channelOf(second, upper.b)),
+            PackWords(channelOf(first, lower.g), channelOf(second, upper.g)),
+            PackWords(channelOf(first, lower.r), channelOf(second, upper.r))};
+}
+
+template <YuvLayout layout>
+HWY_INLINE void convertBlock(Row src, std::size_t x, std::uint8_t* dst) {
+    Samples const s = loadSamples<layout>(src, x);
+    TwoWords const u = Differences<chromaZero>(s.u);
+    TwoWords const v = Differences<chromaZero>(s.v);
+    ChromaTerms const lower = chromaTerms(u.lower, v.lower);
+    ChromaTerms const upper = chromaTerms(u.upper, v.upper);
+    ThreeChannels const even = channelsOf(s.first, lower, upper);
+    if constexpr (sharesChroma(layout)) {
+        Tag8 const d;
+        ThreeChannels const odd = channelsOf(s.second, lower, upper);
+        StoreThree(dst, {hn::InterleaveLower(even.c0, odd.c0), hn::InterleaveLower(even.c1, odd.c1),
+                         hn::InterleaveLower(even.c2, odd.c2)});
+        StoreThree(dst + 3 * blockBytes, {hn::InterleaveUpper(d, even.c0, odd.c0),
+                                          hn::InterleaveUpper(d, even.c1, odd.c1),
+                                          hn::InterleaveUpper(d, even.c2, odd.c2)});
+    } else {
+        StoreThree(dst, even);
+    }
+}
+
+#else
+
+template <YuvLayout>
+constexpr std::size_t stepPixels = blockBytes;
+
 /// Writes a block of pixels; `even` and `odd` are chroma's terms for its columns.
 HWY_INLINE void storeBlock(std::uint8_t* dst, V8 y, ChromaTerms const& even,
                            ChromaTerms const& odd) {
-    Term const first = lumaTerm(EvenBytes(y));
-    Term const second = lumaTerm(OddBytes(y));
+    Term const first = lumaTerm(hn::Sub(EvenBytes(y), constant(lumaZero)));
+    Term const second = lumaTerm(hn::Sub(OddBytes(y), constant(lumaZero)));
     StoreThreePixels(dst, {PackPixels(channelOf(first, even.b), channelOf(second, odd.b)),
                            PackPixels(channelOf(first, even.g), channelOf(second, odd.g)),
                            PackPixels(channelOf(first, even.r), channelOf(second, odd.r))});
 }
 
-using Row = YuvSamples<std::uint8_t const>;
-
 /// Converts the block of pixels at x.
 template <YuvLayout layout>
 HWY_INLINE void convertBlock(Row src, std::size_t x, std::uint8_t* dst) {
     YuvBlock const block = loadYuvBlock<layout>(src, x);
-    ChromaTerms const even = chromaTerms(block.u_even, block.v_even);
+    auto const terms = [](V16 u, V16 v) HWY_ATTR {
+        return chromaTerms(hn::Sub(u, constant(chromaZero)), hn::Sub(v, constant(chromaZero)));
+    };
+    ChromaTerms const even = terms(block.u_even, block.v_even);
     if constexpr (sharesChroma(layout)) {
         storeBlock(dst, block.y, even, even);
     } else {
-        storeBlock(dst, block.y, even, chromaTerms(block.u_odd, block.v_odd));
+        storeBlock(dst, block.y, even, terms(block.u_odd, block.v_odd));
     }
 }
+
+#endif
 
 template <YuvLayout layout>
 void convertRow(Row src, std::size_t width, std::uint8_t* bgr) {
     constexpr YuvSteps steps = stepsOf(layout);
     std::size_t const pairs = width - width % steps.pixels;
-    std::size_t const pixels = pairs < blockBytes ? 0 : pairs;
-    walkBlocks(pixels, blockBytes,
+    std::size_t const pixels = pairs < stepPixels<layout> ? 0 : pairs;
+    walkBlocks(pixels, stepPixels<layout>,
                [&](std::size_t x) HWY_ATTR { convertBlock<layout>(src, x, bgr + 3 * x); });
     if (pixels < width) {
         plainColour.yuv_to_bgr[indexOf(layout)](samplesAt(layout, src, pixels), width - pixels,

@@ -22,8 +22,8 @@ using namespace ox::vector::HWY_NAMESPACE;
 
 static_assert(toYuvBits == 14);  // as in `WeightedBytes`
 
-HWY_INLINE V8 lumaOf(PixelHalf lower, PixelHalf upper) {
-    return hn::Add(WeightedBytes<lumaWeights>(lower, upper), hn::Set(Tag8(), lumaOffset));
+HWY_INLINE V8 lumaOf(ThreeChannels pixels) {
+    return hn::Add(WeightedBytes<lumaWeights>(pixels), hn::Set(Tag8(), lumaOffset));
 }
 
 template <ChannelWeights weights>
@@ -48,12 +48,12 @@ void ConvertBgrToYuv444(ConstBytes bgr, std::size_t width, std::size_t height,
     }
     for (std::size_t row = 0; row < height;
          ++row, bgr += bgr_stride, y += y_stride, u += u_stride, v += v_stride) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
             ThreeChannels const pixels = LoadThree(bgr + 3 * x);
             PixelHalf const lower = LowerHalf(pixels);
             PixelHalf const upper = UpperHalf(pixels);
-            hn::StoreU(lumaOf(lower, upper), Tag8(), y + x);
+            hn::StoreU(lumaOf(pixels), Tag8(), y + x);
             hn::StoreU(chromaOf<uWeights>(lower, upper), Tag8(), u + x);
             hn::StoreU(chromaOf<vWeights>(lower, upper), Tag8(), v + x);
         });
@@ -94,13 +94,13 @@ void convertTo420(ConstBytes bgr, std::size_t width, std::size_t height, std::si
                   Bytes y, std::size_t y_stride, Chroma chroma) {
     Tag8 const d;
     for (std::size_t row = 0; row < height / 2; ++row) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
             prefetch<3 * blockBytes, aheadOfBgr>(bgr + bgr_stride + 3 * x);
             ThreeChannels const top = LoadThree(bgr + 3 * x);
             ThreeChannels const bottom = LoadThree(bgr + bgr_stride + 3 * x);
-            hn::StoreU(lumaOf(LowerHalf(top), UpperHalf(top)), d, y + x);
-            hn::StoreU(lumaOf(LowerHalf(bottom), UpperHalf(bottom)), d, y + y_stride + x);
+            hn::StoreU(lumaOf(top), d, y + x);
+            hn::StoreU(lumaOf(bottom), d, y + y_stride + x);
             chroma.store(x, Average(top, bottom));
         });
         bgr += 2 * bgr_stride;

@@ -61,16 +61,18 @@ struct FineMatrix {
         return hn::ShiftLeft<toBits16>(hn::Sub(byte, constant(offset)));
     }
 
-    static HWY_INLINE WideSums luma(V16 y) {
-        return WideProducts(scaled(y, lumaOffset), lumaScale);
-    }
+    static HWY_INLINE WideSums scaledLuma(V16 y) { return WideProducts(y, lumaScale); }
 
-    static HWY_INLINE ChromaTerms<WideSums> chroma(V16 u_byte, V16 v_byte) {
-        V16 const u = scaled(u_byte, chromaOffset);
-        V16 const v = scaled(v_byte, chromaOffset);
+    static HWY_INLINE WideSums luma(V16 y) { return scaledLuma(scaled(y, lumaOffset)); }
+
+    static HWY_INLINE ChromaTerms<WideSums> scaledChroma(V16 u, V16 v) {
         return {WideProducts(u, blueFromU),
                 AddWideProducts(WideProducts(u, greenFromU), v, greenFromV),
                 WideProducts(v, redFromV)};
+    }
+
+    static HWY_INLINE ChromaTerms<WideSums> chroma(V16 u, V16 v) {
+        return scaledChroma(scaled(u, chromaOffset), scaled(v, chromaOffset));
     }
 };
 
@@ -357,6 +359,21 @@ HWY_INLINE void storeFullChroma(Bytes bgr, V8 y, V8 u, V8 v) {
                      pixels.channel<ChannelFactors{lumaScale, 0, redFromV}>()});
 }
 
+#elif HWY_TARGET == HWY_NEON
+
+HWY_INLINE void storeFullChroma(Bytes bgr, V8 y_bytes, V8 u_bytes, V8 v_bytes) {
+    TwoWords const y = Differences<lumaOffset, FineMatrix::toBits16>(y_bytes);
+    TwoWords const u = Differences<chromaOffset, FineMatrix::toBits16>(u_bytes);
+    TwoWords const v = Differences<chromaOffset, FineMatrix::toBits16>(v_bytes);
+    WideSums const first = FineMatrix::scaledLuma(y.lower);
+    WideSums const second = FineMatrix::scaledLuma(y.upper);
+    auto const lower = FineMatrix::scaledChroma(u.lower, v.lower);
+    auto const upper = FineMatrix::scaledChroma(u.upper, v.upper);
+    StoreThree(bgr, {PackWords(channelOf(first, lower.b), channelOf(second, upper.b)),
+                     PackWords(channelOf(first, lower.g), channelOf(second, upper.g)),
+                     PackWords(channelOf(first, lower.r), channelOf(second, upper.r))});
+}
+
 #else
 
 HWY_INLINE void storeFullChroma(Bytes bgr, V8 y, V8 u, V8 v) {
@@ -379,7 +396,7 @@ void ConvertYuv444ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::s
     Tag8 const d;
     for (std::size_t row = 0; row < height;
          ++row, y += y_stride, u += u_stride, v += v_stride, bgr += bgr_stride) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             storeFullChroma(bgr + 3 * x, hn::LoadU(d, y + x), hn::LoadU(d, u + x),
                             hn::LoadU(d, v + x));
         });
