@@ -3,6 +3,13 @@
 
 # How the project's targets are built: libraries out of object libraries, warnings, sanitizers.
 
+include(CheckLinkerFlag)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+  # For a fault of Cortex-A53 the linker leaves a page free in which it could mend the few places
+  # concerned. In libraries below a megabyte they can all be mended where they are.
+  check_linker_flag(CXX LINKER:--fix-cortex-a53-843419=adr OX_LINKS_WITHOUT_STUBS)
+endif()
+
 # Every target of the project.
 function(ox_configure_target target)
   target_compile_features(${target} PRIVATE cxx_std_20)
@@ -75,7 +82,8 @@ function(ox_add_library name)
   if(BUILD_SHARED_LIBS)
     target_link_options(
       ox_${name} PRIVATE LINKER:--gc-sections LINKER:-Bsymbolic-functions
-      "LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map")
+      "LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map"
+      $<$<BOOL:${OX_LINKS_WITHOUT_STUBS}>:LINKER:--fix-cortex-a53-843419=adr>)
   endif()
 endfunction()
 

@@ -61,7 +61,7 @@ HWY_INLINE V8 blendByQuarter(V8 near, V8 far) {
 /// Whether the row becomes twice as long, its outer pixels apart all in quarters between two.
 bool isDoubled(BlendAxis const& axis) {
     std::size_t const width = axis.row_bytes / axis.channels;
-    if (axis.channels == 3 || axis.pixels.size() != 2 * width ||
+    if (axis.channels > 2 || axis.pixels.size() != 2 * width ||
         axis.row_bytes < axis.channels + blockBytes) {
         return false;
     }
@@ -192,7 +192,7 @@ template <std::size_t reach>
 void chooseLoops(BlendProgram& program) {
     switch (program.gathers) {
         case 1:
-            return program.of_64 ? takeLoops<Shape<reach, 1, true>>(program)
+            return program.of_64 ? takeLoops<Shape<1, 1, true>>(program)
                                  : takeLoops<Shape<reach, 1>>(program);
         case 2:
             return takeLoops<Shape<reach, 2>>(program);
@@ -295,9 +295,8 @@ void fillTables(BlendAxis const& axis, std::size_t window, BlendProgram& program
     auto const isLeftOf = [](PixelPair const& a, PixelPair const& b) { return a.left < b.left; };
     program.entries = axis.pixels.size() * axis.channels;
     if (isDoubled(axis)) {
-        constexpr RunBlend* runs[] = {runDoubled<1, std::uint8_t>, runDoubled<2, std::uint16_t>,
-                                      nullptr, runDoubled<4, std::uint32_t>};
-        program.run = runs[axis.channels - 1];
+        program.run =
+            axis.channels == 1 ? runDoubled<1, std::uint8_t> : runDoubled<2, std::uint16_t>;
         return true;
     }
     if (axis.row_bytes < windowBytes || program.entries < blockEntries ||
@@ -311,9 +310,9 @@ void fillTables(BlendAxis const& axis, std::size_t window, BlendProgram& program
     // Windows of two registers pay where they save a good part of the gathers.
     bool const is_far = 4 * far <= 3 * near;
     program.gathers = is_far ? far : near;
-    program.of_64 =
-        program.gathers == 1 && std::all_of(axis.pixels.begin(), axis.pixels.end(),
-                                            [](PixelPair const& p) { return isOf64(p.weight); });
+    program.of_64 = !is_far && program.gathers == 1 &&
+                    std::all_of(axis.pixels.begin(), axis.pixels.end(),
+                                [](PixelPair const& p) { return isOf64(p.weight); });
     is_far ? chooseLoops<mostReach>(program) : chooseLoops<1>(program);
     fillTables(axis, (is_far ? mostReach : 1) * windowBytes, program);
     return true;

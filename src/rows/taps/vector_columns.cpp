@@ -140,6 +140,12 @@ HWY_INLINE void sumBlocks(TapProgram const& program, RowPart part, std::uint8_t*
     for (std::size_t block = part.blocks.first; block < part.blocks.end; ++block) {
         std::size_t const first = block * blockRegisters * lane_sums;
         std::uint8_t* const to = dst + std::min(block * block_bytes, last);
+        auto const sum = [=](std::size_t k) HWY_ATTR {
+            auto const sumOf = [=](std::size_t i) HWY_ATTR {
+                return sumRegister<Shape, has_high>(stepsOf(i), steps);
+            };
+            return unitsOf(sumEntries<lane_sums>(sumOf, first + k * lane_sums));
+        };
         if constexpr (Shape::may_share) {
             if (program.shares_weights[block] != 0) {
                 RegisterSteps own_steps[] = {stepsOf(first), stepsOf(first + 1), stepsOf(first + 2),
@@ -150,13 +156,16 @@ HWY_INLINE void sumBlocks(TapProgram const& program, RowPart part, std::uint8_t*
                 continue;
             }
         }
-        auto const sum = [=](std::size_t k) HWY_ATTR {
-            auto const sumOf = [=](std::size_t i) HWY_ATTR {
-                return sumRegister<Shape, has_high>(stepsOf(i), steps);
-            };
-            return unitsOf(sumEntries<lane_sums>(sumOf, first + k * lane_sums));
-        };
-        storeBlock(sum, has_gaps, to);
+        if constexpr (lane_sums > 1) {
+            // In memory, so that the code of so many registers is inlined once.
+            V32 sums[blockRegisters];
+            for (std::size_t k = 0; k < blockRegisters; ++k) {
+                sums[k] = sum(k);
+            }
+            storeBlock([&](std::size_t k) HWY_ATTR { return sums[k]; }, has_gaps, to);
+        } else {
+            storeBlock(sum, has_gaps, to);
+        }
     }
 }
 

@@ -100,7 +100,7 @@ std::size_t startOfBlock(std::size_t block, std::size_t block_length, std::size_
     return length < block_length ? 0 : std::min(block * block_length, length - block_length);
 }
 
-bool compileByteArea(ByteAreaColumns const& columns, ByteAreaProgram& program) {
+[[gnu::cold]] bool compileByteArea(ByteAreaColumns const& columns, ByteAreaProgram& program) {
     constexpr std::size_t most_bytes = std::numeric_limits<std::int32_t>::max() / 4;
     if (columns.rowBytes < blockBytes || columns.rowBytes > most_bytes || columns.width == 0) {
         return false;

@@ -111,7 +111,7 @@ HWY_INLINE void placePixels(BytePairs const& pairs, std::uint64_t x, std::uint64
 }
 
 template <std::uint64_t channels>
-void compilePairs(BytePairs const& pairs, BytePairProgram& program) {
+[[gnu::cold]] void compilePairs(BytePairs const& pairs, BytePairProgram& program) {
     static constexpr PhaseTables<channels> phases = phaseTables<channels>();
     WindowTag const d;
     alignas(64) std::uint8_t first[windowBytes] = {};  // byte of each pixel in the step's window
@@ -231,7 +231,7 @@ HWY_INLINE void blendRowsBy(D d, std::uint16_t const* top, std::uint16_t const* 
 #endif
     auto const first = hn::Set(wide, static_cast<std::uint16_t>(byteBilinearRange - weight));
     auto const second = hn::Set(wide, static_cast<std::uint16_t>(weight));
-    walkBlockPairs(count, 2 * half, [=](std::size_t x) HWY_ATTR {
+    walkShortBlocks(count, 2 * half, [=](std::size_t x) HWY_ATTR {
         auto const sum = [=](std::size_t i) HWY_ATTR {
             return hn::Add(hn::Mul(hn::LoadU(wide, top + i), first),
                            hn::Mul(hn::LoadU(wide, bottom + i), second));
