@@ -216,18 +216,19 @@ HWY_INLINE void storeBlock(std::uint8_t* dst, V8 y, ChromaTerms const& even,
                            PackPixels(channelOf(first, even.r), channelOf(second, odd.r))});
 }
 
+HWY_INLINE ChromaTerms chromaTermsOfBytes(V16 u, V16 v) {
+    return chromaTerms(hn::Sub(u, constant(chromaZero)), hn::Sub(v, constant(chromaZero)));
+}
+
 /// Converts the block of pixels at x.
 template <YuvLayout layout>
 HWY_INLINE void convertBlock(Row src, std::size_t x, std::uint8_t* dst) {
     YuvBlock const block = loadYuvBlock<layout>(src, x);
-    auto const terms = [](V16 u, V16 v) HWY_ATTR {
-        return chromaTerms(hn::Sub(u, constant(chromaZero)), hn::Sub(v, constant(chromaZero)));
-    };
-    ChromaTerms const even = terms(block.u_even, block.v_even);
+    ChromaTerms const even = chromaTermsOfBytes(block.u_even, block.v_even);
     if constexpr (sharesChroma(layout)) {
         storeBlock(dst, block.y, even, even);
     } else {
-        storeBlock(dst, block.y, even, terms(block.u_odd, block.v_odd));
+        storeBlock(dst, block.y, even, chromaTermsOfBytes(block.u_odd, block.v_odd));
     }
 }
 
