@@ -27,7 +27,7 @@
 /// | `HighPairs` | the same, in pairs |
 /// | `PairSums`, `AddPairSums` | sums of neighbouring bytes as words, and added to others |
 /// | `RoundedBytes` | (v + (1 << shift - 1)) >> shift, of words that leave bytes; on x86-64 by 8 alone |
-/// | `doubledBytes`, `StoreDoubled` | so many bytes by 12 and 4, and by 4 and 12, with the next pixel's; by turns |
+/// | `StoreDoubled` | `doubledBytes` bytes by 12 and 4, and by 4 and 12, with the next pixel's; by turns |
 /// | `FloorMean` | (a + b) >> 1, of bytes |
 /// | `BlendBy64ths` | (a * (64 - weight) + b * weight) >> 6, of bytes |
 /// | `PermuteWindow` | the bytes at the given places of a window |
