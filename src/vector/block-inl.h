@@ -157,16 +157,6 @@ HWY_INLINE void walkBlockPairs(std::size_t length, std::size_t block_length, Blo
     }
 }
 
-/// For blocks of much arithmetic: inlined twice on NEON alone, whose blocks are short.
-template <class Block>
-HWY_INLINE void walkLongBlocks(std::size_t length, std::size_t block_length, Block block) {
-#if HWY_TARGET == HWY_NEON
-    walkShortBlocks(length, block_length, block);
-#else
-    walkBlocks(length, block_length, block);
-#endif
-}
-
 }  // namespace ox::vector::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

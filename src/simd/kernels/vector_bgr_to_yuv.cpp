@@ -48,7 +48,7 @@ void ConvertBgrToYuv444(ConstBytes bgr, std::size_t width, std::size_t height,
     }
     for (std::size_t row = 0; row < height;
          ++row, bgr += bgr_stride, y += y_stride, u += u_stride, v += v_stride) {
-        walkLongBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
             ThreeChannels const pixels = LoadThree(bgr + 3 * x);
             PixelHalf const lower = LowerHalf(pixels);
@@ -94,7 +94,7 @@ void convertTo420(ConstBytes bgr, std::size_t width, std::size_t height, std::si
                   Bytes y, std::size_t y_stride, Chroma chroma) {
     Tag8 const d;
     for (std::size_t row = 0; row < height / 2; ++row) {
-        walkLongBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
             prefetch<3 * blockBytes, aheadOfBgr>(bgr + bgr_stride + 3 * x);
             ThreeChannels const top = LoadThree(bgr + 3 * x);

@@ -396,7 +396,7 @@ void ConvertYuv444ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::s
     Tag8 const d;
     for (std::size_t row = 0; row < height;
          ++row, y += y_stride, u += u_stride, v += v_stride, bgr += bgr_stride) {
-        walkLongBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
+        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             storeFullChroma(bgr + 3 * x, hn::LoadU(d, y + x), hn::LoadU(d, u + x),
                             hn::LoadU(d, v + x));
         });
