@@ -111,7 +111,7 @@ HWY_INLINE void placePixels(BytePairs const& pairs, std::uint64_t x, std::uint64
 }
 
 template <std::uint64_t channels>
-[[gnu::cold]] void compilePairs(BytePairs const& pairs, BytePairProgram& program) {
+void compilePairs(BytePairs const& pairs, BytePairProgram& program) {
     static constexpr PhaseTables<channels> phases = phaseTables<channels>();
     WindowTag const d;
     alignas(64) std::uint8_t first[windowBytes] = {};  // byte of each pixel in the step's window
