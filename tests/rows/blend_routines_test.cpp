@@ -121,6 +121,10 @@ TEST_P(BlendRoutines, ColumnsOfTwiceTheWidth) {
             }
             checkColumns(axis, Guard::AtEnd);
             checkColumns(axis, Guard::AtStart);
+            rows::BlendProgram program;
+            if (channels <= 2 && width >= 66 && routines.blend.compile_blend(axis, program)) {
+                EXPECT_EQ(program.run_rows, nullptr) << "rows are doubled without tables";
+            }
             auto const other = static_cast<std::size_t>(random.between(0, 2 * width - 1));
             axis.pixels[other].weight = static_cast<std::uint16_t>(random.between(0, 65535));
             checkColumns(axis, Guard::AtEnd);
