@@ -138,7 +138,7 @@ void FormatConverter::reuse(IRowProducer& producer, FrameFormat dst_format) {
 }
 
 template <class Source>
-void FormatConverter::_arm(Source& source, FrameLayout const& src_layout, FrameFormat dst_format) {
+void FormatConverter::_arm(Source& source, FrameLayout src_layout, FrameFormat dst_format) {
     _frame = nullptr;
     if (dst_format == src_layout.format) {
         _copier.reuse(source);
@@ -152,13 +152,14 @@ void FormatConverter::_arm(Source& source, FrameLayout const& src_layout, FrameF
     _context->reuse(src_layout.format, dst_format, src_layout.size.width, &window_size);
     try {
         _window.reuse(source, window_size);
+        impl::requirePlanned(_window, src_layout, here);
         _dst_layout = FrameLayout(dst_format, src_layout.size, impl::defaultAlignment);
     } catch (...) {
         // `_context` is set for rows that the window doesn't have.
         _context->function = nullptr;
         throw;
     }
-    _src_layout = &src_layout;
+    _src_layout = &_window.layout();
     _initialized = _context->initialized;
     _frame = frameOf(source);
     _row = 0;
@@ -168,7 +169,7 @@ void FormatConverter::_arm(Source& source, FrameLayout const& src_layout, FrameF
 void FormatConverter::_yieldNothing(FrameLayout const& src_layout) {
     _context->function = nullptr;
     _window.clear();
-    _src_layout = &src_layout;
+    _src_layout = &_window.layout();
     _dst_layout = src_layout;
 }
 

@@ -71,11 +71,11 @@ class OX_API FormatConverter : public IRowProducer {
 
   private:
     template <class Source>
-    void _arm(Source& source, FrameLayout const& src_layout, FrameFormat dst_format);
+    void _arm(Source& source, FrameLayout src_layout, FrameFormat dst_format);
     void _yieldNothing(FrameLayout const& src_layout);
 
     bool _initialized = false;                 ///< a conversion has been armed
-    FrameLayout const* _src_layout = nullptr;  ///< the source's; null before the first `reuse`
+    FrameLayout const* _src_layout = nullptr;  ///< of `_window`; null before the first `reuse`
     FrameLayout _dst_layout;
     std::int32_t _row = 0;  ///< current row
     RowWindow _window;

@@ -53,8 +53,7 @@ void ScaleX<Weight>::reuse(IKernel& kernel, IRowProducer& src_producer, int dst_
 
 template <class Weight>
 template <class Source>
-void ScaleX<Weight>::arm(IKernel& kernel, Source& source, FrameLayout const& src_layout,
-                         int dst_width) {
+void ScaleX<Weight>::arm(IKernel& kernel, Source& source, FrameLayout src_layout, int dst_width) {
     prepareTables(_window, [&] {
         bool const same = _reuseScaleData(kernel, src_layout, dst_width);
         // The loops depend on the source's own width too, which the weights may not know of.
@@ -67,6 +66,7 @@ void ScaleX<Weight>::arm(IKernel& kernel, Source& source, FrameLayout const& src
                      });
     });
     armWindow(_window, source, 1, here);
+    requirePlanned(_window, src_layout, here);
 }
 
 /// @return whether weights and layout were kept

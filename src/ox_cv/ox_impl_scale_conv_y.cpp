@@ -32,7 +32,7 @@ ScaleY<Weight>::~ScaleY() = default;
 
 template <class Weight>
 void ScaleY<Weight>::reuse(IKernel& kernel, IRowProducer& src_producer, int dst_height) {
-    FrameLayout const& src_layout = src_producer.layout();
+    FrameLayout const src_layout = src_producer.layout();
     prepareTables(_window, [&] {
         _reuseScaleData(kernel, src_layout, dst_height);
         _row_index.reuse(_dst_layout);
@@ -41,6 +41,7 @@ void ScaleY<Weight>::reuse(IKernel& kernel, IRowProducer& src_producer, int dst_
         resizeTable(_weights, tallestKernel(), here);
     });
     armWindow(_window, src_producer, tallestKernel(), here);
+    requirePlanned(_window, src_layout, here);
 }
 
 template <class Weight>

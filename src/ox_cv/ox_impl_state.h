@@ -17,6 +17,7 @@
 #include "ox_core/ox_impl_format_facts.h"
 #include "ox_core/ox_impl_place.h"
 #include "ox_core/ox_impl_sizes.h"
+#include "ox_cv/ox_impl_same_layouts.h"
 #include "ox_cv/ox_row_window.h"
 #include "rows/area/axis.h"
 #include "rows/coordinates.h"
@@ -96,6 +97,16 @@ void armWindow(RowWindow& window, Source& source, int window_size, Place here) {
     }
 }
 
+/// A caller's own producer may give another layout each time that it is asked. Tables are then for
+/// other rows than the window's: the window is emptied, and the producer refused.
+inline void requirePlanned(RowWindow& window, FrameLayout const& planned, Place here) {
+    if (!sameGeometry(window.layout(), planned)) {
+        window.clear();
+        here.fail({StatusInvalidParameter, "reuse"},
+                  "Row producer's layout has changed while it was read.");
+    }
+}
+
 /// Formats that a streaming scaler can compute with; the others can only be copied.
 constexpr bool isScalable(FrameFormat format) {
     return factsOf(format).plane_count > 0 && format <= FRAME_C1_32U && format != FRAME_RGB24 &&
@@ -123,15 +134,6 @@ constexpr rows::Element scaleElement(FrameFormat format, int plane) {
         return {4, 8};
     }
     return {plane_facts.channels, plane_facts.bits};
-}
-
-/// Whether the rows of two layouts are alike.
-inline bool sameRows(FrameLayout const& a, FrameLayout const& b) {
-    return a.format == b.format && a.planeCount == b.planeCount &&
-           std::equal(a.plane, a.plane + a.planeCount, b.plane,
-                      [](FramePlane const& p, FramePlane const& q) {
-                          return p.width == q.width && p.rowBytes == q.rowBytes;
-                      });
 }
 
 /// Bytes of a source row that elements can lie in. Tables hold indices of 16 bits, so elements
@@ -206,8 +208,10 @@ struct ScalerState {
 
     template <class Source, class... Wanted>
     [[gnu::cold]] void arm(Place here, Source& source, Wanted... wanted) {
-        prepareTables(_window, [&] { own().prepare(source.layout(), wanted...); });
+        FrameLayout const planned = source.layout();
+        prepareTables(_window, [&] { own().prepare(planned, wanted...); });
         armWindow(_window, source, own().windowSize(source), here);
+        requirePlanned(_window, planned, here);
         _window.moveTo(own().firstRow());
     }
 

@@ -53,7 +53,8 @@ static_assert(sizeof(RowData) == 4 * sizeof(unsigned char*) &&
 ///     produceFrame(converter, picture);
 class OX_API IRowProducer {
   public:
-    /// Layout of the rows yielded; the reference stays valid until the next `reuse`.
+    /// Layout of the rows yielded; the reference stays valid until the next `reuse`, and until then
+    /// each call gives the same. A link's `reuse` throws `StatusInvalidParameter` if it doesn't.
     virtual FrameLayout const& layout() = 0;
     /// Writes `rowBytes` bytes of the current row into each plane of `row` that isn't null.
     virtual void produce(RowData& row) = 0;

@@ -10,6 +10,7 @@
 #include "ox_core/ox_impl_place.h"
 #include "ox_core/ox_impl_sizes.h"
 #include "ox_cv/ox_impl_passed_rows.h"
+#include "ox_cv/ox_impl_same_layouts.h"
 
 namespace ox {
 
@@ -30,16 +31,6 @@ void checkPlanes(FrameLayout const& layout) {
         here.fail({StatusInvalidParameter, "reuse"},
                   "Row producer's planes aren't those of its format.");
     }
-}
-
-/// Whether format, size and rows are equal. Rows are compared because a caller's own producer may
-/// yield longer ones.
-bool sameGeometry(FrameLayout const& a, FrameLayout const& b) {
-    auto const same_rows = [](FramePlane const& p, FramePlane const& q) {
-        return p.height == q.height && p.rowBytes == q.rowBytes;
-    };
-    return a.format == b.format && a.size == b.size && a.planeCount == b.planeCount &&
-           std::equal(a.plane, a.plane + a.planeCount, b.plane, same_rows);
 }
 
 }  // namespace
@@ -109,7 +100,7 @@ void RowWindow::reuse(Frame const& frame, int window_size) {
     if (!frame.initialized()) {
         here.fail(StatusInputNotInitialized, "Frame is not initialized.");
     }
-    if (!sameGeometry(frame.layout(), _layout) || window_size != _window_size) {
+    if (!impl::sameGeometry(frame.layout(), _layout) || window_size != _window_size) {
         checkWindowSize(window_size, frame.layout());
         _placeRows(window_size, "Buffer");
         _rows_buffer.setZero();
@@ -134,7 +125,7 @@ void RowWindow::reuse(IRowProducer& producer, int window_size) {
     }
     checkPlanes(layout);
     bool const keeps_rings =
-        sameGeometry(layout, _layout) && _producer != nullptr && window_size == _window_size;
+        impl::sameGeometry(layout, _layout) && _producer != nullptr && window_size == _window_size;
     if (!keeps_rings) {
         checkWindowSize(window_size, layout);
         _placeRows(window_size, "Data buffer");
