@@ -21,6 +21,9 @@ int main(int count, char** arguments) {
     digestWarps(table);
     digestNumbers(table);
     digestPrivate(table);
+    if (!table.sort()) {
+        return 2;
+    }
     if (count < 2) {
         table.print(stdout);
         return 0;
@@ -31,6 +34,9 @@ int main(int count, char** arguments) {
             std::fprintf(stderr, "ox_determinism: '%s' is no such table.\n", arguments[i]);
             return 2;
         }
+    }
+    if (!expected.sort()) {
+        return 2;
     }
     int const differences = table.compare(expected);
     std::printf("%zu operations, %d differ\n", table.size(), differences);

@@ -6,16 +6,23 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace ox::test {
 
 class Table {
   public:
-    void add(std::string const& operation, std::uint64_t digest);
+    void add(std::string const& operation, std::uint64_t digest) {
+        _lines.emplace_back(operation, digest);
+    }
 
-    // Lines "operation,digest", sorted, behind a line of names.
+    // To be called before the others, after all lines were added.
+    // @return false if an operation is there twice, which is told
+    bool sort();
+
+    // Lines "operation,digest" behind a line of names.
     void print(std::FILE* file) const;
 
     // Adds the lines of such a file; false if it can't be read.
@@ -25,10 +32,10 @@ class Table {
     // @return how many there are
     int compare(Table const& expected) const;
 
-    std::size_t size() const { return _digests.size(); }
+    std::size_t size() const { return _lines.size(); }
 
   private:
-    std::map<std::string, std::uint64_t> _digests;
+    std::vector<std::pair<std::string, std::uint64_t>> _lines;
 };
 
 }  // namespace ox::test
