@@ -10,6 +10,7 @@
 #include "ox_cv/ox_impl_colour_routes.h"
 #include "ox_cv/ox_impl_planes.h"
 #include "ox_cv/ox_impl_rules.h"
+#include "ox_cv/ox_impl_state.h"
 #include "simd/simd.h"
 
 namespace ox {
@@ -106,7 +107,8 @@ void CvBackendSimd::resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_
     }
     refuseLongRows(from);
     refuseLongRows(to);
-    impl::resizePlanes(from, to, method);
+    impl::withMemory(
+        here, [&] { impl::resizePlanes(from, to, method); }, "resize");
 }
 
 void CvBackendSimd::convert(Frame const& src, Frame& dst, Rect src_roi) {
@@ -140,7 +142,10 @@ void CvBackendSimd::warpAffine(Frame const& src, Frame& dst, float const (*matri
     // The return value isn't needed: without an inverse `inverse` is zeros, which are refused
     // below.
     invertAffineTransform(given, inverse);
-    if (!impl::warpPlanes(from, dst, invert ? inverse : given, _warp_method)) {
+    bool const warped = impl::withMemory(
+        here, [&] { return impl::warpPlanes(from, dst, invert ? inverse : given, _warp_method); },
+        "warpAffine");
+    if (!warped) {
         here.fail(StatusNotSupported, "warpAffine: Can't create context.");
     }
 }

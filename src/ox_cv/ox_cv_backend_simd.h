@@ -76,7 +76,8 @@ class OX_API CvBackendSimd : public ICvBackend {
     /// side that shrinks by more than 2048 comes out black, one that shrinks by 1025 (a weight of 1
     /// for 1.998) at half its brightness, by 1000 a little darker than it is. Two steps help.
     /// @throws Exception `StatusAssertionFailed` for formats of 16 bits; `StatusNotSupported` for
-    ///         area on formats of 32 bits; `StatusCapacityExceeded` for rows of 2^31 bytes and more
+    ///         area on formats of 32 bits; `StatusCapacityExceeded` for rows of 2^31 bytes and
+    ///         more, and where memory is exhausted
     void resize(Frame const& src, Frame& dst, Rect src_roi, Rect dst_roi) override;
     /// Does only what is needed of scaling and conversion. For a `src` of `FRAME_I420`,
     /// `FRAME_NV12` or `FRAME_NV21`, an odd side of `dst` is refused too, after the scaling. A
@@ -101,7 +102,8 @@ class OX_API CvBackendSimd : public ICvBackend {
     /// @throws Exception `StatusNotSupported`, "Can't create context.", for a matrix that has no
     ///         inverse in single precision (its determinant is 0, or too large), and for a plane of
     ///         `src` of more than 2^32 bytes from the first row to the end of the last one's
-    ///         stride; planes before that one are written by then
+    ///         stride; planes before that one are written by then. `StatusCapacityExceeded` where
+    ///         memory is exhausted
     void warpAffine(Frame const& src, Frame& dst, float const (*matrix)[3], Rect roi,
                     bool invert) override;
 

@@ -36,12 +36,13 @@ std::unique_ptr<State> makeState(Place here) {
 }
 
 /// Reports exhausted memory as an `Exception`, as all other failures.
+/// @param function that is named as the place of the failure
 template <class Action>
-auto withMemory(Place here, Action action) {
+auto withMemory(Place here, Action action, char const* function = "reuse") {
     try {
         return action();
     } catch (std::bad_alloc const&) {
-        here.fail({StatusCapacityExceeded, "reuse"}, "Memory is exhausted.");
+        here.fail({StatusCapacityExceeded, function}, "Memory is exhausted.");
     }
 }
 

@@ -310,7 +310,8 @@ TEST_F(CvBackendSimdResize, AFailedAllocationLeavesABackendThatResizes) {
             FailingAllocation const failing(k);
             backend.resize(src.frame(), dst.frame(), {}, {});
             done = !failing.struck();
-        } catch (std::exception const&) {
+        } catch (Exception const& refusal) {
+            EXPECT_EQ(refusal.status, StatusCapacityExceeded) << "allocation " << k;
             EXPECT_EQ(liveAllocations(), before) << "allocation " << k;
         }
         backend.resize(src.frame(), dst.frame(), {}, {});

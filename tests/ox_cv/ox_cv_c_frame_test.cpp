@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "ox_core/ox_status.h"
 #include "ox_cv/c_handles.h"
 #include "support/allocation_counter.h"
 #include "support/test_frame.h"
