@@ -11,8 +11,6 @@ namespace ox::fuzz {
 
 namespace {
 
-constexpr std::uint8_t untouched = 0x3C;
-
 class Pair {
   public:
     void run(Input& input) {

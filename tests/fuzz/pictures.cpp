@@ -97,12 +97,12 @@ int drawFormat(Input& input) {
 }
 
 int drawSide(Input& input) {
-    constexpr int usual[]{1, 2, 3, 4, 5, 7, 8, 15, 16, 17, 31, 32, 33, 34, 48, 63, 64, 65};
+    constexpr int usual[]{15, 16, 17, 18, 31, 32, 33, 34, 48, 63, 64, 65};
     std::uint8_t const kind = input.byte();
-    if (kind < 128) {
-        return 1 + kind % 20;
+    if (kind < 192) {
+        return 1 + kind % 12;
     }
-    return kind < 192 ? input.pick(usual) : input.between(1, 96);
+    return kind < 240 ? input.pick(usual) : input.between(1, 80);
 }
 
 model::Geometry drawGeometry(Input& input) {

@@ -18,6 +18,9 @@
 
 namespace ox::fuzz {
 
+// What destinations hold before they are written.
+constexpr std::uint8_t untouched = 0x3C;
+
 // How planes lie in memory: bytes before the first row, and between a row's end and the next row.
 struct Place {
     std::size_t lead = 0;

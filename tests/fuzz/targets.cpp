@@ -13,8 +13,8 @@ namespace ox::fuzz {
 namespace {
 
 constexpr Target all[]{
-    {"canary", canary},
-    {"conversions", conversions},
+    {"canary", canary},   {"conversions", conversions}, {"chains", chains},
+    {"kernels", kernels}, {"resizers", resizers},       {"warps", warps},
 };
 
 }  // namespace

@@ -28,5 +28,9 @@ Target const* findTarget(std::string_view name);
 
 void canary(Input& input);
 void conversions(Input& input);
+void chains(Input& input);
+void kernels(Input& input);
+void resizers(Input& input);
+void warps(Input& input);
 
 }  // namespace ox::fuzz
