@@ -13,8 +13,16 @@ namespace ox::fuzz {
 namespace {
 
 constexpr Target all[]{
-    {"canary", canary},   {"conversions", conversions}, {"chains", chains},
-    {"kernels", kernels}, {"resizers", resizers},       {"warps", warps},
+    {"canary", canary},
+    {"conversions", conversions},
+    {"chains", chains},
+    {"kernels", kernels},
+    {"resizers", resizers},
+    {"warps", warps},
+    {"filters", filters},
+    {"tensors", tensors},
+    {"vector_backend", vector_backend},
+    {"pipeline_backend", pipeline_backend},
 };
 
 }  // namespace

@@ -32,5 +32,9 @@ void chains(Input& input);
 void kernels(Input& input);
 void resizers(Input& input);
 void warps(Input& input);
+void filters(Input& input);
+void tensors(Input& input);
+void vector_backend(Input& input);
+void pipeline_backend(Input& input);
 
 }  // namespace ox::fuzz

@@ -196,13 +196,8 @@ void compare(Input& input, FrameToTensor& to_tensor, test::FilterPair& filter) {
         useFilter(input, recipes, filter);
     }
     Rect const region = drawPart(input, {image.width, image.height});
-    model::TensorPicture wanted;
-    if (model::isTensorSource(format)) {
-        wanted = model::frameToTensor(recipes.model, image,
-                                      {region.x, region.y, region.width, region.height});
-    } else {
-        wanted.outcome = {false, model::UnsupportedFormat, ""};
-    }
+    model::TensorPicture const wanted = model::frameToTensor(
+        recipes.model, image, {region.x, region.y, region.width, region.height});
     Target target(recipes.library, input);
     to_tensor.reuse(recipes.library);
     try {
