@@ -82,6 +82,15 @@ void Picture::expect(model::Image const& expected, char const* what) const {
     }
 }
 
+void Picture::expectAs(Picture const& other, char const* what) const {
+    for (std::size_t p = 0; p < _memory.size(); ++p) {
+        unsigned char const* const bytes = _memory[p].bytes.get();
+        if (!std::equal(bytes, bytes + _memory[p].size, other._memory[p].bytes.get())) {
+            fail("%s: plane %zu differs", what, p);
+        }
+    }
+}
+
 int drawNamedFormat(Input& input) {
     int const drawn = input.between(1, 23);
     return drawn <= model::C1_32u ? drawn : drawn + 3;

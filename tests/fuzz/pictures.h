@@ -41,6 +41,8 @@ class Picture {
 
     // Fails unless all pixels are those of the image, and nothing beside them changed.
     void expect(model::Image const& expected, char const* what) const;
+    // Fails unless its memory is that of another one of the same places.
+    void expectAs(Picture const& other, char const* what) const;
 
   private:
     struct Memory {

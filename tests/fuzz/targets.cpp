@@ -8,6 +8,11 @@
 #include <cstdio>
 #include <cstdlib>
 
+// Asked by the address sanitizer: memory that nobody has is a refusal, as without it.
+extern "C" char const* __asan_default_options() {
+    return "allocator_may_return_null=1";
+}
+
 namespace ox::fuzz {
 
 namespace {
@@ -23,6 +28,11 @@ constexpr Target all[]{
     {"tensors", tensors},
     {"vector_backend", vector_backend},
     {"pipeline_backend", pipeline_backend},
+    {"c_interface", c_interface},
+#ifdef OX_FUZZ_TOOL
+    {"readers", readers},
+    {"command_line", command_line},
+#endif
 };
 
 }  // namespace

@@ -36,5 +36,10 @@ void filters(Input& input);
 void tensors(Input& input);
 void vector_backend(Input& input);
 void pipeline_backend(Input& input);
+void c_interface(Input& input);
+
+// Where the tool is built.
+void readers(Input& input);
+void command_line(Input& input);
 
 }  // namespace ox::fuzz
