@@ -132,7 +132,9 @@ std::vector<std::string> drawWords(Input& input) {
 // Where the tool works, with a small file of each kind. Gone with the process.
 class Folder {
   public:
-    Folder() : _path("/tmp/ox_fuzz_XXXXXX") {
+    Folder()
+        : _path(std::filesystem::exists("/dev/shm") ? "/dev/shm/ox_fuzz_XXXXXX"
+                                                    : "/tmp/ox_fuzz_XXXXXX") {
         if (mkdtemp(_path.data()) == nullptr || chdir(_path.c_str()) != 0) {
             fail("there is no temporary folder");
         }

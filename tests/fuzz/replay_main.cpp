@@ -61,9 +61,11 @@ int main(int argc, char** argv) {
     if (int const status = takeTarget(); status != 0) {
         return status;
     }
+    // A target may work in a folder of its own.
+    Path const folder = std::filesystem::absolute(argc > 1 ? argv[1] : ".");
     std::size_t count = 0;
     for (ox::fuzz::Target const& target : ox::fuzz::targets()) {
-        for (Path const& path : filesOf(Path(argc > 1 ? argv[1] : ".") / target.name)) {
+        for (Path const& path : filesOf(folder / target.name)) {
             replay(target, path);
             ++count;
         }
