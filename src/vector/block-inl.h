@@ -157,6 +157,65 @@ HWY_INLINE void walkBlockPairs(std::size_t length, std::size_t block_length, Blo
     }
 }
 
+/// A row of `elements` for each `pixels` pixels, and the place in it that a walk has reached.
+template <class T, std::size_t elements = 1, std::size_t pixels = 1>
+struct Track {
+    T* row;
+    T* at = row;
+
+    HWY_INLINE T* of(std::size_t x) const { return row + elements * x / pixels; }
+    HWY_INLINE void step(std::size_t length) { at += elements * length / pixels; }
+    HWY_INLINE void moveTo(std::size_t x) { at = of(x); }
+};
+
+template <std::size_t elements = 1, std::size_t pixels = 1, class T>
+HWY_INLINE Track<T, elements, pixels> along(T* row) {
+    return {row};
+}
+
+#if HWY_TARGET == HWY_NEON
+
+/// As `walkBlocks`, calls block(x, places...) with where the walk is in rows of packed pixels.
+/// Instructions that load or store packed pixels move their pointers for nothing, but don't take an
+/// index. The block's code is inlined twice.
+template <class Block, class... Tracks>
+HWY_INLINE void walkTracks(std::size_t length, std::size_t block_length, Block block,
+                           Tracks... tracks) {
+    std::size_t const last = length - block_length;
+    std::size_t x = 0;
+    do {
+        block(x, tracks.at...);
+        (tracks.step(block_length), ...);
+        x += block_length;
+    } while (x <= last);
+    if (x != length) {
+        block(last, tracks.of(last)...);
+    }
+}
+
+template <class Block, class... Tracks>
+HWY_INLINE void walkShortTracks(std::size_t length, std::size_t block_length, Block block,
+                                Tracks... tracks) {
+    walkTracks(length, block_length, block, tracks...);
+}
+
+#else
+
+template <class Block, class... Tracks>
+HWY_INLINE void walkTracks(std::size_t length, std::size_t block_length, Block block,
+                           Tracks... tracks) {
+    walkBlocks(length, block_length, [&](std::size_t x) HWY_ATTR { block(x, tracks.of(x)...); });
+}
+
+template <class Block, class... Tracks>
+HWY_INLINE void walkShortTracks(std::size_t length, std::size_t block_length, Block block,
+                                Tracks... tracks) {
+    walkShortBlocks(length, block_length,
+                    [&](std::size_t x) HWY_ATTR { block(x, tracks.of(x)...); });
+}
+
+#endif
+
 }  // namespace ox::vector::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

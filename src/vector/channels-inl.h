@@ -23,48 +23,63 @@ using Byte = std::uint8_t;
 
 HWY_INLINE void splitTwoRow(Byte const* row, std::size_t pixels, Byte* first, Byte* second) {
     Tag8 const d;
-    walkShortBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
-        V8 even = hn::Zero(d);
-        V8 odd = hn::Zero(d);
-        hn::LoadInterleaved2(d, row + 2 * x, even, odd);
-        hn::StoreU(even, d, first + x);
-        hn::StoreU(odd, d, second + x);
-    });
+    walkShortTracks(
+        pixels, blockBytes,
+        [=](std::size_t x, Byte const* pairs) HWY_ATTR {
+            V8 even = hn::Zero(d);
+            V8 odd = hn::Zero(d);
+            hn::LoadInterleaved2(d, pairs, even, odd);
+            hn::StoreU(even, d, first + x);
+            hn::StoreU(odd, d, second + x);
+        },
+        along<2>(row));
 }
 
 HWY_INLINE void splitThreeRow(Byte const* row, std::size_t pixels, Byte* first, Byte* second,
                               Byte* third) {
     Tag8 const d;
-    walkShortBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
-        ThreeChannels const v = LoadThree(row + 3 * x);
-        hn::StoreU(v.c0, d, first + x);
-        hn::StoreU(v.c1, d, second + x);
-        hn::StoreU(v.c2, d, third + x);
-    });
+    walkShortTracks(
+        pixels, blockBytes,
+        [=](std::size_t x, Byte const* packed) HWY_ATTR {
+            ThreeChannels const v = LoadThree(packed);
+            hn::StoreU(v.c0, d, first + x);
+            hn::StoreU(v.c1, d, second + x);
+            hn::StoreU(v.c2, d, third + x);
+        },
+        along<3>(row));
 }
 
 HWY_INLINE void mergeTwoRow(Byte const* first, Byte const* second, std::size_t pixels, Byte* row) {
     Tag8 const d;
-    walkShortBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
-        hn::StoreInterleaved2(hn::LoadU(d, first + x), hn::LoadU(d, second + x), d, row + 2 * x);
-    });
+    walkShortTracks(
+        pixels, blockBytes,
+        [=](std::size_t x, Byte* pairs) HWY_ATTR {
+            hn::StoreInterleaved2(hn::LoadU(d, first + x), hn::LoadU(d, second + x), d, pairs);
+        },
+        along<2>(row));
 }
 
 HWY_INLINE void mergeThreeRow(Byte const* first, Byte const* second, Byte const* third,
                               std::size_t pixels, Byte* row) {
     Tag8 const d;
-    walkShortBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
-        StoreThree(row + 3 * x,
-                   {hn::LoadU(d, first + x), hn::LoadU(d, second + x), hn::LoadU(d, third + x)});
-    });
+    walkShortTracks(
+        pixels, blockBytes,
+        [=](std::size_t x, Byte* packed) HWY_ATTR {
+            StoreThree(packed, {hn::LoadU(d, first + x), hn::LoadU(d, second + x),
+                                hn::LoadU(d, third + x)});
+        },
+        along<3>(row));
 }
 
 /// Each sample three times.
 HWY_INLINE void repeatThriceRow(Byte const* src, std::size_t pixels, Byte* row) {
-    walkShortBlocks(pixels, blockBytes, [&](std::size_t x) HWY_ATTR {
-        prefetch<3 * blockBytes, 3072, For::writing>(row + 3 * x);
-        StoreThreeSame(row + 3 * x, hn::LoadU(Tag8(), src + x));
-    });
+    walkShortTracks(
+        pixels, blockBytes,
+        [=](std::size_t x, Byte* packed) HWY_ATTR {
+            prefetch<3 * blockBytes, 3072, For::writing>(packed);
+            StoreThreeSame(packed, hn::LoadU(Tag8(), src + x));
+        },
+        along<3>(row));
 }
 
 HWY_INLINE void swapRedBlueAlone(Byte const* src, std::size_t pixels, Byte* dst) {
@@ -82,10 +97,13 @@ HWY_INLINE void swapRedBlueRow(Byte const* src, std::size_t pixels, Byte* dst) {
     if (pixels < blockBytes) {
         return swapRedBlueAlone(src, pixels, dst);
     }
-    walkShortBlocks(pixels, blockBytes, [&](std::size_t x) {
-        ThreeChannels const v = LoadThree(src + 3 * x);
-        StoreThree(dst + 3 * x, {v.c2, v.c1, v.c0});
-    });
+    walkShortTracks(
+        pixels, blockBytes,
+        [](std::size_t /*x*/, Byte const* from, Byte* to) {
+            ThreeChannels const v = LoadThree(from);
+            StoreThree(to, {v.c2, v.c1, v.c0});
+        },
+        along<3>(src), along<3>(dst));
 }
 
 #else

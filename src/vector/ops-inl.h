@@ -12,8 +12,7 @@
 /// | `StoreThreeSame` | stores each byte three times |
 /// | `PackPixels` | 16-bit lanes of even and of odd pixels, clamped to the bytes of a block |
 /// | `StoreThreePixels` | stores what came out of `PackPixels` |
-/// | `TruncateFour` | four registers of floats from 0 to 255, truncated to the bytes of a block; NaN is 0 |
-/// | `Clamp` | floats between two bounds; a NaN stays or becomes the first |
+/// | `ByteRange` | (v - first) * 255 / (last - first), truncated to the bytes of a block; clamped, NaN is 0 |
 /// | `StoreLaneBytes` | clamps lanes to bytes and stores them |
 /// | `LowBytesOfFour` | four registers of floats, truncated to 0 to 2^32 - 1, as the low bytes; a NaN's is 0 |
 /// | `MulShift13` | floor(v * factor / 2^13), for lanes of at most 256 |
@@ -82,6 +81,7 @@
 #elif HWY_TARGET == HWY_NEON
 #include "vector/ops_neon-inl.h"
 #include "vector/ops_neon_area-inl.h"
+#include "vector/ops_neon_weights-inl.h"
 #endif
 #if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX2
 #include "vector/ops_x86-inl.h"

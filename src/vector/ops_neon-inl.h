@@ -82,135 +82,6 @@ HWY_INLINE V16 AddWhereGreater(V16 sum, V16 a, V16 b) {
     return V16(vsubq_s16(sum.raw, vreinterpretq_s16_u16(vcgtq_s16(a.raw, b.raw))));
 }
 
-/// Eight pixels, ready to be weighted.
-struct PixelHalf {
-    uint8x8_t b;
-    uint8x8_t g;
-    uint8x8_t r;
-};
-
-HWY_INLINE PixelHalf LowerHalf(ThreeChannels v) {
-    return {vget_low_u8(v.c0.raw), vget_low_u8(v.c1.raw), vget_low_u8(v.c2.raw)};
-}
-
-HWY_INLINE PixelHalf UpperHalf(ThreeChannels v) {
-    return {vget_high_u8(v.c0.raw), vget_high_u8(v.c1.raw), vget_high_u8(v.c2.raw)};
-}
-
-HWY_INLINE uint8x8_t AverageOfFour(V8 top, V8 bottom) {
-    return vrshrn_n_u16(vpadalq_u8(vpaddlq_u8(top.raw), bottom.raw), 2);
-}
-
-HWY_INLINE PixelHalf Average(ThreeChannels top, ThreeChannels bottom) {
-    return {AverageOfFour(top.c0, bottom.c0), AverageOfFour(top.c1, bottom.c1),
-            AverageOfFour(top.c2, bottom.c2)};
-}
-
-/// The same of the upper eight pixels of a block, where they are.
-struct UpperBytes {
-    uint8x16_t block;
-};
-
-struct UpperPixels {
-    UpperBytes b;
-    UpperBytes g;
-    UpperBytes r;
-};
-
-HWY_INLINE UpperPixels UpperColours(ThreeChannels v) {
-    return {{v.c0.raw}, {v.c1.raw}, {v.c2.raw}};
-}
-
-/// A weight in each byte of a register whose halves are used alike: the compiler, which would keep
-/// a second register for its lower half, can't see into it.
-template <int weight>
-HWY_INLINE uint8x16_t WeightBytes() {
-    uint8x16_t bytes = vdupq_n_u8(weight);
-    asm("" : "+w"(bytes));
-    return bytes;
-}
-
-template <int weight>
-HWY_INLINE uint16x8_t Product(uint8x8_t channel) {
-    return vmull_u8(channel, vget_low_u8(WeightBytes<weight>()));
-}
-
-template <int weight>
-HWY_INLINE uint16x8_t Product(UpperBytes channel) {
-    return vmull_high_u8(channel.block, WeightBytes<weight>());
-}
-
-template <int weight>
-HWY_INLINE uint16x8_t AddProduct(uint16x8_t sum, uint8x8_t channel) {
-    if constexpr (weight >= 0) {
-        return vmlal_u8(sum, channel, vget_low_u8(WeightBytes<weight>()));
-    } else {
-        return vmlsl_u8(sum, channel, vget_low_u8(WeightBytes<-weight>()));
-    }
-}
-
-template <int weight>
-HWY_INLINE uint16x8_t AddProduct(uint16x8_t sum, UpperBytes channel) {
-    if constexpr (weight >= 0) {
-        return vmlal_high_u8(sum, channel.block, WeightBytes<weight>());
-    } else {
-        return vmlsl_high_u8(sum, channel.block, WeightBytes<-weight>());
-    }
-}
-
-/// A sum begins with a channel that it adds, so that it needs no zero.
-template <ChannelWeights weights, class Pixels>
-HWY_INLINE int16x8_t SumOf(Pixels p) {
-    constexpr bool blue_first = weights.b >= 0;
-    constexpr bool green_first = !blue_first && weights.g >= 0;
-    static_assert(blue_first || green_first || weights.r >= 0);
-    uint16x8_t sum;
-    if constexpr (blue_first) {
-        sum = AddProduct<weights.g>(Product<weights.b>(p.b), p.g);
-        sum = AddProduct<weights.r>(sum, p.r);
-    } else if constexpr (green_first) {
-        sum = AddProduct<weights.b>(Product<weights.g>(p.g), p.b);
-        sum = AddProduct<weights.r>(sum, p.r);
-    } else {
-        sum = AddProduct<weights.b>(Product<weights.r>(p.r), p.b);
-        sum = AddProduct<weights.g>(sum, p.g);
-    }
-    return vreinterpretq_s16_u16(sum);
-}
-
-/// With 7 fractional bits.
-template <ChannelWeights weights, class Pixels>
-HWY_INLINE int16x8_t Weighted(Pixels p) {
-    constexpr SplitWeights split = splitWeights(weights);
-    return vsraq_n_s16(SumOf<split.high>(p), SumOf<split.low>(p), 7);
-}
-
-template <ChannelWeights weights>
-HWY_INLINE uint8x8_t WeightedBytesOf(PixelHalf p) {
-    return vreinterpret_u8_s8(vrshrn_n_s16(Weighted<weights>(p), 7));
-}
-
-template <ChannelWeights weights, class Upper>
-HWY_INLINE V8 WeightedBytes(PixelHalf lower, Upper upper) {
-    int8x8_t const first = vrshrn_n_s16(Weighted<weights>(lower), 7);
-    return V8(vreinterpretq_u8_s8(vrshrn_high_n_s16(first, Weighted<weights>(upper), 7)));
-}
-
-/// With the upper half where it is, but twice the registers for weights.
-template <ChannelWeights weights>
-HWY_INLINE V8 WeightedBytes(ThreeChannels v) {
-    return WeightedBytes<weights>(LowerHalf(v), UpperColours(v));
-}
-
-template <ChannelWeights weights>
-HWY_INLINE hn::Vec<HalfTag8> WeightedBytes(PixelHalf p) {
-    return hn::Vec<HalfTag8>(WeightedBytesOf<weights>(p));
-}
-
-HWY_INLINE VF Clamp(VF v, VF first, VF last) {
-    return VF(vminq_f32(vmaxq_f32(v.raw, first.raw), last.raw));  // NaN stays
-}
-
 HWY_INLINE V8 LowBytesOf(uint32x4_t a, uint32x4_t b, uint32x4_t c, uint32x4_t d) {
     auto const words = [](uint32x4_t first, uint32x4_t second) HWY_ATTR {
         return vreinterpretq_u8_u16(
@@ -225,10 +96,35 @@ HWY_INLINE V8 LowBytesOfFour(VF a, VF b, VF c, VF d) {
                       vcvtq_u32_f32(d.raw));
 }
 
-/// Numbers from 0 to 255 are their low bytes.
-HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
-    return LowBytesOfFour(a, b, c, d);
-}
+class ByteRange {
+  public:
+    HWY_INLINE ByteRange(float lower, float upper)
+        : first(vdupq_n_f32(lower)),
+          scale(vdupq_n_f32(255.0F / (upper - lower))),
+          most(
+              vdupq_n_u8(static_cast<std::uint8_t>((upper - lower) * (255.0F / (upper - lower))))) {
+    }
+
+    HWY_INLINE V8 bytesOf(float const* x) const {
+        uint8x16_t const bytes = vuzp2q_u8(highWords(x), highWords(x + 8));
+        return V8(vminq_u8(bytes, most));
+    }
+
+  private:
+    HWY_INLINE uint8x16_t highWords(float const* x) const {
+        return vreinterpretq_u8_u16(vuzp2q_u16(scaled(x), scaled(x + 4)));
+    }
+
+    /// With 24 fractional bits. The conversion saturates, and takes NaN to 0.
+    HWY_INLINE uint16x8_t scaled(float const* x) const {
+        float32x4_t const number = vmulq_f32(vsubq_f32(vld1q_f32(x), first), scale);
+        return vreinterpretq_u16_u32(vcvtq_n_u32_f32(number, 24));
+    }
+
+    float32x4_t first;
+    float32x4_t scale;
+    uint8x16_t most;  ///< of the last number of the range and those beyond
+};
 
 HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
     return hn::Vec<WindowTag>(vqtbl1q_u8(v.raw, places.raw));
@@ -350,15 +246,6 @@ HWY_INLINE void StoreLaneBytes(V32 v, std::uint8_t* p) {
     hn::StoreU(hn::DemoteTo(d, v), d, p);
 }
 
-HWY_INLINE PixelHalf LowerColours(ThreeChannels v) {
-    return LowerHalf(v);
-}
-
-template <ChannelWeights weights, class Pixels>
-HWY_INLINE V16 SumModulo(Pixels p) {
-    return V16(SumOf<weights>(p));
-}
-
 HWY_INLINE V8 HighBytes(V16 lower, V16 upper) {
     return V8(vuzp2q_u8(vreinterpretq_u8_s16(lower.raw), vreinterpretq_u8_s16(upper.raw)));
 }
@@ -426,13 +313,6 @@ HWY_INLINE V8 BytesOf(FourSums sums, int shift) {
     };
     return V8(
         vcombine_u8(vqmovun_s16(words(sums.s0, sums.s1)), vqmovun_s16(words(sums.s2, sums.s3))));
-}
-
-/// The bytes of two sums, in pairs.
-template <ChannelWeights first, ChannelWeights second>
-HWY_INLINE V8 WeightedPairs(PixelHalf p) {
-    uint8x8x2_t const pairs = vzip_u8(WeightedBytesOf<first>(p), WeightedBytesOf<second>(p));
-    return V8(vcombine_u8(pairs.val[0], pairs.val[1]));
 }
 
 }  // namespace ox::vector::HWY_NAMESPACE

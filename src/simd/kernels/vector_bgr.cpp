@@ -96,10 +96,13 @@ void ConvertBgrToGray(ConstBytes bgr, std::size_t width, std::size_t height, std
         return Base::ConvertBgrToGray(bgr, width, height, bgr_stride, gray, gray_stride);
     }
     for (std::size_t y = 0; y < height; ++y, bgr += bgr_stride, gray += gray_stride) {
-        walkShortBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
-            prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
-            hn::StoreU(WeightedBytes<grayWeights>(LoadThree(bgr + 3 * x)), Tag8(), gray + x);
-        });
+        walkShortTracks(
+            width, blockBytes,
+            [=](std::size_t x, ConstBytes pixels) HWY_ATTR {
+                prefetch<3 * blockBytes, aheadOfBgr>(pixels);
+                hn::StoreU(WeightedBytes<grayWeights>(LoadThree(pixels)), Tag8(), gray + x);
+            },
+            along<3>(bgr));
     }
 }
 

@@ -58,41 +58,45 @@ void ScaleFloatsToBytes(float const* src, std::size_t count, float const* lower,
     if (count < blockBytes || !isPlainRange(*lower, *upper)) {
         return Plain::ScaleFloatsToBytes(src, count, lower, upper, dst);
     }
-    BlockTagF32 const d;
-    auto const first = hn::Set(d, *lower);
-    auto const last = hn::Set(d, *upper);
-    auto const scale = hn::Set(d, 255.0F / (*upper - *lower));
-    auto const number = [&](float const* at) HWY_ATTR {
-        // NaN becomes the lower bound or stays, which is 0 either way.
-        return hn::Mul(hn::Sub(Clamp(hn::LoadU(d, at), first, last), first), scale);
-    };
-    constexpr std::size_t quarter = blockBytes / 4;
-    walkShortBlocks(count, blockBytes, [&](std::size_t i) HWY_ATTR {
-        float const* const x = src + i;
-        prefetch<4 * blockBytes, aheadOfFloats>(x);
-        hn::StoreU(TruncateFour(number(x), number(x + quarter), number(x + 2 * quarter),
-                                number(x + 3 * quarter)),
-                   Tag8(), dst + i);
+    ByteRange const range(*lower, *upper);
+    walkShortTracks(count, blockBytes, [&](std::size_t i) HWY_ATTR {
+        prefetch<4 * blockBytes, aheadOfFloats>(src + i);
+        hn::StoreU(range.bytesOf(src + i), Tag8(), dst + i);
     });
 }
 
+/// Two registers a turn, because they take few instructions.
+HWY_INLINE std::size_t twoRegisters() {
+    return 2 * lanes();
+}
+
 void FloatsToHalves(float const* src, std::size_t count, std::uint16_t* dst) {
-    if (count < lanes()) {
+    if (count < twoRegisters()) {
         return Plain::FloatsToHalves(src, count, dst);
     }
-    walkShortBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
-        auto const halves = hn::DemoteTo(TagF16(), hn::LoadU(TagF32(), src + i));
-        hn::StoreU(hn::BitCast(TagU16(), halves), TagU16(), dst + i);
+    auto const halves = [=](std::size_t i) HWY_ATTR {
+        return hn::BitCast(TagU16(), hn::DemoteTo(TagF16(), hn::LoadU(TagF32(), src + i)));
+    };
+    walkShortTracks(count, twoRegisters(), [&](std::size_t i) HWY_ATTR {
+        auto const first = halves(i);
+        auto const second = halves(i + lanes());
+        hn::StoreU(first, TagU16(), dst + i);
+        hn::StoreU(second, TagU16(), dst + i + lanes());
     });
 }
 
 void HalvesToFloats(std::uint16_t const* src, std::size_t count, float* dst) {
-    if (count < lanes()) {
+    if (count < twoRegisters()) {
         return Plain::HalvesToFloats(src, count, dst);
     }
-    walkShortBlocks(count, lanes(), [&](std::size_t i) HWY_ATTR {
-        auto const halves = hn::BitCast(TagF16(), hn::LoadU(TagU16(), src + i));
-        hn::StoreU(hn::PromoteTo(TagF32(), halves), TagF32(), dst + i);
+    auto const floats = [=](std::size_t i) HWY_ATTR {
+        return hn::PromoteTo(TagF32(), hn::BitCast(TagF16(), hn::LoadU(TagU16(), src + i)));
+    };
+    walkShortTracks(count, twoRegisters(), [&](std::size_t i) HWY_ATTR {
+        VF32 const first = floats(i);
+        VF32 const second = floats(i + lanes());
+        hn::StoreU(first, TagF32(), dst + i);
+        hn::StoreU(second, TagF32(), dst + i + lanes());
     });
 }
 
@@ -102,9 +106,16 @@ template <class Step>
 HWY_INLINE std::size_t changeWholeBlocks(float* data, std::size_t count, Step step) {
     TagF32 const d;
     std::size_t i = 0;
-    for (; i + lanes() <= count; i += lanes()) {
-        prefetch<64, aheadOfFloats>(data + i);
+    for (; i + twoRegisters() <= count; i += twoRegisters()) {
+        prefetch<2 * hn::MaxLanes(d) * sizeof(float), aheadOfFloats>(data + i);
+        VF32 const first = step(i, hn::LoadU(d, data + i));
+        VF32 const second = step(i + lanes(), hn::LoadU(d, data + i + lanes()));
+        hn::StoreU(first, d, data + i);
+        hn::StoreU(second, d, data + i + lanes());
+    }
+    if (i + lanes() <= count) {
         hn::StoreU(step(i, hn::LoadU(d, data + i)), d, data + i);
+        i += lanes();
     }
     return i;
 }
