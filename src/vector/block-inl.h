@@ -157,25 +157,28 @@ HWY_INLINE void walkBlockPairs(std::size_t length, std::size_t block_length, Blo
     }
 }
 
-/// A row of `elements` for each `pixels` pixels, and the place in it that a walk has reached.
-template <class T, std::size_t elements = 1, std::size_t pixels = 1>
+/// A row of packed pixels, and the place in it that a walk has reached.
+template <class T, std::size_t channels>
 struct Track {
     T* row;
     T* at = row;
 
-    HWY_INLINE T* of(std::size_t x) const { return row + elements * x / pixels; }
-    HWY_INLINE void step(std::size_t length) { at += elements * length / pixels; }
-    HWY_INLINE void moveTo(std::size_t x) { at = of(x); }
+    HWY_INLINE T* of(std::size_t x) const { return row + channels * x; }
+    HWY_INLINE void step(std::size_t pixels) { at += channels * pixels; }
 };
 
-template <std::size_t elements = 1, std::size_t pixels = 1, class T>
-HWY_INLINE Track<T, elements, pixels> along(T* row) {
+template <std::size_t channels, class T>
+HWY_INLINE Track<T, channels> along(T* row) {
     return {row};
 }
 
+/// Of a lambda that is long, and yet to be inlined wherever it is called.
+#undef OX_LONG_BLOCK
+#define OX_LONG_BLOCK HWY_ATTR __attribute__((always_inline))
+
+/// As `walkBlocks`, calls block(x, places...) with where x is in rows of packed pixels.
 #if HWY_TARGET == HWY_NEON
 
-/// As `walkBlocks`, calls block(x, places...) with where the walk is in rows of packed pixels.
 /// Instructions that load or store packed pixels move their pointers for nothing, but don't take an
 /// index. The block's code is inlined twice.
 template <class Block, class... Tracks>
@@ -193,6 +196,7 @@ HWY_INLINE void walkTracks(std::size_t length, std::size_t block_length, Block b
     }
 }
 
+/// The same as `walkShortBlocks`.
 template <class Block, class... Tracks>
 HWY_INLINE void walkShortTracks(std::size_t length, std::size_t block_length, Block block,
                                 Tracks... tracks) {

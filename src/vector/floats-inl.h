@@ -11,7 +11,7 @@
 #define OX_VECTOR_FLOATS_INL_H
 #endif
 
-#include "vector/block-inl.h"
+#include "vector/ops-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ox::vector::HWY_NAMESPACE {
@@ -42,6 +42,36 @@ HWY_INLINE void widenBytes(std::uint8_t const* src, std::size_t count, Store sto
     hn::Rebind<std::uint8_t, BlockTagF32> const d;
     walkShortBlocks(count, lanes, [&](std::size_t i) HWY_ATTR { widen(i, hn::LoadU(d, src + i)); });
 }
+
+#if HWY_TARGET != HWY_NEON
+
+/// As on NEON, where it is one of the operations.
+class ByteRange {
+  public:
+    HWY_INLINE ByteRange(float lower, float upper)
+        : first(hn::Set(BlockTagF32(), lower)),
+          last(hn::Set(BlockTagF32(), upper)),
+          scale(hn::Set(BlockTagF32(), 255.0F / (upper - lower))) {}
+
+    HWY_INLINE V8 bytesOf(float const* x) const {
+        constexpr std::size_t quarter = blockBytes / 4;
+        return BytesOfFour(scaled(x), scaled(x + quarter), scaled(x + 2 * quarter),
+                           scaled(x + 3 * quarter));
+    }
+
+  private:
+    HWY_INLINE V32 scaled(float const* x) const {
+        // NaN becomes the second operand, which is `first`.
+        VF const v = hn::Min(hn::Max(hn::LoadU(BlockTagF32(), x), first), last);
+        return Truncate(hn::Mul(hn::Sub(v, first), scale));
+    }
+
+    VF first;
+    VF last;
+    VF scale;
+};
+
+#endif
 
 #endif
 

@@ -47,10 +47,11 @@
 /// | `WidenRow`, `AddBytes` | a block as `RowWords`, and a block added to them |
 /// | `AddWords` | `FourSums` and weighted words of at most 2^15 - 1, added to them |
 /// | `BytesOf` | `FourSums` shifted and clamped to bytes |
-/// | `Differences` | bytes less a number, shifted, as `TwoWords`; only NEON has this and all down to `Permute`: |
+/// | `Differences` | bytes less a number, as `TwoWords`; only NEON has this and all down to `Permute`: |
 /// | `PackWords` | words clamped to bytes, in order |
 /// | `WideProducts`, `AddWideProducts` | products of words, and added to others |
 /// | `WeighThree` | sums of three interleaved channels by weights, as `ThreeSums` |
+/// | `WeightedYuv` | (factors * (y - zero, u - 128, v - 128) + 2^12) >> 13, clamped to bytes |
 /// | `RoundedHighWords` | (a + b + 2^15) >> 16, of such sums |
 /// | `AddThreefold` | sum + 3 * v, of words |
 /// | `Permute` | the bytes of each period at a table's places; not on NEON, as are: |

@@ -35,19 +35,12 @@ struct TwoWords {
     V16 upper;
 };
 
-/// (v - zero) << shift
-template <int zero, int shift = 0>
+/// v - zero
+template <int zero>
 HWY_INLINE TwoWords Differences(V8 v) {
     uint8x16_t const zeros = vdupq_n_u8(zero);
-    if constexpr (zero == 128 && shift != 0) {
-        int8x16_t const bytes = vreinterpretq_s8_u8(veorq_u8(v.raw, zeros));
-        return {V16(vshll_n_s8(vget_low_s8(bytes), shift)), V16(vshll_high_n_s8(bytes, shift))};
-    } else {
-        int16x8_t const lower =
-            vreinterpretq_s16_u16(vsubl_u8(vget_low_u8(v.raw), vget_low_u8(zeros)));
-        int16x8_t const upper = vreinterpretq_s16_u16(vsubl_high_u8(v.raw, zeros));
-        return {V16(vshlq_n_s16(lower, shift)), V16(vshlq_n_s16(upper, shift))};
-    }
+    return {V16(vreinterpretq_s16_u16(vsubl_u8(vget_low_u8(v.raw), vget_low_u8(zeros)))),
+            V16(vreinterpretq_s16_u16(vsubl_high_u8(v.raw, zeros)))};
 }
 
 HWY_INLINE V8 PackWords(V16 lower, V16 upper) {

@@ -103,12 +103,68 @@ HWY_INLINE int16x8_t SumOf(Pixels p) {
     return vreinterpretq_s16_u16(sum);
 }
 
+/// What a channel has more than another one.
+HWY_INLINE int16x8_t Excess(uint8x8_t channel, uint8x8_t other) {
+    return vreinterpretq_s16_u16(vsubl_u8(channel, other));
+}
+
+HWY_INLINE int16x8_t Excess(UpperBytes channel, UpperBytes other) {
+    return vreinterpretq_s16_u16(vsubl_high_u8(channel.block, other.block));
+}
+
+HWY_INLINE int16x8_t AddChannel(int16x8_t sum, uint8x8_t channel) {
+    return vreinterpretq_s16_u16(vaddw_u8(vreinterpretq_u16_s16(sum), channel));
+}
+
+HWY_INLINE int16x8_t AddChannel(int16x8_t sum, UpperBytes channel) {
+    return vreinterpretq_s16_u16(vaddw_high_u8(vreinterpretq_u16_s16(sum), channel.block));
+}
+
+/// The compiler, which would shift and subtract, can't see into it.
+template <int factor>
+HWY_INLINE int16x8_t FactorWords() {
+    int16x8_t words = vdupq_n_s16(factor);
+    asm("" : "+w"(words));
+    return words;
+}
+
+constexpr int totalOf(ChannelWeights weights) {
+    return weights.b + weights.g + weights.r;
+}
+
+/// As `splitWeights`, with a total of 0 of the high parts.
+constexpr SplitWeights splitExcesses(ChannelWeights weights) {
+    SplitWeights split = splitWeights(weights);
+    split.high.g = -split.high.b - split.high.r;
+    split.low.g = weights.g - 128 * split.high.g;
+    return split;
+}
+
+/// The sum is one of blue's and red's excess over green, and of green itself at most.
+template <ChannelWeights weights, class Pixels>
+HWY_INLINE int16x8_t SumOfExcesses(Pixels p) {
+    int16x8_t const blue = vmulq_s16(Excess(p.b, p.g), FactorWords<weights.b>());
+    int16x8_t const sum = vmlaq_s16(blue, Excess(p.r, p.g), FactorWords<weights.r>());
+    if constexpr (totalOf(weights) == 0) {
+        return sum;
+    } else {
+        static_assert(totalOf(weights) == 1);
+        return AddChannel(sum, p.g);
+    }
+}
+
 /// With 7 fractional bits.
 template <ChannelWeights weights, class Pixels>
 HWY_INLINE int16x8_t Weighted(Pixels p) {
-    constexpr SplitWeights split = splitWeights(weights);
-    int16x8_t const low = SumOf<split.low>(p);
-    return vsraq_n_s16(SumOf<split.high>(p), low, 7);
+    if constexpr (totalOf(weights) == 0 || totalOf(weights) == 1) {
+        constexpr SplitWeights split = splitExcesses(weights);
+        int16x8_t const low = SumOfExcesses<split.low>(p);
+        return vsraq_n_s16(SumOfExcesses<split.high>(p), low, 7);
+    } else {
+        constexpr SplitWeights split = splitWeights(weights);
+        int16x8_t const low = SumOf<split.low>(p);
+        return vsraq_n_s16(SumOf<split.high>(p), low, 7);
+    }
 }
 
 template <ChannelWeights weights>
@@ -147,6 +203,102 @@ template <ChannelWeights first, ChannelWeights second>
 HWY_INLINE V8 WeightedPairs(PixelHalf p) {
     auto const bytes = [](uint8x8_t half) HWY_ATTR { return vcombine_u8(half, vdup_n_u8(0)); };
     return V8(vzip1q_u8(bytes(WeightedBytesOf<first>(p)), bytes(WeightedBytesOf<second>(p))));
+}
+
+struct YuvFactors {
+    int y;
+    int u;
+    int v;
+    int luma_zero;
+};
+
+/// A factor as 256 * high + low.
+struct SplitFactor {
+    int high;
+    int low;
+};
+
+constexpr SplitFactor splitFactor(int factor) {
+    int const high = (factor + 128) >> 8;
+    return {high, factor - 256 * high};
+}
+
+template <int factor>
+HWY_INLINE int8x16_t FactorBytes() {
+    return vreinterpretq_s8_u8(WeightBytes<factor & 0xff>());
+}
+
+template <int factor>
+HWY_INLINE int16x8_t SignedProducts(int8x8_t v) {
+    return vmull_s8(v, vget_low_s8(FactorBytes<factor>()));
+}
+
+template <int factor>
+HWY_INLINE int16x8_t AddSignedProducts(int16x8_t sums, int8x8_t v) {
+    return vmlal_s8(sums, v, vget_low_s8(FactorBytes<factor>()));
+}
+
+/// Bytes of the upper half of a block, where they are.
+struct UpperSigned {
+    int8x16_t block;
+};
+
+template <int factor>
+HWY_INLINE int16x8_t SignedProducts(UpperSigned v) {
+    return vmull_high_s8(v.block, FactorBytes<factor>());
+}
+
+template <int factor>
+HWY_INLINE int16x8_t AddSignedProducts(int16x8_t sums, UpperSigned v) {
+    return vmlal_high_s8(sums, v.block, FactorBytes<factor>());
+}
+
+/// Half a block, ready to be weighted: luma less its zero, and signed chroma.
+template <class Bytes>
+struct YuvHalf {
+    V16 y;
+    Bytes u;
+    Bytes v;
+};
+
+template <int of_y, int of_u, int of_v, class Half>
+HWY_INLINE int16x8_t PartialYuv(Half half) {
+    int16x8_t const luma = vmulq_s16(half.y.raw, FactorWords<of_y>());
+    if constexpr (of_u == 0) {
+        return AddSignedProducts<of_v>(luma, half.v);
+    } else {
+        int16x8_t const of_blue = SignedProducts<of_u>(half.u);
+        if constexpr (of_v == 0) {
+            return vaddq_s16(luma, of_blue);
+        } else {
+            return vaddq_s16(luma, AddSignedProducts<of_v>(of_blue, half.v));
+        }
+    }
+}
+
+/// With the fractional bits of the factors less 8.
+template <YuvFactors factors, class Half>
+HWY_INLINE int16x8_t YuvSum(Half half) {
+    constexpr SplitFactor y = splitFactor(factors.y);
+    constexpr SplitFactor u = splitFactor(factors.u);
+    constexpr SplitFactor v = splitFactor(factors.v);
+    int16x8_t const low = PartialYuv<y.low, u.low, v.low>(half);
+    return vsraq_n_s16(PartialYuv<y.high, u.high, v.high>(half), low, 8);
+}
+
+template <YuvFactors factors, int shift>
+HWY_INLINE V8 WeightedYuv(V8 y_byte, V8 u_byte, V8 v_byte) {
+    TwoWords const y = Differences<factors.luma_zero>(y_byte);
+    uint8x16_t const zeros = vdupq_n_u8(128);
+    int8x16_t const u = vreinterpretq_s8_u8(veorq_u8(u_byte.raw, zeros));
+    int8x16_t const v = vreinterpretq_s8_u8(veorq_u8(v_byte.raw, zeros));
+    int16x8_t const lower =
+        YuvSum<factors>(YuvHalf<int8x8_t>{y.lower, vget_low_s8(u), vget_low_s8(v)});
+    int16x8_t const upper = YuvSum<factors>(YuvHalf<UpperSigned>{y.upper, {u}, {v}});
+    auto const bytes = [](int16x8_t sums) HWY_ATTR {
+        return vreinterpretq_u64_u8(vcombine_u8(vqrshrun_n_s16(sums, shift - 8), vdup_n_u8(0)));
+    };
+    return V8(vreinterpretq_u8_u64(vzip1q_u64(bytes(lower), bytes(upper))));
 }
 
 }  // namespace ox::vector::HWY_NAMESPACE

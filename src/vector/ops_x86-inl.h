@@ -101,31 +101,6 @@ HWY_INLINE V8 LowBytesOfFour(VF a, VF b, VF c, VF d) {
     return BytesOfFour(LowBytesOf(a), LowBytesOf(b), LowBytesOf(c), LowBytesOf(d));
 }
 
-class ByteRange {
-  public:
-    HWY_INLINE ByteRange(float lower, float upper)
-        : first(hn::Set(BlockTagF32(), lower)),
-          last(hn::Set(BlockTagF32(), upper)),
-          scale(hn::Set(BlockTagF32(), 255.0F / (upper - lower))) {}
-
-    HWY_INLINE V8 bytesOf(float const* x) const {
-        constexpr std::size_t quarter = blockBytes / 4;
-        return BytesOfFour(scaled(x), scaled(x + quarter), scaled(x + 2 * quarter),
-                           scaled(x + 3 * quarter));
-    }
-
-  private:
-    HWY_INLINE V32 scaled(float const* x) const {
-        // NaN becomes the second operand, which is `first`.
-        VF const v = hn::Min(hn::Max(hn::LoadU(BlockTagF32(), x), first), last);
-        return Truncate(hn::Mul(hn::Sub(v, first), scale));
-    }
-
-    VF first;
-    VF last;
-    VF scale;
-};
-
 /// floor(v * factor / 2^13), for |v| <= 256.
 HWY_INLINE V16 MulShift13(V16 v, std::int16_t factor) {
     return hn::MulHigh(hn::ShiftLeft<3>(v), hn::Set(TagS16(), factor));

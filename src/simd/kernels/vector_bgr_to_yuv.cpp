@@ -48,15 +48,18 @@ void ConvertBgrToYuv444(ConstBytes bgr, std::size_t width, std::size_t height,
     }
     for (std::size_t row = 0; row < height;
          ++row, bgr += bgr_stride, y += y_stride, u += u_stride, v += v_stride) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
-            prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
-            ThreeChannels const pixels = LoadThree(bgr + 3 * x);
-            PixelHalf const lower = LowerHalf(pixels);
-            PixelHalf const upper = UpperHalf(pixels);
-            hn::StoreU(lumaOf(pixels), Tag8(), y + x);
-            hn::StoreU(chromaOf<uWeights>(lower, upper), Tag8(), u + x);
-            hn::StoreU(chromaOf<vWeights>(lower, upper), Tag8(), v + x);
-        });
+        walkTracks(
+            width, blockBytes,
+            [=](std::size_t x, ConstBytes from) OX_LONG_BLOCK {
+                prefetch<3 * blockBytes, aheadOfBgr>(from);
+                ThreeChannels const pixels = LoadThree(from);
+                PixelHalf const lower = LowerHalf(pixels);
+                PixelHalf const upper = UpperHalf(pixels);
+                hn::StoreU(lumaOf(pixels), Tag8(), y + x);
+                hn::StoreU(chromaOf<uWeights>(lower, upper), Tag8(), u + x);
+                hn::StoreU(chromaOf<vWeights>(lower, upper), Tag8(), v + x);
+            },
+            along<3>(bgr));
     }
 }
 
@@ -94,15 +97,19 @@ void convertTo420(ConstBytes bgr, std::size_t width, std::size_t height, std::si
                   Bytes y, std::size_t y_stride, Chroma chroma) {
     Tag8 const d;
     for (std::size_t row = 0; row < height / 2; ++row) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
-            prefetch<3 * blockBytes, aheadOfBgr>(bgr + 3 * x);
-            prefetch<3 * blockBytes, aheadOfBgr>(bgr + bgr_stride + 3 * x);
-            ThreeChannels const top = LoadThree(bgr + 3 * x);
-            ThreeChannels const bottom = LoadThree(bgr + bgr_stride + 3 * x);
-            hn::StoreU(lumaOf(top), d, y + x);
-            hn::StoreU(lumaOf(bottom), d, y + y_stride + x);
-            chroma.store(x, Average(top, bottom));
-        });
+        Bytes const lower_y = y + y_stride;
+        walkTracks(
+            width, blockBytes,
+            [=](std::size_t x, ConstBytes upper, ConstBytes lower) OX_LONG_BLOCK {
+                prefetch<3 * blockBytes, aheadOfBgr>(upper);
+                prefetch<3 * blockBytes, aheadOfBgr>(lower);
+                ThreeChannels const top = LoadThree(upper);
+                ThreeChannels const bottom = LoadThree(lower);
+                hn::StoreU(lumaOf(top), d, y + x);
+                hn::StoreU(lumaOf(bottom), d, lower_y + x);
+                chroma.store(x, Average(top, bottom));
+            },
+            along<3>(bgr), along<3>(bgr + bgr_stride));
         bgr += 2 * bgr_stride;
         y += 2 * y_stride;
         chroma.next();

@@ -8,8 +8,8 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "simd/kernels/formulas.h"
 #include "simd/kernels/kernels.h"
+#include "simd/kernels/yuv_matrices-inl.h"
 #include "vector/ops-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -19,162 +19,6 @@ namespace {
 using namespace ox::vector::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
-
-// A channel is the whole part of the sum of a luma and a chroma term, both with fractional bits.
-// Each term is kept in two registers of 16-bit lanes: its whole part (high) and its fraction (low).
-// High parts are added. A carry is added where the fractions reach 1 together, that is, where
-// luma's fraction passes a limit that depends on chroma's fraction.
-
-struct LumaTerm {
-    V16 high;
-    V16 low;
-};
-
-struct ChannelTerm {
-    V16 high;
-    V16 limit;
-};
-
-template <class Term>
-struct ChromaTerms {
-    Term b;
-    Term g;
-    Term r;
-};
-
-HWY_INLINE V16 constant(int value) {
-    return hn::Set(TagS16(), static_cast<std::int16_t>(value));
-}
-
-HWY_INLINE V16 channelOf(LumaTerm luma, ChannelTerm chroma) {
-    return AddWhereGreater(hn::Add(luma.high, chroma.high), luma.low, chroma.limit);
-}
-
-#if HWY_TARGET == HWY_NEON
-
-/// The formulas with 13 fractional bits of formulas.h, in sums of 32 bits with 16 fractional bits:
-/// one operation adds two of them, rounds, and takes the whole part.
-struct FineMatrix {
-    static constexpr int toBits16 = 16 - toBgrBits;
-
-    static HWY_INLINE V16 scaled(V16 byte, int offset) {
-        return hn::ShiftLeft<toBits16>(hn::Sub(byte, constant(offset)));
-    }
-
-    static HWY_INLINE WideSums scaledLuma(V16 y) { return WideProducts(y, lumaScale); }
-
-    static HWY_INLINE WideSums luma(V16 y) { return scaledLuma(scaled(y, lumaOffset)); }
-
-    static HWY_INLINE ChromaTerms<WideSums> scaledChroma(V16 u, V16 v) {
-        return {WideProducts(u, blueFromU),
-                AddWideProducts(WideProducts(u, greenFromU), v, greenFromV),
-                WideProducts(v, redFromV)};
-    }
-
-    static HWY_INLINE ChromaTerms<WideSums> chroma(V16 u, V16 v) {
-        return scaledChroma(scaled(u, chromaOffset), scaled(v, chromaOffset));
-    }
-};
-
-HWY_INLINE V16 channelOf(WideSums luma, WideSums chroma) {
-    return RoundedHighWords(luma, chroma);
-}
-
-#else
-
-/// The formulas with 13 fractional bits of formulas.h. Luma's term, rounding included, is
-/// high + (low + 2^15) / 2^16; chroma's is high + (2^15 - 1 - limit) / 2^16.
-struct FineMatrix {
-    static_assert(toBgrBits == 13);                  ///< as in `MulShift13`
-    static constexpr int toBits15 = 15 - toBgrBits;  ///< shift to a rounding product's 15 bits
-    static constexpr int toBits16 = 16 - toBgrBits;  ///< shift to a fraction's 16 bits
-
-    /// The low 16 bits of the product: the fractional bits, moved up.
-    static HWY_INLINE V16 fraction(V16 v, int factor) {
-        return hn::Mul(v, constant(factor * (1 << toBits16)));
-    }
-
-    static HWY_INLINE ChannelTerm term(V16 chroma, int factor) {
-        return {MulShift13(chroma, static_cast<std::int16_t>(factor)),
-                hn::Xor(fraction(chroma, factor), constant(0x7fff))};
-    }
-
-    static HWY_INLINE LumaTerm luma(V16 y) {
-        V16 const scaled =
-            hn::Sub(hn::ShiftLeft<toBits15>(y), constant(lumaOffset * (1 << toBits15)));
-        return {hn::MulFixedPoint15(scaled, constant(lumaScale)),
-                hn::Mul(scaled, constant(lumaScale * (1 << (toBits16 - toBits15))))};
-    }
-
-    static HWY_INLINE ChromaTerms<ChannelTerm> chroma(V16 u_byte, V16 v_byte) {
-        V16 const u = hn::Sub(u_byte, constant(chromaOffset));
-        V16 const v = hn::Sub(v_byte, constant(chromaOffset));
-        return {term(u, blueFromU), addToTerm(term(u, greenFromU), v, greenFromV),
-                term(v, redFromV)};
-    }
-
-    /// Two fractions give a carry where the second, unsigned, passes what the first leaves up to 1.
-    static HWY_INLINE ChannelTerm addToTerm(ChannelTerm first, V16 chroma, int factor) {
-        V16 const second = fraction(chroma, factor);
-        V16 const high = hn::Add(first.high, MulShift13(chroma, static_cast<std::int16_t>(factor)));
-        return {AddWhereGreater(high, hn::Xor(second, constant(-0x8000)), first.limit),
-                hn::Sub(first.limit, second)};
-    }
-};
-
-#endif
-
-/// The formulas with 8 fractional bits of formulas.h. Luma's term is high + low / 2^8; chroma's,
-/// rounding included, is high + (2^8 - 1 - limit) / 2^8.
-struct DirectMatrix {
-    static constexpr int one = 1 << directBits;
-    static constexpr int half = one / 2;
-
-    /// A factor as whole ones and a rest: as few ones as keep products with the rest within `most`.
-    struct Parts {
-        int ones;
-        int rest;
-    };
-
-    static constexpr Parts partsOf(int factor, int largest, int most) {
-        Parts parts{0, factor};
-        for (int const sign = factor < 0 ? -1 : 1; sign * parts.rest * largest > most;) {
-            parts = {parts.ones + sign, parts.rest - sign * one};
-        }
-        return parts;
-    }
-
-    static HWY_INLINE V16 times(V16 v, int factor) { return hn::Mul(v, constant(factor)); }
-
-    /// The sum of the products with both rests fits 16 bits.
-    template <int u_factor, int v_factor>
-    static HWY_INLINE ChannelTerm term(V16 u, V16 v) {
-        constexpr int terms = (u_factor != 0 ? 1 : 0) + (v_factor != 0 ? 1 : 0);
-        constexpr int most = (32767 - half) / terms;
-        constexpr Parts u_parts = partsOf(u_factor, chromaOffset, most);
-        constexpr Parts v_parts = partsOf(v_factor, chromaOffset, most);
-        V16 const ones = hn::Add(times(u, u_parts.ones), times(v, v_parts.ones));
-        V16 const rest = hn::Add(times(u, u_parts.rest), times(v, v_parts.rest));
-        V16 const rounded = hn::Add(rest, constant(half));
-        return {hn::Add(ones, hn::ShiftRight<directBits>(rounded)),
-                hn::AndNot(rounded, constant(one - 1))};
-    }
-
-    static HWY_INLINE LumaTerm luma(V16 y_byte) {
-        constexpr Parts parts = partsOf(directLumaScale, 255 - lumaOffset, 32767);
-        V16 const y = hn::Max(hn::Sub(y_byte, constant(lumaOffset)), constant(0));
-        V16 const rest = times(y, parts.rest);
-        return {hn::Add(times(y, parts.ones), hn::ShiftRight<directBits>(rest)),
-                hn::And(rest, constant(one - 1))};
-    }
-
-    static HWY_INLINE ChromaTerms<ChannelTerm> chroma(V16 u_byte, V16 v_byte) {
-        V16 const u = hn::Sub(u_byte, constant(chromaOffset));
-        V16 const v = hn::Sub(v_byte, constant(chromaOffset));
-        return {term<directBlueFromU, 0>(u, v), term<directGreenFromU, directGreenFromV>(u, v),
-                term<0, directRedFromV>(u, v)};
-    }
-};
 
 struct BlueFirst {
     static HWY_INLINE ThreeChannels order(V8 b, V8 g, V8 r) { return {b, g, r}; }
@@ -361,17 +205,12 @@ HWY_INLINE void storeFullChroma(Bytes bgr, V8 y, V8 u, V8 v) {
 
 #elif HWY_TARGET == HWY_NEON
 
-HWY_INLINE void storeFullChroma(Bytes bgr, V8 y_bytes, V8 u_bytes, V8 v_bytes) {
-    TwoWords const y = Differences<lumaOffset, FineMatrix::toBits16>(y_bytes);
-    TwoWords const u = Differences<chromaOffset, FineMatrix::toBits16>(u_bytes);
-    TwoWords const v = Differences<chromaOffset, FineMatrix::toBits16>(v_bytes);
-    WideSums const first = FineMatrix::scaledLuma(y.lower);
-    WideSums const second = FineMatrix::scaledLuma(y.upper);
-    auto const lower = FineMatrix::scaledChroma(u.lower, v.lower);
-    auto const upper = FineMatrix::scaledChroma(u.upper, v.upper);
-    StoreThree(bgr, {PackWords(channelOf(first, lower.b), channelOf(second, upper.b)),
-                     PackWords(channelOf(first, lower.g), channelOf(second, upper.g)),
-                     PackWords(channelOf(first, lower.r), channelOf(second, upper.r))});
+HWY_INLINE void storeFullChroma(Bytes bgr, V8 y, V8 u, V8 v) {
+    V8 const b = WeightedYuv<YuvFactors{lumaScale, blueFromU, 0, lumaOffset}, toBgrBits>(y, u, v);
+    V8 const g =
+        WeightedYuv<YuvFactors{lumaScale, greenFromU, greenFromV, lumaOffset}, toBgrBits>(y, u, v);
+    V8 const r = WeightedYuv<YuvFactors{lumaScale, 0, redFromV, lumaOffset}, toBgrBits>(y, u, v);
+    StoreThree(bgr, {b, g, r});
 }
 
 #else
@@ -396,10 +235,13 @@ void ConvertYuv444ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::s
     Tag8 const d;
     for (std::size_t row = 0; row < height;
          ++row, y += y_stride, u += u_stride, v += v_stride, bgr += bgr_stride) {
-        walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
-            storeFullChroma(bgr + 3 * x, hn::LoadU(d, y + x), hn::LoadU(d, u + x),
-                            hn::LoadU(d, v + x));
-        });
+        walkTracks(
+            width, blockBytes,
+            [=](std::size_t x, Bytes pixels) OX_LONG_BLOCK {
+                storeFullChroma(pixels, hn::LoadU(d, y + x), hn::LoadU(d, u + x),
+                                hn::LoadU(d, v + x));
+            },
+            along<3>(bgr));
     }
 }
 
