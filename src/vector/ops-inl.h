@@ -51,7 +51,7 @@
 /// | `PackWords` | words clamped to bytes, in order |
 /// | `WideProducts`, `AddWideProducts` | products of words, and added to others |
 /// | `WeighThree` | sums of three interleaved channels by weights, as `ThreeSums` |
-/// | `WeightedYuv` | (factors * (y - zero, u - 128, v - 128) + 2^12) >> 13, clamped to bytes |
+/// | `WeightedYuv` | (factors * (y, u, v), less their zeros, + 2^(shift - 1)) >> shift, clamped to bytes |
 /// | `RoundedHighWords` | (a + b + 2^15) >> 16, of such sums |
 /// | `AddThreefold` | sum + 3 * v, of words |
 /// | `Permute` | the bytes of each period at a table's places; not on NEON, as are: |

@@ -120,7 +120,7 @@ HWY_INLINE int16x8_t AddChannel(int16x8_t sum, UpperBytes channel) {
     return vreinterpretq_s16_u16(vaddw_high_u8(vreinterpretq_u16_s16(sum), channel.block));
 }
 
-/// The compiler, which would shift and subtract, can't see into it.
+/// A factor that the compiler, which would shift and subtract instead, can't see into.
 template <int factor>
 HWY_INLINE int16x8_t FactorWords() {
     int16x8_t words = vdupq_n_s16(factor);
@@ -132,7 +132,13 @@ constexpr int totalOf(ChannelWeights weights) {
     return weights.b + weights.g + weights.r;
 }
 
-/// As `splitWeights`, with a total of 0 of the high parts.
+/// Whether a sum is one of blue's and of red's excess over green, and of green itself at most. Of
+/// two factors instead of three, it takes fewer products and registers.
+constexpr bool isOfExcesses(ChannelWeights weights) {
+    return totalOf(weights) == 0 || totalOf(weights) == 1;
+}
+
+/// As `splitWeights`, but the high parts add up to 0.
 constexpr SplitWeights splitExcesses(ChannelWeights weights) {
     SplitWeights split = splitWeights(weights);
     split.high.g = -split.high.b - split.high.r;
@@ -140,7 +146,6 @@ constexpr SplitWeights splitExcesses(ChannelWeights weights) {
     return split;
 }
 
-/// The sum is one of blue's and red's excess over green, and of green itself at most.
 template <ChannelWeights weights, class Pixels>
 HWY_INLINE int16x8_t SumOfExcesses(Pixels p) {
     int16x8_t const blue = vmulq_s16(Excess(p.b, p.g), FactorWords<weights.b>());
@@ -148,7 +153,6 @@ HWY_INLINE int16x8_t SumOfExcesses(Pixels p) {
     if constexpr (totalOf(weights) == 0) {
         return sum;
     } else {
-        static_assert(totalOf(weights) == 1);
         return AddChannel(sum, p.g);
     }
 }
@@ -156,12 +160,13 @@ HWY_INLINE int16x8_t SumOfExcesses(Pixels p) {
 /// With 7 fractional bits.
 template <ChannelWeights weights, class Pixels>
 HWY_INLINE int16x8_t Weighted(Pixels p) {
-    if constexpr (totalOf(weights) == 0 || totalOf(weights) == 1) {
+    if constexpr (isOfExcesses(weights)) {
         constexpr SplitWeights split = splitExcesses(weights);
         int16x8_t const low = SumOfExcesses<split.low>(p);
         return vsraq_n_s16(SumOfExcesses<split.high>(p), low, 7);
     } else {
         constexpr SplitWeights split = splitWeights(weights);
+        // In this order the compiler copies no channel.
         int16x8_t const low = SumOf<split.low>(p);
         return vsraq_n_s16(SumOf<split.high>(p), low, 7);
     }
@@ -205,6 +210,11 @@ HWY_INLINE V8 WeightedPairs(PixelHalf p) {
     return V8(vzip1q_u8(bytes(WeightedBytesOf<first>(p)), bytes(WeightedBytesOf<second>(p))));
 }
 
+// With factors of 256 * high + low, H the sum over the high parts and L over the low parts,
+//   (sum + 2^(shift - 1)) >> shift  =  (H + (L >> 8) + 2^(shift - 9)) >> (shift - 8)
+// exactly, and all sums fit 16 bits.
+
+/// The factors of luma, less its zero, and of chroma, less 128.
 struct YuvFactors {
     int y;
     int u;
@@ -212,15 +222,24 @@ struct YuvFactors {
     int luma_zero;
 };
 
-/// A factor as 256 * high + low.
-struct SplitFactor {
-    int high;
-    int low;
+struct SplitYuv {
+    YuvFactors high;
+    YuvFactors low;
 };
 
-constexpr SplitFactor splitFactor(int factor) {
-    int const high = (factor + 128) >> 8;
-    return {high, factor - 256 * high};
+/// The high part of the nearest multiple of 256, so that the low part fits a signed byte.
+constexpr SplitYuv splitYuv(YuvFactors factors) {
+    auto const high = [](int factor) { return (factor + 128) >> 8; };
+    auto const low = [=](int factor) { return factor - 256 * high(factor); };
+    return {{high(factors.y), high(factors.u), high(factors.v), factors.luma_zero},
+            {low(factors.y), low(factors.u), low(factors.v), factors.luma_zero}};
+}
+
+constexpr bool fitsSixteenBits(YuvFactors factors) {
+    auto const magnitude = [](int factor) { return factor < 0 ? -factor : factor; };
+    int const chroma = 128 * (magnitude(factors.u) + magnitude(factors.v));
+    constexpr int carry = 128;
+    return (255 - factors.luma_zero) * magnitude(factors.y) + chroma + carry <= 32767;
 }
 
 template <int factor>
@@ -261,29 +280,29 @@ struct YuvHalf {
     Bytes v;
 };
 
-template <int of_y, int of_u, int of_v, class Half>
-HWY_INLINE int16x8_t PartialYuv(Half half) {
-    int16x8_t const luma = vmulq_s16(half.y.raw, FactorWords<of_y>());
-    if constexpr (of_u == 0) {
-        return AddSignedProducts<of_v>(luma, half.v);
+template <YuvFactors factors, class Half>
+HWY_INLINE int16x8_t PartOfYuv(Half half) {
+    static_assert(fitsSixteenBits(factors));
+    int16x8_t const luma = vmulq_s16(half.y.raw, FactorWords<factors.y>());
+    if constexpr (factors.u == 0) {
+        return AddSignedProducts<factors.v>(luma, half.v);
     } else {
-        int16x8_t const of_blue = SignedProducts<of_u>(half.u);
-        if constexpr (of_v == 0) {
-            return vaddq_s16(luma, of_blue);
+        // Luma's product stays for the other channels: it would have to be copied to be added to.
+        int16x8_t const chroma = SignedProducts<factors.u>(half.u);
+        if constexpr (factors.v == 0) {
+            return vaddq_s16(luma, chroma);
         } else {
-            return vaddq_s16(luma, AddSignedProducts<of_v>(of_blue, half.v));
+            return vaddq_s16(luma, AddSignedProducts<factors.v>(chroma, half.v));
         }
     }
 }
 
-/// With the fractional bits of the factors less 8.
+/// With 8 fractional bits less than the factors.
 template <YuvFactors factors, class Half>
-HWY_INLINE int16x8_t YuvSum(Half half) {
-    constexpr SplitFactor y = splitFactor(factors.y);
-    constexpr SplitFactor u = splitFactor(factors.u);
-    constexpr SplitFactor v = splitFactor(factors.v);
-    int16x8_t const low = PartialYuv<y.low, u.low, v.low>(half);
-    return vsraq_n_s16(PartialYuv<y.high, u.high, v.high>(half), low, 8);
+HWY_INLINE int16x8_t SumOfYuv(Half half) {
+    constexpr SplitYuv split = splitYuv(factors);
+    int16x8_t const low = PartOfYuv<split.low>(half);
+    return vsraq_n_s16(PartOfYuv<split.high>(half), low, 8);
 }
 
 template <YuvFactors factors, int shift>
@@ -293,8 +312,9 @@ HWY_INLINE V8 WeightedYuv(V8 y_byte, V8 u_byte, V8 v_byte) {
     int8x16_t const u = vreinterpretq_s8_u8(veorq_u8(u_byte.raw, zeros));
     int8x16_t const v = vreinterpretq_s8_u8(veorq_u8(v_byte.raw, zeros));
     int16x8_t const lower =
-        YuvSum<factors>(YuvHalf<int8x8_t>{y.lower, vget_low_s8(u), vget_low_s8(v)});
-    int16x8_t const upper = YuvSum<factors>(YuvHalf<UpperSigned>{y.upper, {u}, {v}});
+        SumOfYuv<factors>(YuvHalf<int8x8_t>{y.lower, vget_low_s8(u), vget_low_s8(v)});
+    int16x8_t const upper = SumOfYuv<factors>(YuvHalf<UpperSigned>{y.upper, {u}, {v}});
+    // The second half's bytes by themselves, because the compiler copies what it adds them to.
     auto const bytes = [](int16x8_t sums) HWY_ATTR {
         return vreinterpretq_u64_u8(vcombine_u8(vqrshrun_n_s16(sums, shift - 8), vdup_n_u8(0)));
     };
