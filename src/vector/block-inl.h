@@ -80,6 +80,19 @@ struct ThreeChannels {
     V8 c2;
 };
 
+/// Half a block's pixels, in words.
+struct ThreeWords {
+    V16 c0;
+    V16 c1;
+    V16 c2;
+};
+
+/// The bytes at even and at odd positions.
+struct TwoChannels {
+    V8 c0;
+    V8 c1;
+};
+
 /// The bytes at even and at odd positions, widened.
 HWY_INLINE V16 EvenBytes(V8 v) {
     return hn::And(hn::BitCast(TagS16(), v), hn::Set(TagS16(), 0xff));

@@ -26,11 +26,9 @@ HWY_INLINE void splitTwoRow(Byte const* row, std::size_t pixels, Byte* first, By
     walkShortTracks(
         pixels, blockBytes,
         [=](std::size_t x, Byte const* pairs) HWY_ATTR {
-            V8 even = hn::Zero(d);
-            V8 odd = hn::Zero(d);
-            hn::LoadInterleaved2(d, pairs, even, odd);
-            hn::StoreU(even, d, first + x);
-            hn::StoreU(odd, d, second + x);
+            TwoChannels const v = LoadTwo(pairs);
+            hn::StoreU(v.c0, d, first + x);
+            hn::StoreU(v.c1, d, second + x);
         },
         along<2>(row));
 }

@@ -10,8 +10,8 @@
 /// |---|---|
 /// | `LoadThree`, `StoreThree` | a block of packed pixels as three registers, in order, and back |
 /// | `StoreThreeSame` | stores each byte three times |
-/// | `PackPixels` | 16-bit lanes of even and of odd pixels, clamped to the bytes of a block |
-/// | `StoreThreePixels` | stores what came out of `PackPixels` |
+/// | `LoadTwo` | a block of pairs of bytes as two registers, in order |
+/// | `StoreThreePixels` | clamps 16-bit lanes of even and of odd pixels to bytes and stores the block |
 /// | `ByteRange` | (v - first) * 255 / (last - first), truncated to the bytes of a block; clamped, NaN is 0 |
 /// | `StoreLaneBytes` | clamps lanes to bytes and stores them |
 /// | `LowBytesOfFour` | four registers of floats, truncated to 0 to 2^32 - 1, as the low bytes; a NaN's is 0 |

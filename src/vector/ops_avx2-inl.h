@@ -66,6 +66,53 @@ HWY_INLINE V8 PackSigned(V16 lower, V16 upper) {
     return V8{_mm256_packs_epi16(lower.raw, upper.raw)};
 }
 
+/// The words whose index in a lane leaves `residue` by 3 are those of b.
+template <int residue>
+HWY_INLINE V8 BlendWords(V8 a, V8 b) {
+    return V8{_mm256_blend_epi16(a.raw, b.raw, 0x49 << residue & 0xff)};
+}
+
+/// Pairs of bytes j and 8 + j of a lane, each third of the words that `BlendWords` puts together.
+constexpr ByteTable pairPlaces(std::size_t third) {
+    ByteTable table{};
+    for (std::size_t j = 0; j < blockBytes / 2; ++j) {
+        std::size_t const word = j / 8 * 8 + (3 * j + third) % 8;
+        table[2 * word] = static_cast<std::uint8_t>(j % 8);
+        table[2 * word + 1] = static_cast<std::uint8_t>(8 + j % 8);
+    }
+    return table;
+}
+
+/// Two pixels are three words: blue and green, red and blue, green and red. Blends of words are
+/// cheaper than those of bytes.
+HWY_INLINE void StoreThreePixels(std::uint8_t* p, ThreeWords even, ThreeWords odd) {
+    alignas(32) static constexpr std::array<ByteTable, 3> places{pairPlaces(0), pairPlaces(1),
+                                                                 pairPlaces(2)};
+    auto const pairs = [](V16 first, V16 second, std::size_t third) HWY_ATTR {
+        return Permute(PackUnsigned(first, second), hn::Load(Tag8(), places[third].data()));
+    };
+    V8 const w0 = pairs(even.c0, even.c1, 0);
+    V8 const w1 = pairs(even.c2, odd.c0, 1);
+    V8 const w2 = pairs(odd.c1, odd.c2, 2);
+    StorePacked(p,
+                {BlendWords<2>(BlendWords<1>(w0, w1), w2), BlendWords<0>(BlendWords<2>(w0, w1), w2),
+                 BlendWords<1>(BlendWords<0>(w0, w1), w2)});
+}
+
+HWY_INLINE TwoChannels LoadTwo(std::uint8_t const* p) {
+    auto const evenThenOdd = [](std::uint8_t const* at) HWY_ATTR {
+        HalfTag8 const half;
+        __m256i const places = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(0, 2, 4, 6, 8, 10, 12, 14, 1, 3, 5, 7, 9, 11, 13, 15));
+        return Permute(hn::Combine(Tag8(), hn::LoadU(half, at + 32), hn::LoadU(half, at)),
+                       V8{places});
+    };
+    V8 const lower = evenThenOdd(p);
+    V8 const upper = evenThenOdd(p + 16);
+    return {V8{_mm256_unpacklo_epi64(lower.raw, upper.raw)},
+            V8{_mm256_unpackhi_epi64(lower.raw, upper.raw)}};
+}
+
 /// The low bytes of numbers from 0 to 255.
 HWY_INLINE V8 BytesOfFour(V32 a, V32 b, V32 c, V32 d) {
     __m256i const ab = _mm256_packs_epi32(a.raw, b.raw);

@@ -16,17 +16,21 @@ HWY_INLINE void StoreThree(std::uint8_t* p, ThreeChannels v) {
     vst3q_u8(p, {v.c0.raw, v.c1.raw, v.c2.raw});
 }
 
-HWY_INLINE void StoreThreePixels(std::uint8_t* p, ThreeChannels v) {
-    StoreThree(p, v);
-}
-
 HWY_INLINE void StoreThreeSame(std::uint8_t* p, V8 v) {
     StoreThree(p, {v, v, v});
 }
 
-HWY_INLINE V8 PackPixels(V16 even, V16 odd) {
-    return V8(vzip1q_u8(vcombine_u8(vqmovun_s16(even.raw), vdup_n_u8(0)),
-                        vcombine_u8(vqmovun_s16(odd.raw), vdup_n_u8(0))));
+HWY_INLINE void StoreThreePixels(std::uint8_t* p, ThreeWords even, ThreeWords odd) {
+    auto const pack = [](V16 first, V16 second) {
+        return V8(vzip1q_u8(vcombine_u8(vqmovun_s16(first.raw), vdup_n_u8(0)),
+                            vcombine_u8(vqmovun_s16(second.raw), vdup_n_u8(0))));
+    };
+    StoreThree(p, {pack(even.c0, odd.c0), pack(even.c1, odd.c1), pack(even.c2, odd.c2)});
+}
+
+HWY_INLINE TwoChannels LoadTwo(std::uint8_t const* p) {
+    uint8x16x2_t const v = vld2q_u8(p);
+    return {V8(v.val[0]), V8(v.val[1])};
 }
 
 /// Of the first and of the second half of bytes.

@@ -11,11 +11,6 @@ namespace ox::vector::HWY_NAMESPACE {
 // and 64 leave the remainder 1 by 3. So one channel is made up of every third byte of each
 // register, and no two of its pixels share a place: pixel i is at byte (3i + channel) mod period.
 
-/// Where a pixel's byte is after `PackPixels`: the even ones of a lane before the odd ones.
-constexpr std::size_t evenOddPlace(std::size_t pixel) {
-    return pixel / 16 * 16 + pixel % 2 * 8 + pixel % 16 / 2;
-}
-
 constexpr ByteTable gatherTable(std::size_t channel) {
     ByteTable table{};
     for (std::size_t i = 0; i < blockBytes; ++i) {
@@ -24,14 +19,14 @@ constexpr ByteTable gatherTable(std::size_t channel) {
     return table;
 }
 
-/// The inverse of `gatherTable`, from natural or from even-odd order.
-constexpr ByteTable scatterTable(std::size_t channel, bool even_odd) {
+/// The inverse of `gatherTable`, from the places that `placeOf` gives for the pixels.
+template <class Places>
+constexpr ByteTable scatterTable(std::size_t channel, Places placeOf) {
     ByteTable table{};
     for (std::size_t i = 0; i < blockBytes; ++i) {
         std::size_t const period = i / permutePeriod * permutePeriod;
-        std::size_t const place = even_odd ? evenOddPlace(i) : i;
         table[period + (3 * i + channel) % permutePeriod] =
-            static_cast<std::uint8_t>(place % permutePeriod);
+            static_cast<std::uint8_t>(placeOf(i) % permutePeriod);
     }
     return table;
 }
@@ -49,10 +44,13 @@ struct alignas(64) ThreeTables {
 };
 
 constexpr ThreeTables gatherTables{{gatherTable(0), gatherTable(1), gatherTable(2)}};
-constexpr ThreeTables scatterTables{
-    {scatterTable(0, false), scatterTable(1, false), scatterTable(2, false)}};
-constexpr ThreeTables scatterPixelTables{
-    {scatterTable(0, true), scatterTable(1, true), scatterTable(2, true)}};
+
+template <class Places>
+constexpr ThreeTables scatterTablesFrom(Places placeOf) {
+    return {{scatterTable(0, placeOf), scatterTable(1, placeOf), scatterTable(2, placeOf)}};
+}
+
+constexpr ThreeTables scatterTables = scatterTablesFrom([](std::size_t pixel) { return pixel; });
 constexpr ThreeTables repeatTables{{repeatTable(0), repeatTable(1), repeatTable(2)}};
 
 HWY_INLINE V8 Permute(V8 v, ByteTable const& table) {
@@ -81,20 +79,28 @@ HWY_INLINE void StoreThree(std::uint8_t* p, ThreeChannels v) {
     StoreThreeBy(scatterTables, p, v);
 }
 
-/// Stores channels that came out of `PackPixels`.
-HWY_INLINE void StoreThreePixels(std::uint8_t* p, ThreeChannels v) {
-    StoreThreeBy(scatterPixelTables, p, v);
+#if HWY_TARGET == HWY_AVX3_DL
+/// Words of even and of odd pixels, packed: the even ones of a lane before the odd ones.
+constexpr ThreeTables scatterPixelTables = scatterTablesFrom(
+    [](std::size_t pixel) { return pixel / 16 * 16 + pixel % 2 * 8 + pixel % 16 / 2; });
+
+HWY_INLINE void StoreThreePixels(std::uint8_t* p, ThreeWords even, ThreeWords odd) {
+    StoreThreeBy(scatterPixelTables, p,
+                 {PackUnsigned(even.c0, odd.c0), PackUnsigned(even.c1, odd.c1),
+                  PackUnsigned(even.c2, odd.c2)});
 }
+
+HWY_INLINE TwoChannels LoadTwo(std::uint8_t const* p) {
+    TwoChannels v;
+    hn::LoadInterleaved2(Tag8(), p, v.c0, v.c1);
+    return v;
+}
+#endif
 
 /// Stores each byte three times.
 HWY_INLINE void StoreThreeSame(std::uint8_t* p, V8 v) {
     auto const& table = repeatTables.table;
     StorePacked(p, {Permute(v, table[0]), Permute(v, table[1]), Permute(v, table[2])});
-}
-
-/// Clamps to bytes; for `StoreThreePixels`.
-HWY_INLINE V8 PackPixels(V16 even, V16 odd) {
-    return PackUnsigned(even, odd);
 }
 
 HWY_INLINE V8 LowBytesOfFour(VF a, VF b, VF c, VF d) {

@@ -94,6 +94,19 @@ struct Term {
     V16 rest;
 };
 
+HWY_INLINE Term lumaTerm(V16 y) {
+    return {times<wholeOf(lumaFactor)>(y), times<restOf(lumaFactor)>(y)};
+}
+
+HWY_INLINE V16 channelOf(Term luma, Term chroma) {
+    return hn::Add(hn::Add(luma.whole, chroma.whole),
+                   hn::ShiftRight<fractionBits>(hn::Add(luma.rest, chroma.rest)));
+}
+
+using Row = YuvSamples<std::uint8_t const>;
+
+#if HWY_TARGET == HWY_NEON
+
 template <ChromaFactors factors>
 HWY_INLINE Term chromaTerm(V16 u, V16 v) {
     return {sumOf<wholeOf(factors.u), wholeOf(factors.v)>(u, v),
@@ -111,19 +124,6 @@ HWY_INLINE ChromaTerms chromaTerms(V16 u, V16 v) {
     return {chromaTerm<blueFactors>(u, v), chromaTerm<greenFactors>(u, v),
             chromaTerm<redFactors>(u, v)};
 }
-
-HWY_INLINE Term lumaTerm(V16 y) {
-    return {times<wholeOf(lumaFactor)>(y), times<restOf(lumaFactor)>(y)};
-}
-
-HWY_INLINE V16 channelOf(Term luma, Term chroma) {
-    return hn::Add(hn::Add(luma.whole, chroma.whole),
-                   hn::ShiftRight<fractionBits>(hn::Add(luma.rest, chroma.rest)));
-}
-
-using Row = YuvSamples<std::uint8_t const>;
-
-#if HWY_TARGET == HWY_NEON
 
 // Pixels that share chroma come in two registers of luma: the even ones and the odd ones.
 
@@ -206,29 +206,94 @@ HWY_INLINE void convertBlock(Row src, std::size_t x, std::uint8_t* dst) {
 template <YuvLayout>
 constexpr std::size_t stepPixels = blockBytes;
 
+// Where chroma's factor is a multiple of 4, fewer operations do. Y, U and V are the samples
+// themselves here; what their zeros take away is a constant of chroma's term:
+//
+//   B = (297 Y / 4 + 129 U - 17700) / 64
+//   R = (297 Y / 4 + 102 V - 14244) / 64
+//
+// Luma's quotient is rounded down. A sum that 16 bits don't hold is clamped either way.
+
+constexpr int quarter = 4;
+constexpr int quarterBits = fractionBits - 2;
+
+/// What the zeros of the samples add to a channel's sum.
+constexpr int zerosOf(ChromaFactors factors) {
+    return -lumaFactor * lumaZero - chromaZero * (factors.u + factors.v);
+}
+
+constexpr bool fitsQuarter(ChromaFactors factors) {
+    int const zeros = zerosOf(factors);
+    int const largest = zeros + 255 * (factors.u + factors.v);
+    return factors.u % quarter == 0 && factors.v % quarter == 0 && zeros % quarter == 0 &&
+           zeros >= -32768 * quarter && largest <= 32767 * quarter;
+}
+static_assert(fitsQuarter(blueFactors) && fitsQuarter(redFactors));
+static_assert(32767 >> quarterBits >= 255 && lumaFactor * 255 / quarter <= 32767);
+
+constexpr int zerosOfGreen = zerosOf(greenFactors);
+constexpr int wholeZeros = zerosOfGreen >> fractionBits;
+constexpr int restZeros = zerosOfGreen - wholeZeros * one;
+static_assert(wholeOf(greenFactors.u) == 0 && wholeOf(greenFactors.v) == -1);
+static_assert(255 * restOf(greenFactors.u) >= -32768 &&
+              255 * (restOf(lumaFactor) + restOf(greenFactors.v)) + restZeros <= 32767);
+
+struct Luma {
+    V16 quarter;
+    Term green;
+};
+
+struct ChromaTerms {
+    V16 b;
+    Term g;
+    V16 r;
+};
+
+template <ChromaFactors factors>
+HWY_INLINE V16 quarterOf(V16 sample) {
+    V16 const product = hn::Mul(sample, constant((factors.u + factors.v) / quarter));
+    return hn::Add(product, constant(zerosOf(factors) / quarter));
+}
+
+HWY_INLINE ChromaTerms chromaTerms(V16 u, V16 v) {
+    V16 const rest = sumOf<restOf(greenFactors.u), restOf(greenFactors.v)>(u, v);
+    Term const green{hn::Sub(constant(wholeZeros), v), hn::Add(rest, constant(restZeros))};
+    return {quarterOf<blueFactors>(u), green, quarterOf<redFactors>(v)};
+}
+
+HWY_INLINE Luma lumaOf(V16 y) {
+    // The upper halves of products of 256 Y.
+    Tag16 const d;
+    auto const scaled = hn::ShiftLeft<8>(hn::BitCast(d, y));
+    auto const factor = hn::Set(d, lumaFactor * 256 / quarter);
+    return {hn::BitCast(TagS16(), hn::MulHigh(scaled, factor)), lumaTerm(y)};
+}
+
+HWY_INLINE V16 channelOf(V16 luma, V16 chroma) {
+    return hn::ShiftRight<quarterBits>(hn::SaturatedAdd(luma, chroma));
+}
+
+HWY_INLINE ThreeWords channelsOf(V16 y, ChromaTerms const& chroma) {
+    Luma const luma = lumaOf(y);
+    return {channelOf(luma.quarter, chroma.b), channelOf(luma.green, chroma.g),
+            channelOf(luma.quarter, chroma.r)};
+}
+
 /// Writes a block of pixels; `even` and `odd` are chroma's terms for its columns.
 HWY_INLINE void storeBlock(std::uint8_t* dst, V8 y, ChromaTerms const& even,
                            ChromaTerms const& odd) {
-    Term const first = lumaTerm(hn::Sub(EvenBytes(y), constant(lumaZero)));
-    Term const second = lumaTerm(hn::Sub(OddBytes(y), constant(lumaZero)));
-    StoreThreePixels(dst, {PackPixels(channelOf(first, even.b), channelOf(second, odd.b)),
-                           PackPixels(channelOf(first, even.g), channelOf(second, odd.g)),
-                           PackPixels(channelOf(first, even.r), channelOf(second, odd.r))});
-}
-
-HWY_INLINE ChromaTerms chromaTermsOfBytes(V16 u, V16 v) {
-    return chromaTerms(hn::Sub(u, constant(chromaZero)), hn::Sub(v, constant(chromaZero)));
+    StoreThreePixels(dst, channelsOf(EvenBytes(y), even), channelsOf(OddBytes(y), odd));
 }
 
 /// Converts the block of pixels at x.
 template <YuvLayout layout>
 HWY_INLINE void convertBlock(Row src, std::size_t x, std::uint8_t* dst) {
     YuvBlock const block = loadYuvBlock<layout>(src, x);
-    ChromaTerms const even = chromaTermsOfBytes(block.u_even, block.v_even);
+    ChromaTerms const even = chromaTerms(block.u_even, block.v_even);
     if constexpr (sharesChroma(layout)) {
         storeBlock(dst, block.y, even, even);
     } else {
-        storeBlock(dst, block.y, even, chromaTermsOfBytes(block.u_odd, block.v_odd));
+        storeBlock(dst, block.y, even, chromaTerms(block.u_odd, block.v_odd));
     }
 }
 

@@ -50,13 +50,11 @@ HWY_INLINE YuvBlock loadYuvBlock(YuvSamples<std::uint8_t const> src, std::size_t
         return {hn::LoadU(d, src.y + x), u, v, u, v};
     } else if constexpr (layout == PackedYuyv || layout == PackedUyvy) {
         constexpr bool y_first = layout == PackedYuyv;
-        V8 first;
-        V8 second;
-        hn::LoadInterleaved2(d, (y_first ? src.y : src.u) + 2 * x, first, second);
-        V8 const pairs = y_first ? second : first;
+        TwoChannels const bytes = LoadTwo((y_first ? src.y : src.u) + 2 * x);
+        V8 const pairs = y_first ? bytes.c1 : bytes.c0;
         V16 const u = EvenBytes(pairs);
         V16 const v = OddBytes(pairs);
-        return {y_first ? first : second, u, v, u, v};
+        return {y_first ? bytes.c0 : bytes.c1, u, v, u, v};
     } else if constexpr (layout == PackedYuv) {
         ThreeChannels const c = LoadThree(src.y + 3 * x);
         return {c.c0, EvenBytes(c.c1), EvenBytes(c.c2), OddBytes(c.c1), OddBytes(c.c2)};

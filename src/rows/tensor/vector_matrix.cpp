@@ -102,9 +102,9 @@ void convertByMatrix(Row src, std::size_t width, YuvMatrix const& matrix, std::u
         YuvBlock const block = loadYuvBlock<layout>(src, x);
         Columns const even = columnsOf(EvenBytes(block.y), block.u_even, block.v_even, zero);
         Columns const odd = columnsOf(OddBytes(block.y), block.u_odd, block.v_odd, zero);
-        StoreThreePixels(bgr + 3 * x, {PackPixels(channelOf(even, blue), channelOf(odd, blue)),
-                                       PackPixels(channelOf(even, green), channelOf(odd, green)),
-                                       PackPixels(channelOf(even, red), channelOf(odd, red))});
+        StoreThreePixels(bgr + 3 * x,
+                         {channelOf(even, blue), channelOf(even, green), channelOf(even, red)},
+                         {channelOf(odd, blue), channelOf(odd, green), channelOf(odd, red)});
     });
     if (pixels < width) {
         plainTensor.matrix_to_bgr[indexOf(layout)](samplesAt(layout, src, pixels), width - pixels,

@@ -21,23 +21,23 @@ using namespace ox::vector::HWY_NAMESPACE;
 #if HWY_TARGET != HWY_SCALAR
 
 struct BlueFirst {
-    static HWY_INLINE ThreeChannels order(V8 b, V8 g, V8 r) { return {b, g, r}; }
+    static HWY_INLINE ThreeWords order(V16 b, V16 g, V16 r) { return {b, g, r}; }
 };
 
 struct RedFirst {
-    static HWY_INLINE ThreeChannels order(V8 b, V8 g, V8 r) { return {r, g, b}; }
+    static HWY_INLINE ThreeWords order(V16 b, V16 g, V16 r) { return {r, g, b}; }
 };
 
 /// Converts a block of pixels of one row; `even` and `odd` are chroma's terms for its columns.
 template <class Matrix, class Order, class Term>
 HWY_INLINE void storeBlock(Bytes dst, V8 y, ChromaTerms<Term> const& even,
                            ChromaTerms<Term> const& odd) {
-    auto const first = Matrix::luma(EvenBytes(y));
-    auto const second = Matrix::luma(OddBytes(y));
-    StoreThreePixels(dst,
-                     Order::order(PackPixels(channelOf(first, even.b), channelOf(second, odd.b)),
-                                  PackPixels(channelOf(first, even.g), channelOf(second, odd.g)),
-                                  PackPixels(channelOf(first, even.r), channelOf(second, odd.r))));
+    auto const words = [](auto luma, ChromaTerms<Term> const& chroma) HWY_ATTR {
+        return Order::order(channelOf(luma, chroma.b), channelOf(luma, chroma.g),
+                            channelOf(luma, chroma.r));
+    };
+    StoreThreePixels(dst, words(Matrix::luma(EvenBytes(y)), even),
+                     words(Matrix::luma(OddBytes(y)), odd));
 }
 
 /// A row of chroma at half the columns, as two planes or as pairs. terms(x) gives the chroma terms
