@@ -8,6 +8,7 @@
 
 #include "rows/colour/formulas.h"
 #include "rows/colour/routines.h"
+#include "vector/copy.h"
 
 namespace ox::rows {
 
@@ -80,8 +81,7 @@ void convertYuv(YuvSamples<Byte const> src, std::size_t width, Byte* bgr) {
 template <std::size_t step>
 void takeLuma(Byte const* y, std::size_t pixels, Byte* luma) {
     if constexpr (step == 1) {
-        std::memcpy(luma, y, pixels);
-        return;
+        return vector::copyBytes(y, pixels, luma);
     }
     for (std::size_t x = 0; x < pixels; ++x) {
         luma[x] = y[x * step];

@@ -5,11 +5,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <limits>
 
 #include "rows/colour/formulas.h"
 #include "rows/rows_routines.h"
+#include "vector/copy.h"
 
 namespace ox::rows {
 
@@ -76,7 +76,7 @@ Source gather(YuvLayout layout, Source src, std::size_t pixels, Target room) {
 /// Does nothing if `gather` has put the samples there already.
 void copy(Byte const* src, std::size_t count, Byte* dst) {
     if (dst != nullptr && dst != src) {
-        std::memcpy(dst, src, count);
+        vector::copyBytes(src, count, dst);
     }
 }
 
