@@ -93,6 +93,29 @@ TEST(ResizerByteBilinear, TheSameSizeIsTheSame) {
     });
 }
 
+TEST(ResizerByteBilinear, AThirdOfTheSizeIsEachMiddlePixel) {
+    onEveryTarget(bothSubjects, [](ResizerSubject const& subject) {
+        for (std::uint64_t channels = 1; channels <= 4; ++channels) {
+            for (std::uint64_t width = 16; width <= 40; ++width) {
+                std::uint64_t const stride = 3 * width * channels;
+                Bytes const src = ramp(3 * width, 6, channels);
+                Bytes expected;
+                for (std::uint64_t y = 0; y < 2; ++y) {
+                    for (std::uint64_t x = 0; x < width; ++x) {
+                        auto const pixel =
+                            src.begin() + static_cast<std::ptrdiff_t>((3 * y + 1) * stride +
+                                                                      (3 * x + 1) * channels);
+                        expected.insert(expected.end(), pixel,
+                                        pixel + static_cast<std::ptrdiff_t>(channels));
+                    }
+                }
+                EXPECT_TRUE(resizesTo(subject, {0, bilinear, 3 * width, 6, width, 2, channels}, src,
+                                      expected));
+            }
+        }
+    });
+}
+
 TEST(ResizerByteBilinear, TheLastColumnAndRowAreTheLastSamples) {
     onEveryTarget(bothSubjects, [&](ResizerSubject const& subject) {
         model::Resize const request{0, bilinear, 5, 3, 20, 12, 1};

@@ -198,6 +198,22 @@ void ResizerByteBilinear::fillUnreadTables(std::int32_t const* index) {
     }
 }
 
+bool ResizerByteBilinear::compileCopies(std::int32_t const* index, std::int32_t const* weight) {
+    auto const is_zero = [](std::int32_t share) { return share == 0; };
+    if (param.srcW * param.channels > std::numeric_limits<std::int32_t>::max() ||
+        !std::all_of(ay.data, ay.data + param.dstH, is_zero) ||
+        !std::all_of(weight, weight + param.dstW, is_zero)) {
+        return false;
+    }
+    AlignedArray<std::int32_t> offset;
+    offset.Resize(param.dstW, tableAlign);
+    auto const channels = static_cast<std::int32_t>(param.channels);
+    std::transform(index, index + param.dstW, offset.data,
+                   [=](std::int32_t pixel) { return pixel * channels; });
+    return resizeRoutines().gather.compile_pixels(
+        {offset.data, param.dstW, param.channels, param.srcW * param.channels}, pixels);
+}
+
 void ResizerByteBilinear::buildTables() {
     AlignedArray<std::int32_t> weight;
     AlignedArray<std::int32_t> index;
@@ -211,6 +227,7 @@ void ResizerByteBilinear::buildTables() {
     resizeRoutines().compileBytePairs(
         {index.data, alphaX.data, param.dstW, param.channels, param.srcW * param.channels},
         program);
+    copies = compileCopies(index.data, weight.data);
     fillUnreadTables(index.data);
     for (AlignedArray<std::uint16_t>& row : rows) {
         row.Resize(roundedUp(param.dstW, param.align) * param.channels, param.align);
@@ -224,6 +241,14 @@ void ResizerByteBilinear::Run(std::uint8_t const* src, std::size_t srcStride, st
     }
     if (alphaX.data == nullptr) {
         buildTables();
+    }
+    if (copies) {
+        for (std::uint64_t row = 0; row < param.dstH; ++row) {
+            resizeRoutines().gather.copy_pixels(
+                pixels, src + static_cast<std::uint64_t>(iy.data[row]) * srcStride,
+                dst + row * dstStride);
+        }
+        return;
     }
     auto const horizontal = [&](std::uint8_t const* row, std::uint16_t* sums) {
         resizeRoutines().blendBytePairs(program, row, sums);

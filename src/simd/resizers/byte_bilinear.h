@@ -8,6 +8,7 @@
 
 #include "simd/resizers/resizer.h"
 #include "vector/aligned_array.h"
+#include "vector/gather.h"
 
 namespace Simd {
 
@@ -127,9 +128,13 @@ class ResizerByteBilinear : public Base::ResizerByteBilinear {
 
   private:
     void buildTables();
+    bool compileCopies(std::int32_t const* index, std::int32_t const* weight);
     void fillUnreadTables(std::int32_t const* index);
 
     BytePairProgram program;  ///< how any number of channels becomes pairs, for this processor
+    ox::vector::PixelProgram pixels;  ///< how pixels are copied, if `copies`
+    bool copies = false;              ///< whether no second sample has a weight, as at a third of
+                                      ///< the size
 };
 
 }  // namespace Simd::Neon
