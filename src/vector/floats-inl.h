@@ -18,12 +18,14 @@ namespace ox::vector::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
-/// Calls store(i, numbers) for the registers of floats of at least one register of bytes.
-template <class Store>
-HWY_INLINE void widenBytes(std::uint8_t const* src, std::size_t count, Store store) {
+/// Stores change(numbers) for the registers of floats of at least one register of bytes.
+template <class Change>
+HWY_INLINE void widenBytes(std::uint8_t const* src, std::size_t count, std::uint8_t* floats,
+                           Change change) {
     constexpr std::size_t lanes = blockBytes / sizeof(float);
-    auto const widen = [&](std::size_t i, auto numbers) HWY_ATTR {
-        store(i, hn::ConvertTo(BlockTagF32(), hn::PromoteTo(BlockTagS32(), numbers)));
+    auto const widen = [&](std::size_t i, auto bytes) HWY_ATTR {
+        VF const numbers = hn::ConvertTo(BlockTagF32(), hn::PromoteTo(BlockTagS32(), bytes));
+        hn::StoreU(hn::BitCast(Tag8(), change(numbers)), Tag8(), floats + sizeof(float) * i);
     };
 #if HWY_TARGET == HWY_NEON
     if (count >= blockBytes) {
@@ -40,7 +42,17 @@ HWY_INLINE void widenBytes(std::uint8_t const* src, std::size_t count, Store sto
     }
 #endif
     hn::Rebind<std::uint8_t, BlockTagF32> const d;
-    walkShortBlocks(count, lanes, [&](std::size_t i) HWY_ATTR { widen(i, hn::LoadU(d, src + i)); });
+    auto const widenOne = [&](std::size_t i) HWY_ATTR { widen(i, hn::LoadU(d, src + i)); };
+    constexpr std::size_t line = 64 / sizeof(float);
+    if (lanes < line && count < line) {
+        return walkShortBlocks(count, lanes, widenOne);
+    }
+    walkShortBlocks(count, line, [&](std::size_t i) HWY_ATTR {
+        prefetch<64, aheadOfFloats, For::writing>(floats + sizeof(float) * i);
+        for (std::size_t k = 0; k < line; k += lanes) {
+            widenOne(i + k);
+        }
+    });
 }
 
 #if HWY_TARGET != HWY_NEON

@@ -71,11 +71,7 @@ void convertBytes(Byte const* src, std::size_t count, Byte* floats) {
     if (count < lanes) {
         return plainColour.bytes_to_floats(src, count, floats);
     }
-    widenBytes(src, count, [&](std::size_t i, VF numbers) HWY_ATTR {
-        Byte* const target = floats + sizeof(float) * i;
-        prefetch<blockBytes, aheadOfFloats, For::writing>(target);
-        hn::StoreU(hn::BitCast(Tag8(), numbers), Tag8(), target);
-    });
+    widenBytes(src, count, floats, [](VF numbers) HWY_ATTR { return numbers; });
 }
 
 void convertFloats(Byte const* floats, std::size_t count, Byte* dst) {

@@ -41,10 +41,8 @@ void ScaleBytesToFloats(ConstBytes src, std::size_t count, float const* lower, f
     TagF32 const d;
     VF32 const offset = hn::Set(d, *lower);
     VF32 const scale = hn::Set(d, (*upper - *lower) / 255.0F);
-    widenBytes(src, count, [&](std::size_t i, VF32 number) HWY_ATTR {
-        prefetch<64, aheadOfFloats, For::writing>(dst + i);
-        hn::StoreU(hn::MulAdd(scale, number, offset), d, dst + i);
-    });
+    widenBytes(src, count, reinterpret_cast<Bytes>(dst),
+               [&](VF32 numbers) HWY_ATTR { return hn::MulAdd(scale, numbers, offset); });
 }
 
 /// Whether (x - lower) * 255 / (upper - lower) is a number from 0 to 255 for each x in the range.
