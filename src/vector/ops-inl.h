@@ -12,7 +12,7 @@
 /// | `StoreThreeSame` | stores each byte three times |
 /// | `LoadTwo` | a block of pairs of bytes as two registers, in order |
 /// | `StoreThreePixels` | clamps 16-bit lanes of even and of odd pixels to bytes and stores the block |
-/// | `ByteRange` | (v - first) * 255 / (last - first), truncated to the bytes of a block; clamped, NaN is 0 |
+/// | `Truncate`, `BytesOfFour` | floats from 0 to 255 as whole numbers, and four registers of these as bytes |
 /// | `StoreLaneBytes` | clamps lanes to bytes and stores them |
 /// | `LowBytesOfFour` | four registers of floats, truncated to 0 to 2^32 - 1, as the low bytes; a NaN's is 0 |
 /// | `MulShift13` | floor(v * factor / 2^13), for lanes of at most 256 |

@@ -98,9 +98,9 @@ class ByteRange {
     HWY_INLINE ByteRange(float lower, float upper)
         : first(vdupq_n_f32(lower)),
           scale(vdupq_n_f32(255.0F / (upper - lower))),
-          most(
-              vdupq_n_u8(static_cast<std::uint8_t>((upper - lower) * (255.0F / (upper - lower))))) {
-    }
+          // Bounds that are equal make this NaN, which is taken to 0.
+          most(vdupq_n_u8(static_cast<std::uint8_t>(
+              vcvts_u32_f32((upper - lower) * (255.0F / (upper - lower)))))) {}
 
     HWY_INLINE V8 bytesOf(float const* x) const {
         uint8x16_t const bytes = vuzp2q_u8(highWords(x), highWords(x + 8));
