@@ -55,35 +55,61 @@ HWY_INLINE void widenBytes(std::uint8_t const* src, std::size_t count, std::uint
     });
 }
 
-#if HWY_TARGET != HWY_NEON
-
-/// As on NEON, where it is one of the operations.
+/// Floats of a range as bytes: (x - first) * 255 / (last - first), truncated. Those beyond count as
+/// the range's ends, and NaN as the first.
 class ByteRange {
   public:
     HWY_INLINE ByteRange(float lower, float upper)
         : first(hn::Set(BlockTagF32(), lower)),
-          last(hn::Set(BlockTagF32(), upper)),
-          scale(hn::Set(BlockTagF32(), 255.0F / (upper - lower))) {}
+          scale(hn::Set(BlockTagF32(), 255.0F / (upper - lower))),
+#if HWY_TARGET == HWY_NEON
+          most(hn::Set(Tag8(), byteOf((upper - lower) * (255.0F / (upper - lower))))) {
+    }
+#else
+          last(hn::Set(BlockTagF32(), upper)) {
+    }
+#endif
 
+    /// Of a block.
     HWY_INLINE V8 bytesOf(float const* x) const {
         constexpr std::size_t quarter = blockBytes / 4;
-        return BytesOfFour(scaled(x), scaled(x + quarter), scaled(x + 2 * quarter),
-                           scaled(x + 3 * quarter));
+        VF const a = scaled(x);
+        VF const b = scaled(x + quarter);
+        VF const c = scaled(x + 2 * quarter);
+        VF const d = scaled(x + 3 * quarter);
+#if HWY_TARGET == HWY_NEON
+        return hn::Min(SaturateFour(a, b, c, d), most);
+#else
+        return TruncateFour(a, b, c, d);
+#endif
     }
 
   private:
-    HWY_INLINE V32 scaled(float const* x) const {
+#if HWY_TARGET == HWY_NEON
+    /// Bounds that are equal make it NaN, which is 0.
+    static std::uint8_t byteOf(float number) {
+        return static_cast<std::uint8_t>(std::min(255.0F, std::max(0.0F, number)));
+    }
+#endif
+
+    HWY_INLINE VF scaled(float const* x) const {
+        VF const v = hn::LoadU(BlockTagF32(), x);
+#if HWY_TARGET == HWY_NEON
+        return hn::Mul(hn::Sub(v, first), scale);
+#else
         // NaN becomes the second operand, which is `first`.
-        VF const v = hn::Min(hn::Max(hn::LoadU(BlockTagF32(), x), first), last);
-        return Truncate(hn::Mul(hn::Sub(v, first), scale));
+        return hn::Mul(hn::Sub(hn::Min(hn::Max(v, first), last), first), scale);
+#endif
     }
 
     VF first;
-    VF last;
     VF scale;
-};
-
+#if HWY_TARGET == HWY_NEON
+    V8 most;  ///< of the last number of the range and those beyond
+#else
+    VF last;
 #endif
+};
 
 #endif
 

@@ -12,7 +12,8 @@
 /// | `StoreThreeSame` | stores each byte three times |
 /// | `LoadTwo` | a block of pairs of bytes as two registers, in order |
 /// | `StoreThreePixels` | clamps 16-bit lanes of even and of odd pixels to bytes and stores the block |
-/// | `Truncate`, `BytesOfFour` | floats from 0 to 255 as whole numbers, and four registers of these as bytes |
+/// | `TruncateFour` | four registers of floats from 0 to 255, truncated to the bytes of a block; not on NEON |
+/// | `SaturateFour` | the same of any floats, which are clamped, and a NaN is 0; on NEON alone |
 /// | `StoreLaneBytes` | clamps lanes to bytes and stores them |
 /// | `LowBytesOfFour` | four registers of floats, truncated to 0 to 2^32 - 1, as the low bytes; a NaN's is 0 |
 /// | `MulShift13` | floor(v * factor / 2^13), for lanes of at most 256 |

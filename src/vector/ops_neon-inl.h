@@ -93,35 +93,15 @@ HWY_INLINE V8 LowBytesOfFour(VF a, VF b, VF c, VF d) {
                       vcvtq_u32_f32(d.raw));
 }
 
-class ByteRange {
-  public:
-    HWY_INLINE ByteRange(float lower, float upper)
-        : first(vdupq_n_f32(lower)),
-          scale(vdupq_n_f32(255.0F / (upper - lower))),
-          // Bounds that are equal make this NaN, which is taken to 0.
-          most(vdupq_n_u8(static_cast<std::uint8_t>(
-              vcvts_u32_f32((upper - lower) * (255.0F / (upper - lower)))))) {}
-
-    HWY_INLINE V8 bytesOf(float const* x) const {
-        uint8x16_t const bytes = vuzp2q_u8(highWords(x), highWords(x + 8));
-        return V8(vminq_u8(bytes, most));
-    }
-
-  private:
-    HWY_INLINE uint8x16_t highWords(float const* x) const {
-        return vreinterpretq_u8_u16(vuzp2q_u16(scaled(x), scaled(x + 4)));
-    }
-
-    /// With 24 fractional bits. The conversion saturates, and takes NaN to 0.
-    HWY_INLINE uint16x8_t scaled(float const* x) const {
-        float32x4_t const number = vmulq_f32(vsubq_f32(vld1q_f32(x), first), scale);
-        return vreinterpretq_u16_u32(vcvtq_n_u32_f32(number, 24));
-    }
-
-    float32x4_t first;
-    float32x4_t scale;
-    uint8x16_t most;  ///< of the last number of the range and those beyond
-};
+/// The conversions to 24 fractional bits saturate, and take NaN to 0: the high bytes remain.
+HWY_INLINE V8 SaturateFour(VF a, VF b, VF c, VF d) {
+    auto const words = [](VF first, VF second) HWY_ATTR {
+        return vreinterpretq_u8_u16(
+            vuzp2q_u16(vreinterpretq_u16_u32(vcvtq_n_u32_f32(first.raw, 24)),
+                       vreinterpretq_u16_u32(vcvtq_n_u32_f32(second.raw, 24))));
+    };
+    return V8(vuzp2q_u8(words(a, b), words(c, d)));
+}
 
 HWY_INLINE hn::Vec<WindowTag> PermuteWindow(hn::Vec<WindowTag> v, hn::Vec<WindowTag> places) {
     return hn::Vec<WindowTag>(vqtbl1q_u8(v.raw, places.raw));

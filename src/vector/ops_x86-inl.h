@@ -103,6 +103,10 @@ HWY_INLINE void StoreThreeSame(std::uint8_t* p, V8 v) {
     StorePacked(p, {Permute(v, table[0]), Permute(v, table[1]), Permute(v, table[2])});
 }
 
+HWY_INLINE V8 TruncateFour(VF a, VF b, VF c, VF d) {
+    return BytesOfFour(Truncate(a), Truncate(b), Truncate(c), Truncate(d));
+}
+
 HWY_INLINE V8 LowBytesOfFour(VF a, VF b, VF c, VF d) {
     return BytesOfFour(LowBytesOf(a), LowBytesOf(b), LowBytesOf(c), LowBytesOf(d));
 }
