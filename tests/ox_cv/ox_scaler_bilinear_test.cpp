@@ -309,6 +309,24 @@ TEST(ScalerBilinearXY, WeighsBothAxes) {
         (Rows{{0, 40, 120, 160}, {20, 60, 140, 180}, {60, 100, 180, 220}, {80, 120, 200, 240}}));
 }
 
+// Rows that are doubled need no tables, and mustn't take those of another picture.
+TEST(ScalerBilinearXY, DoublesRowsBehindOtherPictures) {
+    Random random(3);
+    for (int const width : {21, 40, 70, 140}) {
+        for (FrameFormat const format : {FRAME_GRAY8, FRAME_C2_8U}) {
+            SCOPED_TRACE(describe(format, {width, 59}));
+            ScalerBilinearXY scaler;
+            TestFrame const before(FRAME_C4_8U, {width, 59}, random);
+            scaler.reuse(before.frame(), {2 * width + 1, 8});
+            pump(scaler);
+            TestFrame const src(format, {width, 59}, random);
+            scaler.reuse(src.frame(), {2 * width, 8});
+            EXPECT_TRUE(
+                samePixels(pump(scaler), scaled<ScalerBilinearXY>(src.frame(), {2 * width, 8})));
+        }
+    }
+}
+
 TEST(ScalerBilinearXY, ElementsOfEachFormat) {
     for (HalvedFormat const& halved : halvedFormats()) {
         SCOPED_TRACE(toString(halved.format));

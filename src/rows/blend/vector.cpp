@@ -297,6 +297,7 @@ void fillTables(BlendAxis const& axis, std::size_t window, BlendProgram& program
     if (isDoubled(axis)) {
         program.run =
             axis.channels == 1 ? runDoubled<1, std::uint8_t> : runDoubled<2, std::uint16_t>;
+        program.run_rows = nullptr;  // an earlier axis may have left one, for its own tables
         return true;
     }
     if (axis.row_bytes < windowBytes || program.entries < blockEntries ||
