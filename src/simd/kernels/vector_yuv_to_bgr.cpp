@@ -28,16 +28,18 @@ struct RedFirst {
     static HWY_INLINE ThreeWords order(V16 b, V16 g, V16 r) { return {r, g, b}; }
 };
 
+template <class Order, class Luma, class Term>
+HWY_INLINE ThreeWords wordsOf(Luma luma, ChromaTerms<Term> const& chroma) {
+    return Order::order(channelOf(luma, chroma.b), channelOf(luma, chroma.g),
+                        channelOf(luma, chroma.r));
+}
+
 /// Converts a block of pixels of one row; `even` and `odd` are chroma's terms for its columns.
 template <class Matrix, class Order, class Term>
 HWY_INLINE void storeBlock(Bytes dst, V8 y, ChromaTerms<Term> const& even,
                            ChromaTerms<Term> const& odd) {
-    auto const words = [](auto luma, ChromaTerms<Term> const& chroma) HWY_ATTR {
-        return Order::order(channelOf(luma, chroma.b), channelOf(luma, chroma.g),
-                            channelOf(luma, chroma.r));
-    };
-    StoreThreePixels(dst, words(Matrix::luma(EvenBytes(y)), even),
-                     words(Matrix::luma(OddBytes(y)), odd));
+    StoreThreePixels(dst, wordsOf<Order>(Matrix::luma(EvenBytes(y)), even),
+                     wordsOf<Order>(Matrix::luma(OddBytes(y)), odd));
 }
 
 /// A row of chroma at half the columns, as two planes or as pairs. terms(x) gives the chroma terms
