@@ -129,16 +129,17 @@ FormatConverter::~FormatConverter() = default;
 
 void FormatConverter::reuse(Frame const& frame, FrameFormat dst_format) {
     checkArguments(frame.initialized(), "frame", dst_format);
-    _arm(frame, frame.layout(), dst_format);
+    _arm(frame, dst_format);
 }
 
 void FormatConverter::reuse(IRowProducer& producer, FrameFormat dst_format) {
     checkArguments(producer.layout().planeCount != 0, "producer", dst_format);
-    _arm(producer, producer.layout(), dst_format);
+    _arm(producer, dst_format);
 }
 
 template <class Source>
-void FormatConverter::_arm(Source& source, FrameLayout src_layout, FrameFormat dst_format) {
+void FormatConverter::_arm(Source& source, FrameFormat dst_format) {
+    FrameLayout const src_layout = source.layout();
     _frame = nullptr;
     if (dst_format == src_layout.format) {
         _copier.reuse(source);

@@ -71,7 +71,7 @@ class OX_API FormatConverter : public IRowProducer {
 
   private:
     template <class Source>
-    void _arm(Source& source, FrameLayout src_layout, FrameFormat dst_format);
+    void _arm(Source& source, FrameFormat dst_format);
     void _yieldNothing(FrameLayout const& src_layout);
 
     bool _initialized = false;                 ///< a conversion has been armed

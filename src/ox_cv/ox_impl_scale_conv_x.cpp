@@ -43,30 +43,33 @@ ScaleX<Weight>::~ScaleX() = default;
 
 template <class Weight>
 void ScaleX<Weight>::reuse(IKernel& kernel, Frame const& src_frame, int dst_width) {
-    arm(kernel, src_frame, src_frame.layout(), dst_width);
+    arm(kernel, src_frame, dst_width);
 }
 
 template <class Weight>
 void ScaleX<Weight>::reuse(IKernel& kernel, IRowProducer& src_producer, int dst_width) {
-    arm(kernel, src_producer, src_producer.layout(), dst_width);
+    arm(kernel, src_producer, dst_width);
 }
 
 template <class Weight>
 template <class Source>
-void ScaleX<Weight>::arm(IKernel& kernel, Source& source, FrameLayout src_layout, int dst_width) {
-    prepareTables(_window, [&] {
-        bool const same = _reuseScaleData(kernel, src_layout, dst_width);
-        // The loops depend on the source's own width too, which the weights may not know of.
-        _planes.plan(here, src_layout, _dst_layout, same,
-                     [&](rows::TapColumns& columns, int i, rows::Element element) {
-                         fillAxis(_scale_data[i], columns.axis);
-                         std::uint64_t const bytes = reachedBytes(src_layout.plane[i].rowBytes);
-                         columns.plan(element,
-                                      static_cast<std::int64_t>(bytes) / (element.bits / 8));
-                     });
-    });
+void ScaleX<Weight>::arm(IKernel& kernel, Source& source, int dst_width) {
+    FrameLayout const src_layout = source.layout();
+    prepareTables(_window, [&] { _prepare(kernel, src_layout, dst_width); });
     armWindow(_window, source, 1, here);
     requirePlanned(_window, src_layout, here);
+}
+
+template <class Weight>
+void ScaleX<Weight>::_prepare(IKernel& kernel, FrameLayout const& src_layout, int dst_width) {
+    bool const same = _reuseScaleData(kernel, src_layout, dst_width);
+    // The loops depend on the source's own width too, which the weights may not know of.
+    _planes.plan(here, src_layout, _dst_layout, same,
+                 [&](rows::TapColumns& columns, int i, rows::Element element) {
+                     fillAxis(_scale_data[i], columns.axis);
+                     std::uint64_t const bytes = reachedBytes(src_layout.plane[i].rowBytes);
+                     columns.plan(element, static_cast<std::int64_t>(bytes) / (element.bits / 8));
+                 });
 }
 
 /// @return whether weights and layout were kept

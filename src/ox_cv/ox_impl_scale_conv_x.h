@@ -42,7 +42,8 @@ class ScaleX : public IRowProducer {
 
   private:
     template <class Source>
-    void arm(IKernel& kernel, Source& source, FrameLayout src_layout, int dst_width);
+    void arm(IKernel& kernel, Source& source, int dst_width);
+    void _prepare(IKernel& kernel, FrameLayout const& src_layout, int dst_width);
     bool _reuseScaleData(IKernel& kernel, FrameLayout const& src_layout, int dst_width);
 
     IKernel const* _kernel = nullptr;  ///< known by its address only

@@ -100,7 +100,8 @@ void armWindow(RowWindow& window, Source& source, int window_size, Place here) {
 
 /// A caller's own producer may give another layout each time that it is asked. Tables are then for
 /// other rows than the window's: the window is emptied, and the producer refused.
-inline void requirePlanned(RowWindow& window, FrameLayout const& planned, Place here) {
+[[gnu::cold]] inline void requirePlanned(RowWindow& window, FrameLayout const& planned,
+                                         Place here) {
     if (!sameGeometry(window.layout(), planned)) {
         window.clear();
         here.fail({StatusInvalidParameter, "reuse"},
@@ -209,10 +210,9 @@ struct ScalerState {
 
     template <class Source, class... Wanted>
     [[gnu::cold]] void arm(Place here, Source& source, Wanted... wanted) {
-        FrameLayout const planned = source.layout();
-        prepareTables(_window, [&] { own().prepare(planned, wanted...); });
+        prepareTables(_window, [&] { own().prepare(source.layout(), wanted...); });
         armWindow(_window, source, own().windowSize(source), here);
-        requirePlanned(_window, planned, here);
+        requirePlanned(_window, _src_layout, here);
         _window.moveTo(own().firstRow());
     }
 
