@@ -50,8 +50,8 @@ struct PlanarChroma {
     std::uint8_t uAt(std::size_t x) const { return u[x]; }
     std::uint8_t vAt(std::size_t x) const { return v[x]; }
     void next() {
-        u += static_cast<std::ptrdiff_t>(u_stride);
-        v += static_cast<std::ptrdiff_t>(v_stride);
+        u += stepOf(u_stride);
+        v += stepOf(v_stride);
     }
 };
 
@@ -62,15 +62,15 @@ struct PairedChroma {
 
     std::uint8_t uAt(std::size_t x) const { return uv[2 * x + (v_first ? 1 : 0)]; }
     std::uint8_t vAt(std::size_t x) const { return uv[2 * x + (v_first ? 0 : 1)]; }
-    void next() { uv += static_cast<std::ptrdiff_t>(stride); }
+    void next() { uv += stepOf(stride); }
 };
 
 /// Pairs of columns and of rows; a last odd one is left alone.
 template <class Matrix, class Order, class Chroma>
 void convert420(ConstBytes y, std::size_t y_stride, Chroma chroma, std::size_t width,
                 std::size_t height, Bytes dst, std::size_t dst_stride) {
-    auto const luma_step = static_cast<std::ptrdiff_t>(y_stride);
-    auto const dst_step = static_cast<std::ptrdiff_t>(dst_stride);
+    auto const luma_step = stepOf(y_stride);
+    auto const dst_step = stepOf(dst_stride);
     for (std::size_t row = 0; row < height / 2; ++row) {
         for (std::size_t x = 0; x < width / 2; ++x) {
             Bgr const terms = Matrix::terms(chroma.uAt(x), chroma.vAt(x));
@@ -109,7 +109,7 @@ void convertTo420(ConstBytes bgr, std::size_t width, std::size_t height, std::si
     for (std::size_t row = 0; row < height / 2; ++row) {
         for (std::size_t x = 0; x < width / 2; ++x) {
             ConstBytes const top = bgr + 6 * x;
-            ConstBytes const bottom = top + bgr_stride;
+            ConstBytes const bottom = top + stepOf(bgr_stride);
             y[2 * x] = lumaOf(load(top));
             y[2 * x + 1] = lumaOf(load(top + 3));
             y[y_stride + 2 * x] = lumaOf(load(bottom));
@@ -118,8 +118,8 @@ void convertTo420(ConstBytes bgr, std::size_t width, std::size_t height, std::si
             chroma.u[chroma.step * x] = uOf(mean);
             chroma.v[chroma.step * x] = vOf(mean);
         }
-        bgr += 2 * bgr_stride;
-        y += 2 * y_stride;
+        bgr += 2 * stepOf(bgr_stride);
+        y += 2 * stepOf(y_stride);
         chroma.u += chroma.u_stride;
         chroma.v += chroma.v_stride;
     }
@@ -143,8 +143,8 @@ void ConvertBgrToNv12(ConstBytes bgr, std::size_t width, std::size_t height, std
 void ConvertBgrToYuv444(ConstBytes bgr, std::size_t width, std::size_t height,
                         std::size_t bgr_stride, Bytes y, std::size_t y_stride, Bytes u,
                         std::size_t u_stride, Bytes v, std::size_t v_stride) {
-    for (std::size_t row = 0; row < height;
-         ++row, bgr += bgr_stride, y += y_stride, u += u_stride, v += v_stride) {
+    for (std::size_t row = 0; row < height; ++row, bgr += stepOf(bgr_stride), y += stepOf(y_stride),
+                     u += stepOf(u_stride), v += stepOf(v_stride)) {
         for (std::size_t x = 0; x < width; ++x) {
             Bgr const pixel = load(bgr + 3 * x);
             y[x] = lumaOf(pixel);
@@ -202,8 +202,8 @@ void ConvertNv12ToBgrDirectly(ConstBytes y, std::size_t y_stride, ConstBytes uv,
 void ConvertYuv444ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::size_t u_stride,
                         ConstBytes v, std::size_t v_stride, std::size_t width, std::size_t height,
                         Bytes bgr, std::size_t bgr_stride) {
-    for (std::size_t row = 0; row < height;
-         ++row, y += y_stride, u += u_stride, v += v_stride, bgr += bgr_stride) {
+    for (std::size_t row = 0; row < height; ++row, y += stepOf(y_stride), u += stepOf(u_stride),
+                     v += stepOf(v_stride), bgr += stepOf(bgr_stride)) {
         for (std::size_t x = 0; x < width; ++x) {
             store<FineMatrix, BlueFirst>(bgr + 3 * x, y[x], chromaTerms(u[x], v[x]));
         }

@@ -97,7 +97,7 @@ void CopyPlaneRows(ConstBytes src, std::size_t src_stride, std::size_t width, st
         row_bytes *= height;
         height = 1;
     }
-    for (std::size_t y = 0; y < height; ++y, src += src_stride, dst += dst_stride) {
+    for (std::size_t y = 0; y < height; ++y, src += stepOf(src_stride), dst += stepOf(dst_stride)) {
         ox::vector::copyBytes(src, row_bytes, dst);
     }
 }

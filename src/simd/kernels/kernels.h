@@ -20,14 +20,18 @@
 //
 // Sizes and strides are unsigned and 64 bits wide. Strides are in bytes, and so are the widths of
 // planes of bytes; other widths are in pixels. A stride below zero, of rows from the last one up,
-// comes as a number without a sign; pointers of 4:2:0 are moved by signed ones. Kernels check
-// nothing, allocate nothing and report nothing. For a width or a height of 0 they write nothing.
-// Sources and destinations must not overlap.
+// comes as a number without a sign. Kernels check nothing, allocate nothing and report nothing. For
+// a width or a height of 0 they write nothing. Sources and destinations must not overlap.
 
 namespace Simd {
 
 using Bytes = std::uint8_t*;
 using ConstBytes = std::uint8_t const*;
+
+/// What pointers move by: below zero for such a stride.
+constexpr std::ptrdiff_t stepOf(std::size_t stride) {
+    return static_cast<std::ptrdiff_t>(stride);
+}
 
 /// @tparam size_argument which argument picks the routine: the width, or the count of an array
 template <int size_argument, class F>

@@ -23,7 +23,7 @@ using namespace ox::vector::HWY_NAMESPACE;
 void SwapRedBlue(ConstBytes src, std::size_t width, std::size_t height, std::size_t src_stride,
                  Bytes dst, std::size_t dst_stride) {
     joinRows(width, height, src_stride == 3 * width && dst_stride == 3 * width);
-    for (std::size_t y = 0; y < height; ++y, src += src_stride, dst += dst_stride) {
+    for (std::size_t y = 0; y < height; ++y, src += stepOf(src_stride), dst += stepOf(dst_stride)) {
         swapRedBlueRow(src, width, dst);
     }
 }
@@ -38,8 +38,8 @@ void SplitThreePlanes(ConstBytes src, std::size_t src_stride, std::size_t width,
         return Base::SplitThreePlanes(src, src_stride, width, height, dst0, dst0_stride, dst1,
                                       dst1_stride, dst2, dst2_stride);
     }
-    for (std::size_t y = 0; y < height;
-         ++y, src += src_stride, dst0 += dst0_stride, dst1 += dst1_stride, dst2 += dst2_stride) {
+    for (std::size_t y = 0; y < height; ++y, src += stepOf(src_stride), dst0 += stepOf(dst0_stride),
+                     dst1 += stepOf(dst1_stride), dst2 += stepOf(dst2_stride)) {
         splitThreeRow(src, width, dst0, dst1, dst2);
     }
 }
@@ -54,8 +54,9 @@ void MergeThreePlanes(ConstBytes src0, std::size_t src0_stride, ConstBytes src1,
         return Base::MergeThreePlanes(src0, src0_stride, src1, src1_stride, src2, src2_stride,
                                       width, height, dst, dst_stride);
     }
-    for (std::size_t y = 0; y < height;
-         ++y, src0 += src0_stride, src1 += src1_stride, src2 += src2_stride, dst += dst_stride) {
+    for (std::size_t y = 0; y < height; ++y, src0 += stepOf(src0_stride),
+                     src1 += stepOf(src1_stride), src2 += stepOf(src2_stride),
+                     dst += stepOf(dst_stride)) {
         mergeThreeRow(src0, src1, src2, width, dst);
     }
 }
@@ -69,7 +70,7 @@ void SplitTwoPlanes(ConstBytes src, std::size_t src_stride, std::size_t width, s
                                     dst1_stride);
     }
     for (std::size_t y = 0; y < height;
-         ++y, src += src_stride, dst0 += dst0_stride, dst1 += dst1_stride) {
+         ++y, src += stepOf(src_stride), dst0 += stepOf(dst0_stride), dst1 += stepOf(dst1_stride)) {
         splitTwoRow(src, width, dst0, dst1);
     }
 }
@@ -84,7 +85,7 @@ void MergeTwoPlanes(ConstBytes src0, std::size_t src0_stride, ConstBytes src1,
                                     dst_stride);
     }
     for (std::size_t y = 0; y < height;
-         ++y, src0 += src0_stride, src1 += src1_stride, dst += dst_stride) {
+         ++y, src0 += stepOf(src0_stride), src1 += stepOf(src1_stride), dst += stepOf(dst_stride)) {
         mergeTwoRow(src0, src1, width, dst);
     }
 }
@@ -95,7 +96,8 @@ void ConvertBgrToGray(ConstBytes bgr, std::size_t width, std::size_t height, std
     if (width < blockBytes) {
         return Base::ConvertBgrToGray(bgr, width, height, bgr_stride, gray, gray_stride);
     }
-    for (std::size_t y = 0; y < height; ++y, bgr += bgr_stride, gray += gray_stride) {
+    for (std::size_t y = 0; y < height;
+         ++y, bgr += stepOf(bgr_stride), gray += stepOf(gray_stride)) {
         walkShortTracks(
             width, blockBytes,
             [=](std::size_t x, ConstBytes pixels) HWY_ATTR {
@@ -112,7 +114,8 @@ void ExpandGrayToBgr(ConstBytes gray, std::size_t width, std::size_t height,
     if (width < blockBytes) {
         return Base::ExpandGrayToBgr(gray, width, height, gray_stride, bgr, bgr_stride);
     }
-    for (std::size_t y = 0; y < height; ++y, gray += gray_stride, bgr += bgr_stride) {
+    for (std::size_t y = 0; y < height;
+         ++y, gray += stepOf(gray_stride), bgr += stepOf(bgr_stride)) {
         repeatThriceRow(gray, width, bgr);
     }
 }

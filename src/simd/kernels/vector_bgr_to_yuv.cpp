@@ -46,8 +46,8 @@ void ConvertBgrToYuv444(ConstBytes bgr, std::size_t width, std::size_t height,
         return Base::ConvertBgrToYuv444(bgr, width, height, bgr_stride, y, y_stride, u, u_stride, v,
                                         v_stride);
     }
-    for (std::size_t row = 0; row < height;
-         ++row, bgr += bgr_stride, y += y_stride, u += u_stride, v += v_stride) {
+    for (std::size_t row = 0; row < height; ++row, bgr += stepOf(bgr_stride), y += stepOf(y_stride),
+                     u += stepOf(u_stride), v += stepOf(v_stride)) {
         walkTracks(
             width, blockBytes,
             [=](std::size_t x, ConstBytes from) OX_LONG_BLOCK {
@@ -76,8 +76,8 @@ struct PlanarChromaTarget {
         hn::StoreU(chromaOf<vWeights>(mean), HalfTag8(), v + x / 2);
     }
     void next() {
-        u += u_stride;
-        v += v_stride;
+        u += stepOf(u_stride);
+        v += stepOf(v_stride);
     }
 };
 
@@ -89,7 +89,7 @@ struct PairedChromaTarget {
         V8 const pairs = WeightedPairs<uWeights, vWeights>(mean);
         hn::StoreU(hn::Add(pairs, hn::Set(Tag8(), chromaOffset)), Tag8(), uv + x);
     }
-    void next() { uv += stride; }
+    void next() { uv += stepOf(stride); }
 };
 
 template <class Chroma>
@@ -97,7 +97,7 @@ void convertTo420(ConstBytes bgr, std::size_t width, std::size_t height, std::si
                   Bytes y, std::size_t y_stride, Chroma chroma) {
     Tag8 const d;
     for (std::size_t row = 0; row < height / 2; ++row) {
-        Bytes const lower_y = y + y_stride;
+        Bytes const lower_y = y + stepOf(y_stride);
         walkTracks(
             width, blockBytes,
             [=](std::size_t x, ConstBytes upper, ConstBytes lower) OX_LONG_BLOCK {
@@ -109,9 +109,9 @@ void convertTo420(ConstBytes bgr, std::size_t width, std::size_t height, std::si
                 hn::StoreU(lumaOf(bottom), d, lower_y + x);
                 chroma.store(x, Average(top, bottom));
             },
-            along<3>(bgr), along<3>(bgr + bgr_stride));
-        bgr += 2 * bgr_stride;
-        y += 2 * y_stride;
+            along<3>(bgr), along<3>(bgr + stepOf(bgr_stride)));
+        bgr += 2 * stepOf(bgr_stride);
+        y += 2 * stepOf(y_stride);
         chroma.next();
     }
 }

@@ -57,8 +57,8 @@ struct PlanarChroma {
                               hn::PromoteTo(TagS16(), hn::LoadU(half, v + x / 2)));
     }
     void next() {
-        u += static_cast<std::ptrdiff_t>(u_stride);
-        v += static_cast<std::ptrdiff_t>(v_stride);
+        u += stepOf(u_stride);
+        v += stepOf(v_stride);
     }
 };
 
@@ -73,15 +73,15 @@ struct PairedChroma {
         return v_first ? Matrix::chroma(OddBytes(pairs), EvenBytes(pairs))
                        : Matrix::chroma(EvenBytes(pairs), OddBytes(pairs));
     }
-    void next() { uv += static_cast<std::ptrdiff_t>(stride); }
+    void next() { uv += stepOf(stride); }
 };
 
 template <class Matrix, class Order, class Chroma>
 void convert420(ConstBytes y, std::size_t y_stride, Chroma chroma, std::size_t width,
                 std::size_t height, Bytes dst, std::size_t dst_stride) {
     Tag8 const d;
-    auto const luma_step = static_cast<std::ptrdiff_t>(y_stride);
-    auto const dst_step = static_cast<std::ptrdiff_t>(dst_stride);
+    auto const luma_step = stepOf(y_stride);
+    auto const dst_step = stepOf(dst_stride);
     for (std::size_t row = 0; row < height / 2; ++row) {
         walkBlocks(width, blockBytes, [&](std::size_t x) HWY_ATTR {
             auto const terms = chroma.template terms<Matrix>(x);
@@ -235,8 +235,8 @@ void ConvertYuv444ToBgr(ConstBytes y, std::size_t y_stride, ConstBytes u, std::s
                                         bgr_stride);
     }
     Tag8 const d;
-    for (std::size_t row = 0; row < height;
-         ++row, y += y_stride, u += u_stride, v += v_stride, bgr += bgr_stride) {
+    for (std::size_t row = 0; row < height; ++row, y += stepOf(y_stride), u += stepOf(u_stride),
+                     v += stepOf(v_stride), bgr += stepOf(bgr_stride)) {
         walkTracks(
             width, blockBytes,
             [=](std::size_t x, Bytes pixels) OX_LONG_BLOCK {
