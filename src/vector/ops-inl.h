@@ -87,6 +87,7 @@
 #endif
 #if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX2
 #include "vector/ops_x86-inl.h"
+#include "vector/ops_x86_doubled-inl.h"
 #endif
 
 #endif  // toggle
