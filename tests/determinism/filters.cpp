@@ -10,34 +10,22 @@ namespace ox::test {
 
 namespace {
 
-struct Reduction {
-    Size src;
-    Size dst;
-};
-
 // Filters reduce only.
-constexpr Reduction reductions[]{
+constexpr Scaling reductions[]{
     {{333, 18}, {111, 6}}, {{333, 18}, {160, 9}}, {{333, 18}, {332, 17}},  {{333, 18}, {333, 18}},
     {{70, 40}, {23, 20}},  {{70, 40}, {35, 10}},  {{1000, 40}, {123, 40}}, {{5, 4}, {2, 2}}};
 
 void digestKernel(Table& table, std::string const& name, IKernel& kernel) {
     for (ScalerPrecision const precision : {OX_SCALER_FIXED_POINT_8S, OX_SCALER_FIXED_POINT_16S}) {
         for (FrameFormat const format : formats()) {
-            Random random(format);
-            Digest digest;
-            for (Reduction const& sizes : reductions) {
-                Frame const src = randomFrame(format, sizes.src, random);
-                Frame dst = randomFrame(format, sizes.dst, random);
-                attempt(digest, [&] {
-                    ScalerConvolutional filter;
-                    filter.reuse(kernel, src, dst.size(), precision);
-                    produceFrame(filter, dst);
-                });
-                addFrame(digest, dst);
-            }
+            auto const filtered = [&](Frame const& src, Frame& dst) {
+                ScalerConvolutional filter;
+                filter.reuse(kernel, src, dst.size(), precision);
+                produceFrame(filter, dst);
+            };
             table.add(
                 "filter " + name + " " + std::to_string(precision) + " bits " + nameOf(format),
-                digest.value());
+                digestScaled(format, reductions, filtered));
         }
     }
 }

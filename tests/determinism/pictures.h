@@ -29,6 +29,11 @@ void addFrame(Digest& digest, Frame const& frame);
 // A float whose exponent isn't far from 0, by integer arithmetic.
 float moderateFloat(Random& random);
 
+struct Scaling {
+    Size src;
+    Size dst;
+};
+
 // Runs an operation of the library.
 // @return false if it refused, which is part of the digest
 template <class Operation>
@@ -41,6 +46,20 @@ bool attempt(Digest& digest, Operation operation) {
         digest.addNumber(refusal.status);
         return false;
     }
+}
+
+// What scale(source, destination) makes of frames of a format, one for each pair of sizes.
+template <std::size_t count, class Scale>
+std::uint64_t digestScaled(FrameFormat format, Scaling const (&scalings)[count], Scale scale) {
+    Random random(format);
+    Digest digest;
+    for (Scaling const& sizes : scalings) {
+        Frame const src = randomFrame(format, sizes.src, random);
+        Frame dst = randomFrame(format, sizes.dst, random);
+        attempt(digest, [&] { scale(src, dst); });
+        addFrame(digest, dst);
+    }
+    return digest.value();
 }
 
 }  // namespace ox::test

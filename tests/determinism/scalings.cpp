@@ -11,11 +11,6 @@ namespace ox::test {
 
 namespace {
 
-struct Scaling {
-    Size src;
-    Size dst;
-};
-
 // Thirds, halves, odd ratios, larger, twice as large, as large, and a single pixel.
 constexpr Scaling scalings[]{{{333, 18}, {111, 6}},  {{333, 18}, {160, 9}}, {{333, 18}, {500, 40}},
                              {{333, 18}, {333, 18}}, {{333, 18}, {1, 1}},   {{70, 37}, {23, 11}},
@@ -29,15 +24,7 @@ char const* const methods[]{"nearest", "bilinear", "area"};
 template <class Scale>
 void digestFormats(Table& table, std::string const& family, Scale scale) {
     for (FrameFormat const format : formats()) {
-        Random random(format);
-        Digest digest;
-        for (Scaling const& sizes : scalings) {
-            Frame const src = randomFrame(format, sizes.src, random);
-            Frame dst = randomFrame(format, sizes.dst, random);
-            attempt(digest, [&] { scale(src, dst); });
-            addFrame(digest, dst);
-        }
-        table.add(family + " " + nameOf(format), digest.value());
+        table.add(family + " " + nameOf(format), digestScaled(format, scalings, scale));
     }
 }
 
@@ -129,15 +116,10 @@ void digestScalings(Table& table) {
     CvBackendSimd simd;
     digestBackendScalings(table, "simd", simd);
     for (FrameFormat const format : {FRAME_YUYV, FRAME_UYVY}) {
-        Random random(format);
-        Digest digest;
-        for (Scaling const& sizes : scalings) {
-            Frame const src = randomFrame(format, sizes.src, random);
-            Frame dst = randomFrame(format, sizes.dst, random);
-            attempt(digest, [&] { resizePacked422(simd, src, dst); });
-            addFrame(digest, dst);
-        }
-        table.add("helper resize " + nameOf(format), digest.value());
+        table.add("helper resize " + nameOf(format),
+                  digestScaled(format, scalings, [&](Frame const& src, Frame& dst) {
+                      resizePacked422(simd, src, dst);
+                  }));
     }
 }
 

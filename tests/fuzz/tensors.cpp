@@ -13,70 +13,40 @@
 #include "model/frame_to_tensor.h"
 #include "ox_core/ox_exception.h"
 #include "ox_cv/filter_pair.h"
+#include "ox_cv/model_recipe.h"
 #include "ox_cv/ox_frame_to_tensor.h"
 
 namespace ox::fuzz {
 
 namespace {
 
-// A recipe on both sides.
-struct Recipes {
-    TensorRecipe library;
-    model::TensorRecipe model;
-};
-
-void drawShape(Input& input, Recipes& recipes) {
-    TensorRecipe& library = recipes.library;
-    model::TensorRecipe& model = recipes.model;
-    library.width = model.width = input.between(1, input.oneIn(8) ? 70 : 20);
-    library.height = model.height = input.between(1, 20);
-    library.fit = static_cast<TensorFit>(input.between(0, 3));
-    model.fit = library.fit == TENSOR_FIT_STRETCH ? model::TensorFit::Stretch
-                : library.fit == TENSOR_FIT_CROP  ? model::TensorFit::Crop
-                                                  : model::TensorFit::Letterbox;
-    model.centred = library.fit == TENSOR_FIT_LETTERBOX;
-    int const method = input.between(0, 3);
-    library.method = static_cast<TensorMethod>(method);
-    model.method = static_cast<model::TensorMethod>(method);
-    int const colour = input.between(0, 2);
-    library.colour = static_cast<TensorColour>(colour);
-    model.colour = static_cast<model::TensorColour>(colour);
-    bool const packed = input.byte() % 2 == 0;
-    library.layout = packed ? TENSOR_FORMAT_NHWC : TENSOR_FORMAT_NCHW;
-    model.layout = packed ? model::TensorLayout::Nhwc : model::TensorLayout::Nchw;
-    int const matrix = input.between(0, 3);
-    library.matrix = static_cast<TensorMatrix>(matrix);
-    model.matrix = static_cast<model::YuvMatrix>(matrix);
-    int const range = input.between(0, 1);
-    library.range = static_cast<TensorRange>(range);
-    model.range = static_cast<model::YuvRange>(range);
+void drawShape(Input& input, TensorRecipe& recipe) {
+    recipe.width = input.between(1, input.oneIn(8) ? 70 : 20);
+    recipe.height = input.between(1, 20);
+    recipe.fit = static_cast<TensorFit>(input.between(0, 3));
+    recipe.method = static_cast<TensorMethod>(input.between(0, 3));
+    recipe.colour = static_cast<TensorColour>(input.between(0, 2));
+    recipe.layout = input.byte() % 2 == 0 ? TENSOR_FORMAT_NHWC : TENSOR_FORMAT_NCHW;
+    recipe.matrix = static_cast<TensorMatrix>(input.between(0, 3));
+    recipe.range = static_cast<TensorRange>(input.between(0, 1));
 }
 
-void drawNumbers(Input& input, Recipes& recipes) {
-    TensorRecipe& library = recipes.library;
-    model::TensorRecipe& model = recipes.model;
-    constexpr TensorDataType elements[]{TENSOR_UINT_8, TENSOR_INT_8, TENSOR_FLOAT_16,
-                                        TENSOR_FLOAT_32};
-    int const element = input.between(0, 3);
-    library.element = elements[element];
-    model.element = static_cast<model::TensorElement>(element);
+void drawNumbers(Input& input, TensorRecipe& recipe) {
+    recipe.element = input.pick(test::tensorElements);
     constexpr float reaches[]{1.0F / 255.0F, 1.0F, 3.0F, 1000.0F};
     float const reach = input.pick(reaches);
     for (std::size_t c = 0; c < 3; ++c) {
-        library.mean[c] = model.mean[c] = input.real(-20.0F, 280.0F);
-        library.scale[c] = model.scale[c] = input.real(-reach, reach);
-        library.bars[c] = model.bars[c] = input.byte();
+        recipe.mean[c] = input.real(-20.0F, 280.0F);
+        recipe.scale[c] = input.real(-reach, reach);
+        recipe.bars[c] = input.byte();
     }
-    library.quantScale = model.quant_scale = input.oneIn(2) ? input.real(0.001F, 2.0F) : 1.0F;
-    library.zeroPoint = model.zero_point = input.between(-140, 270);
+    recipe.quantScale = input.oneIn(2) ? input.real(0.001F, 2.0F) : 1.0F;
+    recipe.zeroPoint = input.between(-140, 270);
 }
 
-void useFilter(Input& input, Recipes& recipes, test::FilterPair& filter) {
-    bool const bytes = input.byte() % 2 == 0;
-    recipes.library.kernel = &filter.library();
-    recipes.library.precision = bytes ? OX_SCALER_FIXED_POINT_8S : OX_SCALER_FIXED_POINT_16S;
-    recipes.model.filter = &filter.model();
-    recipes.model.precision = bytes ? 8 : 16;
+void useFilter(Input& input, TensorRecipe& recipe, test::FilterPair& filter) {
+    recipe.kernel = &filter.library();
+    recipe.precision = input.byte() % 2 == 0 ? OX_SCALER_FIXED_POINT_8S : OX_SCALER_FIXED_POINT_16S;
 }
 
 // One field that means nothing.
@@ -189,17 +159,17 @@ void compare(Input& input, FrameToTensor& to_tensor, test::FilterPair& filter) {
     int const width = drawSide(input);
     model::Image const image = drawImage(input, {format, width, drawSide(input)});
     Picture const src(image, drawPlaces(input));
-    Recipes recipes;
-    drawShape(input, recipes);
-    drawNumbers(input, recipes);
+    TensorRecipe recipe;
+    drawShape(input, recipe);
+    drawNumbers(input, recipe);
     if (input.oneIn(4)) {
-        useFilter(input, recipes, filter);
+        useFilter(input, recipe, filter);
     }
     Rect const region = drawPart(input, {image.width, image.height});
     model::TensorPicture const wanted = model::frameToTensor(
-        recipes.model, image, {region.x, region.y, region.width, region.height});
-    Target target(recipes.library, input);
-    to_tensor.reuse(recipes.library);
+        test::modelOf(recipe, filter), image, {region.x, region.y, region.width, region.height});
+    Target target(recipe, input);
+    to_tensor.reuse(recipe);
     try {
         PictureMapping const mapping = target.fill(to_tensor, src.frame(), region);
         if (!wanted.outcome.ok) {
@@ -219,11 +189,11 @@ void compare(Input& input, FrameToTensor& to_tensor, test::FilterPair& filter) {
 
 // The memory of the largest recipe that isn't spoiled; strides may be anything, below zero too.
 void withoutSense(Input& input, FrameToTensor& to_tensor) {
-    Recipes recipes;
-    drawShape(input, recipes);
-    drawNumbers(input, recipes);
-    recipes.library.width = std::min(recipes.library.width, 20);
-    TensorRecipe spoiled = recipes.library;
+    TensorRecipe recipe;
+    drawShape(input, recipe);
+    drawNumbers(input, recipe);
+    recipe.width = std::min(recipe.width, 20);
+    TensorRecipe spoiled = recipe;
     if (input.oneIn(2)) {
         spoil(input, spoiled);
     }
@@ -233,8 +203,7 @@ void withoutSense(Input& input, FrameToTensor& to_tensor) {
         input.oneIn(4) ? input.number<std::int64_t>() : std::int64_t{input.between(-300, 300)};
     std::int64_t const plane_stride =
         input.oneIn(4) ? input.number<std::int64_t>() : std::int64_t{input.between(-7000, 7000)};
-    bool const fits =
-        spoiled.width == recipes.library.width && row_stride <= 300 && plane_stride <= 7000;
+    bool const fits = spoiled.width == recipe.width && row_stride <= 300 && plane_stride <= 7000;
     std::vector<std::uint8_t> memory(20 * 300 + 2 * 7000 + 300, untouched);
     try {
         to_tensor.reuse(spoiled);

@@ -8,9 +8,8 @@
 
 #include "fuzz/pictures.h"
 #include "fuzz/targets.h"
-#include "model/resize.h"
 #include "model/vector_colour.h"
-#include "model/warp.h"
+#include "model/vector_planes.h"
 #include "ox_core/ox_exception.h"
 #include "ox_cv/colour_routes.h"
 #include "ox_cv/ox_cv_backend_simd.h"
@@ -19,10 +18,6 @@ namespace ox::fuzz {
 
 namespace {
 
-bool hasFloats(int format) {
-    return format == model::C1_32u || format >= model::Gray32f;
-}
-
 bool hasHalfChroma(int format) {
     return format == model::I420 || format == model::Nv12 || format == model::Nv21;
 }
@@ -30,7 +25,7 @@ bool hasHalfChroma(int format) {
 // Floats mostly around 0 to 255.
 model::Image drawSamples(Input& input, model::Geometry geometry) {
     model::Image image = drawImage(input, geometry);
-    if (hasFloats(geometry.format)) {
+    if (model::hasFloats(geometry.format)) {
         test::Random numbers = input.random();
         for (model::Plane& plane : image.planes) {
             for (std::size_t i = 0; i + sizeof(float) <= plane.bytes.size(); i += sizeof(float)) {
@@ -48,47 +43,7 @@ model::Image partOf(model::Image const& image, Rect region) {
 }
 
 std::size_t unitOf(int format) {
-    return hasFloats(format) ? sizeof(float) : 1;
-}
-
-template <class Element>
-void resizePlane(model::Plane const& src, int method, model::Plane& dst) {
-    auto const width = static_cast<std::uint64_t>(src.width);
-    model::Resize const request{std::is_same_v<Element, float> ? 2 : 0,
-                                method,
-                                width,
-                                static_cast<std::uint64_t>(src.rows),
-                                static_cast<std::uint64_t>(dst.width),
-                                static_cast<std::uint64_t>(dst.rows),
-                                src.row_bytes / sizeof(Element) / width};
-    std::vector<Element> elements(src.bytes.size() / sizeof(Element));
-    std::memcpy(elements.data(), src.bytes.data(), src.bytes.size());
-    std::vector<Element> const result =
-        model::resized(model::vectorChoice(request), request, elements);
-    std::memcpy(dst.bytes.data(), result.data(), dst.bytes.size());
-}
-
-model::Image resizedImage(model::Image const& src, Size size, int method) {
-    constexpr int methods[] = {0, 2, 6};
-    bool const line = src.width == 1 || src.height == 1;
-    model::Image dst = model::makeImage(src.format, size.width, size.height, 0);
-    for (std::size_t p = 0; p < dst.planes.size(); ++p) {
-        (hasFloats(src.format)
-             ? resizePlane<float>
-             : resizePlane<std::uint8_t>)(src.planes[p], line ? 0 : methods[method], dst.planes[p]);
-    }
-    return dst;
-}
-
-// Of the first bytes of each row, one for each channel of a pixel, whatever the samples' width.
-model::Pixels pixelsOf(model::Plane const& plane, FramePlane const& facts) {
-    std::size_t const bytes = plane.row_bytes / (facts.bits / 8U);
-    model::Pixels pixels =
-        model::makePixels(static_cast<int>(bytes / facts.channels), plane.rows, facts.channels, 0);
-    for (std::size_t y = 0; y < static_cast<std::size_t>(plane.rows); ++y) {
-        std::copy_n(&plane.bytes[y * plane.row_bytes], bytes, &pixels.bytes[y * bytes]);
-    }
-    return pixels;
+    return model::hasFloats(format) ? sizeof(float) : 1;
 }
 
 class VectorCalls {
@@ -147,7 +102,7 @@ class VectorCalls {
 
     void resize() {
         model::Geometry geometry = drawGeometry(_input);
-        int const method = _input.between(0, hasFloats(geometry.format) ? 1 : 2);
+        int const method = _input.between(0, model::hasFloats(geometry.format) ? 1 : 2);
         if (geometry.format == model::C1_16u) {
             return;
         }
@@ -160,8 +115,9 @@ class VectorCalls {
         Picture const source(src, drawPlaces(_input, unit));
         model::Image expected = model::makeImage(src.format, whole.width, whole.height, untouched);
         Picture target(expected, drawPlaces(_input, unit));
-        model::paste(resizedImage(partOf(src, src_region), size, method), expected, dst_region.x,
-                     dst_region.y);
+        model::paste(
+            model::resizedImage(partOf(src, src_region), size.width, size.height, method, true),
+            expected, dst_region.x, dst_region.y);
         _backend.setIntProperty(PropertyResizeMethod, method);
         _backend.resize(source.frame(), target.frame(), src_region, dst_region);
         target.expect(expected, "resized");
@@ -192,19 +148,18 @@ class VectorCalls {
         bool refused = false;
         FrameLayout const& layout = source.frame().layout();
         for (std::size_t p = 0; p < expected.planes.size() && !refused; ++p) {
-            model::Plane& plane = expected.planes[p];
-            model::Pixels const from = pixelsOf(src.planes[p], layout.plane[p]);
+            auto const pixelsOf = [&](model::Plane const& plane) {
+                return model::pixelsOf(plane, layout.plane[p].channels, layout.plane[p].bits / 8);
+            };
+            model::Pixels const from = pixelsOf(src.planes[p]);
             refused =
                 model::warpIsRefused(warp, layout.plane[p].channels,
                                      static_cast<std::uint64_t>(from.height), from.rowBytes());
             fixed = fixed && model::warpIsFinite(warp, from);
             if (!refused && fixed) {
-                model::Pixels pixels = pixelsOf(plane, layout.plane[p]);
+                model::Pixels pixels = pixelsOf(expected.planes[p]);
                 model::warpPlane(warp, from, pixels);
-                for (std::size_t y = 0; y < static_cast<std::size_t>(plane.rows); ++y) {
-                    std::copy_n(&pixels.bytes[y * pixels.rowBytes()], pixels.rowBytes(),
-                                &plane.bytes[y * plane.row_bytes]);
-                }
+                model::storePixels(pixels, expected.planes[p]);
             }
         }
         model::Outcome const got = outcomeOf(

@@ -73,9 +73,10 @@ class Law {
         EXPECT_GE(_served, least) << "of " << drawCount << " draws, the others were refused";
     }
 
-    template <class Fact>
-    void tell(Fact const& fact) {
-        _told += " " + told(fact);
+    // Of what was drawn.
+    template <class... Facts>
+    void tell(Facts const&... facts) {
+        ((_told += " " + told(facts)), ...);
     }
 
     // Both were refused with the same status, or have the same pixels.

@@ -31,9 +31,7 @@ TEST(LawOfScaling, TheSameSizeIsACopy) {
         if (format == FRAME_C1_32U && method == ResizeBilinear) {
             return;  // taken for floats by vectors, on purpose, and some are NaN
         }
-        law.tell(format);
-        law.tell(size);
-        law.tell(method);
+        law.tell(format, size, method);
         TestFrame const src = drawPicture(format, size, law.random);
         Outcome const copy = outcomeOf(format, size, [&](Frame& dst) { src.frame().copyTo(dst); });
         byEachBackend([&](ICvBackend& backend) {
@@ -60,9 +58,7 @@ TEST(LawOfScaling, NearestThereAndBackIsACopy) {
         Size const size{2 * law.random.between(1, 20), 2 * law.random.between(1, 20)};
         Size const large{size.width * law.random.between(1, 5),
                          size.height * law.random.between(1, 5)};
-        law.tell(format);
-        law.tell(size);
-        law.tell(large);
+        law.tell(format, size, large);
         TestFrame const src = drawPicture(format, size, law.random);
         Outcome const copy = outcomeOf(format, size, [&](Frame& dst) { src.frame().copyTo(dst); });
         byEachBackend([&](ICvBackend& backend) {
@@ -88,10 +84,7 @@ TEST(LawOfScaling, FlatPicturesStayFlat) {
         Size const scaled_size = drawSize(law.random);
         auto const value = law.random.byte();
         auto const method = static_cast<int>(law.random.between(0, ResizeBilinear));
-        law.tell(format);
-        law.tell(size);
-        law.tell(scaled_size);
-        law.tell(value);
+        law.tell(format, size, scaled_size, value);
         TestFrame const src(format, size);
         fill(src.frame(), value);
         Outcome const flat = outcomeOf(format, scaled_size, [&](Frame& dst) { fill(dst, value); });
@@ -127,11 +120,7 @@ TEST(LawOfWarps, AShiftByWholePixelsMovesThem) {
         int const right = law.random.between(-size.width, size.width);
         int const down = law.random.between(-size.height, size.height);
         int const method = law.random.between(0, ResizeBilinear);
-        law.tell(format);
-        law.tell(size);
-        law.tell(right);
-        law.tell(down);
-        law.tell(method);
+        law.tell(format, size, right, down, method);
         TestFrame const src = drawPicture(format, size, law.random);
         auto const pixel = static_cast<int>(src.layout().plane[0].rowBytes) / size.width;
         Outcome const moved = outcomeOf(format, size, [&](Frame& dst) {

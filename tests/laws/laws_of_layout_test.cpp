@@ -67,10 +67,7 @@ TEST(LawOfRegions, ColourOfARegionIsThatOfItsCopy) {
         FrameFormat const to = drawFormat(law.random);
         TestFrame const src = drawPicture(from, drawSize(law.random), law.random);
         Rect const region = drawPlace(law.random, src.frame());
-        law.tell(from);
-        law.tell(to);
-        law.tell(src.frame().size());
-        law.tell(region);
+        law.tell(from, to, src.frame().size(), region);
         Frame const copy = cropped(src.frame(), region);
         byBackend(law.random, [&](ICvBackend& backend) {
             auto const of_region = outcomeOf(
@@ -90,11 +87,7 @@ TEST(LawOfRegions, ScalingOfARegionIsThatOfItsCopy) {
         Rect const region = drawPlace(law.random, src.frame());
         Size const size = drawSize(law.random);
         ResizeMethod const method = drawMethod(law.random);
-        law.tell(format);
-        law.tell(src.frame().size());
-        law.tell(region);
-        law.tell(size);
-        law.tell(method);
+        law.tell(format, src.frame().size(), region, size, method);
         Frame const copy = cropped(src.frame(), region);
         byBackend(law.random, [&](ICvBackend& backend) {
             backend.setIntProperty(PropertyResizeMethod, static_cast<int>(method));
@@ -118,9 +111,7 @@ TEST(LawOfRegions, FloatsChangeByPartsAsAtOnce) {
         int const left = law.random.between(0, size.width);
         auto const value = static_cast<float>(law.random.between(-50, 50));
         bool const adds = law.random.between(0, 1) == 0;
-        law.tell(format);
-        law.tell(size);
-        law.tell(left);
+        law.tell(format, size, left);
         CvBackendSimd backend;
         auto const change = [&](Frame& dst, Rect region) {
             if (region.width > 0) {
@@ -161,10 +152,7 @@ TEST(LawOfStrides, ColourOfPaddedRowsIsThatOfPackedOnes) {
         }
         Size const size = drawSize(law.random, 80);
         auto const gap = static_cast<std::size_t>(4 * law.random.between(1, 40));
-        law.tell(from);
-        law.tell(to);
-        law.tell(size);
-        law.tell(static_cast<int>(gap));
+        law.tell(from, to, size, static_cast<int>(gap));
         TestFrame const packed = drawPicture(from, size, law.random);
         TestFrame padded(from, size, Placement{gap, Guard::None});
         packed.frame().copyTo(padded.frame());
@@ -209,10 +197,7 @@ TEST(LawOfStrides, ScalingOfPaddedRowsIsThatOfPackedOnes) {
         Size const scaled_size = drawSize(law.random, 80);
         ResizeMethod const method = drawMethod(law.random);
         auto const gap = static_cast<std::size_t>(4 * law.random.between(1, 40));
-        law.tell(format);
-        law.tell(size);
-        law.tell(scaled_size);
-        law.tell(method);
+        law.tell(format, size, scaled_size, method);
         TestFrame const packed = drawPicture(format, size, law.random);
         TestFrame padded(format, size, Placement{gap, Guard::None});
         packed.frame().copyTo(padded.frame());
@@ -253,10 +238,7 @@ TEST(LawOfChannels, EachIsScaledAsIfItWereAlone) {
         if (in_pipeline && (format == FRAME_RGB24 || method == ResizeArea)) {
             return;  // the exceptions below
         }
-        law.tell(format);
-        law.tell(size);
-        law.tell(scaled_size);
-        law.tell(method);
+        law.tell(format, size, scaled_size, method);
         CvBackendBase base;
         CvBackendSimd simd;
         ICvBackend& backend = in_pipeline ? static_cast<ICvBackend&>(base) : simd;
@@ -330,10 +312,7 @@ TEST(LawOfChroma, ScalingCommutesWithExchangingUAndV) {
         Size const size = drawSize(law.random);
         Size const scaled_size = drawSize(law.random);
         ResizeMethod const method = drawMethod(law.random);
-        law.tell(format);
-        law.tell(size);
-        law.tell(scaled_size);
-        law.tell(method);
+        law.tell(format, size, scaled_size, method);
         TestFrame const src = drawPicture(format, size, law.random);
         TestFrame const exchanged = withChromaExchanged(src.frame());
         FrameFormat const other = chromaExchanged(format);
@@ -359,9 +338,7 @@ TEST(LawOfChroma, ColoursAreThoseOfTheExchangedFormat) {
         FrameFormat const format = exchangeable[law.random.between(0, 3)];
         FrameFormat const to = targets[law.random.between(0, 1)];
         Size const size = drawSize(law.random, 80);
-        law.tell(format);
-        law.tell(to);
-        law.tell(size);
+        law.tell(format, to, size);
         TestFrame const src = drawPicture(format, size, law.random);
         TestFrame const exchanged = withChromaExchanged(src.frame());
         CvBackendBase backend;

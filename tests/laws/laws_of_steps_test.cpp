@@ -36,11 +36,7 @@ TEST(LawOfChains, AreTheirLinksStepByStep) {
              scaled_format == FRAME_C4_8U)) {
             return;  // leaves a part of each row as it is, on purpose
         }
-        law.tell(from);
-        law.tell(to);
-        law.tell(size);
-        law.tell(scaled_size);
-        law.tell(static_cast<int>(method));
+        law.tell(from, to, size, scaled_size, static_cast<int>(method));
         TestFrame const src = drawPicture(from, size, law.random);
         auto const chain = outcomeOf(to, scaled_size, [&](Frame& dst) {
             Scaler scaler;
@@ -180,10 +176,7 @@ TEST(LawOfReuse, ALinkThatHasServedEqualsANewOne) {
         } else if (kept.kind() == 4) {
             size = {(src.frame().width() + 1) / 2, (src.frame().height() + 1) / 2};
         }
-        law.tell(from);
-        law.tell(to);
-        law.tell(src.frame().size());
-        law.tell(size);
+        law.tell(from, to, src.frame().size(), size);
         auto const of_kept =
             outcomeOf(to, size, [&](Frame& dst) { kept.run(src.frame(), size, to, dst); });
         auto const of_fresh =
@@ -206,11 +199,7 @@ TEST(LawOfBackends, ConvertIsResizeAndThenColour) {
             return;  // which way colours go depends on strides, on purpose
         }
         int const method = static_cast<int>(drawMethod(law.random));
-        law.tell(from);
-        law.tell(to);
-        law.tell(src.frame().size());
-        law.tell(size);
-        law.tell(method);
+        law.tell(from, to, src.frame().size(), size, method);
         CvBackendBase base;
         CvBackendSimd simd;
         ICvBackend& backend = law.random.between(0, 1) == 0 ? static_cast<ICvBackend&>(base) : simd;
@@ -234,10 +223,7 @@ TEST(LawOfBackends, ThePipelinesBackendIsItsLinks) {
         TestFrame const src = drawPicture(format, drawSize(law.random), law.random);
         Size const size = drawSize(law.random);
         int const method = static_cast<int>(drawMethod(law.random));
-        law.tell(format);
-        law.tell(src.frame().size());
-        law.tell(size);
-        law.tell(method);
+        law.tell(format, src.frame().size(), size, method);
         auto const by_backend = outcomeOf(format, size, [&](Frame& dst) {
             CvBackendBase backend;
             backend.setIntProperty(PropertyResizeMethod, method);

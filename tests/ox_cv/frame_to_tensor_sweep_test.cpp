@@ -13,6 +13,7 @@
 #include "ox_core/ox_exception.h"
 #include "ox_cv/filter_pair.h"
 #include "ox_cv/model_bridge.h"
+#include "ox_cv/model_recipe.h"
 #include "ox_cv/ox_frame_to_tensor.h"
 #include "support/guarded_memory.h"
 
@@ -25,65 +26,34 @@ Value oneOf(Random& random, Value const (&values)[count]) {
     return values[random.between(0, static_cast<int>(count) - 1)];
 }
 
-// A recipe on both sides.
-struct Recipes {
-    TensorRecipe library;
-    model::TensorRecipe model;
-
-    void drawShape(Random& random, int most);
-    void drawNumbers(Random& random);
-    void useFilter(FilterPair& filter, Random& random);
-};
-
-void Recipes::drawShape(Random& random, int most) {
-    library.width = model.width = random.between(1, most);
-    library.height = model.height = random.between(1, most);
-    library.fit = oneOf(random, {TENSOR_FIT_STRETCH, TENSOR_FIT_LETTERBOX,
-                                 TENSOR_FIT_LETTERBOX_TOP_LEFT, TENSOR_FIT_CROP});
-    model.fit = library.fit == TENSOR_FIT_STRETCH ? model::TensorFit::Stretch
-                : library.fit == TENSOR_FIT_CROP  ? model::TensorFit::Crop
-                                                  : model::TensorFit::Letterbox;
-    model.centred = library.fit == TENSOR_FIT_LETTERBOX;
-    int const method = random.between(0, 3);
-    library.method = static_cast<TensorMethod>(method);
-    model.method = static_cast<model::TensorMethod>(method);
-    int const colour = random.between(0, 2);
-    library.colour = static_cast<TensorColour>(colour);
-    model.colour = static_cast<model::TensorColour>(colour);
-    bool const packed = oneIn(random, 2);
-    library.layout = packed ? TENSOR_FORMAT_NHWC : TENSOR_FORMAT_NCHW;
-    model.layout = packed ? model::TensorLayout::Nhwc : model::TensorLayout::Nchw;
-    int const matrix = random.between(0, 3);
-    library.matrix = static_cast<TensorMatrix>(matrix);
-    model.matrix = static_cast<model::YuvMatrix>(matrix);
-    int const range = random.between(0, 1);
-    library.range = static_cast<TensorRange>(range);
-    model.range = static_cast<model::YuvRange>(range);
+void drawShape(Random& random, int most, TensorRecipe& recipe) {
+    recipe.width = random.between(1, most);
+    recipe.height = random.between(1, most);
+    recipe.fit = oneOf(random, {TENSOR_FIT_STRETCH, TENSOR_FIT_LETTERBOX,
+                                TENSOR_FIT_LETTERBOX_TOP_LEFT, TENSOR_FIT_CROP});
+    recipe.method = static_cast<TensorMethod>(random.between(0, 3));
+    recipe.colour = static_cast<TensorColour>(random.between(0, 2));
+    recipe.layout = oneIn(random, 2) ? TENSOR_FORMAT_NHWC : TENSOR_FORMAT_NCHW;
+    recipe.matrix = static_cast<TensorMatrix>(random.between(0, 3));
+    recipe.range = static_cast<TensorRange>(random.between(0, 1));
 }
 
-void Recipes::drawNumbers(Random& random) {
-    constexpr TensorDataType elements[]{TENSOR_UINT_8, TENSOR_INT_8, TENSOR_FLOAT_16,
-                                        TENSOR_FLOAT_32};
-    int const element = random.between(0, 3);
-    library.element = elements[element];
-    model.element = static_cast<model::TensorElement>(element);
+void drawNumbers(Random& random, TensorRecipe& recipe) {
+    recipe.element = tensorElements[random.between(0, 3)];
     // Some numbers overflow halves and bytes.
     float const reach = oneOf(random, {1.0F / 255.0F, 1.0F, 3.0F, 1000.0F});
     for (std::size_t c = 0; c < 3; ++c) {
-        library.mean[c] = model.mean[c] = oneIn(random, 3) ? 0.0F : random.real(-20.0F, 280.0F);
-        library.scale[c] = model.scale[c] = random.real(-reach, reach);
-        library.bars[c] = model.bars[c] = random.byte();
+        recipe.mean[c] = oneIn(random, 3) ? 0.0F : random.real(-20.0F, 280.0F);
+        recipe.scale[c] = random.real(-reach, reach);
+        recipe.bars[c] = random.byte();
     }
-    library.quantScale = model.quant_scale = oneIn(random, 3) ? 1.0F : random.real(0.001F, 2.0F);
-    library.zeroPoint = model.zero_point = random.between(-140, 270);
+    recipe.quantScale = oneIn(random, 3) ? 1.0F : random.real(0.001F, 2.0F);
+    recipe.zeroPoint = random.between(-140, 270);
 }
 
-void Recipes::useFilter(FilterPair& filter, Random& random) {
-    bool const bytes = oneIn(random, 2);
-    library.kernel = &filter.library();
-    library.precision = bytes ? OX_SCALER_FIXED_POINT_8S : OX_SCALER_FIXED_POINT_16S;
-    model.filter = &filter.model();
-    model.precision = bytes ? 8 : 16;
+void useFilter(FilterPair& filter, Random& random, TensorRecipe& recipe) {
+    recipe.kernel = &filter.library();
+    recipe.precision = oneIn(random, 2) ? OX_SCALER_FIXED_POINT_8S : OX_SCALER_FIXED_POINT_16S;
 }
 
 model::Region drawRegion(Random& random, model::Geometry size) {
@@ -192,21 +162,22 @@ void sweep(Random& random, int count, Sides most, bool by_filters) {
                                        random.between(1, most.source)};
         model::Image const image = drawImage(random, geometry);
         BridgedFrame const src(image, drawPlacement(random));
-        Recipes recipes;
-        recipes.drawShape(random, most.tensor);
-        recipes.drawNumbers(random);
+        TensorRecipe recipe;
+        drawShape(random, most.tensor, recipe);
+        drawNumbers(random, recipe);
         auto const& filters = usualFilters();
         FilterPair filter(filters[static_cast<std::size_t>(
             random.between(0, static_cast<int>(filters.size()) - 1))]);
         if (by_filters) {
-            recipes.useFilter(filter, random);
+            useFilter(filter, random, recipe);
         }
         model::Region const region = drawRegion(random, geometry);
-        SCOPED_TRACE(describe(geometry) + " to " + std::to_string(recipes.model.width) + "x" +
-                     std::to_string(recipes.model.height) + ", draw " + std::to_string(i));
-        model::TensorPicture const wanted = model::frameToTensor(recipes.model, image, region);
-        Target target(recipes.library, random);
-        to_tensor.reuse(recipes.library);
+        SCOPED_TRACE(describe(geometry) + " to " + std::to_string(recipe.width) + "x" +
+                     std::to_string(recipe.height) + ", draw " + std::to_string(i));
+        model::TensorPicture const wanted =
+            model::frameToTensor(modelOf(recipe, filter), image, region);
+        Target target(recipe, random);
+        to_tensor.reuse(recipe);
         try {
             PictureMapping const mapping = target.fill(
                 to_tensor, src.frame(), {region.x, region.y, region.width, region.height});

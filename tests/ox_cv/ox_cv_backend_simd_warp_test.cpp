@@ -7,7 +7,7 @@
 #include <array>
 #include <cmath>
 
-#include "model/warp.h"
+#include "model/vector_planes.h"
 #include "ox_cv/backend_frames.h"
 #include "ox_cv/backend_simd_frames.h"
 #include "ox_cv/ox_cv_helpers.h"
@@ -45,30 +45,16 @@ Bytes warpedRow(CvBackendSimd& backend, Bytes const& row, Matrix const& matrix, 
     return bytesOf(dst.frame(), 0, 0);
 }
 
-// Of the first bytes of each row, one for each channel of a pixel, whatever the samples' width.
-model::Pixels pixelsOf(model::Plane const& plane, FramePlane const& facts) {
-    std::size_t const bytes = plane.row_bytes / (facts.bits / 8U);
-    model::Pixels pixels =
-        model::makePixels(static_cast<int>(bytes / facts.channels), plane.rows, facts.channels, 0);
-    for (std::size_t y = 0; y < static_cast<std::size_t>(plane.rows); ++y) {
-        std::copy_n(&plane.bytes[y * plane.row_bytes], bytes, &pixels.bytes[y * bytes]);
-    }
-    return pixels;
-}
-
-void store(model::Pixels const& pixels, model::Plane& plane) {
-    for (std::size_t y = 0; y < static_cast<std::size_t>(plane.rows); ++y) {
-        std::copy_n(&pixels.bytes[y * pixels.rowBytes()], pixels.rowBytes(),
-                    &plane.bytes[y * plane.row_bytes]);
-    }
-}
-
 model::Image warpedImage(model::Warp const& warp, model::Image const& src, model::Image dst,
                          FrameLayout const& layout) {
     for (std::size_t p = 0; p < dst.planes.size(); ++p) {
-        model::Pixels pixels = pixelsOf(dst.planes[p], layout.plane[p]);
-        model::warpPlane(warp, pixelsOf(src.planes[p], layout.plane[p]), pixels);
-        store(pixels, dst.planes[p]);
+        FramePlane const& facts = layout.plane[p];
+        auto const pixelsOf = [&](model::Plane const& plane) {
+            return model::pixelsOf(plane, facts.channels, facts.bits / 8);
+        };
+        model::Pixels pixels = pixelsOf(dst.planes[p]);
+        model::warpPlane(warp, pixelsOf(src.planes[p]), pixels);
+        model::storePixels(pixels, dst.planes[p]);
     }
     return dst;
 }

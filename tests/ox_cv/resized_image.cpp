@@ -7,31 +7,12 @@
 #include <cstring>
 #include <iterator>
 #include <limits>
-#include <type_traits>
 
-#include "model/resize.h"
+#include "model/vector_planes.h"
 
 namespace ox::test {
 
 namespace {
-
-template <class Element>
-void resizePlane(model::Plane const& src, int method, Kernels kernels, model::Plane& dst) {
-    auto const width = static_cast<std::uint64_t>(src.width);
-    model::Resize const request{std::is_same_v<Element, float> ? 2 : 0,
-                                method,
-                                width,
-                                static_cast<std::uint64_t>(src.rows),
-                                static_cast<std::uint64_t>(dst.width),
-                                static_cast<std::uint64_t>(dst.rows),
-                                src.row_bytes / sizeof(Element) / width};
-    std::vector<Element> elements(src.bytes.size() / sizeof(Element));
-    std::memcpy(elements.data(), src.bytes.data(), src.bytes.size());
-    model::ResizeClass const resizer =
-        kernels == Kernels::Vector ? model::vectorChoice(request) : model::scalarChoice(request);
-    std::vector<Element> const result = model::resized(resizer, request, elements);
-    std::memcpy(dst.bytes.data(), result.data(), dst.bytes.size());
-}
 
 // Around 0 to 255, with some of the largest and smallest.
 float drawSample(Random& random) {
@@ -51,19 +32,11 @@ std::vector<FrameFormat> resizedFormats() {
 }
 
 bool hasFloats(FrameFormat format) {
-    return format == FRAME_C1_32U || format >= FRAME_GRAY_32F;
+    return model::hasFloats(static_cast<int>(format));
 }
 
 model::Image resizedImage(model::Image const& src, Size size, int method, Kernels kernels) {
-    constexpr int methods[] = {0, 2, 6};
-    bool const line = src.width == 1 || src.height == 1;
-    model::Image dst = model::makeImage(src.format, size.width, size.height, 0);
-    auto* const resize =
-        hasFloats(formatOf(src.geometry())) ? &resizePlane<float> : &resizePlane<std::uint8_t>;
-    for (std::size_t p = 0; p < dst.planes.size(); ++p) {
-        resize(src.planes[p], line ? 0 : methods[method], kernels, dst.planes[p]);
-    }
-    return dst;
+    return model::resizedImage(src, size.width, size.height, method, kernels == Kernels::Vector);
 }
 
 model::Image drawSamples(Random& random, model::Geometry geometry) {
