@@ -27,6 +27,7 @@ Row rowOf(Measurement const& measurement, Family family, Unit unit) {
     Row row;
     row.operation = measurement.operation;
     row.size = measurement.size;
+    row.is_chain = family == Family::Camera;
     for (auto const& [name, time] : measurement.medians) {
         bool const own = name == vectorRoad || name == pipelineRoad;
         if (own) {
@@ -90,18 +91,44 @@ std::string peerTime(Row const& row, Unit unit) {
     return row.best_peer.empty() ? "-" : formatted(formatOf(unit), row.peers.at(row.best_peer));
 }
 
-std::string summaryOf(std::vector<Row> const& rows, char const* road, Unit unit) {
-    Summary const summary = summarise(rows, road);
-    if (summary.worst == nullptr) {
-        return {};
+/// Over the rows in which the road meets another library.
+struct Summary {
+    double logarithms = 0;
+    int rows = 0;
+    int misses = 0;
+
+    double geometricMean() const { return std::exp(logarithms / rows); }
+};
+
+/// @param chains of chains into tensors, or of everything else
+Summary summaryOf(std::vector<Row> const& rows, char const* road, bool chains) {
+    Summary summary;
+    for (Row const& row : rows) {
+        auto const found = row.roads.find(road);
+        if (row.is_chain == chains && found != row.roads.end() && found->second.over_peer) {
+            summary.logarithms += std::log(*found->second.over_peer);
+            ++summary.rows;
+            summary.misses += found->second.misses() ? 1 : 0;
+        }
     }
-    return formatted(
-        "%s: geometric mean over the best peer %.2f (limit %.2f), worst %s "
-        "of %s, %s; %d of %d rows miss their limit\n",
-        road, summary.geometric_mean,
-        unit == Unit::Time ? meanLimitOf(road) : meanInstructionLimitOf(road),
-        ratioOf(*summary.worst, road).c_str(), summary.worst->operation.c_str(),
-        summary.worst->size.c_str(), summary.misses, summary.rows);
+    return summary;
+}
+
+std::string summaryText(std::vector<Row> const& rows, char const* road, Unit unit) {
+    double const limit = unit == Unit::Time ? meanLimitOf(road) : meanInstructionLimitOf(road);
+    std::string text;
+    for (bool const chains : {false, true}) {
+        Summary const summary = summaryOf(rows, road, chains);
+        if (summary.rows == 0) {
+            continue;
+        }
+        text +=
+            formatted("%s, %s: geometric mean over the best peer %.2f%s; ", road,
+                      chains ? "chains into tensors" : "single operations", summary.geometricMean(),
+                      chains ? "" : formatted(" (limit %.2f)", limit).c_str());
+        text += formatted("%d of %d rows miss their limit\n", summary.misses, summary.rows);
+    }
+    return text;
 }
 
 }  // namespace
@@ -113,30 +140,6 @@ std::vector<Row> compare(std::vector<Measurement> const& measurements,
         rows.push_back(rowOf(measurement, families.at(measurement.operation), unit));
     }
     return rows;
-}
-
-Summary summarise(std::vector<Row> const& rows, std::string const& road) {
-    Summary summary;
-    double logarithms = 0;
-    double worst = 0;
-    for (Row const& row : rows) {
-        auto const found = row.roads.find(road);
-        if (found == row.roads.end() || !found->second.over_peer) {
-            continue;
-        }
-        double const ratio = *found->second.over_peer;
-        logarithms += std::log(ratio);
-        ++summary.rows;
-        summary.misses += found->second.misses() ? 1 : 0;
-        if (ratio > worst) {
-            worst = ratio;
-            summary.worst = &row;
-        }
-    }
-    if (summary.rows > 0) {
-        summary.geometric_mean = std::exp(logarithms / summary.rows);
-    }
-    return summary;
 }
 
 std::string asText(std::vector<Row> const& rows, Unit unit) {
@@ -153,7 +156,7 @@ std::string asText(std::vector<Row> const& rows, Unit unit) {
                           row.best_peer.c_str(), peerTime(row, unit).c_str());
     }
     for (char const* const road : roadNames) {
-        text += summaryOf(rows, road, unit);
+        text += summaryText(rows, road, unit);
     }
     return text;
 }

@@ -39,6 +39,7 @@ struct RoadResult {
 struct Row {
     std::string operation;
     std::string size;
+    bool is_chain = false;  ///< of several calls of the others, from a camera to a tensor
     double memcpy_time = 0;
     std::map<std::string, RoadResult> roads;
     std::map<std::string, double> peers;
@@ -49,21 +50,11 @@ struct Row {
 std::vector<Row> compare(std::vector<Measurement> const& measurements,
                          std::map<std::string, Family> const& families, Unit unit = Unit::Time);
 
-/// Over all rows in which the road meets another library.
-struct Summary {
-    double geometric_mean = 0;
-    Row const* worst = nullptr;
-    int rows = 0;
-    int misses = 0;
-};
-
-Summary summarise(std::vector<Row> const& rows, std::string const& road);
-
 /// For people to read, with what misses its limit marked, and the summaries.
 std::string asText(std::vector<Row> const& rows, Unit unit = Unit::Time);
 std::string asMarkdown(std::vector<Row> const& rows, Unit unit = Unit::Time);
 std::string asCsv(std::vector<Row> const& rows);
-/// A bar for each road and row: its time over that of the best other library.
-std::string asSvg(std::vector<Row> const& rows);
+/// A bar for each road and row: what it takes over what the best other library takes.
+std::string asSvg(std::vector<Row> const& rows, Unit unit = Unit::Time);
 
 }  // namespace ox::benchmarks

@@ -79,7 +79,7 @@ std::string axis(double bottom) {
 
 }  // namespace
 
-std::string asSvg(std::vector<Row> const& rows) {
+std::string asSvg(std::vector<Row> const& rows, Unit unit) {
     auto const shown = [](Row const& row) { return !row.best_peer.empty(); };
     auto const count = std::count_if(rows.begin(), rows.end(), shown);
     double const bottom = top + static_cast<double>(count) * rowHeight;
@@ -90,8 +90,9 @@ std::string asSvg(std::vector<Row> const& rows) {
                   labelWidth + chartWidth + 60, bottom + 20);
     std::string svg = start;
     svg += rectangle(0, 0, labelWidth + chartWidth + 60, bottom + 20, "#ffffff");
+    std::string const what = unit == Unit::Time ? "Time over that" : "Instructions over those";
     svg += text(10, 20, "start",
-                "Time over that of the best other library; shorter is faster, 1.00 is level");
+                what + " of the best other library; shorter is faster, 1.00 is level");
     double x = 10;
     for (RoadStyle const& style : styles) {
         svg += rectangle(x, 30, 10, 10, style.colour) + text(x + 14, 39, "start", style.road);

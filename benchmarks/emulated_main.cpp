@@ -4,7 +4,8 @@
 // Counts the instructions of the library's roads and of other libraries on AArch64, by emulation
 // with the plugin beside this file; script/bench --arm and script/count-instructions start it.
 // With a directory and sizes (--size=642x482), it writes a table there of instructions a pixel of
-// the source. Without arguments it prints the counts of the library's own roads at a small size.
+// the source, and a picture. Without arguments it prints the counts of the library's own roads at a
+// small size.
 
 #include <unistd.h>
 
@@ -83,6 +84,12 @@ Measurement measure(Operation const& operation, ox::Size size) {
     return measurement;
 }
 
+bool write(std::string const& path, std::string const& text) {
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    return static_cast<bool>(file.flush());
+}
+
 int writeTable(Options const& options) {
     std::vector<Measurement> measurements;
     std::map<std::string, Family> families;
@@ -94,9 +101,10 @@ int writeTable(Options const& options) {
     }
     std::vector<Row> const rows = compare(measurements, families, Unit::Instructions);
     std::fputs(asText(rows, Unit::Instructions).c_str(), stdout);
-    std::ofstream table(options.directory + "/instructions.md", std::ios::binary);
-    table << asMarkdown(rows, Unit::Instructions);
-    return table.flush() ? 0 : 1;
+    return write(options.directory + "/instructions.md", asMarkdown(rows, Unit::Instructions)) &&
+                   write(options.directory + "/instructions.svg", asSvg(rows, Unit::Instructions))
+               ? 0
+               : 1;
 }
 
 }  // namespace
